@@ -1,0 +1,43 @@
+# quillo_add_gtest(<name> LABEL <label> SOURCES <files...> LIBS <targets...>)
+# One GoogleTest executable per area; each test case becomes a CTest test carrying the label.
+function(quillo_add_gtest name)
+  cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
+  target_compile_definitions(${name} PRIVATE
+    QUILLO_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+    QUILLO_SHARED_DIR="${CMAKE_SOURCE_DIR}/../shared")
+  gtest_discover_tests(${name}
+    PROPERTIES LABELS ${ARG_LABEL}
+    DISCOVERY_TIMEOUT 60)
+endfunction()
+
+# quillo_add_benchmark(<name> SOURCES <files...> LIBS <targets...>)
+function(quillo_add_benchmark name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark Threads::Threads)
+  target_compile_definitions(${name} PRIVATE
+    QUILLO_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
+    QUILLO_SHARED_DIR="${CMAKE_SOURCE_DIR}/../shared")
+endfunction()
+
+# quillo_add_fuzzer(<name> SOURCES <files...> LIBS <targets...>)
+# Seeds live in fuzz/corpus/<name>; scripts/fuzz.sh runs every target for a fixed time.
+function(quillo_add_fuzzer name)
+  cmake_parse_arguments(ARG "" "" "SOURCES;LIBS" ${ARGN})
+  add_executable(${name} ${ARG_SOURCES})
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS})
+  target_link_options(${name} PRIVATE -fsanitize=fuzzer)
+  set_target_properties(${name} PROPERTIES RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/fuzzers)
+  set_property(GLOBAL APPEND PROPERTY QUILLO_FUZZERS ${name})
+endfunction()
+
+find_package(Threads REQUIRED)
+if(QUILLO_TESTS)
+  find_package(GTest REQUIRED)
+  include(GoogleTest)
+endif()
+if(QUILLO_BENCH)
+  find_package(benchmark REQUIRED)
+endif()
