@@ -41,3 +41,10 @@ endif()
 if(QUILLO_BENCH)
   find_package(benchmark REQUIRED)
 endif()
+
+# nimbit_ui_link(<target> <backend>): links the toolkit core with one backend. The core calls the
+# backend's factory functions and the backend calls back into the core, so the two static
+# libraries are searched as a group.
+function(nimbit_ui_link target backend)
+  target_link_libraries(${target} PRIVATE "$<LINK_GROUP:RESCAN,nimbit_ui,${backend}>" nimbit_foundation)
+endfunction()
