@@ -1,5 +1,6 @@
 # Draws every compiled-in image, all frames, at two pixels per point: the Dark images on the dark panel,
-# the Light images on the light panel, then a mock of the popup's top bar in both themes.
+# the Light images on the light panel, then a mock of the popup's top bar in both themes, at two and
+# at one pixel per point.
 # Run as a script: cmake -DMANIFEST=icons.txt -DPNG_DIR=dir -DRSVG=rsvg-convert -DOUT=sheet.png -P ...
 
 cmake_minimum_required(VERSION 3.25)
@@ -40,9 +41,9 @@ foreach(line IN LISTS lines)
   math(EXPR y "${y} + ${h} + ${row_gap}")
 endforeach()
 
-# The popup's top bar in search mode (397 points wide), normal frames only, at the same zoom.
-function(bar theme panel field fieldborder text x0 y0 out)
-  set(s "<g transform=\"translate(${x0} ${y0}) scale(${zoom})\">\n")
+# The popup's top bar in search mode (397 points wide), normal frames only.
+function(bar theme panel field fieldborder text x0 y0 bar_zoom out)
+  set(s "<g transform=\"translate(${x0} ${y0}) scale(${bar_zoom})\">\n")
   string(APPEND s "<rect width=\"397\" height=\"45\" fill=\"${panel}\"/>\n")
   string(APPEND s "<svg x=\"10\" y=\"8\" width=\"30\" height=\"30\" viewBox=\"0 0 30 30\"><image width=\"30\" height=\"30\" href=\"png/SearchIcon${theme}.png\"/></svg>\n")
   string(APPEND s "<rect x=\"51.5\" y=\"8.5\" width=\"115\" height=\"29\" rx=\"3\" fill=\"${field}\" stroke=\"${fieldborder}\"/>\n")
@@ -65,12 +66,20 @@ function(bar theme panel field fieldborder text x0 y0 out)
 endfunction()
 
 math(EXPR bar_y "${y} + 10")
-bar(Dark ${dark_panel} "#1b1b1b" "#3c3c3c" "#d8d8d8" 10 ${bar_y} dark_bar)
+bar(Dark ${dark_panel} "#1b1b1b" "#3c3c3c" "#d8d8d8" 10 ${bar_y} ${zoom} dark_bar)
 math(EXPR bar_y2 "${bar_y} + 45 * ${zoom} + 10")
-bar(Light ${light_panel} "#ffffff" "#b4b4b4" "#202020" 10 ${bar_y2} light_bar)
-math(EXPR total_height "${bar_y2} + 45 * ${zoom} + 10")
+bar(Light ${light_panel} "#ffffff" "#b4b4b4" "#202020" 10 ${bar_y2} ${zoom} light_bar)
+# The same at one pixel per point, as on a low-density screen.
+math(EXPR bar_y3 "${bar_y2} + 45 * ${zoom} + 10")
+bar(Dark ${dark_panel} "#1b1b1b" "#3c3c3c" "#d8d8d8" 10 ${bar_y3} 1 dark_bar_1x)
+bar(Light ${light_panel} "#ffffff" "#b4b4b4" "#202020" 417 ${bar_y3} 1 light_bar_1x)
+string(APPEND light_bar "${dark_bar_1x}${light_bar_1x}")
+math(EXPR total_height "${bar_y3} + 45 + 10")
 math(EXPR total_width "${label_width} + 2 * ${panel_width} + 40")
 math(EXPR bars_width "397 * ${zoom} + 20")
+if(bars_width LESS 834)
+  set(bars_width 834)
+endif()
 if(bars_width GREATER total_width)
   set(total_width ${bars_width})
 endif()
