@@ -10,6 +10,8 @@ packages=(
   zlib1g-dev libcurl4-openssl-dev nlohmann-json3-dev libpng-dev libjpeg-dev
   # tests, benchmarks, fuzzing
   libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev python3
+  # compiled-in icons: SVG sources rendered to PNG at build time
+  librsvg2-bin
   # AppKit backend on Linux, real windows under a virtual display
   gnustep-devel gobjc++ xvfb xdotool x11-utils imagemagick fontconfig
   fonts-liberation fonts-dejavu-core
