@@ -15,6 +15,19 @@ bool start_application();
 // the run loop's timers fire. Returns the number of events dispatched.
 int process_events(double seconds);
 
+// Objects AppKit hands out autoreleased are freed when the innermost pool ends. The event loop has
+// one per event; code that calls the toolkit outside of it (start-up, tests) opens its own.
+class autorelease_pool {
+public:
+    autorelease_pool();
+    ~autorelease_pool();
+    autorelease_pool(const autorelease_pool&) = delete;
+    autorelease_pool& operator=(const autorelease_pool&) = delete;
+
+private:
+    void* pool;
+};
+
 // Processes events until `done` returns true or `timeout_seconds` pass; true when it became true.
 bool run_until(const std::function<bool()>& done, double timeout_seconds);
 

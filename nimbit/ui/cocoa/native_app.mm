@@ -4,6 +4,12 @@
 
 namespace nimbit::ui::cocoa {
 
+autorelease_pool::autorelease_pool() : pool([[NSAutoreleasePool alloc] init]) {}
+
+autorelease_pool::~autorelease_pool() {
+    [static_cast<NSAutoreleasePool*>(pool) release];
+}
+
 bool start_application() {
     if (NSApp != nil)
         return true;

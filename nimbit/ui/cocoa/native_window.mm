@@ -366,8 +366,13 @@ void cocoa_window::show(bool visible, bool focus) {
     if (!ns_window)
         return;
     if (visible) {
-        if (focus)
+        if (focus) {
+            // An inactive application turns its first click into activation and replays the press
+            // after the release (GNUstep): take the activation now.
+            if (![NSApp isActive])
+                [NSApp activateIgnoringOtherApps:YES];
             [ns_window makeKeyAndOrderFront:nil];
+        }
         else
             [ns_window orderFront:nil];
     } else {
