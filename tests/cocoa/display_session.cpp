@@ -14,8 +14,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
-#include <sstream>
 #include <spawn.h>
+#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -180,8 +180,8 @@ bool save_png(const screen_image& image, const std::string& path) {
     unsigned pitch = 0;
     unsigned char* out = bitmap->lock_pixels(pitch);
     for (int y = 0; y < image.size.y; ++y)
-        std::copy_n(&image.rgba[static_cast<size_t>(y) * image.size.x * 4], static_cast<size_t>(image.size.x) * 4,
-                    out + static_cast<size_t>(y) * pitch);
+        std::copy_n(&image.rgba[static_cast<size_t>(y) * image.size.x * 4],
+                    static_cast<size_t>(image.size.x) * 4, out + static_cast<size_t>(y) * pitch);
     bitmap->unlock_pixels();
     const std::vector<unsigned char> png = bitmap->encode(1);
     std::ofstream file(path, std::ios::binary);

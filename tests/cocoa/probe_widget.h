@@ -49,10 +49,11 @@ private:
     void listen() {
         using nimbit::ui::event_type;
         auto& events = nimbit::ui::event_manager::instance();
-        for (event_type t : {event_type::mouse_up, event_type::mouse_down, event_type::mouse_dbl_click,
-                             event_type::mouse_wheel, event_type::mouse_enter, event_type::mouse_leave,
-                             event_type::key_down, event_type::key_down_raw, event_type::key_up, event_type::key_char,
-                             event_type::focus_gained, event_type::focus_lost, event_type::timer})
+        for (event_type t :
+             {event_type::mouse_up, event_type::mouse_down, event_type::mouse_dbl_click,
+              event_type::mouse_wheel, event_type::mouse_enter, event_type::mouse_leave, event_type::key_down,
+              event_type::key_down_raw, event_type::key_up, event_type::key_char, event_type::focus_gained,
+              event_type::focus_lost, event_type::timer})
             events.add_event(this, this, t, [this](const nimbit::ui::event_info& e) {
                 received.push_back({e.type, e.data});
             });

@@ -6,9 +6,7 @@ namespace nimbit::ui::cocoa {
 
 autorelease_pool::autorelease_pool() : pool([[NSAutoreleasePool alloc] init]) {}
 
-autorelease_pool::~autorelease_pool() {
-    [static_cast<NSAutoreleasePool*>(pool) release];
-}
+autorelease_pool::~autorelease_pool() { [static_cast<NSAutoreleasePool *>(pool) release]; }
 
 bool start_application() {
     if (NSApp != nil)

@@ -212,21 +212,57 @@ uint32_t key_character(NSEvent *event) {
     for (NSUInteger i = 0; i < n && host != nullptr; ++i)
         host->dispatch(event_type::key_char, [s characterAtIndex:i]);
 }
-- (void)doCommandBySelector:(SEL)selector {
-    if (host == nullptr)
-        return;
-    unsigned long long code = 0;
-    if (selector == @selector(deleteBackward:))
-        code = 127;
-    else if (selector == @selector(insertTab:) || selector == @selector(insertBacktab:))
-        code = 9;
-    else if (selector == @selector(insertNewline:) || selector == @selector(insertLineBreak:) ||
-             selector == @selector(insertNewlineIgnoringFieldEditor:))
-        code = 13;
-    else if (selector == @selector(cancelOperation:) || selector == @selector(complete:))
-        code = 27; // GNUstep binds Escape to complete:, AppKit to cancelOperation:
-    if (code != 0)
+// Editing commands. AppKit hands them to doCommandBySelector:, GNUstep's key bindings call the
+// action methods directly; both paths end here.
+- (void)sendCommandCharacter:(unsigned long long)code {
+    if (host != nullptr)
         host->dispatch(event_type::key_char, code);
+}
+- (void)deleteBackward:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:127];
+}
+- (void)insertTab:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:9];
+}
+- (void)insertBacktab:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:9];
+}
+- (void)insertNewline:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:13];
+}
+- (void)insertLineBreak:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:13];
+}
+- (void)insertNewlineIgnoringFieldEditor:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:13];
+}
+- (void)cancelOperation:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:27];
+}
+// GNUstep binds Escape to complete:.
+- (void)complete:(id)sender {
+    (void)sender;
+    [self sendCommandCharacter:27];
+}
+- (void)doCommandBySelector:(SEL)selector {
+    // Only the commands above; moving, selecting and the rest are the toolkit's, from key_down.
+    // Selectors are compared by name: the GNU runtime has several SELs for one name.
+    static const SEL commands[] = {@selector(deleteBackward:),  @selector(insertTab:),
+                                   @selector(insertBacktab:),   @selector(insertNewline:),
+                                   @selector(insertLineBreak:), @selector(insertNewlineIgnoringFieldEditor:),
+                                   @selector(cancelOperation:), @selector(complete:)};
+    for (SEL command : commands)
+        if (sel_isEqual(selector, command)) {
+            [self performSelector:command withObject:self];
+            return;
+        }
 }
 
 @end
@@ -372,8 +408,7 @@ void cocoa_window::show(bool visible, bool focus) {
             if (![NSApp isActive])
                 [NSApp activateIgnoringOtherApps:YES];
             [ns_window makeKeyAndOrderFront:nil];
-        }
-        else
+        } else
             [ns_window orderFront:nil];
     } else {
         capturing = false;
