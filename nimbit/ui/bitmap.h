@@ -28,7 +28,7 @@ struct bitmap_data {
 };
 
 // An in-memory image over a platform bitmap. Loading reads PNG or JPG; a damaged or unreadable
-// source leaves the bitmap unloaded and returns false. The scale given at load time says how many
+// source returns false and leaves the bitmap as it was. The scale given at load time says how many
 // pixels make one point: get_size reports points, locking reports pixels.
 class bitmap {
 public:
