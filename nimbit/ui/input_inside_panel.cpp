@@ -1,10 +1,10 @@
 #include "nimbit/ui/input_inside_panel.h"
 
+#include "nimbit/ui/clipboard.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/ime.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
-#include "nimbit/ui/native_clipboard.h"
 #include "nimbit/ui/wide_text.h"
 #include "nimbit/ui/window.h"
 
@@ -212,14 +212,13 @@ void input_inside_panel::load_state(uint32_t index) {
 void input_inside_panel::set_clipboard() {
     if (password || selection == 0)
         return;
-    get_native_clipboard().set_text(get_selected_text());
+    clipboard::set_text(get_selected_text());
 }
 
 void input_inside_panel::get_clipboard() {
-    const native_clipboard& clip = get_native_clipboard();
-    if (!clip.has_text())
+    if (!clipboard::has_text())
         return;
-    std::wstring pasted = utf8_to_wide(clip.get_text());
+    std::wstring pasted = utf8_to_wide(clipboard::get_text());
     pasted.erase(std::remove(pasted.begin(), pasted.end(), L'\r'), pasted.end());
     if (pasted.empty())
         return;

@@ -32,7 +32,7 @@ struct showcase_controls {
     image_panel image;
     generic_panel list_view;
     generic_panel list;
-    std::array<text_label, 12> lines;
+    std::array<text_label, 20> lines;
     scroll_bar scroll{scroll_type::vertical, true};
     bool check_value = true;
     int theme_choice = 1;
