@@ -19,6 +19,8 @@ check_box::check_box() {
     for (event_type t :
          {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down, event_type::mouse_up})
         ev.add_event(this, this, t, &check_box::on_mouse);
+    // The release that ends a double click is never delivered: the second click counts now.
+    ev.add_event(this, this, event_type::mouse_dbl_click, [this](const event_info&) { toggle(); });
     ev.add_event(this, this, event_type::key_down, [this](const event_info& e) {
         if (e.data == ' ')
             toggle();

@@ -74,12 +74,15 @@ void generic_button::on_mouse(const event_info& e) {
             hovered = ivec4{0, 0, get_rect().w, get_rect().h}.contains(mouse::get_position(this));
         break;
     case event_type::mouse_down:
-    case event_type::mouse_dbl_click:
         if (!left)
             return;
         pushed = true;
         mouse::capture_widget(*this);
         break;
+    case event_type::mouse_dbl_click:
+        // The release that ends a double click is never delivered: the second click counts now.
+        press();
+        return;
     case event_type::mouse_up: {
         if (mouse::get_captured_widget() == this)
             mouse::release_widget(*this);

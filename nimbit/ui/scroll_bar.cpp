@@ -193,7 +193,13 @@ void scroll_bar::on_mouse(const event_info& e) {
             const int page = std::max(1, view_length());
             scroll(along(p) < along(thumb.position()) ? page : -page, true);
         }
-        mouse::capture_widget(*this);
+        // A double click's release never arrives: only a plain press holds the mouse.
+        if (e.type == event_type::mouse_down) {
+            mouse::capture_widget(*this);
+        } else {
+            dragging = false;
+            pressed_part = 0;
+        }
         update(false);
         break;
     }

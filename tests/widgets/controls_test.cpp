@@ -342,3 +342,24 @@ TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
 }
 
 } // namespace
+
+namespace {
+
+using DoubleClickTest = WidgetTest;
+
+// The release that ends a double click is swallowed by the window: no control may keep the mouse.
+TEST_F(DoubleClickTest, ControlsCountTheSecondClickAndKeepNoCapture) {
+    generic_button button;
+    button.create(win.get_root(), {0, 0, 50, 20});
+    check_box box;
+    box.create(win.get_root(), {0, 30, 50, 20});
+    event_log pressed(button, event_type::pressed);
+    offscreen::double_click(win, {10, 10});
+    EXPECT_EQ(pressed.count, 2);
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::double_click(win, {5, 40});
+    EXPECT_FALSE(box.is_selected()) << "toggled twice";
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+}
+
+} // namespace
