@@ -34,23 +34,29 @@ inline uint16_t to16(float v) {
 }
 
 // Converts width pixels of floats to 8-bit channels. Groups of 4 pixels become one 16-byte store;
-// the remaining 0-3 pixels are converted one channel at a time.
-void floats_to_8(const float* src, unsigned char* dst, int width) {
+// the remaining 0-3 pixels are converted one channel at a time. With stream set (and dst 16-byte
+// aligned) the stores bypass the cache: a large frame would only evict what is there, and the
+// memory traffic drops by the reads a cached store makes first.
+template <bool stream> void floats_to_8(const float* src, unsigned char* dst, int width) {
     int x = 0;
 #if defined(__SSE2__)
     const int aligned = width & ~3;
-    const __m128 zero = _mm_setzero_ps();
-    const __m128 one = _mm_set1_ps(1.0f);
     const __m128 scale = _mm_set1_ps(scale8);
-    // max(v, 0) returns its second operand for NaN, so NaN clamps to 0 as in unit().
+    // Only the top needs clamping here: the saturating packs take negative values to 0. min()
+    // returns its second operand for NaN, which the conversion turns into INT_MIN and the packs
+    // into 0, as unit() does.
     auto convert = [&](const float* p) {
-        return _mm_cvtps_epi32(_mm_mul_ps(_mm_min_ps(_mm_max_ps(_mm_loadu_ps(p), zero), one), scale));
+        return _mm_cvtps_epi32(_mm_min_ps(scale, _mm_mul_ps(_mm_loadu_ps(p), scale)));
     };
     for (; x < aligned; x += 4) {
         const float* s = src + x * 4;
         const __m128i lo = _mm_packs_epi32(convert(s), convert(s + 4));
         const __m128i hi = _mm_packs_epi32(convert(s + 8), convert(s + 12));
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x * 4), _mm_packus_epi16(lo, hi));
+        __m128i* out = reinterpret_cast<__m128i*>(dst + x * 4);
+        if constexpr (stream)
+            _mm_stream_si128(out, _mm_packus_epi16(lo, hi));
+        else
+            _mm_storeu_si128(out, _mm_packus_epi16(lo, hi));
     }
 #endif
     for (; x < width; ++x)
@@ -199,6 +205,10 @@ void pixel_buffer::export_buffer(unsigned char* destination, _vec2<int> size, _v
         return;
     }
     const int width = size.x;
+    // Frames larger than the caches are written around them when the rows allow aligned stores.
+    const bool stream = type == buffer_type::rgba8 &&
+                        uint64_t{row_bytes} * static_cast<uint64_t>(size.y) >= (8u << 20) &&
+                        reinterpret_cast<uintptr_t>(destination) % 16 == 0 && row_bytes % 16 == 0;
     for_rows(size.y, [&](int begin, int end) {
         for (int y = begin; y < end; ++y) {
             const float* src =
@@ -206,7 +216,10 @@ void pixel_buffer::export_buffer(unsigned char* destination, _vec2<int> size, _v
             unsigned char* dst = destination + static_cast<size_t>(y) * row_bytes;
             switch (type) {
             case buffer_type::rgba8:
-                floats_to_8(src, dst, width);
+                if (stream)
+                    floats_to_8<true>(src, dst, width);
+                else
+                    floats_to_8<false>(src, dst, width);
                 break;
             case buffer_type::rgba16:
                 floats_to_16(src, dst, width);
@@ -216,6 +229,10 @@ void pixel_buffer::export_buffer(unsigned char* destination, _vec2<int> size, _v
                 break;
             }
         }
+#if defined(__SSE2__)
+        if (stream)
+            _mm_sfence(); // streamed stores are ordered before the band is reported done
+#endif
     });
 }
 
