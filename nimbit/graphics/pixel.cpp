@@ -4,6 +4,7 @@
 #include "nimbit/utils/thread_pool.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -112,11 +113,22 @@ bool valid_size(_vec2<int> size) {
     return size.x > 0 && size.y > 0;
 }
 
-// Runs rows(begin, end) over row bands on the thread pool.
+// Runs rows(begin, end) over bands of rows on the thread pool, one parallel loop. The workers claim
+// the bands as they get to them rather than each taking a fixed share, so on a busy machine a
+// worker that is scheduled late does not hold up the whole frame: the others take its rows.
 template <typename Rows> void for_rows(int height, const Rows& rows) {
-    thread_pool::get_instance().enqueue(static_cast<uint32_t>(height), [&](const thread_worker_data& d) {
-        if (d.begin < d.end)
-            rows(static_cast<int>(d.begin), static_cast<int>(d.end));
+    thread_pool& pool = thread_pool::get_instance();
+    constexpr int64_t bands_per_worker = 8;
+    const int64_t band = std::max<int64_t>(1, height / (int64_t{pool.get_worker_count()} * bands_per_worker));
+    const auto bands = static_cast<uint32_t>((height + band - 1) / band);
+    std::atomic<int64_t> next{0};
+    pool.enqueue(bands, [&](const thread_worker_data&) {
+        for (;;) {
+            const int64_t begin = next.fetch_add(band, std::memory_order_relaxed);
+            if (begin >= height)
+                return;
+            rows(static_cast<int>(begin), static_cast<int>(std::min<int64_t>(height, begin + band)));
+        }
     });
 }
 
