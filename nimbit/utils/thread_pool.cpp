@@ -1,5 +1,7 @@
 #include "nimbit/utils/thread_pool.h"
 
+#include <exception>
+
 namespace nimbit {
 
 namespace {
@@ -18,9 +20,17 @@ thread_pool& thread_pool::get_instance() {
 }
 
 thread_pool::thread_pool(uint32_t count) : worker_count(count == 0 ? 1 : count), status(worker_count, 0) {
-    threads.reserve(worker_count);
-    for (uint32_t i = 0; i < worker_count; ++i)
-        threads.emplace_back([this, i] { worker_loop(i); });
+    try {
+        threads.reserve(worker_count);
+        for (uint32_t i = 0; i < worker_count; ++i)
+            threads.emplace_back([this, i] { worker_loop(i); });
+    } catch (const std::exception&) {
+        // The system refused a thread. Work with those that exist; with none, runs happen on the
+        // caller. The workers read the count only once a run has been handed to them.
+        std::lock_guard lock(mutex);
+        if (!threads.empty())
+            worker_count = static_cast<uint32_t>(threads.size());
+    }
 }
 
 thread_pool::~thread_pool() {
@@ -49,7 +59,7 @@ thread_worker_data thread_pool::share(uint32_t count, uint32_t workers, uint32_t
 void thread_pool::enqueue(uint32_t count, thread_job work) {
     if (!work)
         return;
-    if (current_pool == this) {
+    if (current_pool == this || threads.empty()) {
         for (uint32_t i = 0; i < worker_count; ++i)
             work(share(count, worker_count, i));
         return;

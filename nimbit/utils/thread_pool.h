@@ -47,7 +47,8 @@ public:
     // The process-wide pool, one worker per hardware thread, made on first use.
     static thread_pool& get_instance();
 
-    // A pool of its own; a count of 0 (an unknown hardware concurrency) makes one worker.
+    // A pool of its own; a count of 0 (an unknown hardware concurrency) makes one worker. When the
+    // system refuses threads the pool makes do with fewer, down to running jobs on the caller.
     explicit thread_pool(uint32_t worker_count);
     ~thread_pool();
     thread_pool(const thread_pool&) = delete;

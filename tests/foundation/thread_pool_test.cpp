@@ -105,12 +105,6 @@ TEST(ThreadPool, RunsFromTwoThreadsAreSerialised) {
     EXPECT_EQ(total.load(), 2000);
 }
 
-TEST(ThreadPool, InstanceIsSharedAndHasAtLeastOneWorker) {
-    thread_pool& pool = thread_pool::get_instance();
-    EXPECT_EQ(&pool, &thread_pool::get_instance());
-    EXPECT_GE(pool.get_worker_count(), 1u);
-}
-
 TEST(Timer, ClocksAgreeAndStampsHaveTheirFormats) {
     const double micro = nimbit::timer::get_current_microseconds();
     const time_t seconds = nimbit::timer::get_current_time();
