@@ -3,6 +3,7 @@
 #import <AppKit/AppKit.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 namespace nimbit::ui {
@@ -18,6 +19,13 @@ bool size_ok(_vec2<int> s) {
            static_cast<unsigned long long>(s.x) * static_cast<unsigned long long>(s.y) <=
                native_bitmap::max_pixels;
 }
+
+#ifdef GNUSTEP
+// GNUstep reads the JPEG compression factor on a 0..255 scale where AppKit's runs 0..1.
+constexpr float best_jpeg_quality = 255.0f;
+#else
+constexpr float best_jpeg_quality = 1.0f;
+#endif
 
 bool has_signature(const unsigned char *bytes, size_t length) {
     static const unsigned char png[] = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
@@ -62,39 +70,59 @@ void unpremultiply(unsigned char *p, size_t count) {
     }
 }
 
-// Draws `source` scaled to `size` into fresh straight RGBA pixels (any format AppKit can draw).
-bool render_to_rgba(NSImageRep *source, _vec2<int> s, std::vector<unsigned char> &out) {
-    NSBitmapImageRep *target = new_rgba_rep(s, false);
-    if (target == nil)
-        return false;
-    bool ok = false;
-    NSGraphicsContext *context = [NSGraphicsContext graphicsContextWithBitmapImageRep:target];
-    if (context != nil) {
-        [NSGraphicsContext saveGraphicsState];
-        [NSGraphicsContext setCurrentContext:context];
-        [context setImageInterpolation:NSImageInterpolationHigh];
-        [[NSColor clearColor] set];
-        NSRectFillUsingOperation(NSMakeRect(0, 0, s.x, s.y), NSCompositeCopy);
-        ok = [source drawInRect:NSMakeRect(0, 0, s.x, s.y)
-                       fromRect:NSZeroRect
-                      operation:NSCompositeSourceOver
-                       fraction:1.0
-                 respectFlipped:NO
-                          hints:nil];
-        [context flushGraphics];
-        [NSGraphicsContext restoreGraphicsState];
+// Bilinear scaling of straight RGBA pixels, weighting colours by alpha so that transparent pixels
+// do not darken the edges. Done here rather than by drawing into a bitmap context, which GNUstep's
+// back-end cannot do without a window server.
+std::vector<unsigned char> scale_rgba(const std::vector<unsigned char>& in, _vec2<int> from, _vec2<int> to) {
+    std::vector<unsigned char> out(static_cast<size_t>(to.x) * to.y * 4);
+    const double sx = double(from.x) / to.x, sy = double(from.y) / to.y;
+    for (int y = 0; y < to.y; ++y) {
+        const double fy = std::clamp((y + 0.5) * sy - 0.5, 0.0, double(from.y - 1));
+        const int y0 = static_cast<int>(fy), y1 = std::min(y0 + 1, from.y - 1);
+        const double wy = fy - y0;
+        for (int x = 0; x < to.x; ++x) {
+            const double fx = std::clamp((x + 0.5) * sx - 0.5, 0.0, double(from.x - 1));
+            const int x0 = static_cast<int>(fx), x1 = std::min(x0 + 1, from.x - 1);
+            const double wx = fx - x0;
+            const unsigned char* p[4] = {&in[(size_t(y0) * from.x + x0) * 4], &in[(size_t(y0) * from.x + x1) * 4],
+                                         &in[(size_t(y1) * from.x + x0) * 4], &in[(size_t(y1) * from.x + x1) * 4]};
+            const double w[4] = {(1 - wx) * (1 - wy), wx * (1 - wy), (1 - wx) * wy, wx * wy};
+            double a = 0, c[3] = {0, 0, 0};
+            for (int i = 0; i < 4; ++i) {
+                const double wa = w[i] * p[i][3];
+                a += wa;
+                for (int k = 0; k < 3; ++k)
+                    c[k] += wa * p[i][k];
+            }
+            unsigned char* o = &out[(size_t(y) * to.x + x) * 4];
+            for (int k = 0; k < 3; ++k)
+                o[k] = a > 0 ? static_cast<unsigned char>(std::lround(std::min(255.0, c[k] / a))) : 0;
+            o[3] = static_cast<unsigned char>(std::lround(std::min(255.0, a)));
+        }
     }
-    if (ok) {
-        const unsigned char *data = [target bitmapData];
-        const size_t pitch = static_cast<size_t>([target bytesPerRow]);
-        out.resize(static_cast<size_t>(s.x) * static_cast<size_t>(s.y) * 4);
-        for (int y = 0; y < s.y; ++y)
-            std::memcpy(&out[static_cast<size_t>(y) * s.x * 4], data + y * pitch,
-                        static_cast<size_t>(s.x) * 4);
-        unpremultiply(out.data(), static_cast<size_t>(s.x) * s.y);
+    return out;
+}
+
+// Any other layout (16-bit or float samples, planes, CMYK): one colour at a time through AppKit.
+bool read_by_color(NSBitmapImageRep* rep, _vec2<int> s, std::vector<unsigned char>& out) {
+    out.resize(static_cast<size_t>(s.x) * s.y * 4);
+    for (int y = 0; y < s.y; ++y) {
+        NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+        for (int x = 0; x < s.x; ++x) {
+            NSColor* c = [[rep colorAtX:x y:y] colorUsingColorSpaceName:NSDeviceRGBColorSpace];
+            unsigned char* o = &out[(static_cast<size_t>(y) * s.x + x) * 4];
+            if (c == nil) {
+                o[0] = o[1] = o[2] = o[3] = 0;
+                continue;
+            }
+            o[0] = static_cast<unsigned char>(std::lround(std::clamp([c redComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[1] = static_cast<unsigned char>(std::lround(std::clamp([c greenComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[2] = static_cast<unsigned char>(std::lround(std::clamp([c blueComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[3] = static_cast<unsigned char>(std::lround(std::clamp([c alphaComponent], CGFloat(0), CGFloat(1)) * 255));
+        }
+        [pool release];
     }
-    [target release];
-    return ok;
+    return true;
 }
 
 } // namespace
@@ -128,7 +156,7 @@ std::unique_ptr<native_bitmap> cocoa_bitmap::clone() const {
 }
 
 // Reads the rep's samples into straight RGBA. Meshed 8-bit reps are copied directly; anything
-// else (16-bit, float, planar, CMYK) is drawn into an RGBA rep first.
+// else is read colour by colour.
 bool cocoa_bitmap::adopt_rep(NSBitmapImageRep *rep) {
     const _vec2<int> s{static_cast<int>([rep pixelsWide]), static_cast<int>([rep pixelsHigh])};
     if (!size_ok(s))
@@ -162,7 +190,7 @@ bool cocoa_bitmap::adopt_rep(NSBitmapImageRep *rep) {
         }
         if (rep_alpha && !(format & NSAlphaNonpremultipliedBitmapFormat))
             unpremultiply(out.data(), static_cast<size_t>(s.x) * s.y);
-    } else if (!render_to_rgba(rep, s, out)) {
+    } else if (!read_by_color(rep, s, out)) {
         return false;
     }
     drop_drawable();
@@ -232,7 +260,7 @@ std::vector<unsigned char> cocoa_bitmap::encode(int format) const {
     if (rep != nil) {
         NSDictionary *properties = nil;
         if (format == 2)
-            properties = [NSDictionary dictionaryWithObject:[NSNumber numberWithFloat:1.0f]
+            properties = [NSDictionary dictionaryWithObject:[NSNumber numberWithFloat:best_jpeg_quality]
                                                      forKey:NSImageCompressionFactor];
         NSData *data = [rep representationUsingType:format == 1 ? NSPNGFileType : NSJPEGFileType
                                          properties:properties];
@@ -295,11 +323,7 @@ bool cocoa_bitmap::resize(_vec2<int> new_size, bool resample) {
         return true;
     std::vector<unsigned char> out;
     if (resample && !pixels.empty()) {
-        NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-        const bool ok = render_to_rgba(drawable(), new_size, out);
-        [pool release];
-        if (!ok)
-            return false;
+        out = scale_rgba(pixels, size, new_size);
     } else {
         out.assign(static_cast<size_t>(new_size.x) * new_size.y * 4, 0);
         const int w = std::min(size.x, new_size.x), h = std::min(size.y, new_size.y);
