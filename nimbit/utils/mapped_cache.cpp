@@ -4,6 +4,7 @@
 #include "nimbit/utils/memory_map.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <chrono>
 #include <cmath>
@@ -50,9 +51,18 @@ static_assert(offsetof(cache_header_entry, offset) == 152 && offsetof(cache_head
               offsetof(cache_header_entry, created) == 176 && offsetof(cache_header_entry, index) == 184 &&
               offsetof(cache_header_entry, in_use) == 192);
 
+// Microseconds since the Unix epoch, strictly increasing within the process: the order of use must
+// survive a reload even when two uses fall into the same microsecond.
 double now_us() {
     using namespace std::chrono;
-    return static_cast<double>(duration_cast<microseconds>(system_clock::now().time_since_epoch()).count());
+    static std::atomic<int64_t> last{0};
+    const int64_t now = duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+    int64_t previous = last.load(std::memory_order_relaxed);
+    int64_t next;
+    do
+        next = now > previous ? now : previous + 1;
+    while (!last.compare_exchange_weak(previous, next, std::memory_order_relaxed));
+    return static_cast<double>(next);
 }
 
 uint64_t load_u64(const unsigned char* p) {
@@ -127,6 +137,11 @@ struct mapped_cache::impl {
     // already covers the range. Null when the range cannot be mapped.
     unsigned char* window(uint64_t offset, uint64_t length) {
         if (!data_map || !data_map->is_open())
+            return nullptr;
+        // Touching a mapped page past the end of the file faults, so a file cut short behind our
+        // back turns its values into misses.
+        const uint64_t file_size = data_map->current_size();
+        if (offset > file_size || length > file_size - offset)
             return nullptr;
         const uint64_t start = data_map->view_offset();
         if (!data_map->data() || offset < start || offset - start > data_map->view_size() ||

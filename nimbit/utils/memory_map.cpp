@@ -83,13 +83,8 @@ uint64_t memory_map::remap(uint64_t offset, uint64_t size) {
     }
     // The file may have changed length under us (another process, a damaged disk); look again so
     // that the view never reaches past its end.
-    struct stat st {};
-    if (::fstat(fd, &st) != 0) {
-        end_map();
-        return start;
-    }
-    length = static_cast<uint64_t>(st.st_size);
-    if (offset > length || size > length - offset) {
+    current_size();
+    if (fd < 0 || offset > length || size > length - offset) {
         end_map();
         return start;
     }
@@ -104,6 +99,13 @@ uint64_t memory_map::remap(uint64_t offset, uint64_t size) {
     offset_of_view = start;
     size_of_view = span;
     return start;
+}
+
+uint64_t memory_map::current_size() {
+    struct stat st {};
+    if (fd >= 0 && ::fstat(fd, &st) == 0)
+        length = static_cast<uint64_t>(st.st_size);
+    return length;
 }
 
 void memory_map::end_map() {

@@ -42,6 +42,8 @@ public:
     bool writable() const { return access == memory_map_access::read_write; }
     // The file's length as last set or seen.
     uint64_t size() const { return length; }
+    // The file's length now, looked up again (another process may have cut the file).
+    uint64_t current_size();
     // The present view: its first byte, its file offset and its length.
     unsigned char* data() const { return view; }
     uint64_t view_offset() const { return offset_of_view; }

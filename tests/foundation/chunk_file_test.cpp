@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <string>
 #include <sys/resource.h>
 #include <vector>
@@ -36,8 +35,11 @@ protected:
     nimbit::file_path path(const std::string& name) const { return nimbit::file_path(folder + "/" + name); }
 
     static bytes read_all(const nimbit::file_path& p) {
-        std::ifstream in(p.to_string(), std::ios::binary);
-        return bytes(std::istreambuf_iterator<char>(in), {});
+        std::ifstream in(p.to_string(), std::ios::binary | std::ios::ate);
+        bytes content(in ? static_cast<size_t>(in.tellg()) : 0);
+        in.seekg(0);
+        in.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size()));
+        return content;
     }
     static void write_all(const nimbit::file_path& p, const bytes& content) {
         std::ofstream out(p.to_string(), std::ios::binary | std::ios::trunc);
