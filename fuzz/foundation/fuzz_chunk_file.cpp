@@ -27,6 +27,13 @@ const std::string& scratch_file() {
         std::string folder = std::string(base) + "/chunk_file_fuzz.XXXXXX";
         if (!::mkdtemp(folder.data()))
             std::abort();
+        static std::string made;
+        made = folder;
+        std::atexit([] {
+            for (const char* leaf : {"/settings"})
+                ::unlink((made + leaf).c_str());
+            ::rmdir(made.c_str());
+        });
         return folder + "/settings";
     }();
     return path;

@@ -23,6 +23,13 @@ const std::string& scratch_cache() {
         std::string folder = std::string(base) + "/mapped_cache_fuzz.XXXXXX";
         if (!::mkdtemp(folder.data()))
             std::abort();
+        static std::string made;
+        made = folder;
+        std::atexit([] {
+            for (const char* leaf : {"/effects_cache", "/effects_cache.header"})
+                ::unlink((made + leaf).c_str());
+            ::rmdir(made.c_str());
+        });
         return folder + "/effects_cache";
     }();
     return path;
