@@ -126,6 +126,23 @@ bool memory_map::resize(uint64_t new_length) {
     return true;
 }
 
+bool memory_map::write(uint64_t offset, const void* bytes, uint64_t size) {
+    if (fd < 0 || !writable() || !fits_off_t(offset) || offset > INT64_MAX - size)
+        return false;
+    const auto* from = static_cast<const unsigned char*>(bytes);
+    while (size > 0) {
+        const ssize_t done = ::pwrite(fd, from, size, static_cast<off_t>(offset));
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return false;
+        from += done;
+        offset += static_cast<uint64_t>(done);
+        size -= static_cast<uint64_t>(done);
+    }
+    return true;
+}
+
 bool memory_map::reserve(uint64_t offset, uint64_t size) {
     if (fd < 0 || !writable() || !fits_off_t(offset) || !fits_off_t(size) || offset > INT64_MAX - size)
         return false;

@@ -36,6 +36,10 @@ public:
     // mapping cannot fault on a full disk; false when the space is not there.
     bool reserve(uint64_t offset, uint64_t length);
 
+    // Writes through the file, not the mapping (the present view sees the bytes too); false on a
+    // write error such as a full disk, where a store through the mapping would fault instead.
+    bool write(uint64_t offset, const void* bytes, uint64_t size);
+
     // Whether the file opened at construction (it may have been closed since).
     bool opened() const { return was_opened; }
     bool is_open() const { return fd >= 0; }
