@@ -49,8 +49,8 @@ template <class F> void ForEachLine(std::string_view text, F&& f) {
 
 } // namespace
 
-void ParseSearchData(std::string_view text, const CatalogueIndex& catalogue, std::vector<EffectAlias>& blacklist,
-                     std::vector<EffectAlias>& aliases) {
+void ParseSearchData(std::string_view text, const CatalogueIndex& catalogue,
+                     std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases) {
     ForEachLine(text, [&](std::string_view rawLine) {
         const std::string line = nimbit::string_lower(rawLine);
         std::string_view rest = line;
@@ -95,14 +95,16 @@ void ParseShortcutsData(std::string_view text, const CatalogueIndex& catalogue,
         const size_t equals = line.find('=');
         if (equals == std::string_view::npos)
             return;
-        const EffectData* effect = catalogue.Find(nimbit::trim(nimbit::string_lower(line.substr(equals + 1))));
+        const EffectData* effect =
+            catalogue.Find(nimbit::trim(nimbit::string_lower(line.substr(equals + 1))));
         if (effect == nullptr)
             return;
         shortcuts[filled++] = EffectAlias{nimbit::trim(line.substr(0, equals)), effect, nullptr};
     });
 }
 
-std::string FormatSearchData(const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases) {
+std::string FormatSearchData(const std::vector<EffectAlias>& blacklist,
+                             const std::vector<EffectAlias>& aliases) {
     std::string out;
     for (const EffectAlias& entry : blacklist) {
         if (entry.effect == nullptr)
@@ -170,7 +172,9 @@ bool WriteSearchDataFiles(const std::vector<EffectAlias>& blacklist, const std::
                           const std::vector<EffectAlias>& shortcuts, const nimbit::file_path& folder) {
     const std::string search = FormatSearchData(blacklist, aliases);
     const std::string slots = FormatShortcutsData(shortcuts);
-    const bool searchSaved = nimbit::write_file_atomic(folder.append(SearchDataFileName), search.data(), search.size());
-    const bool slotsSaved = nimbit::write_file_atomic(folder.append(ShortcutsDataFileName), slots.data(), slots.size());
+    const bool searchSaved =
+        nimbit::write_file_atomic(folder.append(SearchDataFileName), search.data(), search.size());
+    const bool slotsSaved =
+        nimbit::write_file_atomic(folder.append(ShortcutsDataFileName), slots.data(), slots.size());
     return searchSaved && slotsSaved;
 }

@@ -47,8 +47,8 @@ std::vector<std::string> EffectsContaining(const Catalogue& catalogue, std::stri
     return names;
 }
 
-SearchResults Search(std::string_view text, const Catalogue& catalogue, const std::vector<EffectAlias>& blacklist,
-                  const std::vector<EffectAlias>& aliases) {
+SearchResults Search(std::string_view text, const Catalogue& catalogue,
+                     const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases) {
     EffectSearch search;
     SearchResults results;
     search.Run(text, catalogue.entries, blacklist, aliases, results);
@@ -86,7 +86,8 @@ TEST(EffectSearch, AliasPointingLateComesFirstThenPrefixThenContainsForEffectsAn
 TEST(EffectSearch, NameBeginningWithTextRanksAboveEarlierNameContainingIt) {
     Catalogue catalogue({});
     SearchResults results = Search("FAST", catalogue, {}, {});
-    EXPECT_EQ(Names(results), (std::vector<std::string>{"Fast Box Blur", "Fast Blur (Legacy)", "CC Radial Fast Blur"}));
+    EXPECT_EQ(Names(results),
+              (std::vector<std::string>{"Fast Box Blur", "Fast Blur (Legacy)", "CC Radial Fast Blur"}));
 }
 
 TEST(EffectSearch, AliasesAndFavoritesRankAboveCatalogueAndAreMarked) {
@@ -143,7 +144,8 @@ TEST(EffectSearch, TrailingBlankIsPartOfTheText) {
     Catalogue catalogue({"Blur In", "Soft Blur"});
     SearchResults results = Search("blur ", catalogue, {}, {});
     // "Gaussian Blur" ends with "blur": without a blank after it, it does not match.
-    EXPECT_EQ(Names(results), (std::vector<std::string>{"Fast Blur (Legacy)", "Gaussian Blur (Legacy)", "Blur In"}));
+    EXPECT_EQ(Names(results),
+              (std::vector<std::string>{"Fast Blur (Legacy)", "Gaussian Blur (Legacy)", "Blur In"}));
 }
 
 TEST(EffectSearch, OnlyPresetsFoundStillOpensWithEffectsHeader) {
@@ -160,8 +162,8 @@ TEST(EffectSearch, OnlyPresetsFoundStillOpensWithEffectsHeader) {
 TEST(EffectSearch, EntriesOutsideTheCatalogueAreStillSearchedAndDeduplicated) {
     Catalogue catalogue({});
     EffectData outside = MakeEffect(9999, "Outside Effect");
-    std::vector<EffectAlias> aliases{{"qq", &outside, nullptr}, {"xqq", &outside, nullptr},
-                                     {"qq2", nullptr, nullptr}};
+    std::vector<EffectAlias> aliases{
+        {"qq", &outside, nullptr}, {"xqq", &outside, nullptr}, {"qq2", nullptr, nullptr}};
     SearchResults results = Search("qq", catalogue, {}, aliases);
     ASSERT_EQ(results.entries.size(), 1u);
     EXPECT_EQ(results.entries[0].effect, &outside);
@@ -172,7 +174,8 @@ TEST(EffectSearch, EntriesOutsideTheCatalogueAreStillSearchedAndDeduplicated) {
 // The search as the popup first did it: four plain passes, each checking the results and the
 // blacklist by scanning them. The engine must agree with it entry for entry.
 SearchResults ReferenceSearch(const std::string& text, const std::vector<EffectData>& catalogue,
-                              const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases) {
+                              const std::vector<EffectAlias>& blacklist,
+                              const std::vector<EffectAlias>& aliases) {
     SearchResults out;
     if (text.empty())
         return out;
@@ -223,7 +226,8 @@ TEST(EffectSearch, AgreesWithPlainPassesOnRandomCataloguesAndLists) {
         std::vector<EffectData> catalogue;
         const size_t size = rng() % 40;
         for (size_t i = 0; i < size; ++i)
-            catalogue.push_back(rng() % 3 ? MakeEffect(int(i + 1), word(6)) : MakePreset(-int(i + 1), word(6)));
+            catalogue.push_back(rng() % 3 ? MakeEffect(int(i + 1), word(6))
+                                          : MakePreset(-int(i + 1), word(6)));
         auto randomEntry = [&]() -> const EffectData* {
             return catalogue.empty() || rng() % 10 == 0 ? nullptr : &catalogue[rng() % catalogue.size()];
         };
@@ -236,9 +240,11 @@ TEST(EffectSearch, AgreesWithPlainPassesOnRandomCataloguesAndLists) {
 
         search.Run(text, catalogue, blacklist, aliases, results);
         const SearchResults expected = ReferenceSearch(text, catalogue, blacklist, aliases);
-        ASSERT_EQ(results.entries.size(), expected.entries.size()) << "round " << round << " text '" << text << "'";
+        ASSERT_EQ(results.entries.size(), expected.entries.size())
+            << "round " << round << " text '" << text << "'";
         for (size_t i = 0; i < expected.entries.size(); ++i) {
-            ASSERT_EQ(results.entries[i].effect, expected.entries[i].effect) << "round " << round << " at " << i;
+            ASSERT_EQ(results.entries[i].effect, expected.entries[i].effect)
+                << "round " << round << " at " << i;
             ASSERT_EQ(results.entries[i].user_entry, expected.entries[i].user_entry) << "round " << round;
         }
         ASSERT_EQ(results.effect_count, expected.effect_count);

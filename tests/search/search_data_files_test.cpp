@@ -73,8 +73,8 @@ TEST_F(SearchFilesTest, ReadingIgnoresCaseAndBlanksAndWindowsLineEnds) {
 }
 
 TEST_F(SearchFilesTest, MinusOnlyBlacklistsDirectlyInFrontOfANameWithoutAlias) {
-    Parse("- Gaussian Blur\n"      // names " gaussian blur": no such effect
-          "x = -Gaussian Blur\n"   // an alias of "-gaussian blur": no such effect
+    Parse("- Gaussian Blur\n"       // names " gaussian blur": no such effect
+          "x = -Gaussian Blur\n"    // an alias of "-gaussian blur": no such effect
           "-Glow # Fast Box Blur\n" // a blacklist entry; the override has no meaning there
           "-\n");
     EXPECT_TRUE(aliases.empty());
@@ -111,8 +111,8 @@ TEST_F(SearchFilesTest, WritingPutsTheBlacklistFirstInListOrder) {
 
 TEST_F(SearchFilesTest, ShortcutsFillNineSlotsInOrderAndKeepLabelCase) {
     std::string text = "no equals sign\nGau = NOT AN EFFECT\n";
-    const char* names[] = {"Glow", "Tint", "Levels", "Gaussian Blur", "Fast Box Blur", "Glow",
-                           "Tint", "Levels",  "Glow",   "Tint",          "Levels",         "Glow"};
+    const char* names[] = {"Glow", "Tint",   "Levels", "Gaussian Blur", "Fast Box Blur", "Glow",
+                           "Tint", "Levels", "Glow",   "Tint",          "Levels",        "Glow"};
     for (int i = 0; i < 12; ++i)
         text += "L" + std::to_string(i) + "x = " + names[i] + "\n";
     ParseShortcutsData(text, index, slots);
@@ -177,7 +177,8 @@ TEST_F(SearchFilesOnDiskTest, WrittenFilesReadBackAndMissingFilesGiveEmptyLists)
     const nimbit::file_path folder = UserSettingsFolder();
     ASSERT_TRUE(nimbit::make_dir(folder));
     ASSERT_TRUE(WriteSearchDataFiles(blacklist, aliases, slots, folder));
-    EXPECT_EQ(read_text(folder.append("effects_search.txt")), "-Tint\nblur = Gaussian Blur # Fast Box Blur\nGlow\n");
+    EXPECT_EQ(read_text(folder.append("effects_search.txt")),
+              "-Tint\nblur = Gaussian Blur # Fast Box Blur\nGlow\n");
     EXPECT_EQ(read_text(folder.append("effects_shortcuts.txt")), "Lev = Levels\n");
 
     std::vector<EffectAlias> b{{"stale", nullptr, nullptr}}, a, s;

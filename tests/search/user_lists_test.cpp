@@ -7,9 +7,9 @@
 namespace {
 
 struct ListsTest : ::testing::Test {
-    std::vector<EffectData> catalogue{MakeEffect(1, "Gaussian Blur"), MakeEffect(2, "Glow"),
-                                      MakeEffect(3, "X"),             MakeEffect(4, "levels"),
-                                      MakePreset(-1, "\xC3\xA9toile"), MakeEffect(5, "Fast Box Blur")};
+    std::vector<EffectData> catalogue{
+        MakeEffect(1, "Gaussian Blur"), MakeEffect(2, "Glow"),           MakeEffect(3, "X"),
+        MakeEffect(4, "levels"),        MakePreset(-1, "\xC3\xA9toile"), MakeEffect(5, "Fast Box Blur")};
     const EffectData* gaussian = &catalogue[0];
     const EffectData* glow = &catalogue[1];
     std::vector<EffectAlias> slots = std::vector<EffectAlias>(ShortcutSlotCount);
