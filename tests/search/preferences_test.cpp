@@ -4,7 +4,6 @@
 #include "popup/effect_alias.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
-#include "popup/user_lists.h"
 #include "tests/foundation/temp_folder.h"
 
 #include <gtest/gtest.h>
@@ -38,40 +37,22 @@ struct SettingsBytes {
 
 struct PreferencesTest : ::testing::Test {
     temp_folder root;
-    nimbit::file_path docs = root / "docs";
+    nimbit::file_path folder = root / "user/Tarvelo";
 
-    void SetUp() override {
-        ::setenv("QUILLO_DOCS_DIR", docs.c_str(), 1);
-        ::setenv("QUILLO_COMMON_DATA_DIR", (root / "common").c_str(), 1);
-    }
-    void ExpectDefaultsExceptThemeAndNews(const PreferencesData& prefs) {
-        const PreferencesData defaults;
-        EXPECT_EQ(prefs.shortcutChoice, 0);
-        EXPECT_EQ(prefs.captureFolder, defaults.captureFolder);
-        EXPECT_FALSE(prefs.fullResolutionScreenshots);
-        EXPECT_EQ(prefs.customKeyCode, -1);
-        EXPECT_EQ(prefs.customCtrl | prefs.customOpt | prefs.customShift | prefs.customCmd, 0);
-        EXPECT_EQ(prefs.customKeyName, "");
-    }
+    void SetUp() override { ::setenv("QUILLO_DOCS_DIR", (root / "docs").c_str(), 1); }
 };
 
-TEST_F(PreferencesTest, DefaultsPointIntoTheDocumentsFolderAndTakeTheTimeNow) {
+TEST_F(PreferencesTest, DefaultsAndShortcutText) {
     const int64_t before = CurrentNewsTime();
-    const PreferencesData prefs;
-    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
-    ExpectDefaultsExceptThemeAndNews(prefs);
-    EXPECT_EQ(prefs.captureFolder, docs.to_string() + "/Tarvelo/Quillo/Capture");
-    EXPECT_GE(prefs.newsTime, before);
-    EXPECT_LE(prefs.newsTime, CurrentNewsTime());
-    EXPECT_GT(prefs.newsTime, 1600000000); // seconds, not microseconds or zero
-    EXPECT_LT(prefs.newsTime, 100000000000);
-}
-
-TEST_F(PreferencesTest, ShortcutTextListsModifiersInFixedOrderThenTheKey) {
     PreferencesData prefs;
+    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
+    EXPECT_EQ(prefs.captureFolder, (root / "docs").to_string() + "/Tarvelo/Quillo/Capture");
+    EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_GE(prefs.newsTime, before); // seconds now, not microseconds
+    EXPECT_LE(prefs.newsTime, CurrentNewsTime());
+    EXPECT_LT(prefs.newsTime, 100000000000);
     EXPECT_EQ(prefs.GenerateShortcutText(), "");
-    prefs.customCtrl = 1;
-    prefs.customShift = 1;
+    prefs.customCtrl = prefs.customShift = 1;
     prefs.customKeyName = "BACKSPACE";
     EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + SHIFT + BACKSPACE");
     prefs.customCmd = -7; // any non-zero value counts
@@ -85,19 +66,22 @@ TEST_F(PreferencesTest, FileWithThemeAndNewsTimeOnlyKeepsEveryOtherDefault) {
     ASSERT_TRUE(SettingsBytes().Int(1, 1).Int(5, 1234567890123ll, 8).DecodeInto(prefs));
     EXPECT_EQ(prefs.theme, UIColorTheme::Light);
     EXPECT_EQ(prefs.newsTime, 1234567890123ll);
-    ExpectDefaultsExceptThemeAndNews(prefs);
+    const PreferencesData defaults;
+    EXPECT_EQ(prefs.captureFolder, defaults.captureFolder);
+    EXPECT_EQ(prefs.shortcutChoice, 0);
+    EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_FALSE(prefs.fullResolutionScreenshots);
 }
 
 TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStringsAtZero) {
     PreferencesData prefs;
     ASSERT_TRUE(SettingsBytes()
                     .Int(6, 99)
-                    .Int(13, 5)
                     .Int(0xffffffffu, 5)
-                    .Int(2, 3, 8)  // an int field stored 8 bytes wide: ignored
-                    .Int(8, 65, 2) // too short: ignored
-                    .Raw(4, "")    // empty bool: ignored
-                    .Int(5, 7, 4)  // news time too short: ignored
+                    .Int(2, 3, 8) // an int stored 8 bytes wide: ignored, not half read
+                    .Int(8, 65, 2)
+                    .Raw(4, "")
+                    .Int(5, 7, 4)
                     .Raw(7, std::string("F5\0junk", 7))
                     .Int(4, 2, 1) // any non-zero byte is true
                     .Int(9, 1)
@@ -105,10 +89,7 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
                     .DecodeInto(prefs));
     EXPECT_EQ(prefs.shortcutChoice, 0);
     EXPECT_EQ(prefs.customKeyCode, -1);
-    EXPECT_EQ(prefs.customKeyName, "F5");
     EXPECT_TRUE(prefs.fullResolutionScreenshots);
-    EXPECT_EQ(prefs.customCtrl, 1);
-    EXPECT_EQ(prefs.customCmd, -1);
     EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + CMD + F5");
     // A chunk that claims more data than the file holds ends the reading there.
     SettingsBytes cut;
@@ -117,43 +98,29 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
     ASSERT_TRUE(cut.DecodeInto(other));
     EXPECT_EQ(other.theme, UIColorTheme::Light);
     EXPECT_EQ(other.shortcutChoice, 0);
+    // Not a settings file at all: nothing changes.
+    const std::string wrong("NBCHX\0\0\x01\x01\0\0\0\x04\0\0\0\x01\0\0\0", 20);
+    EXPECT_FALSE(
+        DecodePreferences(reinterpret_cast<const unsigned char*>(wrong.data()), wrong.size(), other));
+    EXPECT_FALSE(DecodePreferences(nullptr, 0, other));
+    EXPECT_EQ(other.theme, UIColorTheme::Light);
+    EXPECT_FALSE(LoadPreferences(other, root / "nowhere"));
 }
 
 TEST_F(PreferencesTest, StoredCaptureFolderIsTakenOnlyWhenItExistsAsAFolder) {
     const PreferencesData defaults;
-    const nimbit::file_path existing = root / "shots";
-    ASSERT_TRUE(nimbit::make_dir(existing));
+    ASSERT_TRUE(nimbit::make_dir(root / "shots"));
     ASSERT_TRUE(write_text(root / "a-file", "x"));
     for (const std::string& stored : {(root / "missing").to_string(), (root / "a-file").to_string(),
-                                      std::string("relative/shots"), std::string()}) {
+                                      std::string("relative"), std::string()}) {
         PreferencesData prefs;
         ASSERT_TRUE(SettingsBytes().Raw(3, stored).DecodeInto(prefs));
         EXPECT_EQ(prefs.captureFolder, defaults.captureFolder) << stored;
     }
     PreferencesData prefs;
-    // The zero cut comes first, so what follows it cannot spoil an existing folder's name.
-    ASSERT_TRUE(SettingsBytes().Raw(3, existing.to_string() + std::string("\0/x", 3)).DecodeInto(prefs));
-    EXPECT_EQ(prefs.captureFolder, existing.to_string());
-}
-
-TEST_F(PreferencesTest, DamagedFilesLeaveTheRecordUntouched) {
-    PreferencesData prefs;
-    prefs.theme = UIColorTheme::Light;
-    prefs.customKeyName = "keep";
-    for (std::string bad : {std::string(), std::string("NBCHF"),
-                            std::string("NBCHX\0\0\x01\x01\0\0\0\x04\0\0\0\0\0\0\0", 20)}) {
-        EXPECT_FALSE(
-            DecodePreferences(reinterpret_cast<const unsigned char*>(bad.data()), bad.size(), prefs));
-        EXPECT_EQ(prefs.theme, UIColorTheme::Light);
-        EXPECT_EQ(prefs.customKeyName, "keep");
-    }
-    // The older spelling of the magic is still read.
-    SettingsBytes legacy;
-    legacy.bytes[3] = 'F';
-    legacy.bytes[4] = 'H';
-    EXPECT_TRUE(legacy.Int(1, 0).DecodeInto(prefs));
-    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
-    EXPECT_FALSE(LoadPreferences(prefs, root / "nowhere"));
+    ASSERT_TRUE(
+        SettingsBytes().Raw(3, (root / "shots").to_string() + std::string("\0/x", 3)).DecodeInto(prefs));
+    EXPECT_EQ(prefs.captureFolder, (root / "shots").to_string());
 }
 
 TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
@@ -164,27 +131,21 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     prefs.fullResolutionScreenshots = true;
     prefs.newsTime = -5;
     prefs.customKeyCode = 122;
-    prefs.customCtrl = 1;
-    prefs.customOpt = 2;
-    prefs.customShift = 3;
-    prefs.customCmd = 4;
+    prefs.customCtrl = 1, prefs.customOpt = 2, prefs.customShift = 3, prefs.customCmd = 4;
     prefs.customKeyName = "F1";
-    const nimbit::file_path folder = root / "user/Tarvelo";
-    ASSERT_TRUE(SavePreferences(prefs, {}, {}, std::vector<EffectAlias>(ShortcutSlotCount), folder, false));
-    // Saving made the capture folder, so the loader accepts it.
-    EXPECT_EQ(nimbit::file_stats(nimbit::file_path(prefs.captureFolder)).type, 1);
+    ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
 
     const std::string bytes = read_text(folder.append("effects_settings"));
     std::vector<uint32_t> ids;
     for (size_t at = 8; at + 8 <= bytes.size();) {
-        uint32_t id = 0, size = 0;
-        std::memcpy(&id, bytes.data() + at, 4);
-        std::memcpy(&size, bytes.data() + at + 4, 4);
-        ids.push_back(id);
-        at += 8 + size;
+        uint32_t header[2];
+        std::memcpy(header, bytes.data() + at, 8);
+        ids.push_back(header[0]);
+        at += 8 + header[1];
     }
     EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12}));
 
+    // Saving made the capture folder, so the reader accepts it.
     PreferencesData loaded;
     ASSERT_TRUE(LoadPreferences(loaded, folder));
     EXPECT_EQ(loaded.theme, prefs.theme);
@@ -193,33 +154,26 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     EXPECT_TRUE(loaded.fullResolutionScreenshots);
     EXPECT_EQ(loaded.newsTime, -5);
     EXPECT_EQ(loaded.customKeyCode, 122);
-    EXPECT_EQ(loaded.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + F1");
     EXPECT_EQ(loaded.customOpt, 2);
+    EXPECT_EQ(loaded.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + F1");
 }
 
-TEST_F(PreferencesTest, FirstRunSaveWritesDefaultsWithoutTheTextFiles) {
-    const nimbit::file_path folder = root / "user/Tarvelo";
+TEST_F(PreferencesTest, FirstRunWritesDefaultsWithoutTextFilesAndFailuresAreReported) {
     EXPECT_FALSE(SettingsFileExists(folder));
     const PreferencesData prefs;
-    ASSERT_TRUE(SavePreferences(prefs, {}, {}, std::vector<EffectAlias>(ShortcutSlotCount), folder, false));
+    ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
     EXPECT_TRUE(SettingsFileExists(folder));
     EXPECT_FALSE(nimbit::file_stats(folder.append("effects_search.txt")).exists);
     EXPECT_FALSE(nimbit::file_stats(folder.append("effects_shortcuts.txt")).exists);
-    EXPECT_EQ(nimbit::file_stats(nimbit::file_path(prefs.captureFolder)).type, 1);
     PreferencesData loaded;
     loaded.newsTime = 0;
     ASSERT_TRUE(LoadPreferences(loaded, folder));
     EXPECT_EQ(loaded.newsTime, prefs.newsTime);
     EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
-
-    ASSERT_TRUE(SavePreferences(prefs, {}, {}, std::vector<EffectAlias>(ShortcutSlotCount), folder, true));
-    EXPECT_TRUE(nimbit::file_stats(folder.append("effects_search.txt")).exists);
+    ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, true));
     EXPECT_TRUE(nimbit::file_stats(folder.append("effects_shortcuts.txt")).exists);
-}
 
-TEST_F(PreferencesTest, SavingIntoAnUnwritablePlaceReportsFailureAndLeavesTheOldFile) {
     ASSERT_TRUE(write_text(root / "blocker", "not a folder"));
-    const PreferencesData prefs;
     EXPECT_FALSE(SavePreferences(prefs, {}, {}, {}, root / "blocker/Tarvelo", true));
     EXPECT_EQ(read_text(root / "blocker"), "not a folder");
 }
