@@ -64,9 +64,11 @@ bool ReadInt(const nimbit::chunk_file& file, int32_t& field) {
 }
 
 std::string ReadString(const nimbit::chunk_file& file) {
-    const char* text = reinterpret_cast<const char*>(file.chunk_data());
     const size_t size = file.chunk_size();
-    const void* zero = size == 0 ? nullptr : std::memchr(text, 0, size);
+    if (size == 0)
+        return {};
+    const char* text = reinterpret_cast<const char*>(file.chunk_data());
+    const void* zero = std::memchr(text, 0, size);
     return std::string(text, zero ? static_cast<const char*>(zero) - text : size);
 }
 
