@@ -147,17 +147,21 @@ bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& 
 }
 
 bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder) {
+    if (folder.empty())
+        return false;
     nimbit::chunk_file file(folder.append(SettingsFileName), nimbit::chunk_file_access::read);
     return ReadFields(file, prefs);
 }
 
 bool SettingsFileExists(const nimbit::file_path& folder) {
-    return nimbit::file_stats(folder.append(SettingsFileName)).exists;
+    return !folder.empty() && nimbit::file_stats(folder.append(SettingsFileName)).exists;
 }
 
 bool SavePreferences(const PreferencesData& prefs, const std::vector<EffectAlias>& blacklist,
                      const std::vector<EffectAlias>& aliases, const std::vector<EffectAlias>& shortcuts,
                      const nimbit::file_path& folder, bool writeLists) {
+    if (folder.empty())
+        return false;
     // On a first run the user's folder may not exist yet.
     nimbit::make_dir(folder);
     const std::vector<unsigned char> bytes = EncodePreferences(prefs);

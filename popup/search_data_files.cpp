@@ -19,9 +19,17 @@ namespace {
 // rather than pulled whole into the host's memory.
 constexpr size_t MaxDataFileSize = 16u << 20;
 
-std::string ReadTextFile(const nimbit::file_path& path) {
+// Without a base folder there is no settings folder: a bare "Tarvelo" would land in whatever the
+// host's working folder happens to be.
+nimbit::file_path SettingsFolderUnder(const nimbit::file_path& base) {
+    return base.empty() ? nimbit::file_path() : base.append("Tarvelo");
+}
+
+std::string ReadTextFile(const nimbit::file_path& folder, std::string_view name) {
     std::string text;
-    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (folder.empty())
+        return text;
+    std::FILE* file = std::fopen(folder.append(name).c_str(), "rb");
     if (file == nullptr)
         return text;
     char buffer[16384];
@@ -144,32 +152,34 @@ std::string FormatShortcutsData(const std::vector<EffectAlias>& shortcuts) {
 }
 
 nimbit::file_path UserSettingsFolder() {
-    return nimbit::get_user_data_path().append("Tarvelo");
+    return SettingsFolderUnder(nimbit::get_user_data_path());
 }
 
 nimbit::file_path ChooseReadFolder(std::string_view fileName) {
     const nimbit::file_path userFolder = UserSettingsFolder();
-    if (nimbit::file_stats(userFolder.append(fileName)).exists)
+    if (!userFolder.empty() && nimbit::file_stats(userFolder.append(fileName)).exists)
         return userFolder;
-    return nimbit::get_common_data_path().append("Tarvelo");
+    return SettingsFolderUnder(nimbit::get_common_data_path());
 }
 
 void ReadSearchDataFile(std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases,
                         const std::vector<EffectData>& catalogue, const nimbit::file_path& folder) {
     blacklist.clear();
     aliases.clear();
-    const std::string text = ReadTextFile(folder.append(SearchDataFileName));
+    const std::string text = ReadTextFile(folder, SearchDataFileName);
     ParseSearchData(text, CatalogueIndex(catalogue), blacklist, aliases);
 }
 
 void ReadShortcutsDataFile(std::vector<EffectAlias>& shortcuts, const std::vector<EffectData>& catalogue,
                            const nimbit::file_path& folder) {
-    const std::string text = ReadTextFile(folder.append(ShortcutsDataFileName));
+    const std::string text = ReadTextFile(folder, ShortcutsDataFileName);
     ParseShortcutsData(text, CatalogueIndex(catalogue), shortcuts);
 }
 
 bool WriteSearchDataFiles(const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases,
                           const std::vector<EffectAlias>& shortcuts, const nimbit::file_path& folder) {
+    if (folder.empty())
+        return false;
     const std::string search = FormatSearchData(blacklist, aliases);
     const std::string slots = FormatShortcutsData(shortcuts);
     const bool searchSaved =

@@ -176,6 +176,9 @@ TEST_F(PreferencesTest, FirstRunWritesDefaultsWithoutTextFilesAndFailuresAreRepo
     ASSERT_TRUE(write_text(root / "blocker", "not a folder"));
     EXPECT_FALSE(SavePreferences(prefs, {}, {}, {}, root / "blocker/Tarvelo", true));
     EXPECT_EQ(read_text(root / "blocker"), "not a folder");
+    // With no data folder at all nothing is written into the host's working folder.
+    EXPECT_FALSE(SavePreferences(prefs, {}, {}, {}, nimbit::file_path(), true));
+    EXPECT_FALSE(nimbit::file_stats(nimbit::file_path("effects_settings")).exists);
 }
 
 } // namespace
