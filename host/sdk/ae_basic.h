@@ -180,15 +180,16 @@ enum { AEGP_MemFlag_NONE = 0, AEGP_MemFlag_CLEAR = 1, AEGP_MemFlag_QUIET = 2 };
 enum { AEGP_LTimeMode_LayerTime, AEGP_LTimeMode_CompTime };
 enum { AEGP_WorldType_NONE, AEGP_WorldType_8, AEGP_WorldType_16, AEGP_WorldType_32 };
 
-// Fixed name buffers: the host writes at most this many bytes, terminator included.
-enum {
-    AEGP_MAX_ITEM_NAME_SIZE = 32,
-    AEGP_MAX_LAYER_NAME_SIZE = 32,
-    AEGP_MAX_PROJ_NAME_SIZE = 48,
-    AEGP_MAX_EFFECT_NAME_SIZE = 31 + 17,
-    AEGP_MAX_EFFECT_MATCH_NAME_SIZE = 31 + 17,
-    AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE = 31 + 1,
-};
+// Fixed name buffers: the host writes at most this many bytes, terminator included. Macros, as
+// the host's headers have them, so that both sets of declarations can meet in one translation unit.
+#ifndef AEGP_MAX_ITEM_NAME_SIZE
+#define AEGP_MAX_ITEM_NAME_SIZE 32
+#define AEGP_MAX_LAYER_NAME_SIZE 32
+#define AEGP_MAX_PROJ_NAME_SIZE 48
+#define AEGP_MAX_EFFECT_NAME_SIZE (31 + 17)
+#define AEGP_MAX_EFFECT_MATCH_NAME_SIZE (31 + 17)
+#define AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE (31 + 1)
+#endif
 
 typedef struct {
     A_FpLong alphaF, redF, greenF, blueF;

@@ -5,8 +5,7 @@
 
 #if defined(QUILLO_OFFICIAL_HOST_SDK)
 #include "AEConfig.h"
-#include "AE_GeneralPlug.h"
-#include "AE_GeneralPlugOld.h"
+#include "AE_GeneralPlug.h" // brings the older suite generations too
 #include "SPBasic.h"
 #else
 #include "host/sdk/ae_suites.h"
