@@ -4,6 +4,7 @@
 #include "nimbit/utils/memory_map.h"
 
 #include <algorithm>
+#include <atomic>
 #include <bit>
 #include <chrono>
 #include <cmath>
@@ -50,9 +51,18 @@ static_assert(offsetof(cache_header_entry, offset) == 152 && offsetof(cache_head
               offsetof(cache_header_entry, created) == 176 && offsetof(cache_header_entry, index) == 184 &&
               offsetof(cache_header_entry, in_use) == 192);
 
+// Microseconds since the Unix epoch, strictly increasing within the process: the order of use must
+// survive a reload even when two uses fall into the same microsecond.
 double now_us() {
     using namespace std::chrono;
-    return static_cast<double>(duration_cast<microseconds>(system_clock::now().time_since_epoch()).count());
+    static std::atomic<int64_t> last{0};
+    const int64_t now = duration_cast<microseconds>(system_clock::now().time_since_epoch()).count();
+    int64_t previous = last.load(std::memory_order_relaxed);
+    int64_t next;
+    do
+        next = now > previous ? now : previous + 1;
+    while (!last.compare_exchange_weak(previous, next, std::memory_order_relaxed));
+    return static_cast<double>(next);
 }
 
 uint64_t load_u64(const unsigned char* p) {
@@ -99,6 +109,9 @@ struct mapped_cache::impl {
     node_list usage;   // most recently used first
     uint64_t max_size = default_max_size;
     uint64_t slot_count = 0; // as stored in the header
+    // The in-use flags of the header's slots, mirrored so that finding a free slot does not walk
+    // the whole header file.
+    std::vector<bool> slot_used;
 
     impl() { keys.max_load_factor(1.0f); }
 
@@ -109,6 +122,7 @@ struct mapped_cache::impl {
         data_map.reset();
         header_map.reset();
         slot_count = 0;
+        slot_used.clear();
     }
 
     // Slots the header mapping has room for.
@@ -127,6 +141,11 @@ struct mapped_cache::impl {
     // already covers the range. Null when the range cannot be mapped.
     unsigned char* window(uint64_t offset, uint64_t length) {
         if (!data_map || !data_map->is_open())
+            return nullptr;
+        // Touching a mapped page past the end of the file faults, so a file cut short behind our
+        // back turns its values into misses.
+        const uint64_t file_size = data_map->current_size();
+        if (offset > file_size || length > file_size - offset)
             return nullptr;
         const uint64_t start = data_map->view_offset();
         if (!data_map->data() || offset < start || offset - start > data_map->view_size() ||
@@ -187,6 +206,7 @@ struct mapped_cache::impl {
         const uint64_t data_size = data_map ? data_map->size() : 0;
 
         std::vector<node*> found;
+        std::vector<bool> used(slots, false);
         for (uint64_t i = 0; i < slots; ++i) {
             unsigned char* raw = header_map->data() + preamble_size + slot_size * i;
             cache_header_entry slot;
@@ -204,6 +224,7 @@ struct mapped_cache::impl {
                     std::memset(raw, 0, slot_size);
                 continue;
             }
+            used[i] = true;
             it->second.slot = slot;
             found.push_back(&it->second);
         }
@@ -229,6 +250,7 @@ struct mapped_cache::impl {
 
         max_size = stored_max;
         slot_count = slots;
+        slot_used = std::move(used);
         status = cache_status::ready;
         return true;
     }
@@ -266,6 +288,8 @@ struct mapped_cache::impl {
     void remove(node& n) {
         if (unsigned char* raw = read_only ? nullptr : slot_at(n.slot.index))
             std::memset(raw, 0, slot_size);
+        if (n.slot.index < slot_used.size())
+            slot_used[n.slot.index] = false;
         offsets.erase(n.by_offset);
         usage.erase(n.by_use);
         keys.erase(std::string(n.slot.key));
@@ -313,16 +337,8 @@ struct mapped_cache::impl {
         if (auto old = keys.find(key); old != keys.end())
             remove(old->second);
 
-        uint64_t index = slot_count;
-        for (uint64_t i = 0; i < slot_count; ++i) {
-            const unsigned char* raw = slot_at(i);
-            uint32_t in_use;
-            std::memcpy(&in_use, raw + offsetof(cache_header_entry, in_use), 4);
-            if (in_use == 0) {
-                index = i;
-                break;
-            }
-        }
+        const uint64_t index =
+            static_cast<uint64_t>(std::find(slot_used.begin(), slot_used.end(), false) - slot_used.begin());
 
         auto [offset, before] = find_space(length);
         while (offset > max_size - length) {
@@ -342,12 +358,10 @@ struct mapped_cache::impl {
                 !data_map->resize(data_map->size() + steps * data_growth))
                 return false;
         }
-        // Blocks are reserved before the mapping is written, so a full disk refuses the value here
-        // instead of faulting inside the copy.
-        if (!data_map->reserve(offset, length))
-            return false;
-        unsigned char* target = window(offset, length);
-        if (!target)
+        // The bytes go in through the file before the slot names them: a full disk then refuses
+        // the value with an error instead of a fault inside a copy through the mapping, and no
+        // window has to be mapped for bytes that are only written.
+        if (!data_map->write(offset, bytes, length))
             return false;
 
         // Slots past the old count may hold bytes the file had beyond it; they are cleared before
@@ -356,6 +370,8 @@ struct mapped_cache::impl {
         for (uint64_t i = slot_count; i < capacity; ++i)
             std::memset(slot_at(i), 0, slot_size);
         slot_count = capacity;
+        slot_used.resize(slot_count, false);
+        slot_used[index] = true;
         store_u64(header_map->data() + 16, slot_count);
 
         cache_header_entry slot{};
@@ -371,7 +387,6 @@ struct mapped_cache::impl {
         n.slot = slot;
         n.by_offset = offsets.insert(before, &n);
         n.by_use = usage.insert(usage.begin(), &n);
-        std::memcpy(target, bytes, length);
         return true;
     }
 
@@ -400,7 +415,7 @@ struct mapped_cache::impl {
             if (s.offset != position) {
                 // Values never overlap, so the value only ever moves toward the start.
                 unsigned char* span = window(position, s.offset + s.size - position);
-                if (!span)
+                if (!span || !data_map->reserve(position, s.size))
                     return;
                 std::memmove(span, span + (s.offset - position), s.size);
                 s.offset = position;

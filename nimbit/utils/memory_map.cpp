@@ -83,13 +83,8 @@ uint64_t memory_map::remap(uint64_t offset, uint64_t size) {
     }
     // The file may have changed length under us (another process, a damaged disk); look again so
     // that the view never reaches past its end.
-    struct stat st {};
-    if (::fstat(fd, &st) != 0) {
-        end_map();
-        return start;
-    }
-    length = static_cast<uint64_t>(st.st_size);
-    if (offset > length || size > length - offset) {
+    current_size();
+    if (fd < 0 || offset > length || size > length - offset) {
         end_map();
         return start;
     }
@@ -104,6 +99,13 @@ uint64_t memory_map::remap(uint64_t offset, uint64_t size) {
     offset_of_view = start;
     size_of_view = span;
     return start;
+}
+
+uint64_t memory_map::current_size() {
+    struct stat st {};
+    if (fd >= 0 && ::fstat(fd, &st) == 0)
+        length = static_cast<uint64_t>(st.st_size);
+    return length;
 }
 
 void memory_map::end_map() {
@@ -121,6 +123,23 @@ bool memory_map::resize(uint64_t new_length) {
     if (::ftruncate(fd, static_cast<off_t>(new_length)) != 0)
         return false;
     length = new_length;
+    return true;
+}
+
+bool memory_map::write(uint64_t offset, const void* bytes, uint64_t size) {
+    if (fd < 0 || !writable() || !fits_off_t(offset) || offset > INT64_MAX - size)
+        return false;
+    const auto* from = static_cast<const unsigned char*>(bytes);
+    while (size > 0) {
+        const ssize_t done = ::pwrite(fd, from, size, static_cast<off_t>(offset));
+        if (done < 0 && errno == EINTR)
+            continue;
+        if (done <= 0)
+            return false;
+        from += done;
+        offset += static_cast<uint64_t>(done);
+        size -= static_cast<uint64_t>(done);
+    }
     return true;
 }
 

@@ -36,12 +36,18 @@ public:
     // mapping cannot fault on a full disk; false when the space is not there.
     bool reserve(uint64_t offset, uint64_t length);
 
+    // Writes through the file, not the mapping (the present view sees the bytes too); false on a
+    // write error such as a full disk, where a store through the mapping would fault instead.
+    bool write(uint64_t offset, const void* bytes, uint64_t size);
+
     // Whether the file opened at construction (it may have been closed since).
     bool opened() const { return was_opened; }
     bool is_open() const { return fd >= 0; }
     bool writable() const { return access == memory_map_access::read_write; }
     // The file's length as last set or seen.
     uint64_t size() const { return length; }
+    // The file's length now, looked up again (another process may have cut the file).
+    uint64_t current_size();
     // The present view: its first byte, its file offset and its length.
     unsigned char* data() const { return view; }
     uint64_t view_offset() const { return offset_of_view; }
