@@ -48,7 +48,7 @@ struct SearchResults {
 // with it, aliases containing it, catalogue names beginning with it, catalogue names containing it.
 // An entry is taken once, at its first hit, and never when the blacklist names it.
 //
-// The object keeps scratch space between runs so that a keystroke allocates nothing once warm.
+// The object keeps its scratch space between runs, so a keystroke does not rebuild it from nothing.
 // Its cost is linear in the catalogue and the lists: found and blacklisted entries are marked per
 // catalogue position rather than looked up in the result lists.
 class EffectSearch {

@@ -1,12 +1,10 @@
 #include "popup/preferences_data.h"
 
 #include "nimbit/filesystem/known_folders.h"
-
-#include <chrono>
+#include "nimbit/utils/timer.h"
 
 int64_t CurrentNewsTime() {
-    using namespace std::chrono;
-    return duration_cast<seconds>(system_clock::now().time_since_epoch()).count();
+    return static_cast<int64_t>(nimbit::timer::get_current_microseconds() / 1000000.0);
 }
 
 PreferencesData::PreferencesData()

@@ -64,9 +64,11 @@ bool ReadInt(const nimbit::chunk_file& file, int32_t& field) {
 }
 
 std::string ReadString(const nimbit::chunk_file& file) {
-    const char* text = reinterpret_cast<const char*>(file.chunk_data());
     const size_t size = file.chunk_size();
-    const void* zero = size == 0 ? nullptr : std::memchr(text, 0, size);
+    if (size == 0)
+        return {};
+    const char* text = reinterpret_cast<const char*>(file.chunk_data());
+    const void* zero = std::memchr(text, 0, size);
     return std::string(text, zero ? static_cast<const char*>(zero) - text : size);
 }
 
@@ -145,17 +147,21 @@ bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& 
 }
 
 bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder) {
+    if (folder.empty())
+        return false;
     nimbit::chunk_file file(folder.append(SettingsFileName), nimbit::chunk_file_access::read);
     return ReadFields(file, prefs);
 }
 
 bool SettingsFileExists(const nimbit::file_path& folder) {
-    return nimbit::file_stats(folder.append(SettingsFileName)).exists;
+    return !folder.empty() && nimbit::file_stats(folder.append(SettingsFileName)).exists;
 }
 
 bool SavePreferences(const PreferencesData& prefs, const std::vector<EffectAlias>& blacklist,
                      const std::vector<EffectAlias>& aliases, const std::vector<EffectAlias>& shortcuts,
                      const nimbit::file_path& folder, bool writeLists) {
+    if (folder.empty())
+        return false;
     // On a first run the user's folder may not exist yet.
     nimbit::make_dir(folder);
     const std::vector<unsigned char> bytes = EncodePreferences(prefs);

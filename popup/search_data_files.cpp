@@ -19,9 +19,17 @@ namespace {
 // rather than pulled whole into the host's memory.
 constexpr size_t MaxDataFileSize = 16u << 20;
 
-std::string ReadTextFile(const nimbit::file_path& path) {
+// Without a base folder there is no settings folder: a bare "Tarvelo" would land in whatever the
+// host's working folder happens to be.
+nimbit::file_path SettingsFolderUnder(const nimbit::file_path& base) {
+    return base.empty() ? nimbit::file_path() : base.append("Tarvelo");
+}
+
+std::string ReadTextFile(const nimbit::file_path& folder, std::string_view name) {
     std::string text;
-    std::FILE* file = std::fopen(path.c_str(), "rb");
+    if (folder.empty())
+        return text;
+    std::FILE* file = std::fopen(folder.append(name).c_str(), "rb");
     if (file == nullptr)
         return text;
     char buffer[16384];
@@ -49,8 +57,8 @@ template <class F> void ForEachLine(std::string_view text, F&& f) {
 
 } // namespace
 
-void ParseSearchData(std::string_view text, const CatalogueIndex& catalogue, std::vector<EffectAlias>& blacklist,
-                     std::vector<EffectAlias>& aliases) {
+void ParseSearchData(std::string_view text, const CatalogueIndex& catalogue,
+                     std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases) {
     ForEachLine(text, [&](std::string_view rawLine) {
         const std::string line = nimbit::string_lower(rawLine);
         std::string_view rest = line;
@@ -95,14 +103,16 @@ void ParseShortcutsData(std::string_view text, const CatalogueIndex& catalogue,
         const size_t equals = line.find('=');
         if (equals == std::string_view::npos)
             return;
-        const EffectData* effect = catalogue.Find(nimbit::trim(nimbit::string_lower(line.substr(equals + 1))));
+        const EffectData* effect =
+            catalogue.Find(nimbit::trim(nimbit::string_lower(line.substr(equals + 1))));
         if (effect == nullptr)
             return;
         shortcuts[filled++] = EffectAlias{nimbit::trim(line.substr(0, equals)), effect, nullptr};
     });
 }
 
-std::string FormatSearchData(const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases) {
+std::string FormatSearchData(const std::vector<EffectAlias>& blacklist,
+                             const std::vector<EffectAlias>& aliases) {
     std::string out;
     for (const EffectAlias& entry : blacklist) {
         if (entry.effect == nullptr)
@@ -142,35 +152,39 @@ std::string FormatShortcutsData(const std::vector<EffectAlias>& shortcuts) {
 }
 
 nimbit::file_path UserSettingsFolder() {
-    return nimbit::get_user_data_path().append("Tarvelo");
+    return SettingsFolderUnder(nimbit::get_user_data_path());
 }
 
 nimbit::file_path ChooseReadFolder(std::string_view fileName) {
     const nimbit::file_path userFolder = UserSettingsFolder();
-    if (nimbit::file_stats(userFolder.append(fileName)).exists)
+    if (!userFolder.empty() && nimbit::file_stats(userFolder.append(fileName)).exists)
         return userFolder;
-    return nimbit::get_common_data_path().append("Tarvelo");
+    return SettingsFolderUnder(nimbit::get_common_data_path());
 }
 
 void ReadSearchDataFile(std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases,
                         const std::vector<EffectData>& catalogue, const nimbit::file_path& folder) {
     blacklist.clear();
     aliases.clear();
-    const std::string text = ReadTextFile(folder.append(SearchDataFileName));
+    const std::string text = ReadTextFile(folder, SearchDataFileName);
     ParseSearchData(text, CatalogueIndex(catalogue), blacklist, aliases);
 }
 
 void ReadShortcutsDataFile(std::vector<EffectAlias>& shortcuts, const std::vector<EffectData>& catalogue,
                            const nimbit::file_path& folder) {
-    const std::string text = ReadTextFile(folder.append(ShortcutsDataFileName));
+    const std::string text = ReadTextFile(folder, ShortcutsDataFileName);
     ParseShortcutsData(text, CatalogueIndex(catalogue), shortcuts);
 }
 
 bool WriteSearchDataFiles(const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases,
                           const std::vector<EffectAlias>& shortcuts, const nimbit::file_path& folder) {
+    if (folder.empty())
+        return false;
     const std::string search = FormatSearchData(blacklist, aliases);
     const std::string slots = FormatShortcutsData(shortcuts);
-    const bool searchSaved = nimbit::write_file_atomic(folder.append(SearchDataFileName), search.data(), search.size());
-    const bool slotsSaved = nimbit::write_file_atomic(folder.append(ShortcutsDataFileName), slots.data(), slots.size());
+    const bool searchSaved =
+        nimbit::write_file_atomic(folder.append(SearchDataFileName), search.data(), search.size());
+    const bool slotsSaved =
+        nimbit::write_file_atomic(folder.append(ShortcutsDataFileName), slots.data(), slots.size());
     return searchSaved && slotsSaved;
 }

@@ -24,14 +24,15 @@ inline constexpr std::string_view SearchDataFileName = "effects_search.txt";
 inline constexpr std::string_view ShortcutsDataFileName = "effects_shortcuts.txt";
 
 // Parses the text of effects_search.txt, appending to the two lists.
-void ParseSearchData(std::string_view text, const CatalogueIndex& catalogue, std::vector<EffectAlias>& blacklist,
-                     std::vector<EffectAlias>& aliases);
+void ParseSearchData(std::string_view text, const CatalogueIndex& catalogue,
+                     std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases);
 // Parses the text of effects_shortcuts.txt into exactly nine slots; lines after the ninth taken are
 // ignored.
 void ParseShortcutsData(std::string_view text, const CatalogueIndex& catalogue,
                         std::vector<EffectAlias>& shortcuts);
 
-std::string FormatSearchData(const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases);
+std::string FormatSearchData(const std::vector<EffectAlias>& blacklist,
+                             const std::vector<EffectAlias>& aliases);
 std::string FormatShortcutsData(const std::vector<EffectAlias>& shortcuts);
 
 // The folder "Tarvelo" under the user's data folder, where everything is written.

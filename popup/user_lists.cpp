@@ -14,8 +14,8 @@ unsigned long SlotCount(const std::vector<EffectAlias>& shortcuts) {
 
 } // namespace
 
-void AddToList(std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases, const EffectData* effect,
-               bool toBlacklist) {
+void AddToList(std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases,
+               const EffectData* effect, bool toBlacklist) {
     if (effect == nullptr)
         return;
     (toBlacklist ? blacklist : aliases).push_back(EffectAlias{effect->search_name, effect, nullptr});

@@ -14,8 +14,8 @@ struct EffectAlias;
 inline constexpr unsigned long ShortcutSlotCount = 9;
 
 // Appends the effect to the blacklist or, as a favorite, to the aliases. No duplicate check.
-void AddToList(std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases, const EffectData* effect,
-               bool toBlacklist);
+void AddToList(std::vector<EffectAlias>& blacklist, std::vector<EffectAlias>& aliases,
+               const EffectData* effect, bool toBlacklist);
 
 // Puts the effect into the first empty slot with a label made from its name. False when every slot
 // is taken (nothing changes).
