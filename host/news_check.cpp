@@ -25,21 +25,32 @@ std::string NewsCheck::DefaultUrl() {
     return NewsEndpoint;
 }
 
-size_t NewsCheck::CurlCallback(void* data, size_t size, size_t count, void* self) {
-    auto* check = static_cast<NewsCheck*>(self);
-    const size_t n = size * count;
-    if (check->responseLength < OverLong && check->responseLength + n < sizeof check->response - 1) {
-        std::memcpy(check->response + check->responseLength, data, n);
-        check->responseLength += n;
+void NewsAnswer::Clear() {
+    length = 0;
+    std::memset(buffer, 0, sizeof buffer);
+}
+
+void NewsAnswer::Append(const void* data, size_t size) {
+    if (length < OverLong && length + size < sizeof buffer - 1) {
+        std::memcpy(buffer + length, data, size);
+        length += size;
     } else {
-        check->responseLength = OverLong;
+        length = OverLong;
     }
+}
+
+int32_t NewsAnswer::Count() const {
+    return length == 1 || length == 2 ? std::atoi(buffer) : 0;
+}
+
+size_t NewsCheck::CurlCallback(void* data, size_t size, size_t count, void* self) {
+    const size_t n = size * count;
+    static_cast<NewsCheck*>(self)->answer.Append(data, n);
     return n; // never abort the transfer
 }
 
 void NewsCheck::Check(long long time) {
-    responseLength = 0;
-    std::memset(response, 0, sizeof response);
+    answer.Clear();
 
     curl_httppost* form = nullptr;
     curl_httppost* last = nullptr;
@@ -58,8 +69,5 @@ void NewsCheck::Check(long long time) {
     }
     curl_formfree(form);
 
-    int32_t result = 0;
-    if (responseLength == 1 || responseLength == 2)
-        result = std::atoi(response);
-    count.store(result, std::memory_order_release);
+    count.store(answer.Count(), std::memory_order_release);
 }

@@ -5,6 +5,20 @@
 #include <cstdint>
 #include <string>
 
+// The endpoint's answer as it arrives: at most 62 bytes are kept, zero-terminated; a longer answer
+// is only marked as over-long (length 64).
+struct NewsAnswer {
+    static constexpr uint64_t OverLong = 64;
+
+    uint64_t length = 0;
+    char buffer[64] = {};
+
+    void Clear();
+    void Append(const void* data, size_t size);
+    // An answer of one or two characters is the count (its leading digits); anything else is 0.
+    int32_t Count() const;
+};
+
 // Asks the news endpoint how many news items appeared since the user last looked. Check runs on a
 // thread of its own; the popup's timer polls GetCount on the main thread until it is no longer -1.
 class NewsCheck {
@@ -27,10 +41,7 @@ public:
     static std::string DefaultUrl();
 
 private:
-    static constexpr uint64_t OverLong = 64;
-
-    uint64_t responseLength = 0;
-    char response[64] = {};
+    NewsAnswer answer;
     std::atomic<int32_t> count{-1};
     std::string url;
 };

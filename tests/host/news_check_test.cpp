@@ -149,4 +149,22 @@ TEST(NewsCheck, NoServerCountsZero) {
     EXPECT_EQ(check.GetCount(), 0);
 }
 
+TEST(NewsCheck, AnswerArrivingInPiecesKeepsAtMost62Bytes) {
+    NewsAnswer answer;
+    answer.Append("1", 1);
+    answer.Append("2", 1);
+    EXPECT_EQ(answer.Count(), 12);
+    answer.Clear();
+    const std::string piece(31, '1');
+    answer.Append(piece.data(), piece.size());
+    answer.Append(piece.data(), piece.size());
+    EXPECT_EQ(answer.length, 62u);
+    EXPECT_EQ(answer.buffer[62], '\0');
+    answer.Append("1", 1); // the 63rd byte makes the answer over-long for good
+    EXPECT_EQ(answer.length, NewsAnswer::OverLong);
+    answer.Append("", 0);
+    EXPECT_EQ(answer.length, NewsAnswer::OverLong);
+    EXPECT_EQ(answer.Count(), 0);
+}
+
 } // namespace
