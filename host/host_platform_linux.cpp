@@ -12,7 +12,13 @@ const NativeApplication* Application() {
     void* symbol = dlsym(RTLD_DEFAULT, QUILLO_NATIVE_APPLICATION_SYMBOL);
     if (symbol == nullptr)
         return nullptr;
-    return reinterpret_cast<NativeApplicationLookup>(symbol)();
+    const NativeApplication* app = reinterpret_cast<NativeApplicationLookup>(symbol)();
+    // A table with a gap is treated as no table: nothing here may call through a null pointer.
+    if (app == nullptr || !app->is_active || !app->executable_path || !app->main_menu ||
+        !app->menu_item_count || !app->menu_item_at || !app->item_title || !app->item_enabled ||
+        !app->item_submenu || !app->item_send_action)
+        return nullptr;
+    return app;
 }
 
 bool TitleMatches(const char* title, std::string_view wanted) {
@@ -34,7 +40,7 @@ NativeMenuItem* FindItem(const NativeApplication& app, NativeMenu* menu, std::st
 namespace HostPlatform {
 
 std::string ExecutablePath() {
-    if (const NativeApplication* app = Application(); app != nullptr && app->executable_path != nullptr) {
+    if (const NativeApplication* app = Application()) {
         if (const char* path = app->executable_path())
             return path;
     }
@@ -45,12 +51,12 @@ std::string ExecutablePath() {
 
 bool IsHostActive() {
     const NativeApplication* app = Application();
-    return app != nullptr && app->is_active != nullptr && app->is_active() != 0;
+    return app != nullptr && app->is_active() != 0;
 }
 
 bool ChooseEffectMenuItem(std::string_view category, std::string_view name) {
     const NativeApplication* app = Application();
-    if (app == nullptr || app->main_menu == nullptr)
+    if (app == nullptr)
         return false;
     NativeMenu* mainMenu = app->main_menu();
     if (mainMenu == nullptr || app->menu_item_count(mainMenu) < 6)
