@@ -56,13 +56,7 @@ Project* ProjectOf(AEGP_ProjectH handle) {
 }
 
 Item* ItemOf(const void* handle) {
-    for (auto& project : Host().GetModel().projects) {
-        for (auto& item : project->items) {
-            if (static_cast<const void*>(item.get()) == handle)
-                return item.get();
-        }
-    }
-    return nullptr;
+    return Host().ItemFromHandle(handle);
 }
 
 Layer* LayerOf(AEGP_LayerH handle) {
@@ -470,7 +464,11 @@ AEGP_ItemSuite6 item10 = [] {
     s.AEGP_GetItemName = GetItemNameOld;
     return s;
 }();
-AEGP_ItemSuite8 item13 = ItemSuite<AEGP_ItemSuite8>();
+AEGP_ItemSuite8 item13 = [] {
+    AEGP_ItemSuite8 s = ItemSuite<AEGP_ItemSuite8>();
+    s.AEGP_GetItemMRUView = GetItemMRUView;
+    return s;
+}();
 template <typename Suite> Suite CompSuite() {
     Suite s{};
     s.AEGP_GetCompFromItem = GetCompFromItem;
@@ -496,12 +494,6 @@ AEGP_MemorySuite1 memory1 = [] {
     s.AEGP_GetMemHandleSize = GetMemHandleSize;
     return s;
 }();
-// Frame capture's suites: handed out so that acquisition behaves as in the host; their functions
-// are served once the simulated renderer exists.
-AEGP_RenderOptionsSuite3 renderOptions3{};
-AEGP_RenderSuite3 render3{};
-AEGP_WorldSuite3 world3{};
-AEGP_ColorSettingsSuite2 colorSettings3{};
 
 struct SuiteEntry {
     const char* name;
@@ -524,10 +516,10 @@ const SuiteEntry suiteTable[] = {
     {"AEGP Comp Suite", 9, &comp9},
     {"AEGP Proj Suite", 8, &proj8},
     {"AEGP Memory Suite", 1, &memory1},
-    {"AEGP Render Options Suite", 3, &renderOptions3},
-    {"AEGP Render Suite", 3, &render3},
-    {"AEGP World Suite", 3, &world3},
-    {"PF Color Settings Suite", 3, &colorSettings3},
+    {"AEGP Render Options Suite", 3, &renderOptionsSuite3},
+    {"AEGP Render Suite", 3, &renderSuite3},
+    {"AEGP World Suite", 3, &worldSuite3},
+    {"PF Color Settings Suite", 3, &colorSettingsSuite3},
 };
 
 constexpr SPErr SuiteNotFound = 0x21734E66; // any non-zero code is a refusal
@@ -773,6 +765,25 @@ Item* SimHost::FindItem(int32_t id) {
         }
     }
     return nullptr;
+}
+
+Item* SimHost::ItemFromHandle(const void* handle) {
+    if (handle == nullptr)
+        return nullptr;
+    for (auto& project : model.projects) {
+        for (auto& item : project->items) {
+            if (static_cast<const void*>(item.get()) == handle)
+                return item.get();
+        }
+    }
+    return nullptr;
+}
+
+AEGP_MemHandle SimHost::NewMemHandle(const void* bytes, size_t size) {
+    AEGP_MemHandle handle = NewMem(size);
+    if (size > 0)
+        std::memcpy(reinterpret_cast<MemBlock*>(handle)->bytes.data(), bytes, size);
+    return handle;
 }
 
 Item* SimHost::ActiveItem() {

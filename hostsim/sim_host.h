@@ -7,6 +7,7 @@
 #include "host/sdk/ae_suites.h"
 #include "host/sdk/script_object.h"
 #include "hostsim/sim_model.h"
+#include "hostsim/sim_render.h"
 
 #include <map>
 #include <string>
@@ -63,6 +64,10 @@ public:
     int suiteApplications = 0;
     int liveMemHandles = 0;
     int liveEffectRefs = 0;
+    // The renderer's objects still held by the plug-in, and what it last rendered.
+    int liveRenderOptions = 0, liveFrames = 0, liveWorlds = 0, liveProfiles = 0;
+    int colorTransforms = 0;
+    RenderRequest lastRender;
 
     // The plug-in library. Load returns false (and says why in loadError) when the library or one of
     // its entry points is missing.
@@ -79,6 +84,10 @@ public:
     // Lookups used by the suites and by tests.
     Project* CurrentProject();
     Item* FindItem(int32_t id);
+    // The item (or composition, or view: all are items here) behind a handle; null when unknown.
+    Item* ItemFromHandle(const void* handle);
+    // A host memory handle holding a copy of size bytes.
+    AEGP_MemHandle NewMemHandle(const void* bytes, size_t size);
     Item* ActiveItem();
     Layer* ActiveLayer(); // the one selected layer of the active composition
     Item* ParentComp(const Layer* layer);

@@ -36,6 +36,10 @@ struct Item {
     A_Ratio pixelAspect{1, 1};
     A_Time time{0, 1};
     std::vector<std::unique_ptr<Layer>> layers; // compositions only
+    // Compositions: the resolution the viewer renders at (2 = half), and whether the most recently
+    // used view shows a colour-managed transform of the working space.
+    A_short downsample = 1;
+    bool viewColorTransform = false;
 };
 
 struct Project {
@@ -79,6 +83,9 @@ struct Model {
 
     // The script engine's answer to "app.project.bitsPerChannel".
     std::string bitsPerChannel = "32";
+
+    // The description of the working colour space's profile.
+    std::string workingSpaceProfile = "sRGB IEC61966-2.1";
 };
 
 // Reads a project file (JSON). Throws std::runtime_error with a message on malformed input: the

@@ -70,6 +70,7 @@ void ReadHost(const json& host, Model& model) {
     model.disabledCategories = Get(host, "disabledCategories", model.disabledCategories);
     model.menuActionsApply = Get(host, "menuActionsApply", model.menuActionsApply);
     model.bitsPerChannel = Get(host, "bitsPerChannel", model.bitsPerChannel);
+    model.workingSpaceProfile = Get(host, "workingSpaceProfile", model.workingSpaceProfile);
 }
 
 void ReadEffects(const json& effects, Model& model) {
@@ -105,6 +106,8 @@ std::unique_ptr<Item> ReadItem(const json& entry, const Model& model) {
         item->pixelAspect = A_Ratio{it->at(0).get<A_long>(), it->at(1).get<A_u_long>()};
     if (auto it = entry.find("time"); it != entry.end())
         item->time = TimeOf(*it);
+    item->downsample = Get<A_short>(entry, "downsample", 1);
+    item->viewColorTransform = Get(entry, "viewColorTransform", false);
     for (const json& l : Get(entry, "layers", json::array())) {
         auto layer = std::make_unique<Layer>();
         layer->name = Get<std::string>(l, "name", "");
