@@ -433,9 +433,9 @@ void window::process_tooltip_timer() {
                 break;
             }
         }
-        if (!found || !tooltip_area_valid || !(found->area == tooltip_area)) {
+        if (!found || !(found->area == tooltip_area)) {
+            // No entry under the pointer is remembered as the empty area.
             tooltip_time = 0.0f;
-            tooltip_area_valid = found != nullptr;
             tooltip_area = found ? found->area : ivec4{};
             hide_tooltip();
         } else {

@@ -151,7 +151,6 @@ private:
     bool tooltip_running = false;
     widget* tooltip_widget = nullptr;
     ivec4 tooltip_area;
-    bool tooltip_area_valid = false;
     float tooltip_time = 0.0f;
     bool mouse_inside = false;
     bool tab_navigation = false;
