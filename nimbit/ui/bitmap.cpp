@@ -1,13 +1,13 @@
 #include "nimbit/ui/bitmap.h"
 
 #include "nimbit/filesystem/file_path.h"
+#include "nimbit/filesystem/write_file_atomic.h"
 #include "nimbit/ui/image_stream.h"
 #include "nimbit/ui/native_bitmap.h"
 #include "nimbit/ui/native_clipboard.h"
 #include "nimbit/utils/assert.h"
 
 #include <cstdio>
-#include <string>
 
 namespace nimbit::ui {
 
@@ -28,21 +28,6 @@ bool read_file(const file_path& path, std::vector<unsigned char>& out) {
         ok = length == 0 || std::fread(out.data(), 1, out.size(), f) == out.size();
     }
     std::fclose(f);
-    return ok;
-}
-
-// Writes beside the target and renames over it, so a failed save never leaves half a file.
-bool write_file_atomic(const file_path& path, const std::vector<unsigned char>& bytes) {
-    const std::string temp = path.to_string() + ".saving";
-    std::FILE* f = std::fopen(temp.c_str(), "wb");
-    if (!f)
-        return false;
-    bool ok = std::fwrite(bytes.data(), 1, bytes.size(), f) == bytes.size();
-    ok = std::fflush(f) == 0 && ok;
-    ok = std::fclose(f) == 0 && ok;
-    ok = ok && std::rename(temp.c_str(), path.c_str()) == 0;
-    if (!ok)
-        std::remove(temp.c_str());
     return ok;
 }
 
@@ -119,7 +104,7 @@ std::vector<unsigned char> bitmap::save_image_stream(image_format format) const 
 
 bool bitmap::save_image(const file_path& path, image_format format) const {
     const std::vector<unsigned char> bytes = save_image_stream(format);
-    return !bytes.empty() && write_file_atomic(path, bytes);
+    return !bytes.empty() && write_file_atomic(path, bytes.data(), bytes.size());
 }
 
 bitmap_data bitmap::lock() {

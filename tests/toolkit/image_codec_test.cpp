@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstdio>
+#include <string>
 #include <vector>
 
 using namespace nimbit;
@@ -84,4 +86,60 @@ TEST(ImageCodecs, SizeLimitsAndEmptyImages) {
     short_buffer.pixels.resize(10);
     EXPECT_TRUE(encode_png(short_buffer).empty());
     EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
+}
+
+namespace {
+
+rgba_image decode_seed(const char* name) {
+    const std::string path = std::string(QUILLO_SOURCE_DIR) + "/fuzz/corpus/image_decode_fuzzer/" + name;
+    std::vector<unsigned char> bytes;
+    if (FILE* f = std::fopen(path.c_str(), "rb")) {
+        unsigned char chunk[4096];
+        size_t n;
+        while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0)
+            bytes.insert(bytes.end(), chunk, chunk + n);
+        std::fclose(f);
+    }
+    rgba_image out;
+    EXPECT_TRUE(decode_image(bytes.data(), bytes.size(), ui::native_bitmap::max_pixels, out)) << name;
+    return out;
+}
+
+const unsigned char* at(const rgba_image& img, int x, int y) {
+    return &img.pixels[(size_t(y) * size_t(img.size.x) + size_t(x)) * 4];
+}
+
+} // namespace
+
+TEST(ImageCodecs, EveryPixelLayoutDecodesToRgba) {
+    const rgba_image grey = decode_seed("grey_3x2.png");
+    ASSERT_EQ(grey.size, (_vec2<int>{3, 2}));
+    EXPECT_FALSE(grey.alpha);
+    EXPECT_EQ(at(grey, 0, 0)[0], 0x10);
+    EXPECT_EQ(at(grey, 1, 0)[2], 0x80);
+    EXPECT_EQ(at(grey, 2, 0)[3], 255);
+    EXPECT_EQ(at(grey, 1, 1)[0], 0x40) << "Sub filter undone";
+
+    const rgba_image palette = decode_seed("palette_2x2.png");
+    ASSERT_EQ(palette.size, (_vec2<int>{2, 2}));
+    EXPECT_TRUE(palette.alpha) << "tRNS gives the palette transparency";
+    EXPECT_EQ(at(palette, 0, 0)[0], 255);
+    EXPECT_EQ(at(palette, 0, 0)[3], 255);
+    EXPECT_EQ(at(palette, 1, 0)[1], 255);
+    EXPECT_EQ(at(palette, 1, 0)[3], 128);
+
+    const rgba_image deep = decode_seed("rgba16_1x2.png");
+    ASSERT_EQ(deep.size, (_vec2<int>{1, 2}));
+    EXPECT_TRUE(deep.alpha);
+
+    const rgba_image interlaced = decode_seed("interlaced_1x1.png");
+    ASSERT_EQ(interlaced.size, (_vec2<int>{1, 1}));
+    EXPECT_EQ(interlaced.pixels[3], 0x40);
+
+    for (const char* name : {"grey_8x8.jpg", "cmyk_8x8.jpg"}) {
+        const rgba_image jpg = decode_seed(name);
+        EXPECT_EQ(jpg.size, (_vec2<int>{8, 8})) << name;
+        EXPECT_EQ(jpg.pixels[3], 255) << name;
+    }
+    EXPECT_EQ(decode_seed("progressive_16x8.jpg").size, (_vec2<int>{16, 8}));
 }

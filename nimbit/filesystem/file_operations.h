@@ -1,0 +1,26 @@
+#pragma once
+
+#include <cstdint>
+
+namespace nimbit {
+
+class file_path;
+
+// Free file operations. None of them throws; each reports success.
+
+// Creates the folder and every missing parent (permissions 0777 before the umask). An existing
+// folder is success; an existing file of that name is not.
+bool make_dir(const file_path& path);
+// Deletes the folder and everything below it (symbolic links are removed, never followed).
+// Returns whether the folder itself could be removed at the end.
+bool remove_dir(const file_path& path);
+bool remove_file(const file_path& path);
+// Copies the bytes of a file, creating or truncating the target.
+bool copy_file(const file_path& from, const file_path& to);
+// Copies the folder from, with everything below it, into to/<name of from>. Both must be existing
+// folders, and to must not lie inside from.
+bool copy_dir(const file_path& from, const file_path& to);
+// Sets the creation and modification dates (seconds since the epoch) where the platform can.
+bool set_file_dates(const file_path& path, int64_t created, int64_t modified);
+
+} // namespace nimbit

@@ -1,0 +1,103 @@
+#include "nimbit/utils/thread_pool.h"
+
+namespace nimbit {
+
+namespace {
+
+// How many times a waiting thread yields before it sleeps: a few tens of microseconds.
+constexpr int spin_rounds = 64;
+
+// The pool whose worker runs on this thread, so a nested run can be detected.
+thread_local const thread_pool* current_pool = nullptr;
+
+} // namespace
+
+thread_pool& thread_pool::get_instance() {
+    static thread_pool pool(std::thread::hardware_concurrency());
+    return pool;
+}
+
+thread_pool::thread_pool(uint32_t count) : worker_count(count == 0 ? 1 : count), status(worker_count, 0) {
+    threads.reserve(worker_count);
+    for (uint32_t i = 0; i < worker_count; ++i)
+        threads.emplace_back([this, i] { worker_loop(i); });
+}
+
+thread_pool::~thread_pool() {
+    {
+        std::lock_guard lock(mutex);
+        stop = true;
+    }
+    wake.notify_all();
+    for (auto& t : threads)
+        t.join();
+}
+
+thread_worker_data thread_pool::share(uint32_t count, uint32_t workers, uint32_t index) {
+    thread_worker_data d{0, 0, index};
+    uint32_t start = 0;
+    uint32_t remaining = workers;
+    for (uint32_t k = 0; k <= index && remaining > 0; ++k) {
+        d.begin = start;
+        d.end = start + (count - start) / remaining;
+        start = d.end;
+        --remaining;
+    }
+    return d;
+}
+
+void thread_pool::enqueue(uint32_t count, thread_job work) {
+    if (!work)
+        return;
+    if (current_pool == this) {
+        for (uint32_t i = 0; i < worker_count; ++i)
+            work(share(count, worker_count, i));
+        return;
+    }
+    std::lock_guard run(dispatch);
+    item_count = count;
+    job = work;
+    do_work();
+    job = {};
+}
+
+void thread_pool::do_work() {
+    done.reset(worker_count);
+    finished.store(0, std::memory_order_relaxed);
+    {
+        std::lock_guard lock(mutex);
+        for (auto& s : status)
+            s = 1;
+        generation.fetch_add(1, std::memory_order_release);
+    }
+    wake.notify_all();
+    // Short runs end within a few microseconds; watching for that first saves the caller a sleep
+    // and a wake-up. Long runs fall through to the latch.
+    for (int spin = 0; spin < spin_rounds && finished.load(std::memory_order_acquire) < worker_count; ++spin)
+        std::this_thread::yield();
+    done.wait();
+}
+
+void thread_pool::worker_loop(uint32_t index) {
+    current_pool = this;
+    uint32_t seen = generation.load(std::memory_order_acquire);
+    for (;;) {
+        // Runs often come in bursts (one per row band, one per image): a worker that has just
+        // finished watches briefly for the next one before it goes to sleep on the condition.
+        for (int spin = 0; spin < spin_rounds && generation.load(std::memory_order_acquire) == seen; ++spin)
+            std::this_thread::yield();
+        {
+            std::unique_lock lock(mutex);
+            wake.wait(lock, [&] { return status[index] == 1 || stop; });
+            if (stop)
+                return;
+            status[index] = 0;
+            seen = generation.load(std::memory_order_relaxed);
+        }
+        job(share(item_count, worker_count, index));
+        finished.fetch_add(1, std::memory_order_release);
+        done.count_down();
+    }
+}
+
+} // namespace nimbit

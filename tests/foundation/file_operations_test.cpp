@@ -1,0 +1,164 @@
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_stats.h"
+#include "nimbit/filesystem/folder_iterator.h"
+
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <unistd.h>
+
+using nimbit::file_path;
+using nimbit::file_stats;
+
+namespace {
+
+TEST(FileStats, ReportsTypeSizeAndMissingPaths) {
+    temp_folder tmp;
+    const file_stats missing(tmp / "nothing/here");
+    EXPECT_FALSE(missing.exists);
+    EXPECT_EQ(missing.type, 2);
+    EXPECT_FALSE(file_stats(file_path()).exists);
+
+    ASSERT_TRUE(write_text(tmp / "f.txt", "12345"));
+    const file_stats file(tmp / "f.txt");
+    EXPECT_TRUE(file.exists);
+    EXPECT_EQ(file.type, 0);
+    EXPECT_EQ(file.size, 5u);
+
+    const file_stats folder(tmp.path());
+    EXPECT_TRUE(folder.exists);
+    EXPECT_EQ(folder.type, 1);
+}
+
+TEST(FileOperations, SetFileDatesChangesTheModificationDate) {
+    temp_folder tmp;
+    ASSERT_TRUE(write_text(tmp / "f", "x"));
+    EXPECT_TRUE(nimbit::set_file_dates(tmp / "f", 1000000000, 1234567890));
+    EXPECT_EQ(file_stats(tmp / "f").modified, 1234567890);
+    EXPECT_FALSE(nimbit::set_file_dates(tmp / "missing", 0, 0));
+}
+
+TEST(FileOperations, MakeDirCreatesEveryMissingLevel) {
+    temp_folder tmp;
+    EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c"));
+    EXPECT_EQ(file_stats(tmp / "a").type, 1);
+    EXPECT_EQ(file_stats(tmp / "a/b").type, 1);
+    EXPECT_EQ(file_stats(tmp / "a/b/c").type, 1);
+    EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c")) << "an existing folder is success";
+    EXPECT_TRUE(nimbit::make_dir(tmp / "a/x/"));
+
+    ASSERT_TRUE(write_text(tmp / "file", ""));
+    EXPECT_FALSE(nimbit::make_dir(tmp / "file")) << "a file is in the way";
+    EXPECT_FALSE(nimbit::make_dir(tmp / "file/sub/deeper"));
+    EXPECT_FALSE(nimbit::make_dir(file_path()));
+}
+
+TEST(FileOperations, RemoveDirDeletesTheTreeButNotWhatLinksPointTo) {
+    temp_folder tmp;
+    ASSERT_TRUE(nimbit::make_dir(tmp / "outside"));
+    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep"));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "tree/a/b"));
+    ASSERT_TRUE(write_text(tmp / "tree/a/b/f", "x"));
+    ASSERT_TRUE(write_text(tmp / "tree/g", "y"));
+    ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / "tree/link").c_str()), 0);
+
+    EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
+    EXPECT_FALSE(file_stats(tmp / "tree").exists);
+    EXPECT_EQ(read_text(tmp / "outside/keep"), "keep");
+    EXPECT_FALSE(nimbit::remove_dir(tmp / "tree"));
+
+    EXPECT_TRUE(nimbit::remove_file(tmp / "outside/keep"));
+    EXPECT_FALSE(nimbit::remove_file(tmp / "outside/keep"));
+}
+
+TEST(FileOperations, CopyFileCopiesAndTruncates) {
+    temp_folder tmp;
+    std::string big(200000, '\0');
+    for (size_t i = 0; i < big.size(); ++i)
+        big[i] = static_cast<char>(i * 7);
+    ASSERT_TRUE(write_text(tmp / "src", big));
+    ASSERT_TRUE(write_text(tmp / "dst", std::string(300000, 'z')));
+    EXPECT_TRUE(nimbit::copy_file(tmp / "src", tmp / "dst"));
+    EXPECT_EQ(read_text(tmp / "dst"), big);
+
+    EXPECT_FALSE(nimbit::copy_file(tmp / "missing", tmp / "dst2"));
+    EXPECT_FALSE(file_stats(tmp / "dst2").exists);
+    EXPECT_FALSE(nimbit::copy_file(tmp / "src", tmp / "no/such/folder/dst"));
+}
+
+TEST(FileOperations, CopyDirCopiesTheTreeUnderTheSourceName) {
+    temp_folder tmp;
+    ASSERT_TRUE(nimbit::make_dir(tmp / "src/a/b"));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "src/empty"));
+    ASSERT_TRUE(write_text(tmp / "src/top", "1"));
+    ASSERT_TRUE(write_text(tmp / "src/a/b/deep", "2"));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "dst"));
+
+    EXPECT_TRUE(nimbit::copy_dir(tmp / "src", tmp / "dst"));
+    EXPECT_EQ(read_text(tmp / "dst/src/top"), "1");
+    EXPECT_EQ(read_text(tmp / "dst/src/a/b/deep"), "2");
+    EXPECT_EQ(file_stats(tmp / "dst/src/empty").type, 1);
+
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "missing", tmp / "dst"));
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "src", tmp / "missing"));
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "src/top", tmp / "dst")) << "the source must be a folder";
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "src", tmp / "src/a")) << "a folder cannot be copied into itself";
+    EXPECT_FALSE(file_stats(tmp / "src/a/src").exists);
+}
+
+std::vector<std::string> walk(const file_path& root, bool recursive, bool with_dots) {
+    std::vector<std::string> seen;
+    for (const nimbit::folder_entry& entry : nimbit::folder_enumerator{root, recursive}) {
+        const std::string name = entry.path.leaf(true);
+        if (!with_dots && (name == "." || name == ".."))
+            continue;
+        EXPECT_EQ(entry.is_folder, file_stats(entry.path).type == 1) << entry.path.to_string();
+        seen.push_back(entry.path.to_string().substr(root.to_string().size() + 1));
+    }
+    return seen;
+}
+
+TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
+    temp_folder tmp;
+    ASSERT_TRUE(nimbit::make_dir(tmp / "a/b/c"));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "d"));
+    ASSERT_TRUE(write_text(tmp / "f0", ""));
+    ASSERT_TRUE(write_text(tmp / "a/f1", ""));
+    ASSERT_TRUE(write_text(tmp / "a/b/f2", ""));
+    ASSERT_TRUE(write_text(tmp / "a/b/c/f3", ""));
+    ASSERT_TRUE(write_text(tmp / "d/f4", ""));
+
+    const auto seen = walk(tmp.path(), true, false);
+    std::vector<std::string> sorted = seen;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(sorted, (std::vector<std::string>{"a", "a/b", "a/b/c", "a/b/c/f3", "a/b/f2", "a/f1", "d",
+                                                "d/f4", "f0"}));
+    // Breadth-first: nothing deeper comes before anything shallower.
+    auto depth = [](const std::string& s) {
+        return std::count(s.begin(), s.end(), '/');
+    };
+    for (size_t i = 1; i < seen.size(); ++i)
+        EXPECT_LE(depth(seen[i - 1]), depth(seen[i])) << seen[i - 1] << " before " << seen[i];
+
+    // "." and ".." come once from every folder that was opened: the root and its four sub-folders.
+    const auto all = walk(tmp.path(), true, true);
+    EXPECT_EQ(all.size(), seen.size() + 10);
+
+    EXPECT_EQ(walk(tmp.path(), false, false).size(), 3u) << "without recursion only the top level";
+}
+
+TEST(FolderIterator, MissingFolderEndsAtOnce) {
+    temp_folder tmp;
+    nimbit::folder_iterator it(nimbit::folder_enumerator{tmp / "missing", true});
+    EXPECT_TRUE(it.at_end());
+    EXPECT_TRUE(it == nimbit::folder_iterator());
+    ++it;
+    EXPECT_TRUE(it.at_end());
+}
+
+} // namespace

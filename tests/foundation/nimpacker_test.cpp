@@ -1,0 +1,286 @@
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_stats.h"
+#include "nimbit/filesystem/folder_iterator.h"
+#include "nimbit/filesystem/nimpacker.h"
+
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <string>
+#include <vector>
+
+using nimbit::file_path;
+using nimbit::file_stats;
+using nimbit::nimpacker;
+
+namespace {
+
+std::string deflated(const std::string& text) {
+    uLongf size = compressBound(text.size());
+    std::string out(size, '\0');
+    compress2(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(text.data()),
+              text.size(), 9);
+    out.resize(size);
+    return out;
+}
+
+// Assembles packs by hand, so damaged ones can be made on purpose.
+struct pack_builder {
+    struct file_entry {
+        std::string name;
+        std::string data; // the stored stream
+        long length = -1; // the compressed length written; -1: the data's size
+        long offset = -1; // the offset written; -1: where the data really lands
+        int64_t created = 0, modified = 0;
+    };
+    std::vector<std::string> folders;
+    std::vector<file_entry> files;
+
+    static void u32(std::string& s, uint32_t v) {
+        for (int i = 0; i < 4; ++i)
+            s += static_cast<char>(v >> (8 * i));
+    }
+    static void u64(std::string& s, uint64_t v) {
+        u32(s, static_cast<uint32_t>(v));
+        u32(s, static_cast<uint32_t>(v >> 32));
+    }
+
+    std::string build() const {
+        std::string out;
+        u32(out, nimpacker::magic);
+        u32(out, static_cast<uint32_t>(folders.size()));
+        for (const auto& f : folders) {
+            u32(out, static_cast<uint32_t>(f.size()));
+            out += f;
+        }
+        u32(out, static_cast<uint32_t>(files.size()));
+        size_t data_at = out.size();
+        for (const auto& f : files)
+            data_at += 4 + f.name.size() + 28;
+        std::string data;
+        for (const auto& f : files) {
+            u32(out, static_cast<uint32_t>(f.name.size()));
+            out += f.name;
+            u32(out, 0);
+            u32(out, static_cast<uint32_t>(f.length < 0 ? f.data.size() : f.length));
+            u32(out, static_cast<uint32_t>(f.offset < 0 ? data_at + data.size() : f.offset));
+            u64(out, static_cast<uint64_t>(f.created));
+            u64(out, static_cast<uint64_t>(f.modified));
+            data += f.data;
+        }
+        return out + data;
+    }
+};
+
+unsigned unpack(const std::string& pack, const file_path& destination) {
+    return nimpacker::unpack_files(reinterpret_cast<const unsigned char*>(pack.data()), pack.size(),
+                                   destination);
+}
+
+// Every path below root other than "." and "..", relative to root.
+std::vector<std::string> tree(const file_path& root) {
+    std::vector<std::string> out;
+    for (const auto& entry : nimbit::folder_enumerator{root, true}) {
+        const std::string leaf = entry.path.leaf(true);
+        if (leaf != "." && leaf != "..")
+            out.push_back(entry.path.to_string().substr(root.to_string().size() + 1));
+    }
+    std::sort(out.begin(), out.end());
+    return out;
+}
+
+std::string noise(size_t n, uint32_t seed) {
+    std::string out(n, '\0');
+    for (auto& c : out) {
+        seed = seed * 1664525u + 1013904223u;
+        c = static_cast<char>(seed >> 24);
+    }
+    return out;
+}
+
+TEST(Nimpacker, RoundTripKeepsTreeContentsAndDates) {
+    temp_folder tmp;
+    const file_path src = tmp / "settings";
+    ASSERT_TRUE(nimbit::make_dir(src.append("a/b/c")));
+    ASSERT_TRUE(nimbit::make_dir(src.append("empty")));
+    const std::string big = noise(100000, 7) + std::string(100000, 'q'); // many chunks and windows
+    ASSERT_TRUE(write_text(src.append("top.txt"), "hello"));
+    ASSERT_TRUE(write_text(src.append("a/b/big.bin"), big));
+    ASSERT_TRUE(write_text(src.append("a/b/c/zero"), ""));
+    ASSERT_TRUE(nimbit::set_file_dates(src.append("top.txt"), 1500000000, 1600000000));
+    ASSERT_TRUE(nimbit::set_file_dates(src.append("a/b/big.bin"), 1500000000, 1650000000));
+
+    const file_path pack = tmp / "export.kvs";
+    ASSERT_EQ(nimpacker::pack_files(src, pack), nimpacker::success);
+    EXPECT_LT(file_stats(pack).size, big.size()) << "the data is compressed";
+
+    const std::string bytes = read_text(pack);
+    for (int form = 0; form < 2; ++form) {
+        const file_path out = tmp / (form == 0 ? "from-file" : "from-memory");
+        ASSERT_TRUE(nimbit::make_dir(out));
+        ASSERT_EQ(form == 0 ? nimpacker::unpack_files(pack, out) : unpack(bytes, out), nimpacker::success);
+        EXPECT_EQ(tree(out), tree(src));
+        EXPECT_EQ(read_text(out.append("top.txt")), "hello");
+        EXPECT_EQ(read_text(out.append("a/b/big.bin")), big);
+        EXPECT_EQ(file_stats(out.append("a/b/c/zero")).size, 0u);
+        EXPECT_EQ(file_stats(out.append("top.txt")).modified, 1600000000);
+        EXPECT_EQ(file_stats(out.append("a/b/big.bin")).modified, 1650000000);
+    }
+
+    // Unpacking again over the same files replaces them.
+    ASSERT_TRUE(write_text(tmp / "from-file/top.txt", "changed and longer"));
+    ASSERT_EQ(nimpacker::unpack_files(pack, tmp / "from-file"), nimpacker::success);
+    EXPECT_EQ(read_text(tmp / "from-file/top.txt"), "hello");
+}
+
+TEST(Nimpacker, PackReportsMissingSourceAndUnwritableTarget) {
+    temp_folder tmp;
+    EXPECT_EQ(nimpacker::pack_files(tmp / "missing", tmp / "p"), nimpacker::source_not_a_folder);
+    EXPECT_EQ(nimpacker::pack_files(tmp.path(), tmp / "no/such/folder/p"), nimpacker::cannot_create_pack);
+    EXPECT_EQ(tree(tmp.path()), std::vector<std::string>{}) << "no temporary pack is left behind";
+}
+
+TEST(Nimpacker, EmptyPacksAndHeaderFaults) {
+    temp_folder tmp;
+    pack_builder empty;
+    EXPECT_EQ(empty.build().size(), 12u);
+    EXPECT_EQ(unpack(empty.build(), tmp.path()), nimpacker::success);
+    EXPECT_TRUE(tree(tmp.path()).empty());
+
+    EXPECT_EQ(unpack("abcd", tmp.path()), nimpacker::bad_magic);
+    EXPECT_EQ(unpack("nb", tmp.path()), nimpacker::bad_magic);
+    EXPECT_EQ(unpack("", tmp.path()), nimpacker::bad_magic);
+    EXPECT_EQ(nimpacker::unpack_files(nullptr, 100, tmp.path()), nimpacker::bad_magic);
+    EXPECT_EQ(nimpacker::unpack_files(tmp / "missing.kvs", tmp.path()), nimpacker::cannot_open_pack);
+
+    // Folders and no file table at all.
+    pack_builder folders_only;
+    folders_only.folders = {"x"};
+    const std::string p = folders_only.build();
+    EXPECT_EQ(unpack(p.substr(0, p.size() - 4), tmp.path()), nimpacker::file_table_truncated);
+}
+
+TEST(Nimpacker, TruncatedTablesAreReportedWithoutReadingPastTheEnd) {
+    temp_folder tmp;
+    pack_builder b;
+    b.folders = {"one", "two"};
+    b.files.push_back({"one/f", deflated("content")});
+    const std::string full = b.build();
+    ASSERT_EQ(unpack(full, tmp / "ok"), nimpacker::success);
+
+    const size_t folder_table_end = 8 + (4 + 3) * 2;
+    // Every cut inside the folder table is 30, every cut inside the file table 12. The copy
+    // is exact-size so that the sanitizers catch any read past it.
+    for (size_t cut = 4; cut < full.size(); ++cut) {
+        const std::string part = full.substr(0, cut);
+        std::vector<unsigned char> exact(part.begin(), part.end());
+        const unsigned code = nimpacker::unpack_files(exact.data(), exact.size(), tmp / "cut");
+        if (cut < folder_table_end)
+            EXPECT_EQ(code, nimpacker::folder_table_truncated) << cut;
+        else if (cut < folder_table_end + 4 + 4 + 5 + 28)
+            EXPECT_EQ(code, nimpacker::file_table_truncated) << cut;
+        else
+            EXPECT_EQ(code, nimpacker::stream_truncated) << cut;
+    }
+
+    // A name length far beyond the data.
+    std::string huge = full;
+    huge[8] = '\xFF';
+    huge[9] = '\xFF';
+    EXPECT_EQ(unpack(huge, tmp / "huge"), nimpacker::folder_table_truncated);
+}
+
+TEST(Nimpacker, PathsThatLeaveTheDestinationAreRefused) {
+    temp_folder tmp;
+    const file_path dest = tmp / "dest";
+    ASSERT_TRUE(nimbit::make_dir(dest));
+    // A NUL byte would cut "..\0x" down to ".." on its way to the system.
+    const std::vector<std::string> bad_names = {"../escape", "a/../../escape", "/tmp/escape-abs", "..",
+                                                std::string("..\0x", 4)};
+    for (const std::string& bad : bad_names) {
+        pack_builder folder;
+        folder.folders = {bad};
+        EXPECT_EQ(unpack(folder.build(), dest), nimpacker::cannot_create_folder) << bad;
+        pack_builder file;
+        file.files.push_back({bad, deflated("x")});
+        EXPECT_EQ(unpack(file.build(), dest), nimpacker::cannot_create_file) << bad;
+    }
+    EXPECT_FALSE(file_stats(tmp / "escape").exists);
+    EXPECT_FALSE(file_stats("/tmp/escape-abs").exists);
+    EXPECT_TRUE(tree(dest).empty());
+
+    // Names that merely contain dots are fine.
+    pack_builder dots;
+    dots.folders = {"a..b", "./c"};
+    dots.files.push_back({"a..b/..x", deflated("y")});
+    EXPECT_EQ(unpack(dots.build(), dest), nimpacker::success);
+    EXPECT_EQ(read_text(dest.append("a..b/..x")), "y");
+}
+
+TEST(Nimpacker, CreationFailuresStopWithTheirCodes) {
+    temp_folder tmp;
+    ASSERT_TRUE(write_text(tmp / "blocker", ""));
+    pack_builder folder;
+    folder.folders = {"blocker"};
+    EXPECT_EQ(unpack(folder.build(), tmp.path()), nimpacker::cannot_create_folder);
+
+    pack_builder file;
+    file.files.push_back({"no-such-folder/f", deflated("x")});
+    EXPECT_EQ(unpack(file.build(), tmp.path()), nimpacker::cannot_create_file);
+
+    // The first failing record ends the run; earlier files stay.
+    pack_builder partial;
+    partial.files.push_back({"first", deflated("1")});
+    partial.files.push_back({"missing/second", deflated("2")});
+    partial.files.push_back({"third", deflated("3")});
+    EXPECT_EQ(unpack(partial.build(), tmp.path()), nimpacker::cannot_create_file);
+    EXPECT_EQ(read_text(tmp / "first"), "1");
+    EXPECT_FALSE(file_stats(tmp / "third").exists);
+}
+
+TEST(Nimpacker, StreamFaults) {
+    temp_folder tmp;
+    const std::string stream = deflated(noise(50000, 3));
+
+    pack_builder empty;
+    empty.files.push_back({"empty", ""});
+    ASSERT_TRUE(write_text(tmp / "empty", "old contents"));
+    EXPECT_EQ(unpack(empty.build(), tmp.path()), nimpacker::success);
+    EXPECT_TRUE(file_stats(tmp / "empty").exists);
+    EXPECT_EQ(file_stats(tmp / "empty").size, 0u);
+
+    pack_builder short_length;
+    short_length.files.push_back({"f", stream, static_cast<long>(stream.size() / 2)});
+    EXPECT_EQ(unpack(short_length.build(), tmp.path()), nimpacker::stream_truncated);
+
+    pack_builder past_end;
+    past_end.files.push_back({"f", stream, static_cast<long>(stream.size() + 100)});
+    EXPECT_EQ(unpack(past_end.build(), tmp.path()), nimpacker::stream_truncated);
+
+    pack_builder far_offset;
+    far_offset.files.push_back({"f", stream, -1, 0x7FFFFFF0});
+    EXPECT_EQ(unpack(far_offset.build(), tmp.path()), nimpacker::stream_truncated);
+
+    pack_builder garbage;
+    garbage.files.push_back({"f", noise(3000, 11)});
+    EXPECT_EQ(unpack(garbage.build(), tmp.path()), nimpacker::corrupt_stream);
+
+    // The file form bounds its reads by the file's size in the same way.
+    ASSERT_TRUE(write_text(tmp / "p.kvs", past_end.build()));
+    EXPECT_EQ(nimpacker::unpack_files(tmp / "p.kvs", tmp.path()), nimpacker::stream_truncated);
+}
+
+TEST(Nimpacker, FailedWritesAreReported) {
+    if (!file_stats("/dev/full").exists)
+        GTEST_SKIP() << "no /dev/full";
+    // /dev/full accepts the open and fails every write.
+    for (size_t n : {10u, 100000u}) {
+        pack_builder b;
+        b.files.push_back({"full", deflated(noise(n, 5))});
+        EXPECT_EQ(unpack(b.build(), file_path("/dev")), nimpacker::write_failed) << n;
+    }
+}
+
+} // namespace

@@ -1,0 +1,44 @@
+#include "nimbit/utils/string_utils.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(StringUtils, LowerChangesOnlyAsciiLetters) {
+    EXPECT_EQ(nimbit::string_lower("Gaussian BLUR 2"), "gaussian blur 2");
+    // "ÄÖ" in UTF-8: the bytes are >= 0x80 and must survive as they are.
+    EXPECT_EQ(nimbit::string_lower("\xC3\x84\xC3\x96X"), "\xC3\x84\xC3\x96x");
+    EXPECT_EQ(nimbit::string_lower("@[`{"), "@[`{");
+}
+
+TEST(StringUtils, TrimStripsAsciiWhiteSpaceOnBothEnds) {
+    EXPECT_EQ(nimbit::trim(" \t\r\n a b \v\f"), "a b");
+    EXPECT_EQ(nimbit::trim("   "), "");
+    EXPECT_EQ(nimbit::trim(""), "");
+    EXPECT_EQ(nimbit::trim("\xC2\xA0x"), "\xC2\xA0x") << "non-ASCII spaces are text";
+}
+
+TEST(StringUtils, MacRomanConvertsEveryHighByte) {
+    EXPECT_EQ(nimbit::macroman_to_utf8("plain"), "plain");
+    EXPECT_EQ(nimbit::macroman_to_utf8("caf\x8E"), "caf\xC3\xA9"); // é
+    EXPECT_EQ(nimbit::macroman_to_utf8("\x80"), "\xC3\x84");       // Ä, first entry
+    EXPECT_EQ(nimbit::macroman_to_utf8("\xA5"), "\xE2\x80\xA2");   // bullet
+    EXPECT_EQ(nimbit::macroman_to_utf8("\xCA"), "\xC2\xA0");       // no-break space
+    EXPECT_EQ(nimbit::macroman_to_utf8("\xDB"), "\xE2\x82\xAC");   // euro
+    EXPECT_EQ(nimbit::macroman_to_utf8("\xF0"), "\xEF\xA3\xBF");   // private-use logo
+    EXPECT_EQ(nimbit::macroman_to_utf8("\xFF"), "\xCB\x87");       // caron, last entry
+    EXPECT_EQ(nimbit::macroman_to_utf8(std::string("a\0b", 3)), std::string("a\0b", 3));
+
+    // Every high byte becomes exactly one well-formed UTF-8 character of two or three bytes.
+    for (int b = 0x80; b <= 0xFF; ++b) {
+        const std::string out = nimbit::macroman_to_utf8(std::string(1, static_cast<char>(b)));
+        ASSERT_GE(out.size(), 2u) << b;
+        ASSERT_LE(out.size(), 3u) << b;
+        const auto lead = static_cast<unsigned char>(out[0]);
+        EXPECT_EQ(lead >> 5 == 0x6 ? 2u : 3u, out.size()) << b;
+        for (size_t i = 1; i < out.size(); ++i)
+            EXPECT_EQ(static_cast<unsigned char>(out[i]) >> 6, 0x2) << b;
+    }
+}
+
+} // namespace

@@ -1,0 +1,124 @@
+#include "nimbit/utils/thread_pool.h"
+#include "nimbit/utils/timer.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cmath>
+#include <regex>
+#include <thread>
+#include <vector>
+
+using nimbit::thread_pool;
+using nimbit::thread_worker_data;
+
+namespace {
+
+std::vector<std::pair<uint32_t, uint32_t>> shares(uint32_t count, uint32_t workers) {
+    std::vector<std::pair<uint32_t, uint32_t>> out;
+    for (uint32_t i = 0; i < workers; ++i) {
+        const thread_worker_data d = thread_pool::share(count, workers, i);
+        EXPECT_EQ(d.thread_index, i);
+        out.emplace_back(d.begin, d.end);
+    }
+    return out;
+}
+
+using ranges = std::vector<std::pair<uint32_t, uint32_t>>;
+
+TEST(ThreadPool, ShareGivesTheRemainderToTheLastWorkers) {
+    EXPECT_EQ(shares(10, 4), (ranges{{0, 2}, {2, 4}, {4, 7}, {7, 10}}));
+    EXPECT_EQ(shares(2, 4), (ranges{{0, 0}, {0, 0}, {0, 1}, {1, 2}}));
+    EXPECT_EQ(shares(0, 3), (ranges{{0, 0}, {0, 0}, {0, 0}}));
+    EXPECT_EQ(shares(7, 1), (ranges{{0, 7}}));
+    // Large counts neither overflow nor lose items.
+    const auto big = shares(0xFFFFFFFFu, 3);
+    EXPECT_EQ(big.back().second, 0xFFFFFFFFu);
+    EXPECT_EQ(big[1].first, big[0].second);
+}
+
+TEST(ThreadPool, EveryWorkerRunsItsShareOnceEvenWhenEmpty) {
+    thread_pool pool(4);
+    ASSERT_EQ(pool.get_worker_count(), 4u);
+    for (uint32_t count : {10u, 2u, 0u}) {
+        std::vector<thread_worker_data> seen(4, thread_worker_data{99, 99, 99});
+        std::atomic<int> calls{0};
+        pool.enqueue(count, [&](const thread_worker_data& d) {
+            seen[d.thread_index] = d;
+            ++calls;
+        });
+        EXPECT_EQ(calls.load(), 4);
+        for (uint32_t i = 0; i < 4; ++i) {
+            const thread_worker_data expected = thread_pool::share(count, 4, i);
+            EXPECT_EQ(seen[i].begin, expected.begin) << count << " " << i;
+            EXPECT_EQ(seen[i].end, expected.end) << count << " " << i;
+        }
+    }
+}
+
+TEST(ThreadPool, ManyRunsCoverEveryItemExactlyOnce) {
+    thread_pool pool(3);
+    std::vector<std::atomic<int>> hits(1000);
+    for (int run = 0; run < 200; ++run)
+        pool.enqueue(1000, [&](const thread_worker_data& d) {
+            for (uint32_t i = d.begin; i < d.end; ++i)
+                ++hits[i];
+        });
+    for (auto& h : hits)
+        ASSERT_EQ(h.load(), 200);
+}
+
+TEST(ThreadPool, ZeroConcurrencyFallsBackToOneWorker) {
+    thread_pool pool(0);
+    EXPECT_EQ(pool.get_worker_count(), 1u);
+    uint32_t begin = 99, end = 0;
+    pool.enqueue(5, [&](const thread_worker_data& d) {
+        begin = d.begin;
+        end = d.end;
+    });
+    EXPECT_EQ(begin, 0u);
+    EXPECT_EQ(end, 5u);
+}
+
+TEST(ThreadPool, NestedRunsFromAJobCompleteInsteadOfDeadlocking) {
+    thread_pool pool(2);
+    std::atomic<int> inner{0};
+    pool.enqueue(2, [&](const thread_worker_data& outer) {
+        if (outer.begin == outer.end)
+            return;
+        pool.enqueue(8, [&](const thread_worker_data& d) { inner += static_cast<int>(d.end - d.begin); });
+    });
+    EXPECT_EQ(inner.load(), 16);
+}
+
+TEST(ThreadPool, RunsFromTwoThreadsAreSerialised) {
+    thread_pool pool(2);
+    std::atomic<int> total{0};
+    auto caller = [&] {
+        for (int i = 0; i < 100; ++i)
+            pool.enqueue(10,
+                         [&](const thread_worker_data& d) { total += static_cast<int>(d.end - d.begin); });
+    };
+    std::thread a(caller), b(caller);
+    a.join();
+    b.join();
+    EXPECT_EQ(total.load(), 2000);
+}
+
+TEST(ThreadPool, InstanceIsSharedAndHasAtLeastOneWorker) {
+    thread_pool& pool = thread_pool::get_instance();
+    EXPECT_EQ(&pool, &thread_pool::get_instance());
+    EXPECT_GE(pool.get_worker_count(), 1u);
+}
+
+TEST(Timer, ClocksAgreeAndStampsHaveTheirFormats) {
+    const double micro = nimbit::timer::get_current_microseconds();
+    const time_t seconds = nimbit::timer::get_current_time();
+    EXPECT_LT(std::fabs(micro / 1e6 - static_cast<double>(seconds)), 2.0);
+    EXPECT_TRUE(std::regex_match(nimbit::timer::get_formated_time(true),
+                                 std::regex(R"(\d{4}-\d\d-\d\d_\d\d\.\d\d\.\d\d)")));
+    EXPECT_TRUE(std::regex_match(nimbit::timer::get_formated_time(false),
+                                 std::regex(R"(\d{4}\.\d\d\.\d\d \d\d:\d\d:\d\d)")));
+}
+
+} // namespace

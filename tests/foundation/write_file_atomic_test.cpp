@@ -1,0 +1,84 @@
+#include "nimbit/filesystem/file_stats.h"
+#include "nimbit/filesystem/folder_iterator.h"
+#include "nimbit/filesystem/write_file_atomic.h"
+
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using nimbit::file_path;
+
+namespace {
+
+// The names in a folder other than "." and "..".
+size_t entries_in(const file_path& folder) {
+    size_t n = 0;
+    for (const auto& entry : nimbit::folder_enumerator{folder, false}) {
+        const std::string name = entry.path.leaf(true);
+        n += name != "." && name != "..";
+    }
+    return n;
+}
+
+TEST(WriteFileAtomic, CreatesAndReplacesKeepingPermissions) {
+    temp_folder tmp;
+    const file_path target = tmp / "settings";
+    const std::string first = "first version";
+    ASSERT_TRUE(nimbit::write_file_atomic(target, first.data(), first.size()));
+    EXPECT_EQ(read_text(target), first);
+
+    ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
+    const std::string second = "second";
+    ASSERT_TRUE(nimbit::write_file_atomic(target, second.data(), second.size()));
+    EXPECT_EQ(read_text(target), second);
+    struct stat st;
+    ASSERT_EQ(::stat(target.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0640u);
+
+    EXPECT_TRUE(nimbit::write_file_atomic(target, nullptr, 0));
+    EXPECT_EQ(nimbit::file_stats(target).size, 0u);
+    EXPECT_EQ(entries_in(tmp.path()), 1u) << "no temporary file is left behind";
+}
+
+TEST(WriteFileAtomic, FailureLeavesTheOldFileAndNoLitter) {
+    temp_folder tmp;
+    const file_path target = tmp / "settings";
+    ASSERT_TRUE(write_text(target, "old"));
+
+    EXPECT_FALSE(nimbit::write_file_atomic(tmp / "missing/settings", "x", 1));
+    EXPECT_FALSE(nimbit::write_file_atomic(file_path(), "x", 1));
+
+    // A write that runs out of room half-way: the file-size limit makes write() fail with EFBIG.
+    rlimit saved;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto old_handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = saved;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::string big(64 * 1024, 'n');
+    const bool written = nimbit::write_file_atomic(target, big.data(), big.size());
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, old_handler);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(read_text(target), "old");
+    EXPECT_EQ(entries_in(tmp.path()), 1u);
+
+    // A folder the process may not write to (root ignores permissions, so only checked otherwise).
+    if (::geteuid() != 0) {
+        ASSERT_TRUE(nimbit::make_dir(tmp / "ro"));
+        ASSERT_TRUE(write_text(tmp / "ro/settings", "old"));
+        ASSERT_EQ(::chmod((tmp / "ro").c_str(), 0555), 0);
+        EXPECT_FALSE(nimbit::write_file_atomic(tmp / "ro/settings", "new", 3));
+        EXPECT_EQ(read_text(tmp / "ro/settings"), "old");
+        ::chmod((tmp / "ro").c_str(), 0755);
+    }
+}
+
+} // namespace
