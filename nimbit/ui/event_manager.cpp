@@ -1,12 +1,24 @@
 #include "nimbit/ui/event_manager.h"
 
+#include "nimbit/ui/event_object.h"
+
 #include <algorithm>
 
 namespace nimbit::ui {
 
+namespace {
+constexpr uint64_t type_bit(event_type type) {
+    const auto v = static_cast<uint32_t>(type);
+    return v < 64 ? uint64_t{1} << v : 0;
+}
+
+bool listened(const event_object* source, event_type type, uint64_t mask) {
+    return source && (mask & type_bit(type)) != 0;
+}
+} // namespace
+
 event_manager& event_manager::instance() {
-    // Built on first use and destroyed at exit; objects destroyed during exit after it would find it
-    // gone, so it is deliberately never destroyed (static storage, no destructor run).
+    // Built on first use and never destroyed: objects that die during exit still unregister safely.
     static event_manager* manager = new event_manager();
     return *manager;
 }
@@ -24,20 +36,11 @@ void event_manager::release(node* n) {
         delete n;
 }
 
-event_manager::type_list* event_manager::find_list(source_table& table, event_type type) {
-    for (auto& list : table)
-        if (list.type == type)
-            return &list;
-    return nullptr;
-}
-
 uint32_t event_manager::add_event(event_object* source, void* owner, event_type type, callback fn) {
     const uint32_t id = next_id_++;
-    auto& table = handlers_[source];
-    type_list* list = find_list(table, type);
-    if (!list)
-        list = &table.emplace_back(type_list{type, {}});
-    list->nodes.push_back(new node{std::move(fn), id, 1});
+    handlers_[source].push_back(new node{std::move(fn), id, type, 1});
+    if (source)
+        source->listened_types |= type_bit(type);
     registrations_.emplace(id, registration{source, type});
     owners_[owner].push_back(id);
     return id;
@@ -52,35 +55,32 @@ void event_manager::remove_event(uint32_t id) {
     auto table = handlers_.find(r.source);
     if (table == handlers_.end())
         return;
-    type_list* list = find_list(table->second, r.type);
-    if (!list)
-        return;
+    auto& nodes = table->second;
     // Matched by id, not by address: a freed node's address may have been reused.
-    auto it =
-        std::find_if(list->nodes.begin(), list->nodes.end(), [id](const node* n) { return n->id == id; });
-    if (it == list->nodes.end())
+    auto it = std::find_if(nodes.begin(), nodes.end(), [id](const node* n) { return n->id == id; });
+    if (it == nodes.end())
         return;
     node* n = *it;
-    list->nodes.erase(it); // the list itself stays, even when empty
+    nodes.erase(it); // the type keeps its (now maybe empty) list: its bit stays set on the source
     release(n);
 }
 
 void event_manager::remove_events(event_object* object) {
     if (auto owned = owners_.find(object); owned != owners_.end()) {
-        // Move the ids out first: nothing below runs callbacks, but keep the loop independent of the map.
         std::vector<uint32_t> ids = std::move(owned->second);
         owners_.erase(owned);
         for (uint32_t id : ids)
             remove_event(id);
     }
+    if (object)
+        object->listened_types = 0;
     if (auto table = handlers_.find(object); table != handlers_.end()) {
         source_table dropped = std::move(table->second);
         handlers_.erase(table);
-        for (auto& list : dropped)
-            for (node* n : list.nodes) {
-                registrations_.erase(n->id);
-                release(n);
-            }
+        for (node* n : dropped) {
+            registrations_.erase(n->id);
+            release(n);
+        }
     }
 }
 
@@ -94,15 +94,23 @@ template <typename Node, typename Release> struct snapshot {
     size_t count = 0;
     Release release;
 
-    snapshot(const std::vector<Node*>& from, Release r) : count(from.size()), release(r) {
-        if (count > inline_capacity) {
-            heap_nodes = from;
-            nodes = heap_nodes.data();
-        } else {
-            std::copy(from.begin(), from.end(), inline_nodes);
+    snapshot(const std::vector<Node*>& from, event_type type, Release r) : release(r) {
+        for (Node* n : from) {
+            if (n->type != type)
+                continue;
+            if (count == inline_capacity && heap_nodes.empty()) {
+                heap_nodes.assign(inline_nodes, inline_nodes + count);
+                nodes = nullptr;
+            }
+            if (heap_nodes.empty())
+                inline_nodes[count] = n;
+            else
+                heap_nodes.push_back(n);
+            ++count;
+            ++n->refs;
         }
-        for (size_t i = 0; i < count; ++i)
-            ++nodes[i]->refs;
+        if (!heap_nodes.empty())
+            nodes = heap_nodes.data();
     }
     ~snapshot() {
         for (size_t i = 0; i < count; ++i)
@@ -115,14 +123,13 @@ template <typename Node, typename Release> struct snapshot {
 
 bool event_manager::fire_event(event_object* source, event_type type, event_state state, event_agent agent,
                                unsigned long long data) {
+    if (!listened(source, type, source ? source->listened_types : 0))
+        return false;
     auto table = handlers_.find(source);
     if (table == handlers_.end())
         return false;
-    type_list* list = find_list(table->second, type);
-    if (!list)
-        return false;
     const event_info info{source, type, state, agent, data};
-    snapshot copy(list->nodes, &event_manager::release);
+    snapshot copy(table->second, type, &event_manager::release);
     for (size_t i = 0; i < copy.count; ++i)
         if (copy.nodes[i]->fn)
             copy.nodes[i]->fn(info);
@@ -130,13 +137,7 @@ bool event_manager::fire_event(event_object* source, event_type type, event_stat
 }
 
 bool event_manager::has_event(event_object* source, event_type type) const {
-    auto table = handlers_.find(source);
-    if (table == handlers_.end())
-        return false;
-    for (const auto& list : table->second)
-        if (list.type == type)
-            return true;
-    return false;
+    return listened(source, type, source ? source->listened_types : 0) && handlers_.count(source) != 0;
 }
 
 } // namespace nimbit::ui

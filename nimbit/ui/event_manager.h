@@ -65,30 +65,29 @@ private:
     event_manager();
     ~event_manager();
 
-    // A registered callback. Shared between its list and any running dispatch that snapshot it; it is
-    // freed when the last of them lets go (single-threaded count).
+    // A registered callback. Shared between its source's list and any running dispatch that took a
+    // snapshot of it; freed when the last of them lets go (single-threaded count).
     struct node {
         callback fn;
         uint32_t id;
+        event_type type;
         uint32_t refs;
     };
-    struct type_list {
-        event_type type;
-        std::vector<node*> nodes;
-    };
-    // Sources carry few types, so a flat list beats a second hash level.
-    using source_table = std::vector<type_list>;
+    // One list per source holds the callbacks of every type in registration order: sources carry a
+    // handful of callbacks, so filtering by type beats a second hash level. Which types have a list
+    // (possibly emptied) is kept as a bit set on the source itself.
+    using source_table = std::vector<node*>;
     struct registration {
         event_object* source;
         event_type type;
     };
+    template <typename K, typename V> using map = std::unordered_map<K, V>;
 
     static void release(node* n);
-    static type_list* find_list(source_table& table, event_type type);
 
-    std::unordered_map<event_object*, source_table> handlers_;
-    std::unordered_map<uint32_t, registration> registrations_;
-    std::unordered_map<void*, std::vector<uint32_t>> owners_;
+    map<event_object*, source_table> handlers_;
+    map<uint32_t, registration> registrations_;
+    map<void*, std::vector<uint32_t>> owners_;
     uint32_t next_id_ = 0;
 };
 

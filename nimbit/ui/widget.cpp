@@ -262,7 +262,7 @@ void widget::set_rect(const ivec4& r, bool also_target) {
         update(false);
         return;
     }
-    if (old.w >= 1 && old.h >= 1 && owner_window && is_visible(true)) {
+    if (old.w >= 1 && old.h >= 1 && owner_window) {
         // The old area, clipped by the ancestors as they are now.
         const ivec4 area = clip_to_ancestors(old, parent);
         if (area.w > 0 && area.h > 0)

@@ -52,10 +52,12 @@ TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
     d.draw_image({3, 4}, b);
     d.draw_image({0, 0}, b, {2, 2, 4, 2});
     d.draw_image({0, 0, 40, 40}, b, true);
+    d.draw_image({1, 1}, b, ivec4{}); // an empty source means the whole image
     d.set_image_extend(image_extend::repeat, image_extend::stretch);
     d.draw_rect({0, 0, 30, 30}, b);
     const auto images = native.calls_named("draw_image");
-    ASSERT_EQ(images.size(), 3u);
+    ASSERT_EQ(images.size(), 4u);
+    EXPECT_EQ(images[3].rect, (ivec4{1, 1, 8, 6}));
     EXPECT_EQ(images[0].rect, (ivec4{3, 4, 8, 6}));
     EXPECT_EQ(images[0].source, (ivec4{}));
     EXPECT_EQ(images[1].rect, (ivec4{0, 0, 4, 2}));
