@@ -105,5 +105,28 @@ TEST(EventManager, DestroyingAnObjectDropsWhatItOwnsAndWhatIsAttachedToIt) {
     EXPECT_EQ(em().source_count(), sources_before);
 }
 
+TEST(EventManager, AnOwnerOfShortLivedRegistrationsDoesNotGrowWithoutBound) {
+    // Like a list that subscribes to its rows on every rebuild: the ids of removed registrations are
+    // eventually shed, while live ones are kept and still removed with the owner.
+    Source owner;
+    Source keep;
+    int kept_calls = 0;
+    em().add_event(&keep, &owner, event_type::custom, [&](const event_info&) { ++kept_calls; });
+    for (int rebuild = 0; rebuild < 50; ++rebuild) {
+        std::vector<std::unique_ptr<Source>> rows(100);
+        for (auto& r : rows) {
+            r = std::make_unique<Source>();
+            em().add_event(r.get(), &owner, event_type::mouse_down, [](const event_info&) {});
+        }
+    }
+    EXPECT_LT(em().owned_id_count(&owner), 500u);
+    em().fire_event(&keep, event_type::custom, 0);
+    EXPECT_EQ(kept_calls, 1);
+    em().remove_events(&owner);
+    em().fire_event(&keep, event_type::custom, 0);
+    EXPECT_EQ(kept_calls, 1);
+    EXPECT_EQ(em().owned_id_count(&owner), 0u);
+}
+
 } // namespace
 } // namespace toolkit_test
