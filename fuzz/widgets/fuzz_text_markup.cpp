@@ -1,0 +1,32 @@
+// Label mark-up and UTF-8 from anywhere: parsing must stay in bounds and give runs that cover the
+// text in order.
+#include "nimbit/ui/text_markup.h"
+#include "nimbit/ui/wide_text.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string_view>
+
+using namespace nimbit::ui;
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    const std::wstring wide = utf8_to_wide(input);
+    if (utf8_to_wide(wide_to_utf8(wide)) != wide)
+        std::abort();
+
+    text_full_format base;
+    base.font_name = "tahoma";
+    const markup_text parsed = parse_markup(input, base);
+    const size_t characters = utf8_to_wide(parsed.text).size();
+    unsigned next = 0;
+    for (const text_full_format& run : parsed.runs) {
+        if (run.start != next || run.end <= run.start || run.size < 1.0f || run.size > 400.0f)
+            std::abort();
+        next = run.end;
+    }
+    if (next != characters)
+        std::abort();
+    return 0;
+}

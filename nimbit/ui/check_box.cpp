@@ -1,0 +1,171 @@
+#include "nimbit/ui/check_box.h"
+
+#include "nimbit/ui/drawer.h"
+#include "nimbit/ui/image_frames.h"
+#include "nimbit/ui/mouse.h"
+#include "nimbit/ui/window.h"
+
+#include <algorithm>
+
+namespace nimbit::ui {
+
+check_box::check_box() {
+    set_name("CheckBox");
+    set_tab_stop(true);
+    auto& ev = event_manager::instance();
+    ev.add_event(this, this, event_type::draw, &check_box::draw);
+    ev.add_event(this, this, event_type::theme_changed, &check_box::on_theme);
+    ev.add_event(this, this, event_type::create, &check_box::on_theme);
+    for (event_type t :
+         {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down, event_type::mouse_up})
+        ev.add_event(this, this, t, &check_box::on_mouse);
+    // The release that ends a double click is never delivered: the second click counts now.
+    ev.add_event(this, this, event_type::mouse_dbl_click, [this](const event_info&) { toggle(); });
+    ev.add_event(this, this, event_type::key_down, [this](const event_info& e) {
+        if (e.data == ' ')
+            toggle();
+    });
+    ev.add_event(this, this, event_type::focus_gained, [this](const event_info&) { update(false); });
+    ev.add_event(this, this, event_type::focus_lost, [this](const event_info&) { update(false); });
+}
+
+check_box::~check_box() {
+    if (mouse::get_captured_widget() == this)
+        mouse::release_widget(*this);
+}
+
+void check_box::set_selected(bool on, bool notify) {
+    selected = on;
+    if (bound)
+        *bound = on;
+    update(false);
+    if (notify)
+        event_manager::instance().fire_event(this, event_type::value_changed, on ? 1 : 0);
+}
+
+void check_box::set_pointer(bool* value) {
+    if (bound && !value)
+        selected = *bound;
+    bound = value;
+    if (bound)
+        selected = *bound;
+    update(false);
+}
+
+void check_box::toggle() {
+    set_selected(!is_selected(), true);
+}
+
+void check_box::set_text(std::string_view utf8) {
+    text = utf8;
+    update(false);
+}
+
+void check_box::set_type(check_box_type new_type, int size) {
+    type = new_type;
+    box_size = std::max(6, size);
+    update(false);
+}
+
+ivec4 check_box::box_rect() const {
+    const int side = std::min(box_size, std::max(0, get_rect().h));
+    return {0, (get_rect().h - side) / 2, side, side};
+}
+
+void check_box::on_theme(const event_info&) {
+    const image_stream stream = get_theme().get<image_stream>("checkbox_image");
+    image.unload();
+    if (!stream.empty() && image.load_image(stream))
+        image_frames = std::max<int>(1, stream.frames);
+    update(false);
+}
+
+void check_box::on_mouse(const event_info& e) {
+    const bool left = e.data == static_cast<uint32_t>(mouse::button::left);
+    switch (e.type) {
+    case event_type::mouse_enter:
+        hovered = true;
+        break;
+    case event_type::mouse_leave:
+        hovered = false;
+        break;
+    case event_type::mouse_down:
+        if (!left)
+            return;
+        pushed = true;
+        mouse::capture_widget(*this);
+        break;
+    case event_type::mouse_up: {
+        if (mouse::get_captured_widget() == this)
+            mouse::release_widget(*this);
+        const bool inside = ivec4{0, 0, get_rect().w, get_rect().h}.contains(mouse::get_position(this));
+        const bool was_pushed = pushed;
+        pushed = false;
+        hovered = inside;
+        if (was_pushed && left && inside) {
+            toggle();
+            return;
+        }
+        break;
+    }
+    default:
+        return;
+    }
+    update(false);
+}
+
+void check_box::draw(const event_info&) {
+    window* w = get_window();
+    if (!w)
+        return;
+    drawer& d = w->get_drawer();
+    const nimbit::ui::theme& t = get_theme();
+    const ivec4 box = box_rect();
+    const bool on = is_selected();
+    const vec4 mark = t.get<vec4>("checkbox_font_color");
+
+    if (image.is_loaded()) {
+        const _vec2<int> size = frame_size(image, image_frames);
+        d.draw_image({box.x + (box.w - size.x) / 2, box.y + (box.h - size.y) / 2, size.x, size.y}, image,
+                     frame_source(image, image_frames, on ? 1 : 0), false);
+    } else {
+        const vec4 border = t.get<vec4>(has_focus() ? "checkbox_border_color_focus"
+                                        : hovered   ? "checkbox_border_color_hover"
+                                                    : "checkbox_border_color_normal");
+        const float border_width = t.get<float>("checkbox_border_width");
+        const _vec2<int> centre{box.x + box.w / 2, box.y + box.h / 2};
+        d.set_brush_color(t.get<vec4>("checkbox_back_color"));
+        d.set_pen_color(border, border_width);
+        if (type == check_box_type::round) {
+            d.draw_circle(centre, static_cast<float>(box.w) / 2.0f);
+            d.draw_circle_border(centre, static_cast<float>(box.w) / 2.0f);
+            if (on) {
+                d.set_brush_color(mark);
+                d.draw_circle(centre, static_cast<float>(box.w) / 4.0f);
+            }
+        } else {
+            d.draw_rect(box);
+            d.draw_rect_border(box);
+            if (on) {
+                // A tick from the left middle down to the bottom third and up to the top right.
+                d.set_pen_color(mark, 2.0f);
+                d.draw_geometry_border({{box.x + box.w / 4, box.y + box.h / 2},
+                                        {box.x + box.w * 5 / 12, box.y + box.h * 3 / 4},
+                                        {box.x + box.w * 3 / 4, box.y + box.h / 4}},
+                                       false);
+            }
+        }
+    }
+
+    if (!text.empty()) {
+        d.set_text_font(t.get<std::string>("checkbox_font_name"), t.get<float>("checkbox_font_size"),
+                        t.get<font_weight>("checkbox_font_weight"), t.get<font_style>("checkbox_font_style"));
+        d.set_text_color(mark);
+        d.set_text_format(text_align::left, text_valign::center);
+        const int x = box.x + box.w + 6;
+        const ivec4 area{x, 0, std::max(0, get_rect().w - x), get_rect().h};
+        d.draw_clipped_text(area, area, text);
+    }
+}
+
+} // namespace nimbit::ui

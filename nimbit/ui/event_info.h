@@ -1,0 +1,19 @@
+#pragma once
+
+#include "nimbit/ui/event_type.h"
+
+namespace nimbit::ui {
+
+class event_object;
+
+// What every callback receives. `data` depends on `type` (see event_type.h); sizes and positions
+// are packed with pack_pair and always carry the old value: read the new one from the sender.
+struct event_info {
+    event_object* sender = nullptr;
+    event_type type = event_type::none;
+    event_state state = event_state::normal;
+    event_agent agent = event_agent::user;
+    unsigned long long data = 0;
+};
+
+} // namespace nimbit::ui

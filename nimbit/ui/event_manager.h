@@ -1,0 +1,94 @@
+#pragma once
+
+#include "nimbit/ui/event_info.h"
+
+#include <cstdint>
+#include <functional>
+#include <unordered_map>
+#include <vector>
+
+namespace nimbit::ui {
+
+class event_object;
+
+// The process-wide publish/subscribe registry. Callbacks are attached to a source object and an event
+// type, and listed under an owner (the object whose member function is bound) so that the owner can
+// drop all of them at once. UI thread only.
+//
+// Dispatch runs on a snapshot of the callback list: a callback may add or remove registrations or
+// destroy objects (including the source) without changing which callbacks run in that dispatch.
+class event_manager {
+public:
+    using callback = std::function<void(const event_info&)>;
+
+    static event_manager& instance();
+
+    // Appends `fn` to the source's list for `type` and returns its id. Ids start at 0 and are never
+    // reused while the process lives.
+    uint32_t add_event(event_object* source, void* owner, event_type type, callback fn);
+
+    // Binds a member function of `owner`.
+    template <typename T>
+    uint32_t add_event(event_object* source, T* owner, event_type type,
+                       void (T::*method)(const event_info&)) {
+        return add_event(source, static_cast<void*>(owner), type,
+                         [owner, method](const event_info& e) { (owner->*method)(e); });
+    }
+
+    // Removes one callback; unknown or already removed ids are ignored. The id stays listed under its
+    // owner (a later remove_events skips it).
+    void remove_event(uint32_t id);
+
+    // Removes every registration owned by `object`, then every callback attached to it as source.
+    void remove_events(event_object* object);
+
+    // True when the source has a list for the type (even an empty one); the callbacks cannot consume
+    // an event, only the presence of a list is reported.
+    bool fire_event(event_object* source, event_type type, unsigned long long data) {
+        return fire_event(source, type, event_state::normal, event_agent::user, data);
+    }
+    bool fire_event(event_object* source, event_type type, event_state state, unsigned long long data) {
+        return fire_event(source, type, state, event_agent::user, data);
+    }
+    bool fire_event(event_object* source, event_type type, event_state state, event_agent agent,
+                    unsigned long long data);
+
+    bool has_event(event_object* source, event_type type) const;
+
+    // Number of sources with a handler table; lets tests check that nothing is left behind.
+    size_t source_count() const { return handlers_.size(); }
+
+    event_manager(const event_manager&) = delete;
+    event_manager& operator=(const event_manager&) = delete;
+
+private:
+    event_manager();
+    ~event_manager();
+
+    // A registered callback. Shared between its source's list and any running dispatch that took a
+    // snapshot of it; freed when the last of them lets go (single-threaded count).
+    struct node {
+        callback fn;
+        uint32_t id;
+        event_type type;
+        uint32_t refs;
+    };
+    // One list per source holds the callbacks of every type in registration order: sources carry a
+    // handful of callbacks, so filtering by type beats a second hash level. Which types have a list
+    // (possibly emptied) is kept as a bit set on the source itself.
+    using source_table = std::vector<node*>;
+    struct registration {
+        event_object* source;
+        event_type type;
+    };
+    template <typename K, typename V> using map = std::unordered_map<K, V>;
+
+    static void release(node* n);
+
+    map<event_object*, source_table> handlers_;
+    map<uint32_t, registration> registrations_;
+    map<void*, std::vector<uint32_t>> owners_;
+    uint32_t next_id_ = 0;
+};
+
+} // namespace nimbit::ui

@@ -1,0 +1,156 @@
+#include "nimbit/ui/offscreen/image_codecs.h"
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
+#include <jpeglib.h>
+
+#include <jerror.h> // after jpeglib.h, which it needs
+
+// JPG through libjpeg. libjpeg reports fatal errors by calling error_exit, which must not return:
+// ours jumps back to the decode or encode function, which then destroys the libjpeg object and
+// fails. Only plain C data lives in the frames between setjmp and the jump, and everything that
+// owns memory is declared in the caller so that it is released normally afterwards.
+
+namespace nimbit::ui::offscreen {
+
+namespace {
+
+struct error_manager {
+    jpeg_error_mgr base;
+    std::jmp_buf jump;
+};
+
+[[noreturn]] void on_error(j_common_ptr info) {
+    std::longjmp(reinterpret_cast<error_manager*>(info->err)->jump, 1);
+}
+
+// Warnings are silent, except that data ending early is a failure: libjpeg would fill the rest
+// with grey and call the image good.
+void on_message(j_common_ptr info, int level) {
+    if (level < 0 && info->err->msg_code == JWRN_JPEG_EOF)
+        on_error(info);
+}
+
+void on_output(j_common_ptr) {}
+
+void install(error_manager& errors) {
+    jpeg_std_error(&errors.base);
+    errors.base.error_exit = on_error;
+    errors.base.emit_message = on_message;
+    errors.base.output_message = on_output;
+}
+
+// Fills `pixels` (sized by the caller once the header is known); false on any libjpeg error.
+bool run_decompress(jpeg_decompress_struct& info, error_manager& errors, const unsigned char* bytes,
+                    size_t size, unsigned long long max_pixels, std::vector<unsigned char>& pixels,
+                    _vec2<int>& out_size) {
+    if (setjmp(errors.jump)) {
+        jpeg_destroy_decompress(&info);
+        return false;
+    }
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, bytes, static_cast<unsigned long>(size));
+    if (jpeg_read_header(&info, TRUE) != JPEG_HEADER_OK ||
+        !size_allowed(info.image_width, info.image_height, max_pixels)) {
+        jpeg_destroy_decompress(&info);
+        return false;
+    }
+    const bool cmyk = info.jpeg_color_space == JCS_CMYK || info.jpeg_color_space == JCS_YCCK;
+    info.out_color_space = cmyk ? JCS_CMYK : JCS_EXT_RGBA;
+    jpeg_start_decompress(&info);
+    const size_t width = info.output_width, height = info.output_height;
+    if (info.output_components != 4 || !size_allowed(width, height, max_pixels)) {
+        jpeg_destroy_decompress(&info);
+        return false;
+    }
+    pixels.resize(width * height * 4);
+    while (info.output_scanline < info.output_height) {
+        JSAMPROW row = pixels.data() + size_t(info.output_scanline) * width * 4;
+        if (jpeg_read_scanlines(&info, &row, 1) != 1) {
+            jpeg_destroy_decompress(&info);
+            return false;
+        }
+    }
+    jpeg_finish_decompress(&info);
+    if (cmyk) {
+        // Files with four components store inverted CMYK (the common Adobe convention).
+        for (size_t i = 0; i < pixels.size(); i += 4) {
+            const unsigned k = pixels[i + 3];
+            pixels[i + 0] = static_cast<unsigned char>(pixels[i + 0] * k / 255);
+            pixels[i + 1] = static_cast<unsigned char>(pixels[i + 1] * k / 255);
+            pixels[i + 2] = static_cast<unsigned char>(pixels[i + 2] * k / 255);
+            pixels[i + 3] = 255;
+        }
+    }
+    out_size = {static_cast<int>(width), static_cast<int>(height)};
+    jpeg_destroy_decompress(&info);
+    return true;
+}
+
+bool run_compress(jpeg_compress_struct& info, error_manager& errors, const rgba_image& image,
+                  unsigned char*& buffer, unsigned long& length) {
+    if (setjmp(errors.jump)) {
+        jpeg_destroy_compress(&info);
+        return false;
+    }
+    jpeg_create_compress(&info);
+    jpeg_mem_dest(&info, &buffer, &length);
+    info.image_width = static_cast<JDIMENSION>(image.size.x);
+    info.image_height = static_cast<JDIMENSION>(image.size.y);
+    info.input_components = 4;
+    info.in_color_space = JCS_EXT_RGBA;
+    jpeg_set_defaults(&info);
+    jpeg_set_quality(&info, 100, TRUE);
+    // Full quality also means full colour resolution: no chroma subsampling.
+    for (int c = 0; c < info.num_components; ++c)
+        info.comp_info[c].h_samp_factor = info.comp_info[c].v_samp_factor = 1;
+    jpeg_start_compress(&info, TRUE);
+    while (info.next_scanline < info.image_height) {
+        JSAMPROW row =
+            const_cast<unsigned char*>(image.pixels.data()) + size_t(info.next_scanline) * image.pitch();
+        jpeg_write_scanlines(&info, &row, 1);
+    }
+    jpeg_finish_compress(&info);
+    jpeg_destroy_compress(&info);
+    return true;
+}
+
+} // namespace
+
+bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
+    if (!bytes || size < 4 || bytes[0] != 0xFF || bytes[1] != 0xD8)
+        return false;
+    jpeg_decompress_struct info{};
+    error_manager errors{};
+    install(errors);
+    info.err = &errors.base;
+    std::vector<unsigned char> pixels;
+    _vec2<int> decoded_size;
+    if (!run_decompress(info, errors, bytes, size, max_pixels, pixels, decoded_size))
+        return false;
+    out.size = decoded_size;
+    out.alpha = false;
+    out.pixels = std::move(pixels);
+    return true;
+}
+
+std::vector<unsigned char> encode_jpeg(const rgba_image& image) {
+    if (image.empty() || image.size.x > JPEG_MAX_DIMENSION || image.size.y > JPEG_MAX_DIMENSION ||
+        image.pixels.size() < size_t(image.pitch()) * size_t(image.size.y))
+        return {};
+    jpeg_compress_struct info{};
+    error_manager errors{};
+    install(errors);
+    info.err = &errors.base;
+    unsigned char* buffer = nullptr;
+    unsigned long length = 0;
+    const bool ok = run_compress(info, errors, image, buffer, length);
+    std::vector<unsigned char> bytes;
+    if (ok && buffer)
+        bytes.assign(buffer, buffer + length);
+    std::free(buffer);
+    return bytes;
+}
+
+} // namespace nimbit::ui::offscreen

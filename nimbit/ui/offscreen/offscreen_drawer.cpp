@@ -1,0 +1,407 @@
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
+
+#include "nimbit/ui/native_bitmap.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+
+namespace nimbit::ui {
+
+namespace {
+
+// One laid-out code point.
+struct glyph {
+    int width = 0;
+    int height = 0;
+    bool space = false;
+    bool newline = false;
+};
+
+struct line {
+    int width = 0;
+    int height = 0;
+};
+
+// Byte length of the UTF-8 sequence at `i`; a damaged sequence counts as one byte, so any input
+// walks forward and never past its end.
+size_t sequence_length(std::string_view text, size_t i) {
+    const auto lead = static_cast<unsigned char>(text[i]);
+    size_t n = lead < 0x80           ? 1
+               : (lead >> 5) == 0x6  ? 2
+               : (lead >> 4) == 0xE  ? 3
+               : (lead >> 3) == 0x1E ? 4
+                                     : 1;
+    if (i + n > text.size())
+        return 1;
+    for (size_t k = 1; k < n; ++k)
+        if ((static_cast<unsigned char>(text[i + k]) & 0xC0) != 0x80)
+            return 1;
+    return n;
+}
+
+} // namespace
+
+int offscreen_drawer::char_width(float font_size) {
+    return std::max(1, static_cast<int>(std::lround(font_size * 0.5f)));
+}
+
+int offscreen_drawer::line_height(float font_size) {
+    return std::max(1, static_cast<int>(std::lround(font_size * 1.25f)));
+}
+
+namespace {
+
+std::vector<glyph> shape(std::string_view text, float font_size, const std::vector<text_full_format>& runs) {
+    std::vector<glyph> out;
+    unsigned index = 0;
+    for (size_t i = 0; i < text.size(); i += sequence_length(text, i), ++index) {
+        float size = font_size;
+        for (const text_full_format& run : runs)
+            if (index >= run.start && index < run.end)
+                size = run.size;
+        glyph g;
+        g.newline = text[i] == '\n';
+        g.space = text[i] == ' ';
+        g.width = g.newline ? 0 : offscreen_drawer::char_width(size);
+        g.height = offscreen_drawer::line_height(size);
+        out.push_back(g);
+    }
+    return out;
+}
+
+// Greedy wrapping: a line breaks after its last space once the next character would pass the
+// width limit, or before that character when the line has no space. Trailing spaces do not count.
+std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int empty_height) {
+    std::vector<line> lines;
+    auto close = [&](size_t begin, size_t end) {
+        line l;
+        size_t last = end;
+        while (last > begin && glyphs[last - 1].space)
+            --last;
+        for (size_t k = begin; k < end; ++k)
+            l.height = std::max(l.height, glyphs[k].height);
+        for (size_t k = begin; k < last; ++k)
+            l.width += glyphs[k].width;
+        if (l.height == 0)
+            l.height = empty_height;
+        lines.push_back(l);
+    };
+    size_t start = 0;
+    long width = 0;
+    size_t last_space = SIZE_MAX;
+    for (size_t i = 0; i < glyphs.size(); ++i) {
+        const glyph& g = glyphs[i];
+        if (g.newline) {
+            close(start, i);
+            start = i + 1;
+            width = 0;
+            last_space = SIZE_MAX;
+            continue;
+        }
+        if (width_limit > 0 && !g.space && i > start && width + g.width > width_limit) {
+            const size_t cut = last_space != SIZE_MAX ? last_space + 1 : i;
+            close(start, cut);
+            start = cut;
+            width = 0;
+            for (size_t k = start; k < i; ++k)
+                width += glyphs[k].width;
+            last_space = SIZE_MAX;
+        }
+        width += g.width;
+        if (g.space)
+            last_space = i;
+    }
+    close(start, glyphs.size());
+    return lines;
+}
+
+} // namespace
+
+offscreen_drawer::offscreen_drawer(_vec2<int> size) : size(size) {}
+
+std::vector<draw_call> offscreen_drawer::calls_named(std::string_view op) const {
+    std::vector<draw_call> out;
+    for (const draw_call& c : recorded)
+        if (c.op == op)
+            out.push_back(c);
+    return out;
+}
+
+draw_call& offscreen_drawer::record(std::string_view op) {
+    draw_call& c = recorded.emplace_back();
+    c.op = op;
+    if (!passes.empty()) {
+        c.origin = passes.back().origin;
+        c.clip = passes.back().clip;
+    }
+    return c;
+}
+
+void offscreen_drawer::resize(_vec2<int> new_size) {
+    size = new_size;
+    record("resize").rect = {0, 0, new_size.x, new_size.y};
+}
+
+void offscreen_drawer::start_draw(_vec2<int> origin, const ivec4& clip) {
+    passes.push_back({origin, clip});
+    record("start_draw");
+}
+
+void offscreen_drawer::end_draw() {
+    if (passes.empty())
+        return;
+    record("end_draw");
+    passes.pop_back();
+}
+
+void offscreen_drawer::set_brush_color(const vec4& color) {
+    current.brush = color;
+    record("set_brush_color").color = color;
+}
+
+void offscreen_drawer::set_pen_color(const vec4& color, float width) {
+    current.pen = color;
+    current.pen_width = width;
+    draw_call& c = record("set_pen_color");
+    c.color = color;
+    c.value = width;
+}
+
+void offscreen_drawer::set_pen_style(pen_style style, draw_aliasing aliasing) {
+    current.pen_kind = style;
+    current.aliasing = aliasing;
+    draw_call& c = record("set_pen_style");
+    c.mode_1 = static_cast<int>(style);
+    c.mode_2 = static_cast<int>(aliasing);
+}
+
+void offscreen_drawer::set_text_color(const vec4& color) {
+    current.text_color = color;
+    record("set_text_color").color = color;
+}
+
+void offscreen_drawer::set_text_font(std::string_view name, float font_size, font_weight weight,
+                                     font_style style, bool underline) {
+    current.font_name = std::string(name);
+    current.font_size = font_size;
+    current.weight = weight;
+    current.style = style;
+    current.underline = underline;
+    draw_call& c = record("set_text_font");
+    c.text = current.font_name;
+    c.value = font_size;
+    c.mode_1 = static_cast<int>(weight);
+    c.mode_2 = static_cast<int>(style);
+}
+
+void offscreen_drawer::set_text_format(text_align align, text_valign valign) {
+    current.align = align;
+    current.valign = valign;
+    draw_call& c = record("set_text_format");
+    c.mode_1 = static_cast<int>(align);
+    c.mode_2 = static_cast<int>(valign);
+}
+
+void offscreen_drawer::set_image_extend(image_extend horizontal, image_extend vertical) {
+    current.extend_h = horizontal;
+    current.extend_v = vertical;
+    draw_call& c = record("set_image_extend");
+    c.mode_1 = static_cast<int>(horizontal);
+    c.mode_2 = static_cast<int>(vertical);
+}
+
+void offscreen_drawer::draw_rect(const ivec4& rect) {
+    draw_call& c = record("draw_rect");
+    c.rect = rect;
+    c.color = current.brush;
+}
+
+void offscreen_drawer::draw_rect(const ivec4& rect, const native_bitmap& image) {
+    draw_call& c = record("draw_rect_image");
+    c.rect = rect;
+    c.image_size = image.get_size();
+    c.mode_1 = static_cast<int>(current.extend_h);
+    c.mode_2 = static_cast<int>(current.extend_v);
+}
+
+void offscreen_drawer::draw_rect_gradient(const ivec4& rect, const vec4& from, const vec4& to,
+                                          orientation o) {
+    draw_call& c = record("draw_rect_gradient");
+    c.rect = rect;
+    c.color = from;
+    c.color_2 = to;
+    c.mode_1 = static_cast<int>(o);
+}
+
+void offscreen_drawer::draw_rect_border(const ivec4& rect) {
+    draw_call& c = record("draw_rect_border");
+    c.rect = rect;
+    c.color = current.pen;
+    c.value = current.pen_width;
+}
+
+void offscreen_drawer::draw_line(_vec2<int> from, _vec2<int> to) {
+    draw_call& c = record("draw_line");
+    c.points = {from, to};
+    c.color = current.pen;
+    c.value = current.pen_width;
+}
+
+void offscreen_drawer::draw_circle(_vec2<int> centre, float radius) {
+    draw_call& c = record("draw_circle");
+    c.points = {centre};
+    c.value = radius;
+    c.color = current.brush;
+}
+
+void offscreen_drawer::draw_circle_border(_vec2<int> centre, float radius) {
+    draw_call& c = record("draw_circle_border");
+    c.points = {centre};
+    c.value = radius;
+    c.color = current.pen;
+}
+
+void offscreen_drawer::draw_geometry(const std::vector<_vec2<int>>& points) {
+    draw_call& c = record("draw_geometry");
+    c.points = points;
+    c.color = current.brush;
+}
+
+void offscreen_drawer::draw_geometry_border(const std::vector<_vec2<int>>& points, bool closed) {
+    draw_call& c = record("draw_geometry_border");
+    c.points = points;
+    c.color = current.pen;
+    c.value = current.pen_width;
+    c.mode_1 = closed;
+}
+
+void offscreen_drawer::draw_geometry_gradient(const ivec4& bounds, const std::vector<_vec2<int>>& points,
+                                              const vec4& from, const vec4& to, orientation o) {
+    draw_call& c = record("draw_geometry_gradient");
+    c.rect = bounds;
+    c.points = points;
+    c.color = from;
+    c.color_2 = to;
+    c.mode_1 = static_cast<int>(o);
+}
+
+void offscreen_drawer::draw_geometry_gradient(const ivec4& bounds, const std::vector<bezier_segment>& path,
+                                              const vec4& from, const vec4& to, orientation o) {
+    draw_call& c = record("draw_geometry_gradient");
+    c.rect = bounds;
+    c.path = path;
+    c.color = from;
+    c.color_2 = to;
+    c.mode_1 = static_cast<int>(o);
+}
+
+void offscreen_drawer::draw_bezier(const std::vector<bezier_segment>& path, bool closed) {
+    draw_call& c = record("draw_bezier");
+    c.path = path;
+    c.color = current.pen;
+    c.value = current.pen_width;
+    c.mode_1 = closed;
+}
+
+void offscreen_drawer::draw_bezier_gradient(const ivec4& bounds, const std::vector<bezier_segment>& path,
+                                            const vec4& from, const vec4& to, orientation o) {
+    draw_call& c = record("draw_bezier_gradient");
+    c.rect = bounds;
+    c.path = path;
+    c.color = from;
+    c.color_2 = to;
+    c.mode_1 = static_cast<int>(o);
+}
+
+void offscreen_drawer::clear(const vec4& color) {
+    record("clear").color = color;
+}
+
+void offscreen_drawer::draw_image(const ivec4& target, const native_bitmap& image, const ivec4& source,
+                                  bool keep_aspect) {
+    draw_call& c = record("draw_image");
+    c.rect = target;
+    c.source = source;
+    c.image_size = image.get_size();
+    c.mode_1 = keep_aspect;
+}
+
+_vec2<int> offscreen_drawer::calc_text_size(std::string_view text, _vec2<int> limit,
+                                            const std::vector<text_full_format>& runs) {
+    const std::vector<line> lines =
+        layout(shape(text, current.font_size, runs), std::max(0, limit.x), line_height(current.font_size));
+    _vec2<int> out;
+    for (const line& l : lines) {
+        if (limit.y > 0 && out.y + l.height > limit.y && out.y > 0)
+            break; // lines below the limit are not shown
+        out.x = std::max(out.x, l.width);
+        out.y += l.height;
+    }
+    return out;
+}
+
+std::vector<int> offscreen_drawer::calc_char_offsets(std::string_view text) {
+    std::vector<int> out;
+    int x = 0;
+    for (const glyph& g : shape(text, current.font_size, {})) {
+        out.push_back(x);
+        x += g.width;
+    }
+    out.push_back(x);
+    return out;
+}
+
+namespace {
+
+// Where the text box lands in rect, after the placement rules of text_align and text_valign.
+ivec4 place_text(const ivec4& rect, _vec2<int> text, text_align align, text_valign valign) {
+    ivec4 box{rect.x + 1, rect.y, text.x, text.y};
+    if (align == text_align::center)
+        box.x += (rect.w - text.x) / 2;
+    else if (align == text_align::right)
+        box.x += rect.w - text.x;
+    if (valign == text_valign::center)
+        box.y = rect.y - 2 + (rect.h + 2 - text.y) / 2;
+    else if (valign == text_valign::bottom)
+        box.y = rect.y + 2 + (rect.h - text.y);
+    return box;
+}
+
+} // namespace
+
+void offscreen_drawer::draw_text(const ivec4& rect, std::string_view text,
+                                 const std::vector<text_full_format>& runs) {
+    const _vec2<int> text_size = calc_text_size(text, {rect.w, rect.h}, runs);
+    draw_call& c = record("draw_text");
+    c.rect = rect;
+    c.text = std::string(text);
+    c.color = current.text_color;
+    c.value = current.font_size;
+    c.mode_1 = static_cast<int>(current.align);
+    c.mode_2 = static_cast<int>(current.valign);
+    c.layout = place_text(rect, text_size, current.align, current.valign);
+}
+
+void offscreen_drawer::draw_clipped_text(const ivec4& rect, const ivec4& clip, std::string_view text,
+                                         const std::vector<text_full_format>& runs) {
+    const _vec2<int> text_size = calc_text_size(text, {rect.w, rect.h}, runs);
+    draw_call& c = record("draw_clipped_text");
+    c.rect = rect;
+    c.source = clip;
+    c.text = std::string(text);
+    c.color = current.text_color;
+    c.value = current.font_size;
+    c.mode_1 = static_cast<int>(current.align);
+    c.mode_2 = static_cast<int>(current.valign);
+    c.layout = place_text(rect, text_size, current.align, current.valign);
+}
+
+void offscreen_drawer::draw_shadow(const ivec4& rect, _vec2<int> offset, unsigned shadow_size) {
+    draw_call& c = record("draw_shadow");
+    c.rect = rect;
+    c.points = {offset};
+    c.value = static_cast<float>(shadow_size);
+}
+
+} // namespace nimbit::ui

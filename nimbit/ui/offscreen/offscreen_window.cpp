@@ -1,0 +1,225 @@
+#include "nimbit/ui/offscreen/offscreen_window.h"
+
+#include "nimbit/ui/native_input.h"
+#include "nimbit/ui/offscreen/offscreen_clock.h"
+#include "nimbit/ui/offscreen/offscreen_input.h"
+#include "nimbit/ui/window.h"
+#include "nimbit/utils/assert.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace nimbit::ui {
+
+std::unique_ptr<native_window> create_native_window(window& owner) {
+    return std::make_unique<offscreen::offscreen_window>(owner);
+}
+
+namespace offscreen {
+
+namespace {
+offscreen_window* key_window = nullptr;
+uint64_t next_z = 0;
+// A modal loop that cannot end by itself is cut after this many turns (as if closed).
+constexpr uint64_t max_modal_turns = 10'000'000;
+
+std::function<void(window&)>& modal_driver() {
+    static std::function<void(window&)> driver;
+    return driver;
+}
+
+ivec4 unite(const ivec4& a, const ivec4& b) {
+    if (a.w <= 0 || a.h <= 0)
+        return b;
+    const int left = std::min(a.x, b.x), top = std::min(a.y, b.y);
+    const int right = std::max(a.x + a.w, b.x + b.w), bottom = std::max(a.y + a.h, b.y + b.h);
+    return {left, top, right - left, bottom - top};
+}
+} // namespace
+
+offscreen_window& native_of(const window& w) {
+    return static_cast<offscreen_window&>(w.get_native());
+}
+
+void offscreen_window::set_modal_driver(std::function<void(window&)> driver) {
+    modal_driver() = std::move(driver);
+}
+
+offscreen_window::offscreen_window(window& owner) : owner(owner) {}
+
+offscreen_window::~offscreen_window() {
+    stop_timers(this);
+    if (key_window == this)
+        key_window = nullptr;
+}
+
+void offscreen_window::create(std::string_view new_title, const ivec4& new_frame, uint32_t new_style,
+                              native_window*) {
+    title = new_title;
+    style = new_style;
+    frame = {new_frame.x, new_frame.y, std::max(new_frame.w, 0), std::max(new_frame.h, 0)};
+    canvas.resize(frame.size());
+}
+
+void offscreen_window::become_key() {
+    if (key_window == this)
+        return;
+    offscreen_window* old = key_window;
+    key_window = this;
+    if (old)
+        old->owner.process_event(event_type::focus_lost, 0);
+    owner.process_event(event_type::focus_gained, 0);
+}
+
+void offscreen_window::resign_key() {
+    if (key_window != this)
+        return;
+    key_window = nullptr;
+    owner.process_event(event_type::focus_lost, 0);
+}
+
+void offscreen_window::show(bool visible, bool focus) {
+    if (visible) {
+        if (!shown) {
+            shown = true;
+            z_order = ++next_z;
+            invalidate({0, 0, frame.w, frame.h});
+        }
+        if (focus)
+            become_key();
+    } else if (shown) {
+        shown = false;
+        capturing = false;
+        resign_key();
+        // Closing a window that runs a modal session ends the session.
+        session.reset();
+    }
+}
+
+bool offscreen_window::has_focus() const {
+    return key_window == this;
+}
+
+void offscreen_window::set_to_front() {
+    z_order = ++next_z;
+}
+
+float offscreen_window::get_dpi() const {
+    return native_get_screen_dpi();
+}
+
+void offscreen_window::set_rect(const ivec4& new_frame) {
+    ivec4 f = new_frame;
+    if (min_size.x > 0)
+        f.w = std::max(f.w, min_size.x);
+    if (min_size.y > 0)
+        f.h = std::max(f.h, min_size.y);
+    if (max_size.x > 0)
+        f.w = std::min(f.w, max_size.x);
+    if (max_size.y > 0)
+        f.h = std::min(f.h, max_size.y);
+    f.w = std::max(f.w, 0);
+    f.h = std::max(f.h, 0);
+    const bool resized = f.w != frame.w || f.h != frame.h;
+    frame = f;
+    if (resized) {
+        canvas.resize(frame.size());
+        // The platform reports the new client size as the window's resize event.
+        owner.process_event(event_type::resize, pack_pair(frame.w, frame.h));
+        invalidate({0, 0, frame.w, frame.h});
+    }
+}
+
+void offscreen_window::set_min_size(_vec2<int> size) {
+    min_size = size;
+}
+void offscreen_window::set_max_size(_vec2<int> size) {
+    max_size = size;
+}
+
+void offscreen_window::maximize() {
+    if (maximized)
+        return;
+    restored_frame = frame;
+    maximized = true;
+    set_rect(get_screen_rect());
+}
+
+void offscreen_window::restore() {
+    if (!maximized)
+        return;
+    maximized = false;
+    set_rect(restored_frame);
+}
+
+ivec4 offscreen_window::get_screen_rect() const {
+    return offscreen::get_screen_rect();
+}
+
+void offscreen_window::invalidate(const ivec4& client_rect) {
+    // Clipped to the client area: nothing outside it can be painted.
+    const int left = std::max(client_rect.x, 0), top = std::max(client_rect.y, 0);
+    const int right = std::min(client_rect.x + client_rect.w, frame.w);
+    const int bottom = std::min(client_rect.y + client_rect.h, frame.h);
+    if (right <= left || bottom <= top)
+        return;
+    dirty = unite(dirty, {left, top, right - left, bottom - top});
+}
+
+bool offscreen_window::paint_pending() {
+    if (dirty.w <= 0 || dirty.h <= 0)
+        return false;
+    const ivec4 area = dirty;
+    dirty = {};
+    owner.paint(area);
+    return true;
+}
+
+void offscreen_window::run_modal(bool fill_screen) {
+    const modal_session* modalSession = session.get();
+    NIMBIT_ASSERT(!modalSession);
+    session = std::make_unique<modal_session>();
+    session->fill_screen = fill_screen;
+    if (fill_screen)
+        set_rect(get_screen_rect());
+    show(true, true);
+    set_to_front();
+    while (session) {
+        if (++session->turns > max_modal_turns)
+            break;
+        if (auto& driver = modal_driver())
+            driver(owner);
+        else if (!run_next_timer())
+            break;
+    }
+    if (session) {
+        // Nothing could end it: treated as closed.
+        session.reset();
+        show(false, false);
+    }
+}
+
+void offscreen_window::end_modal() {
+    const modal_session* modalSession = session.get();
+    NIMBIT_ASSERT(modalSession != nullptr);
+    show(false, false);
+    session.reset();
+}
+
+void offscreen_window::start_timer(uint32_t native_id, float seconds, bool repeat) {
+    const auto us = static_cast<uint64_t>(std::llround(std::max(seconds, 0.0f) * 1e6));
+    window* w = &owner;
+    offscreen::start_timer(this, native_id, us, repeat,
+                           [w, native_id] { w->process_native_timer(native_id); });
+}
+
+void offscreen_window::stop_timer(uint32_t native_id) {
+    offscreen::stop_timer(this, native_id);
+}
+
+bool offscreen_window::is_timer_running(uint32_t native_id) const {
+    return offscreen::is_timer_running(this, native_id);
+}
+
+} // namespace offscreen
+} // namespace nimbit::ui

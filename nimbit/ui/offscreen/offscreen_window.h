@@ -1,0 +1,107 @@
+#pragma once
+
+#include "nimbit/ui/native_window.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+// An in-memory platform window. Frame and client area coincide (no decoration). Painting is recorded
+// by an offscreen_drawer: invalidate() collects a dirty rectangle, flush() or paint_pending() paints
+// it through the owning window. Timers run on the offscreen clock. A window shown with focus becomes
+// the key window; the previous key window hears focus_lost and the new one focus_gained.
+//
+// The modal loop runs until end_modal: each turn calls the modal driver when one is set (a test
+// callback that feeds input, moves the clock or ends the session), otherwise fires the next timer.
+// With neither able to make progress the session ends as if the window had been closed.
+
+namespace nimbit::ui {
+
+class window;
+
+namespace offscreen {
+
+class offscreen_window final : public native_window {
+public:
+    explicit offscreen_window(window& owner);
+    ~offscreen_window() override;
+
+    void create(std::string_view title, const ivec4& frame, uint32_t style, native_window* parent) override;
+    void show(bool visible, bool focus) override;
+    bool is_shown() const override { return shown; }
+    bool has_focus() const override;
+    void set_to_front() override;
+    void set_opacity(float value) override { opacity = value; }
+    float get_dpi() const override;
+    void set_rect(const ivec4& frame) override;
+    ivec4 get_rect() const override { return frame; }
+    ivec4 get_client_rect() const override { return frame; }
+    void set_min_size(_vec2<int> size) override;
+    void set_max_size(_vec2<int> size) override;
+    void maximize() override;
+    void restore() override;
+    bool is_maximized() const override { return maximized; }
+    ivec4 get_screen_rect() const override;
+    void invalidate(const ivec4& client_rect) override;
+    void flush() override { paint_pending(); }
+    native_drawer& get_drawer() override { return canvas; }
+    void capture_mouse() override { capturing = true; }
+    void release_mouse() override { capturing = false; }
+    void run_modal(bool fill_screen) override;
+    void end_modal() override;
+    bool is_modal() const override { return session != nullptr; }
+    void start_timer(uint32_t native_id, float seconds, bool repeat) override;
+    void stop_timer(uint32_t native_id) override;
+
+    // --- for tests ---
+    window& get_owner() const { return owner; }
+    offscreen_drawer& get_canvas() { return canvas; }
+    // The merged rectangle waiting to be painted (empty when clean).
+    ivec4 get_dirty() const { return dirty; }
+    // Paints the dirty rectangle, if any; true when something was painted.
+    bool paint_pending();
+    const std::string& get_title() const { return title; }
+    uint32_t get_style() const { return style; }
+    float get_opacity() const { return opacity; }
+    bool is_capturing() const { return capturing; }
+    _vec2<int> get_min_size() const { return min_size; }
+    _vec2<int> get_max_size() const { return max_size; }
+    // The native timer ids running for this window.
+    bool is_timer_running(uint32_t native_id) const;
+    // Front-most first: the order windows were last brought to the front.
+    uint64_t get_z_order() const { return z_order; }
+
+    // Called at every turn of any modal loop; replaces the previous driver (empty clears it).
+    static void set_modal_driver(std::function<void(window&)> driver);
+
+private:
+    struct modal_session {
+        bool fill_screen = false;
+        uint64_t turns = 0;
+    };
+    void become_key();
+    void resign_key();
+
+    window& owner;
+    offscreen_drawer canvas;
+    std::string title;
+    uint32_t style = 0;
+    ivec4 frame;
+    ivec4 restored_frame;
+    ivec4 dirty;
+    _vec2<int> min_size;
+    _vec2<int> max_size;
+    float opacity = 1.0f;
+    bool shown = false;
+    bool maximized = false;
+    bool capturing = false;
+    uint64_t z_order = 0;
+    std::unique_ptr<modal_session> session;
+};
+
+// The offscreen platform window under `w` (which must be created).
+offscreen_window& native_of(const window& w);
+
+} // namespace offscreen
+} // namespace nimbit::ui

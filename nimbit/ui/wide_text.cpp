@@ -1,0 +1,81 @@
+#include "nimbit/ui/wide_text.h"
+
+static_assert(sizeof(wchar_t) == 4, "text controls keep one wide element per character");
+
+namespace nimbit::ui {
+
+namespace {
+constexpr char32_t replacement = 0xFFFD;
+
+bool is_scalar(char32_t c) {
+    return c < 0xD800 || (c > 0xDFFF && c <= 0x10FFFF);
+}
+} // namespace
+
+void append_utf8(std::string& out, char32_t c) {
+    if (!is_scalar(c))
+        c = replacement;
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+std::wstring utf8_to_wide(std::string_view s) {
+    std::wstring out;
+    out.reserve(s.size());
+    size_t i = 0;
+    while (i < s.size()) {
+        const auto lead = static_cast<unsigned char>(s[i]);
+        int extra = 0;
+        char32_t c = 0, min = 0;
+        if (lead < 0x80) {
+            out += static_cast<wchar_t>(lead);
+            ++i;
+            continue;
+        } else if ((lead & 0xE0) == 0xC0) {
+            extra = 1, c = lead & 0x1F, min = 0x80;
+        } else if ((lead & 0xF0) == 0xE0) {
+            extra = 2, c = lead & 0x0F, min = 0x800;
+        } else if ((lead & 0xF8) == 0xF0) {
+            extra = 3, c = lead & 0x07, min = 0x10000;
+        } else {
+            out += static_cast<wchar_t>(replacement);
+            ++i;
+            continue;
+        }
+        size_t j = i + 1;
+        for (; j < s.size() && j <= i + static_cast<size_t>(extra); ++j) {
+            const auto b = static_cast<unsigned char>(s[j]);
+            if ((b & 0xC0) != 0x80)
+                break;
+            c = (c << 6) | (b & 0x3F);
+        }
+        if (j != i + 1 + static_cast<size_t>(extra) || c < min || !is_scalar(c))
+            c = replacement;
+        out += static_cast<wchar_t>(c);
+        i = j; // a truncated sequence resumes at the byte that broke it
+    }
+    return out;
+}
+
+std::string wide_to_utf8(std::wstring_view w) {
+    std::string out;
+    out.reserve(w.size());
+    for (wchar_t c : w)
+        append_utf8(out, static_cast<char32_t>(c));
+    return out;
+}
+
+} // namespace nimbit::ui

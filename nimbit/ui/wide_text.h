@@ -1,0 +1,16 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+// Text controls edit wide strings (one element per character) and hand UTF-8 to everything else.
+
+namespace nimbit::ui {
+
+// Malformed, overlong or surrogate sequences become U+FFFD; nothing is read past the input.
+std::wstring utf8_to_wide(std::string_view utf8);
+// Elements outside Unicode (or lone surrogates) become U+FFFD.
+std::string wide_to_utf8(std::wstring_view wide);
+void append_utf8(std::string& out, char32_t code_point);
+
+} // namespace nimbit::ui

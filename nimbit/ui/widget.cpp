@@ -1,0 +1,430 @@
+#include "nimbit/ui/widget.h"
+
+#include "nimbit/ui/mouse.h"
+#include "nimbit/ui/window.h"
+#include "nimbit/utils/assert.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace nimbit::ui {
+
+namespace {
+event_manager& events() {
+    return event_manager::instance();
+}
+unsigned long long address(const void* p) {
+    return reinterpret_cast<uintptr_t>(p);
+}
+} // namespace
+
+ivec4 widget::clip_to_ancestors(ivec4 area, const widget* from) {
+    for (const widget* a = from; a; a = a->parent) {
+        area.x += a->rect.x;
+        area.y += a->rect.y;
+        const int left = std::max(area.x, a->rect.x), top = std::max(area.y, a->rect.y);
+        const int right = std::min(area.x + area.w, a->rect.x + a->rect.w);
+        const int bottom = std::min(area.y + area.h, a->rect.y + a->rect.h);
+        area = {left, top, right - left, bottom - top};
+    }
+    return area;
+}
+
+widget::widget() : theme(this) {}
+
+widget::~widget() {
+    if (owner_window)
+        owner_window->remove_widget(this);
+    if (parent)
+        parent->remove_child(this);
+    compact_children();
+    for (widget* child : children)
+        child->parent = nullptr;
+    if (mouse::get_captured_widget() == this)
+        mouse::forget_widget(this);
+    events().fire_event(this, event_type::destroy, 0);
+    // event_object's destructor drops the registrations.
+}
+
+void widget::common_create(const ivec4& r) {
+    rect = r;
+    rect_target = r;
+    enable(true);
+    show(true);
+    if (owner_window)
+        owner_window->add_widget(this);
+    created = true;
+}
+
+void widget::create(widget& parentWidget, const ivec4& r) {
+    NIMBIT_ASSERT(!parentWidget.has_child(this) && "Double create?");
+    owner_window = parentWidget.owner_window;
+    parent = &parentWidget;
+    common_create(r);
+    events().fire_event(this, event_type::create, 0);
+    parentWidget.add_child(this);
+}
+
+void widget::create(window& w, const ivec4& r) {
+    owner_window = &w;
+    common_create({0, 0, r.w, r.h});
+    events().fire_event(this, event_type::create, 0);
+}
+
+bool widget::has_child(const widget* child) const {
+    if (!child || child->listings == 0)
+        return false;
+    return std::find(children.begin(), children.end(), child) != children.end();
+}
+
+const std::vector<widget*>& widget::get_children() const {
+    compact_children();
+    return children;
+}
+
+void widget::compact_children() const {
+    // Not while a loop walks the list by index: holes keep the indices stable.
+    if (child_holes == 0 || child_walks > 0)
+        return;
+    size_t out = 0;
+    for (widget* c : children)
+        if (c) {
+            c->parent_slot = static_cast<uint32_t>(out);
+            children[out++] = c;
+        }
+    children.resize(out);
+    child_holes = 0;
+}
+
+void widget::set_parent(widget* new_parent) {
+    parent = new_parent;
+    events().fire_event(this, event_type::parent_changed, address(new_parent));
+}
+
+void widget::add_child(widget* child) {
+    if (!child)
+        return;
+    child->parent = this;
+    events().fire_event(child, event_type::parent_changed, address(this));
+    child->set_parent_enabled(enabled && parent_enabled);
+    child->set_parent_visible(visible && parent_visible);
+    compact_children();
+    child->parent_slot = static_cast<uint32_t>(children.size());
+    ++child->listings;
+    children.push_back(child);
+    events().fire_event(this, event_type::child_added, address(child));
+}
+
+void widget::detach_child(widget* child) {
+    // Every occurrence goes; the slot hint finds the usual single one without a scan.
+    uint32_t removed = 0;
+    if (child->parent_slot < children.size() && children[child->parent_slot] == child) {
+        children[child->parent_slot] = nullptr;
+        ++removed;
+    }
+    if (child->listings > removed)
+        for (auto& c : children)
+            if (c == child) {
+                c = nullptr;
+                ++removed;
+            }
+    child_holes += removed;
+    child->listings -= std::min(child->listings, removed);
+    if (child_holes > 32 && child_holes * 2 > children.size())
+        compact_children();
+}
+
+void widget::remove_child(widget* child) {
+    if (!child)
+        return;
+    detach_child(child);
+    child->parent = nullptr;
+    events().fire_event(child, event_type::parent_changed, 0);
+    child->set_parent_enabled(true);
+    child->set_parent_visible(true);
+    events().fire_event(this, event_type::child_removed, address(child));
+    drop_child_subscriptions(child);
+}
+
+void widget::drop_child_subscriptions(widget* child) {
+    auto it = child_subscriptions.find(child);
+    if (it == child_subscriptions.end())
+        return;
+    std::vector<uint32_t> ids = std::move(it->second);
+    child_subscriptions.erase(it);
+    for (uint32_t id : ids)
+        events().remove_event(id);
+}
+
+void widget::remove_all_children() {
+    compact_children();
+    // Callbacks may destroy or add children while the list is walked: index it, skip holes.
+    ++child_walks;
+    for (size_t i = 0; i < children.size(); ++i) {
+        widget* child = children[i];
+        if (!child)
+            continue;
+        children[i] = nullptr;
+        child->listings = child->listings > 0 ? child->listings - 1 : 0;
+        child->parent = nullptr;
+        events().fire_event(child, event_type::parent_changed, 0);
+        child->set_parent_enabled(true);
+        child->set_parent_visible(true);
+        events().fire_event(this, event_type::child_removed, address(child));
+        drop_child_subscriptions(child);
+    }
+    --child_walks;
+    auto subscriptions = std::move(child_subscriptions);
+    child_subscriptions.clear();
+    for (auto& [child, ids] : subscriptions)
+        for (uint32_t id : ids)
+            events().remove_event(id);
+    children.clear();
+    child_holes = 0;
+}
+
+uint32_t widget::add_child_event(widget& child, event_type type, event_manager::callback fn) {
+    const uint32_t id = events().add_event(&child, this, type, std::move(fn));
+    child_subscriptions[&child].push_back(id);
+    return id;
+}
+
+void widget::set_parent_enabled(bool value) {
+    parent_enabled = value;
+    for (widget* c : children)
+        if (c)
+            c->set_parent_enabled(value && enabled);
+}
+
+void widget::set_parent_visible(bool value) {
+    parent_visible = value;
+    for (widget* c : children)
+        if (c)
+            c->set_parent_visible(value && visible);
+}
+
+void widget::enable(bool enabled_now) {
+    if (enabled == enabled_now)
+        return;
+    enabled = enabled_now;
+    for (widget* c : children)
+        if (c)
+            c->set_parent_enabled(parent_enabled && enabled);
+    events().fire_event(this, enabled ? event_type::enabled : event_type::disabled, 0);
+    update(false);
+}
+
+void widget::show(bool visible_now) {
+    if (visible == visible_now)
+        return;
+    visible = visible_now;
+    for (widget* c : children)
+        if (c)
+            c->set_parent_visible(parent_visible && visible);
+    events().fire_event(this, visible ? event_type::shown : event_type::hidden, 0);
+    update(false);
+}
+
+bool widget::is_visible(bool with_parents) const {
+    return with_parents ? visible && parent_visible : visible;
+}
+
+void widget::set_rect(const ivec4& r, bool also_target) {
+    const ivec4 old = rect;
+    rect = r;
+    if (also_target)
+        rect_target = r;
+    if (!created)
+        return;
+    const bool resized = old.w != r.w || old.h != r.h;
+    const bool moved = old.x != r.x || old.y != r.y;
+    if (resized) {
+        const auto old_size = pack_pair(old.w, old.h);
+        events().fire_event(this, event_type::resize, old_size);
+        ++child_walks;
+        for (size_t i = 0; i < children.size(); ++i)
+            if (widget* c = children[i]) {
+                events().fire_event(c, event_type::parent_resize, old_size);
+                c->update_anchor(rect.size());
+            }
+        --child_walks;
+    }
+    if (moved) {
+        const auto old_pos = pack_pair(old.x, old.y);
+        events().fire_event(this, event_type::move, old_pos);
+        ++child_walks;
+        for (size_t i = 0; i < children.size(); ++i)
+            if (widget* c = children[i])
+                events().fire_event(c, event_type::parent_move, old_pos);
+        --child_walks;
+    }
+    if (!resized && !moved) {
+        update(false);
+        return;
+    }
+    if (old.w >= 1 && old.h >= 1 && owner_window) {
+        // The old area, clipped by the ancestors as they are now.
+        const ivec4 area = clip_to_ancestors(old, parent);
+        if (area.w > 0 && area.h > 0)
+            owner_window->update_rect(area);
+    }
+    update(false);
+}
+
+void widget::set_rect_target(const ivec4& target) {
+    rect_target = target;
+    // Truncated towards zero, per component.
+    animation_step = {
+        static_cast<int>((target.x - rect.x) * 0.1), static_cast<int>((target.y - rect.y) * 0.1),
+        static_cast<int>((target.w - rect.w) * 0.1), static_cast<int>((target.h - rect.h) * 0.1)};
+    add_animation();
+}
+
+void widget::add_animation() {
+    if (owner_window)
+        owner_window->add_animation(this);
+}
+
+void widget::remove_animation() {
+    if (owner_window)
+        owner_window->remove_animation(this);
+}
+
+void widget::animate() {
+    const ivec4 t = rect_target;
+    const ivec4 delta{static_cast<int>((t.x - rect.x) * 0.5), static_cast<int>((t.y - rect.y) * 0.5),
+                      static_cast<int>((t.w - rect.w) * 0.5), static_cast<int>((t.h - rect.h) * 0.5)};
+    ivec4 next{t.x - delta.x, t.y - delta.y, t.w - delta.w, t.h - delta.h};
+    const ivec4 s = animation_step;
+    if (std::abs(delta.x) <= std::abs(s.x) && std::abs(delta.y) <= std::abs(s.y) &&
+        std::abs(delta.w) <= std::abs(s.w) && std::abs(delta.h) <= std::abs(s.h)) {
+        remove_animation();
+        next = t;
+    }
+    set_rect(next, false);
+}
+
+void widget::set_anchor(anchor_type which, int distance) {
+    NIMBIT_ASSERT(parent != nullptr && "Widget has no parent yet");
+    const auto i = static_cast<uint32_t>(which);
+    if (i >= 4)
+        return;
+    anchors[i].on = true;
+    anchors[i].distance = distance;
+    update_anchor(parent->rect.size());
+}
+
+void widget::update_anchor(const _vec2<int>& parent_size) {
+    auto fit = [](const anchor& low, const anchor& high, int size, int& pos, int& extent) {
+        if (low.on && high.on) {
+            pos = low.distance;
+            extent = size - low.distance - high.distance;
+        } else if (high.on) {
+            pos = size - extent - high.distance;
+        } else if (low.on) {
+            pos = low.distance;
+        }
+    };
+    fit(anchors[2], anchors[3], parent_size.x, rect.x, rect.w);
+    fit(anchors[0], anchors[1], parent_size.y, rect.y, rect.h);
+    update(false);
+}
+
+_vec2<int> widget::calc_absolute_pos() const {
+    _vec2<int> p{};
+    for (const widget* w = this; w; w = w->parent)
+        p = p + w->rect.position();
+    return p;
+}
+
+_vec2<int> widget::get_screen_pos() const {
+    _vec2<int> p = calc_absolute_pos();
+    if (owner_window && owner_window->is_created())
+        p = p + owner_window->get_client_rect().position();
+    return p;
+}
+
+ivec4 widget::calculate_update_rect() const {
+    return clip_to_ancestors(rect, parent);
+}
+
+void widget::update(bool flush) {
+    if (!created || rect.w <= 0 || rect.h <= 0 || !owner_window)
+        return;
+    const ivec4 area = calculate_update_rect();
+    if (area.w > 0 && area.h > 0)
+        owner_window->update_rect(area);
+    if (flush)
+        owner_window->flush_updates();
+}
+
+void widget::set_background(const vec4& color) {
+    theme.set("default_back_color", color);
+    if (is_visible(true))
+        update(false);
+}
+
+void widget::focus(focus_cause cause) {
+    if (owner_window)
+        owner_window->set_focus(this, cause);
+}
+
+bool widget::has_focus() const {
+    return owner_window && owner_window->get_focus() == this;
+}
+
+void widget::add_timer(uint32_t id, uint32_t interval_ms, bool single_shot) {
+    if (owner_window)
+        owner_window->add_timer(this, id, interval_ms, single_shot);
+}
+
+void widget::remove_timer(uint32_t id) {
+    if (owner_window)
+        owner_window->remove_timer(this, id);
+}
+
+bool widget::has_timer(uint32_t id) const {
+    return owner_window && owner_window->has_timer(this, id);
+}
+
+void widget::add_tooltip(std::string_view text, std::string_view title) {
+    add_tooltip(ivec4{}, text, title);
+}
+
+void widget::add_tooltip(const ivec4& area, std::string_view text, std::string_view title) {
+    if (owner_window)
+        owner_window->add_tooltip(this, area, title, text);
+}
+
+void widget::remove_tooltips() {
+    if (owner_window)
+        owner_window->remove_tooltips(this);
+}
+
+void widget::bring_to_front() {
+    if (!parent)
+        return;
+    parent->compact_children();
+    auto& list = parent->children;
+    auto it = std::find(list.begin(), list.end(), this);
+    if (it == list.end())
+        return;
+    std::rotate(it, it + 1, list.end());
+    for (size_t i = 0; i < list.size(); ++i)
+        list[i]->parent_slot = static_cast<uint32_t>(i);
+}
+
+void widget::send_to_back() {
+    if (!parent)
+        return;
+    parent->compact_children();
+    auto& list = parent->children;
+    auto it = std::find(list.begin(), list.end(), this);
+    if (it == list.end())
+        return;
+    std::rotate(list.begin(), it, it + 1);
+    for (size_t i = 0; i < list.size(); ++i)
+        list[i]->parent_slot = static_cast<uint32_t>(i);
+}
+
+} // namespace nimbit::ui

@@ -1,0 +1,670 @@
+#include "nimbit/ui/window.h"
+
+#include "nimbit/ui/drawer.h"
+#include "nimbit/ui/event_manager.h"
+#include "nimbit/ui/keyboard.h"
+#include "nimbit/ui/mouse.h"
+#include "nimbit/ui/native_drawer.h"
+#include "nimbit/ui/tooltip.h"
+#include "nimbit/utils/assert.h"
+
+#include <algorithm>
+
+namespace nimbit::ui {
+
+namespace {
+event_manager& events() {
+    return event_manager::instance();
+}
+
+bool intersects(const ivec4& a, const ivec4& b) {
+    return a.w > 0 && a.h > 0 && b.w > 0 && b.h > 0 && a.x < b.x + b.w && b.x < a.x + a.w &&
+           a.y < b.y + b.h && b.y < a.y + a.h;
+}
+
+// Keeps `walks` raised while a loop indexes a widget's children, even if a callback throws.
+struct walk_guard {
+    uint32_t& walks;
+    explicit walk_guard(uint32_t& w) : walks(w) { ++walks; }
+    ~walk_guard() { --walks; }
+    walk_guard(const walk_guard&) = delete;
+    walk_guard& operator=(const walk_guard&) = delete;
+};
+} // namespace
+
+window::window() = default;
+
+window::~window() {
+    events().fire_event(this, event_type::destroy, 0);
+    if (tip)
+        tip->hide();
+    // Widgets that outlive the window (they are owned elsewhere) must not call back into it.
+    for (widget* w : widgets)
+        if (w)
+            w->owner_window = nullptr;
+    widgets.clear();
+    timers.clear();
+}
+
+void window::user_callback(int) {}
+
+void window::create(std::string_view title, const ivec4& frame, uint32_t style, window* parent) {
+    NIMBIT_ASSERT(native == nullptr && "Double create?");
+    native = create_native_window(*this);
+    native->create(title, frame, style, parent && parent->native ? parent->native.get() : nullptr);
+    paint_drawer = std::make_unique<drawer>(native->get_drawer());
+    const ivec4 client = native->get_client_rect();
+    root.set_name("Root");
+    root.create(*this, {0, 0, client.w, client.h});
+    events().fire_event(this, event_type::create, 0);
+}
+
+native_window& window::get_native() const {
+    NIMBIT_ASSERT(native != nullptr && "Window not created");
+    return *native;
+}
+
+drawer& window::get_drawer() {
+    NIMBIT_ASSERT(paint_drawer != nullptr && "Window not created");
+    return *paint_drawer;
+}
+
+// --- life cycle -------------------------------------------------------------------------------------
+
+void window::show(bool visible) {
+    if (!native)
+        return;
+    const bool before = native->is_shown();
+    native->show(visible, true);
+    const bool after = native->is_shown();
+    if (before != after)
+        events().fire_event(this, after ? event_type::shown : event_type::hidden, 0);
+}
+
+void window::show_no_focus() {
+    if (!native)
+        return;
+    const bool before = native->is_shown();
+    native->show(true, false);
+    if (!before && native->is_shown())
+        events().fire_event(this, event_type::shown, 0);
+}
+
+bool window::is_shown() const {
+    return native && native->is_shown();
+}
+bool window::has_focus() const {
+    return native && native->has_focus();
+}
+void window::set_to_front() {
+    if (native)
+        native->set_to_front();
+}
+void window::set_opacity(float opacity) {
+    if (native)
+        native->set_opacity(opacity);
+}
+float window::get_dpi() const {
+    return native ? native->get_dpi() : 72.0f;
+}
+void window::set_rect(const ivec4& frame) {
+    if (native)
+        native->set_rect(frame);
+}
+ivec4 window::get_rect() const {
+    return native ? native->get_rect() : ivec4{};
+}
+ivec4 window::get_client_rect() const {
+    return native ? native->get_client_rect() : ivec4{};
+}
+void window::set_min_size(_vec2<int> size) {
+    if (native)
+        native->set_min_size(size);
+}
+void window::set_max_size(_vec2<int> size) {
+    if (native)
+        native->set_max_size(size);
+}
+void window::maximize() {
+    if (native)
+        native->maximize();
+}
+void window::restore() {
+    if (native)
+        native->restore();
+}
+bool window::is_maximized() const {
+    return native && native->is_maximized();
+}
+void window::update_rect(const ivec4& client_rect) {
+    if (native)
+        native->invalidate(client_rect);
+}
+void window::flush_updates() {
+    if (native)
+        native->flush();
+}
+void window::capture_mouse() {
+    if (native)
+        native->capture_mouse();
+}
+void window::release_mouse() {
+    if (native)
+        native->release_mouse();
+}
+
+void window::center_window() {
+    if (!native)
+        return;
+    const ivec4 screen = native->get_screen_rect();
+    ivec4 r = native->get_rect();
+    r.x = screen.x + (screen.w - r.w) / 2;
+    r.y = screen.y + (screen.h - r.h) / 2;
+    native->set_rect(r);
+}
+
+void window::force_in_screen() {
+    if (!native)
+        return;
+    const ivec4 screen = native->get_screen_rect();
+    ivec4 r = native->get_rect();
+    const ivec4 before = r;
+    r.w = std::min(r.w, screen.w);
+    r.h = std::min(r.h, screen.h);
+    r.x = std::clamp(r.x, screen.x, screen.x + screen.w - r.w);
+    r.y = std::clamp(r.y, screen.y, screen.y + screen.h - r.h);
+    if (!(r == before))
+        native->set_rect(r);
+}
+
+int window::show_modal(bool fill_screen) {
+    modal_code = 0;
+    events().fire_event(this, event_type::shown, 0);
+    get_native().run_modal(fill_screen);
+    events().fire_event(this, event_type::hidden, 0);
+    return modal_code;
+}
+
+void window::end_modal(int code) {
+    modal_code = code;
+    events().fire_event(this, event_type::hidden, 0);
+    get_native().end_modal();
+}
+
+bool window::is_modal() const {
+    return native && native->is_modal();
+}
+
+bool window::check_close() {
+    return events().fire_event(this, event_type::close, 0);
+}
+
+// --- widget list ------------------------------------------------------------------------------------
+
+void window::add_widget(widget* w) {
+    if (!w)
+        return;
+    compact_widgets();
+    w->window_slot = static_cast<uint32_t>(widgets.size());
+    widgets.push_back(w);
+}
+
+void window::compact_widgets() const {
+    if (widget_holes == 0)
+        return;
+    size_t out = 0;
+    for (widget* w : widgets)
+        if (w) {
+            w->window_slot = static_cast<uint32_t>(out);
+            widgets[out++] = w;
+        }
+    widgets.resize(out);
+    widget_holes = 0;
+}
+
+void window::remove_widget(widget* w) {
+    if (!w)
+        return;
+    if (w->window_slot < widgets.size() && widgets[w->window_slot] == w) {
+        widgets[w->window_slot] = nullptr;
+        ++widget_holes;
+    } else if (auto it = std::find(widgets.begin(), widgets.end(), w); it != widgets.end()) {
+        *it = nullptr;
+        ++widget_holes;
+    }
+    if (widget_holes > 32 && widget_holes * 2 > widgets.size())
+        compact_widgets();
+    remove_tooltips(w);
+    remove_animation(w);
+    drop_widget_timers(w);
+    if (hovered == w)
+        hovered = nullptr;
+    if (focused == w)
+        focused = nullptr;
+    if (tooltip_widget == w)
+        tooltip_widget = nullptr;
+}
+
+const std::vector<widget*>& window::get_widgets() const {
+    compact_widgets();
+    return widgets;
+}
+
+std::string window::print_widget_tree(int depth, const widget* from) const {
+    if (!from)
+        from = &root;
+    std::string out(static_cast<size_t>(std::max(depth, 0)) * 2, ' ');
+    const ivec4& r = from->get_rect();
+    out += from->get_name() + " (" + std::to_string(r.x) + ", " + std::to_string(r.y) + ", " +
+           std::to_string(r.w) + ", " + std::to_string(r.h) + ")";
+    if (!from->is_visible(false))
+        out += " hidden";
+    if (!from->is_enabled())
+        out += " disabled";
+    out += '\n';
+    for (const widget* c : from->get_children())
+        out += print_widget_tree(depth + 1, c);
+    return out;
+}
+
+// --- timers -----------------------------------------------------------------------------------------
+
+void window::add_timer(widget* w, uint32_t id, uint32_t interval_ms, bool single_shot) {
+    if (!native || has_timer(w, id))
+        return; // a running timer keeps its interval
+    uint32_t native_id = ++next_timer_id;
+    if (native_id >= animation_timer_id || native_id == 0) // never hand out the reserved ids
+        native_id = next_timer_id = 1;
+    timers[native_id] = timer_event{id, w, single_shot};
+    native->start_timer(native_id, static_cast<float>(interval_ms) * 0.001f, !single_shot);
+}
+
+void window::remove_timer(widget* w, uint32_t id) {
+    for (auto it = timers.begin(); it != timers.end(); ++it)
+        if (it->second.target == w && it->second.id == id) {
+            if (native)
+                native->stop_timer(it->first);
+            timers.erase(it);
+            return;
+        }
+}
+
+bool window::has_timer(const widget* w, uint32_t id) const {
+    for (const auto& [native_id, t] : timers)
+        if (t.target == w && t.id == id)
+            return true;
+    return false;
+}
+
+void window::drop_widget_timers(widget* w) {
+    for (auto it = timers.begin(); it != timers.end();) {
+        if (it->second.target == w) {
+            if (native)
+                native->stop_timer(it->first);
+            it = timers.erase(it);
+        } else {
+            ++it;
+        }
+    }
+}
+
+void window::process_timer(widget* w, uint32_t id) {
+    events().fire_event(w, event_type::timer, id);
+}
+
+void window::process_native_timer(uint32_t native_id) {
+    if (native_id == tooltip_timer_id) {
+        process_tooltip_timer();
+        return;
+    }
+    if (native_id == animation_timer_id) {
+        process_animation_timer();
+        return;
+    }
+    auto it = timers.find(native_id);
+    if (it == timers.end())
+        return;
+    const timer_event t = it->second;
+    if (t.single_shot) {
+        // Forgotten before it fires, so that the handler may start it again.
+        timers.erase(it);
+        if (native)
+            native->stop_timer(native_id);
+    }
+    process_timer(t.target, t.id);
+}
+
+// --- animation --------------------------------------------------------------------------------------
+
+void window::add_animation(widget* w) {
+    if (!w)
+        return;
+    animations[w] = true;
+    animation_pending = true;
+    if (!animation_running && native) {
+        native->start_timer(animation_timer_id, animation_interval, true);
+        animation_running = true;
+    }
+}
+
+void window::remove_animation(widget* w) {
+    // Only marked: the tick may be walking the map; the entry goes at the next tick.
+    if (auto it = animations.find(w); it != animations.end())
+        it->second = false;
+}
+
+void window::process_animation_timer() {
+    animation_pending = false;
+    std::vector<widget*> running;
+    running.reserve(animations.size());
+    for (const auto& [w, on] : animations)
+        if (on)
+            running.push_back(w);
+    for (widget* w : running) {
+        // An earlier animate() may have destroyed or stopped this one.
+        auto it = animations.find(w);
+        if (it != animations.end() && it->second)
+            w->animate();
+    }
+    std::erase_if(animations, [](const auto& entry) { return !entry.second; });
+    if (animations.empty() && !animation_pending && animation_running) {
+        if (native)
+            native->stop_timer(animation_timer_id);
+        animation_running = false;
+    }
+}
+
+// --- tooltips ---------------------------------------------------------------------------------------
+
+void window::add_tooltip(widget* w, const ivec4& area, std::string_view title, std::string_view text) {
+    if (!w)
+        return;
+    tooltips[w].push_back(tooltip_entry{area, std::string(title), std::string(text)});
+    if (!tooltip_running && native) {
+        native->start_timer(tooltip_timer_id, tooltip_interval, true);
+        tooltip_running = true;
+    }
+}
+
+void window::remove_tooltips(widget* w) {
+    if (tooltips.erase(w) == 0)
+        return;
+    if (tooltip_widget == w)
+        hide_tooltip();
+    if (tooltips.empty() && tooltip_running) {
+        hide_tooltip();
+        if (native)
+            native->stop_timer(tooltip_timer_id);
+        tooltip_running = false;
+    }
+}
+
+bool window::is_tooltip_shown() const {
+    return tip && tip->is_shown();
+}
+
+void window::show_tooltip(_vec2<int> screen_pos, const std::string& title, const std::string& text) {
+    if (!tip) {
+        tip = std::make_unique<tooltip>();
+        tip->create_tip(this);
+    }
+    tip->show(screen_pos, title, text);
+}
+
+void window::hide_tooltip() {
+    if (tip && tip->is_shown())
+        tip->hide();
+}
+
+void window::process_tooltip_timer() {
+    widget* w = hovered;
+    if (w != tooltip_widget) {
+        tooltip_time = 0.0f;
+        tooltip_widget = w;
+        hide_tooltip();
+    } else if (auto entries = tooltips.find(w); w && entries != tooltips.end()) {
+        const _vec2<int> p = mouse::get_position(w);
+        const tooltip_entry* found = nullptr;
+        for (const auto& e : entries->second) {
+            const ivec4 a = e.area == ivec4{} ? ivec4{0, 0, w->get_rect().w, w->get_rect().h} : e.area;
+            // Inclusive on all four sides.
+            if (p.x >= a.x && p.x <= a.x + a.w && p.y >= a.y && p.y <= a.y + a.h) {
+                found = &e;
+                break;
+            }
+        }
+        if (!found || !(found->area == tooltip_area)) {
+            // No entry under the pointer is remembered as the empty area.
+            tooltip_time = 0.0f;
+            tooltip_area = found ? found->area : ivec4{};
+            hide_tooltip();
+        } else {
+            if (tooltip_time > 0.75f && tooltip_time < 6.0f && !is_tooltip_shown()) {
+                const std::string title = found->title, text = found->text;
+                show_tooltip(mouse::get_position(nullptr) + _vec2<int>{5, 20}, title, text);
+            }
+            if (tooltip_time >= 6.0f)
+                hide_tooltip();
+        }
+    }
+    tooltip_time += 0.1f;
+}
+
+// --- input routing ----------------------------------------------------------------------------------
+
+void window::process_event(const event_type& type, const unsigned long long& data) {
+    auto pointer = [this] {
+        return get_widget_at_pos(mouse::get_position(nullptr) - get_client_rect().position());
+    };
+    switch (type) {
+    case event_type::focus_gained:
+    case event_type::focus_lost:
+        if (widget* f = live(focused))
+            events().fire_event(f, type, 0);
+        events().fire_event(this, type, 0);
+        break;
+    case event_type::pointer_event:
+        if (widget* w = live(pointer()))
+            events().fire_event(w, type, data);
+        break;
+    case event_type::input_ime:
+        if (widget* f = live(focused))
+            events().fire_event(f, type, data);
+        break;
+    case event_type::mouse_up: {
+        if (swallow_mouse_up) {
+            // The release that ends a double-click is never delivered.
+            swallow_mouse_up = false;
+            break;
+        }
+        if (widget* c = live(mouse::get_captured_widget())) {
+            events().fire_event(c, type, data);
+            break;
+        }
+        if (widget* w = live(pointer()))
+            events().fire_event(w, type, data);
+        events().fire_event(this, type, data);
+        break;
+    }
+    case event_type::mouse_down:
+    case event_type::mouse_dbl_click: {
+        swallow_mouse_up = type == event_type::mouse_dbl_click;
+        if (widget* w = live(pointer())) {
+            set_focus(w, focus_cause::mouse);
+            events().fire_event(w, type, data);
+        }
+        events().fire_event(this, type, data);
+        break;
+    }
+    case event_type::mouse_wheel: {
+        // Bubbles up to the first widget that has a wheel list; the window never gets it.
+        for (widget* w = pointer(); w; w = w->get_parent()) {
+            if (w->is_live() && events().fire_event(w, type, data))
+                break;
+            if (w == &root)
+                break;
+        }
+        break;
+    }
+    case event_type::mouse_leave:
+        if (widget* h = live(hovered))
+            events().fire_event(h, event_type::mouse_leave, data);
+        break;
+    case event_type::mouse_move: {
+        if (widget* c = live(mouse::get_captured_widget())) {
+            events().fire_event(c, type, data);
+            break;
+        }
+        widget* under = pointer();
+        if (under != hovered) {
+            widget* old = hovered;
+            hovered = under;
+            if (widget* o = live(old))
+                events().fire_event(o, event_type::mouse_leave, data);
+            if (widget* n = live(under))
+                events().fire_event(n, event_type::mouse_enter, data);
+        } else if (widget* h = live(under)) {
+            events().fire_event(h, type, data);
+        }
+        events().fire_event(this, type, data);
+        break;
+    }
+    case event_type::key_down:
+    case event_type::key_down_raw:
+    case event_type::key_up:
+        if (widget* f = live(focused))
+            events().fire_event(f, type, data);
+        events().fire_event(this, type, data);
+        break;
+    case event_type::key_char:
+        if (tab_navigation && data == 9) {
+            if (keyboard::is_key_down(keyboard::shift))
+                focus_previous_widget();
+            else
+                focus_next_widget();
+            break;
+        }
+        if (widget* f = live(focused))
+            events().fire_event(f, type, data);
+        events().fire_event(this, type, data);
+        break;
+    case event_type::resize: {
+        const int w = static_cast<int32_t>(data & 0xFFFFFFFFu), h = static_cast<int32_t>(data >> 32);
+        root.set_rect({0, 0, w, h});
+        events().fire_event(this, event_type::resize, 0);
+        break;
+    }
+    default:
+        break;
+    }
+}
+
+widget* window::get_widget_at_pos(_vec2<int> point) const {
+    if (!root.is_visible(true))
+        return nullptr;
+    const ivec4& rr = root.get_rect();
+    if (point.x < 0 || point.y < 0 || point.x >= rr.w || point.y >= rr.h)
+        return nullptr;
+    const widget* current = &root;
+    point = point - rr.position();
+    for (;;) {
+        const widget* hit = nullptr;
+        const auto& list = current->get_children();
+        for (size_t i = list.size(); i-- > 0;) {
+            const widget* c = list[i];
+            if (c && c->is_visible(true) && c->get_rect().contains(point)) {
+                hit = c;
+                break;
+            }
+        }
+        if (!hit)
+            return const_cast<widget*>(current);
+        point = point - hit->get_rect().position();
+        current = hit;
+    }
+}
+
+void window::set_focus(widget* w, focus_cause cause) {
+    if (w == focused)
+        return;
+    widget* old = focused;
+    if (old)
+        events().fire_event(old, event_type::focus_lost, static_cast<unsigned long long>(cause));
+    focused = w;
+    if (widget* n = live(w))
+        events().fire_event(n, event_type::focus_gained, static_cast<unsigned long long>(cause));
+}
+
+void window::focus_next_widget() {
+    focus_step(1);
+}
+void window::focus_previous_widget() {
+    focus_step(-1);
+}
+
+void window::focus_step(int direction) {
+    compact_widgets();
+    const size_t n = widgets.size();
+    if (n == 0)
+        return;
+    const widget* from = focused ? focused : &root;
+    size_t start = 0;
+    if (from->window_slot < n && widgets[from->window_slot] == from)
+        start = from->window_slot;
+    else if (auto it = std::find(widgets.begin(), widgets.end(), from); it != widgets.end())
+        start = static_cast<size_t>(it - widgets.begin());
+    size_t i = start;
+    widget* next = nullptr;
+    for (;;) {
+        i = direction > 0 ? (i + 1) % n : (i + n - 1) % n;
+        widget* c = widgets[i];
+        if (i == start) {
+            next = c; // came round: taken whatever its state
+            break;
+        }
+        if (c->is_tab_stop() && c->is_live() && c->is_visible(true)) {
+            next = c;
+            break;
+        }
+    }
+    if (next != focused)
+        set_focus(next, focus_cause::keyboard);
+}
+
+// --- painting ---------------------------------------------------------------------------------------
+
+void window::paint(const ivec4& dirty) {
+    process_draw(root, dirty);
+}
+
+void window::process_draw(widget& w, const ivec4& dirty) {
+    if (!paint_drawer)
+        return;
+    _vec2<int> origin{};
+    for (const widget* a = w.get_parent(); a; a = a->get_parent())
+        origin = origin + a->get_rect().position();
+    draw_level(w, dirty, origin);
+}
+
+void window::draw_level(widget& w, const ivec4& dirty, _vec2<int> origin) {
+    if (!w.is_visible(true))
+        return;
+    origin = origin + w.rect.position();
+    if (!intersects({origin.x, origin.y, w.rect.w, w.rect.h}, dirty))
+        return;
+    native_drawer& nd = paint_drawer->get_native();
+    nd.start_draw(origin, dirty);
+    events().fire_event(&w, event_type::draw, 0);
+    w.compact_children();
+    walk_guard guard(w.child_walks);
+    // All shadows of a level go under all of its children.
+    for (size_t i = 0; i < w.children.size(); ++i)
+        if (const widget* c = w.children[i]; c && c->shadow)
+            paint_drawer->draw_shadow(c->rect, c->shadow_offset, c->shadow_size);
+    for (size_t i = 0; i < w.children.size(); ++i)
+        if (widget* c = w.children[i])
+            draw_level(*c, dirty, origin);
+    nd.end_draw();
+}
+
+} // namespace nimbit::ui

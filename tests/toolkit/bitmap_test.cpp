@@ -1,0 +1,320 @@
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/clipboard.h"
+#include "nimbit/ui/image_stream.h"
+#include "nimbit/ui/offscreen/offscreen_clipboard.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+struct rgba {
+    unsigned char r, g, b, a;
+};
+
+// A bitmap whose pixel (x, y) is fill(x, y).
+template <typename F> bitmap make(_vec2<int> size, image_alpha alpha, F fill) {
+    bitmap b;
+    EXPECT_TRUE(b.create(size, alpha));
+    bitmap_data d = b.lock();
+    for (int y = 0; y < size.y; ++y)
+        for (int x = 0; x < size.x; ++x) {
+            const rgba p = fill(x, y);
+            unsigned char* q = d.bits + size_t(y) * d.pitch + size_t(x) * 4;
+            q[0] = p.r, q[1] = p.g, q[2] = p.b, q[3] = p.a;
+        }
+    b.unlock(d);
+    return b;
+}
+
+std::vector<unsigned char> pixels_of(bitmap& b) {
+    bitmap_data d = b.lock();
+    std::vector<unsigned char> out(d.bits, d.bits + d.byte_count);
+    b.unlock(d);
+    return out;
+}
+
+rgba pixel(bitmap& b, int x, int y) {
+    bitmap_data d = b.lock();
+    const unsigned char* q = d.bits + size_t(y) * d.pitch + size_t(x) * 4;
+    const rgba p{q[0], q[1], q[2], q[3]};
+    b.unlock(d);
+    return p;
+}
+
+std::filesystem::path temp_dir() {
+    auto dir = std::filesystem::temp_directory_path() /
+               ("quillo_bitmap_" + std::to_string(::testing::UnitTest::GetInstance()->random_seed()) + "_" +
+                ::testing::UnitTest::GetInstance()->current_test_info()->name());
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    return dir;
+}
+
+rgba pattern(int x, int y) {
+    return {static_cast<unsigned char>(x * 40), static_cast<unsigned char>(y * 90),
+            static_cast<unsigned char>(255 - x * 20), static_cast<unsigned char>(60 + x * 30 + y)};
+}
+
+} // namespace
+
+TEST(Bitmap, LockGivesThirtyTwoBitRowsAndKeepsWrites) {
+    bitmap b = make({5, 3}, image_alpha::alpha, pattern);
+    bitmap_data d = b.lock();
+    EXPECT_TRUE(b.is_locked());
+    EXPECT_EQ(d.bits_per_pixel, 32u);
+    EXPECT_EQ(d.pitch, 20u);
+    EXPECT_EQ(d.byte_count, 60u);
+    EXPECT_EQ(d.size, (_vec2<int>{5, 3}));
+    b.unlock(d);
+    EXPECT_FALSE(b.is_locked());
+    const rgba p = pixel(b, 4, 2);
+    EXPECT_EQ(p.r, 160);
+    EXPECT_EQ(p.g, 180);
+    EXPECT_EQ(p.a, 60 + 120 + 2);
+    // Without alpha a new bitmap is opaque.
+    bitmap opaque;
+    ASSERT_TRUE(opaque.create({2, 2}, image_alpha::no_alpha));
+    EXPECT_EQ(pixel(opaque, 1, 1).a, 255);
+}
+
+TEST(BitmapDeathTest, LockingTwiceOrUnlockingUnlockedIsFatal) {
+    bitmap b = make({2, 2}, image_alpha::alpha, pattern);
+    bitmap_data d = b.lock();
+    EXPECT_DEATH(b.lock(), "isLocked == false");
+    b.unlock(d);
+    EXPECT_DEATH(b.unlock(d), "isLocked == true");
+    bitmap empty;
+    EXPECT_DEATH(empty.lock(), "isLoaded");
+}
+
+TEST(Bitmap, PngRoundTripIsExactWithAlpha) {
+    bitmap b = make({7, 5}, image_alpha::alpha, pattern);
+    const std::vector<unsigned char> png = b.save_image_stream(image_format::png);
+    ASSERT_GT(png.size(), 8u);
+    EXPECT_EQ(png[1], 'P');
+    bitmap back;
+    ASSERT_TRUE(back.load_image(png.data(), png.size()));
+    EXPECT_EQ(back.get_size(), (_vec2<int>{7, 5}));
+    EXPECT_EQ(pixels_of(back), pixels_of(b));
+}
+
+TEST(Bitmap, JpgRoundTripIsCloseAndOpaque) {
+    bitmap b = make({24, 16}, image_alpha::alpha, [](int x, int y) {
+        return rgba{static_cast<unsigned char>(x * 10), static_cast<unsigned char>(y * 15), 128, 200};
+    });
+    const std::vector<unsigned char> jpg = b.save_image_stream(image_format::jpg);
+    ASSERT_GT(jpg.size(), 4u);
+    EXPECT_EQ(jpg[0], 0xFF);
+    EXPECT_EQ(jpg[1], 0xD8);
+    bitmap back;
+    ASSERT_TRUE(back.load_image(jpg.data(), jpg.size()));
+    ASSERT_EQ(back.get_size(), (_vec2<int>{24, 16}));
+    int worst = 0;
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 24; ++x) {
+            const rgba p = pixel(back, x, y);
+            worst = std::max({worst, std::abs(p.r - x * 10), std::abs(p.g - y * 15), std::abs(p.b - 128)});
+            EXPECT_EQ(p.a, 255);
+        }
+    EXPECT_LE(worst, 6);
+}
+
+TEST(Bitmap, UnknownFormatGivesNothing) {
+    bitmap b = make({2, 2}, image_alpha::alpha, pattern);
+    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(3)).empty());
+    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(0)).empty());
+    const auto dir = temp_dir();
+    const auto target = dir / "x.img";
+    EXPECT_FALSE(b.save_image(file_path(target.string()), static_cast<image_format>(7)));
+    EXPECT_TRUE(std::filesystem::is_empty(dir));
+    EXPECT_TRUE(bitmap().save_image_stream(image_format::png).empty())
+        << "an empty bitmap encodes to nothing";
+    std::filesystem::remove_all(dir);
+}
+
+TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
+    const auto dir = temp_dir();
+    bitmap b = make({4, 4}, image_alpha::alpha, pattern);
+    const file_path png((dir / "a.png").string());
+    ASSERT_TRUE(b.save_image(png, image_format::png));
+    ASSERT_TRUE(b.save_image(png, image_format::png)) << "replacing an existing file";
+    size_t files = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+        ++files;
+        EXPECT_EQ(entry.path().filename(), "a.png");
+    }
+    EXPECT_EQ(files, 1u);
+    bitmap back;
+    ASSERT_TRUE(back.load_image(png, 2.0f));
+    EXPECT_EQ(back.get_size(), (_vec2<int>{2, 2})) << "size in points at scale 2";
+    EXPECT_EQ(pixels_of(back), pixels_of(b));
+
+    EXPECT_FALSE(b.save_image(file_path((dir / "missing" / "b.png").string()), image_format::png));
+    EXPECT_FALSE(back.load_image(file_path((dir / "none.png").string())));
+    EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
+    EXPECT_FALSE(back.load_image(file_path(dir.string()))) << "a folder is not an image";
+    std::filesystem::remove_all(dir);
+}
+
+TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
+    bitmap source = make({9, 6}, image_alpha::alpha, pattern);
+    bitmap keeper = make({1, 1}, image_alpha::alpha, pattern);
+    const std::vector<unsigned char> before = pixels_of(keeper);
+    for (image_format format : {image_format::png, image_format::jpg}) {
+        const std::vector<unsigned char> good = source.save_image_stream(format);
+        // Every truncation fails.
+        for (size_t n = 0; n < good.size(); n += (n < 64 ? 1 : 7))
+            EXPECT_FALSE(keeper.load_image(good.data(), n)) << "format " << int(format) << " cut at " << n;
+        // Flipped bytes must never crash. In the header and the pixel data (and for PNG its end
+        // marker) they must be caught; a damaged ancillary PNG chunk may pass, as it changes no pixel.
+        std::vector<bool> vital(good.size(), false);
+        if (format == image_format::png) {
+            const std::string text(good.begin(), good.end());
+            for (const char* name : {"IHDR", "IDAT", "IEND"}) {
+                const size_t at = text.find(name);
+                ASSERT_NE(at, std::string::npos);
+                const size_t length = (size_t(good[at - 4]) << 24) | (size_t(good[at - 3]) << 16) |
+                                      (size_t(good[at - 2]) << 8) | good[at - 1];
+                for (size_t i = at - 4; i < at + 8 + length && i < good.size(); ++i)
+                    vital[i] = true;
+            }
+        }
+        int accepted_vital = 0;
+        for (size_t i = 0; i < good.size(); ++i) {
+            std::vector<unsigned char> bad = good;
+            bad[i] ^= 0x5A;
+            bitmap probe;
+            if (probe.load_image(bad.data(), bad.size()) && vital[i] && format == image_format::png)
+                ++accepted_vital;
+        }
+        EXPECT_EQ(accepted_vital, 0);
+    }
+    const unsigned char junk[] = "not an image at all";
+    EXPECT_FALSE(keeper.load_image(junk, sizeof junk));
+    EXPECT_FALSE(keeper.load_image(nullptr, 10));
+    EXPECT_FALSE(keeper.load_image(image_stream{}));
+    EXPECT_EQ(keeper.get_size(), (_vec2<int>{1, 1}));
+    EXPECT_EQ(pixels_of(keeper), before);
+}
+
+TEST(Bitmap, ImageStreamCarriesItsScale) {
+    const std::vector<unsigned char> png =
+        make({8, 4}, image_alpha::alpha, pattern).save_image_stream(image_format::png);
+    const image_stream stream(png.data(), static_cast<uint32_t>(png.size()), 3, 4.0f);
+    bitmap b;
+    ASSERT_TRUE(b.load_image(stream));
+    EXPECT_FLOAT_EQ(b.get_scale(), 4.0f);
+    EXPECT_EQ(b.get_size(), (_vec2<int>{2, 1}));
+    bitmap_data d = b.lock();
+    EXPECT_EQ(d.size, (_vec2<int>{8, 4})) << "locking reports pixels";
+    b.unlock(d);
+}
+
+TEST(Bitmap, SetSizeResamples) {
+    // Shrinking averages: a 2x2 checker becomes mid grey.
+    bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) {
+        const unsigned char v = (x + y) % 2 ? 255 : 0;
+        return rgba{v, v, v, 255};
+    });
+    ASSERT_TRUE(checker.set_size({1, 1}, true));
+    const rgba grey = pixel(checker, 0, 0);
+    EXPECT_NEAR(grey.r, 128, 1);
+    EXPECT_EQ(grey.a, 255);
+
+    // Growing interpolates between pixel centres and keeps the ends.
+    bitmap ramp = make({2, 1}, image_alpha::alpha, [](int x, int) {
+        const unsigned char v = x ? 255 : 0;
+        return rgba{v, v, v, 255};
+    });
+    ASSERT_TRUE(ramp.set_size({4, 1}, true));
+    EXPECT_EQ(pixel(ramp, 0, 0).r, 0);
+    EXPECT_EQ(pixel(ramp, 1, 0).r, 64);
+    EXPECT_EQ(pixel(ramp, 2, 0).r, 191);
+    EXPECT_EQ(pixel(ramp, 3, 0).r, 255);
+
+    // A transparent neighbour lends no colour, only transparency.
+    bitmap edge = make({2, 1}, image_alpha::alpha, [](int x, int) {
+        return x ? rgba{0, 255, 0, 0} : rgba{255, 0, 0, 255};
+    });
+    ASSERT_TRUE(edge.set_size({1, 1}, true));
+    const rgba e = pixel(edge, 0, 0);
+    EXPECT_EQ(e.r, 255);
+    EXPECT_EQ(e.g, 0);
+    EXPECT_NEAR(e.a, 128, 1);
+
+    // Uneven ratios keep the mean of a flat image.
+    bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
+    ASSERT_TRUE(flat.set_size({3, 2}, true));
+    for (int y = 0; y < 2; ++y)
+        for (int x = 0; x < 3; ++x) {
+            const rgba p = pixel(flat, x, y);
+            EXPECT_EQ(p.r, 10);
+            EXPECT_EQ(p.b, 30);
+            EXPECT_EQ(p.a, 255);
+        }
+}
+
+TEST(Bitmap, SetSizeWithoutResamplingCutsOrPads) {
+    bitmap b = make({3, 3}, image_alpha::alpha, pattern);
+    ASSERT_TRUE(b.set_size({5, 2}, false));
+    EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
+    const rgba kept = pixel(b, 2, 1), want = pattern(2, 1);
+    EXPECT_EQ(kept.r, want.r);
+    EXPECT_EQ(kept.a, want.a);
+    EXPECT_EQ(pixel(b, 4, 0).a, 0) << "padding is transparent";
+    EXPECT_FALSE(b.set_size({0, 4}, true));
+    EXPECT_FALSE(b.set_size({100000, 100000}, true)) << "beyond the pixel cap";
+    EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
+    EXPECT_FALSE(bitmap().set_size({2, 2}, true));
+}
+
+TEST(Bitmap, CloneIsIndependentAndUnloadEmpties) {
+    bitmap a = make({3, 2}, image_alpha::alpha, pattern);
+    bitmap b = a.clone();
+    bitmap_data d = b.lock();
+    d.bits[0] = 7;
+    b.unlock(d);
+    EXPECT_EQ(pixel(a, 0, 0).r, 0);
+    EXPECT_EQ(pixel(b, 0, 0).r, 7);
+    b.unload();
+    EXPECT_FALSE(b.is_loaded());
+    EXPECT_EQ(b.get_size(), (_vec2<int>{0, 0}));
+    EXPECT_EQ(b.get_native(), nullptr);
+    EXPECT_FALSE(bitmap().clone().is_loaded());
+}
+
+TEST(Bitmap, ClipboardHoldsOneImageOrText) {
+    offscreen_clipboard& clip = get_offscreen_clipboard();
+    clip.clear();
+    bitmap b;
+    EXPECT_FALSE(b.load_image_from_clipboard());
+    EXPECT_FALSE(b.is_loaded());
+
+    bitmap source = make({3, 3}, image_alpha::alpha, pattern);
+    ASSERT_TRUE(source.copy_to_clipboard());
+    EXPECT_TRUE(clip.has_image());
+    ASSERT_TRUE(b.load_image_from_clipboard());
+    EXPECT_EQ(pixels_of(b), pixels_of(source));
+
+    const unsigned changes = clip.change_count();
+    EXPECT_FALSE(clipboard::has_text());
+    EXPECT_TRUE(clipboard::set_text("h\xC3\xA9llo"));
+    EXPECT_EQ(clip.change_count(), changes + 1);
+    EXPECT_FALSE(clipboard::has_image());
+    EXPECT_EQ(clipboard::get_text(), "h\xC3\xA9llo");
+    bitmap again = make({1, 1}, image_alpha::alpha, pattern);
+    EXPECT_FALSE(again.load_image_from_clipboard());
+    EXPECT_EQ(again.get_size(), (_vec2<int>{1, 1}));
+    EXPECT_FALSE(bitmap().copy_to_clipboard());
+    clip.clear();
+}

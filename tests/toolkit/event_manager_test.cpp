@@ -1,0 +1,134 @@
+#include "toolkit_fixture.h"
+
+#include <cstdlib>
+#include <memory>
+
+namespace toolkit_test {
+namespace {
+
+event_manager& em() {
+    return event_manager::instance();
+}
+
+struct Source : event_object {};
+
+TEST(EventManager, FirstIdInAFreshProcessIsZeroAndIdsCountUp) {
+    // A fresh process (re-executed child), so no earlier test has taken ids.
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_EXIT(
+        {
+            Source s;
+            const uint32_t first = em().add_event(&s, &s, event_type::custom, [](const event_info&) {});
+            const uint32_t second = em().add_event(&s, &s, event_type::draw, [](const event_info&) {});
+            em().remove_event(first);
+            const uint32_t third = em().add_event(&s, &s, event_type::custom, [](const event_info&) {});
+            std::exit(first == 0 && second == 1 && third == 2 ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
+}
+
+TEST(EventManager, FireReportsWhetherAListExistsEvenWhenEmpty) {
+    Source s;
+    EXPECT_FALSE(em().fire_event(&s, event_type::custom, 0));
+    EXPECT_FALSE(em().has_event(&s, event_type::custom));
+    const uint32_t id = em().add_event(&s, &s, event_type::custom, [](const event_info&) {});
+    em().remove_event(id);
+    EXPECT_TRUE(em().has_event(&s, event_type::custom));
+    EXPECT_TRUE(em().fire_event(&s, event_type::custom, 0));
+    EXPECT_FALSE(em().fire_event(&s, event_type::draw, 0)); // only that type got a list
+    // Removing again, or an id never handed out, is ignored.
+    em().remove_event(id);
+    em().remove_event(0xFFFFFFF0u);
+}
+
+TEST(EventManager, InfoCarriesSenderPayloadAndDefaultStateAndAgent) {
+    Source s;
+    std::vector<event_info> seen;
+    em().add_event(&s, &s, event_type::pressed, [&](const event_info& e) { seen.push_back(e); });
+    em().fire_event(&s, event_type::pressed, 0x1234567890ull);
+    em().fire_event(&s, event_type::pressed, event_state::partial, event_agent::program, 5);
+    ASSERT_EQ(seen.size(), 2u);
+    EXPECT_EQ(seen[0].sender, &s);
+    EXPECT_EQ(seen[0].type, event_type::pressed);
+    EXPECT_EQ(static_cast<int>(seen[0].state), 2);
+    EXPECT_EQ(static_cast<int>(seen[0].agent), 1);
+    EXPECT_EQ(seen[0].data, 0x1234567890ull);
+    EXPECT_EQ(static_cast<int>(seen[1].state), 1);
+    EXPECT_EQ(static_cast<int>(seen[1].agent), 0);
+}
+
+TEST(EventManager, CallbacksRunInRegistrationOrderOnASnapshot) {
+    Source s;
+    std::vector<int> order;
+    uint32_t second = 0, late = 0;
+    // The first removes itself and the second and adds a fourth: the running dispatch is unchanged.
+    uint32_t first = 0;
+    first = em().add_event(&s, &s, event_type::custom, [&](const event_info&) {
+        order.push_back(1);
+        em().remove_event(first);
+        em().remove_event(second);
+        late = em().add_event(&s, &s, event_type::custom, [&](const event_info&) { order.push_back(4); });
+    });
+    second = em().add_event(&s, &s, event_type::custom, [&](const event_info&) { order.push_back(2); });
+    em().add_event(&s, &s, event_type::custom, [&](const event_info&) { order.push_back(3); });
+    em().fire_event(&s, event_type::custom, 0);
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
+    order.clear();
+    em().fire_event(&s, event_type::custom, 0);
+    EXPECT_EQ(order, (std::vector<int>{3, 4}));
+    EXPECT_EQ(late, second + 2);
+}
+
+TEST(EventManager, ACallbackMayDestroyTheSourceDuringDispatch) {
+    auto s = std::make_unique<Source>();
+    Source other;
+    int after = 0;
+    em().add_event(s.get(), &other, event_type::custom, [&](const event_info&) { s.reset(); });
+    em().add_event(s.get(), &other, event_type::custom, [&](const event_info& e) {
+        ++after;
+        EXPECT_NE(e.sender, nullptr);
+    });
+    Source* raw = s.get();
+    EXPECT_TRUE(em().fire_event(raw, event_type::custom, 0));
+    EXPECT_EQ(after, 1); // the snapshot still ran the second callback
+    EXPECT_FALSE(s);
+}
+
+TEST(EventManager, DestroyingAnObjectDropsWhatItOwnsAndWhatIsAttachedToIt) {
+    const size_t sources_before = em().source_count();
+    Source keeper;
+    int heard = 0;
+    {
+        Source owner;
+        em().add_event(&keeper, &owner, event_type::custom, [&](const event_info&) { ++heard; });
+        em().add_event(&owner, &keeper, event_type::custom, [&](const event_info&) { ++heard; });
+        em().fire_event(&keeper, event_type::custom, 0);
+        em().fire_event(&owner, event_type::custom, 0);
+        EXPECT_EQ(heard, 2);
+    }
+    // The owner's callback on keeper is gone (keeper's list stays, now empty).
+    EXPECT_TRUE(em().fire_event(&keeper, event_type::custom, 0));
+    EXPECT_EQ(heard, 2);
+    // keeper still owns a callback on a source that no longer exists; removing keeper's registrations
+    // skips it quietly.
+    em().remove_events(&keeper);
+    EXPECT_EQ(em().source_count(), sources_before);
+}
+
+TEST(EventManager, MemberFunctionsBindToTheirOwner) {
+    struct Listener : event_object {
+        int calls = 0;
+        void on(const event_info&) { ++calls; }
+    };
+    Source s;
+    auto l = std::make_unique<Listener>();
+    Listener* raw = l.get();
+    em().add_event(&s, raw, event_type::custom, &Listener::on);
+    em().fire_event(&s, event_type::custom, 0);
+    EXPECT_EQ(raw->calls, 1);
+    l.reset();
+    em().fire_event(&s, event_type::custom, 0); // would call into freed memory if it were kept
+}
+
+} // namespace
+} // namespace toolkit_test

@@ -1,0 +1,145 @@
+#include "nimbit/ui/native_bitmap.h"
+#include "nimbit/ui/offscreen/image_codecs.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+using namespace nimbit;
+using namespace nimbit::ui::offscreen;
+
+namespace {
+
+uint32_t crc32(const unsigned char* p, size_t n) {
+    uint32_t c = 0xFFFFFFFFu;
+    for (size_t i = 0; i < n; ++i) {
+        c ^= p[i];
+        for (int k = 0; k < 8; ++k)
+            c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+    }
+    return ~c;
+}
+
+void put_be32(unsigned char* p, uint32_t v) {
+    p[0] = static_cast<unsigned char>(v >> 24);
+    p[1] = static_cast<unsigned char>(v >> 16);
+    p[2] = static_cast<unsigned char>(v >> 8);
+    p[3] = static_cast<unsigned char>(v);
+}
+
+rgba_image solid(_vec2<int> size) {
+    rgba_image img;
+    img.size = size;
+    img.pixels.assign(size_t(size.x) * size_t(size.y) * 4, 200);
+    return img;
+}
+
+// A valid PNG whose header is rewritten to claim another size (with a correct header checksum), as
+// a hostile file would.
+std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
+    std::vector<unsigned char> png = encode_png(solid({1, 1}));
+    put_be32(&png[16], width);
+    put_be32(&png[20], height);
+    put_be32(&png[29], crc32(&png[12], 17));
+    return png;
+}
+
+} // namespace
+
+TEST(ImageCodecs, OversizedOrImplausibleImagesAreRefused) {
+    rgba_image out;
+    const std::vector<unsigned char> honest = png_claiming(1, 1);
+    ASSERT_TRUE(decode_png(honest.data(), honest.size(), ui::native_bitmap::max_pixels, out));
+    EXPECT_EQ(out.size, (_vec2<int>{1, 1}));
+
+    // Beyond the cap.
+    const std::vector<unsigned char> huge = png_claiming(20000, 20000);
+    EXPECT_FALSE(decode_png(huge.data(), huge.size(), ui::native_bitmap::max_pixels, out));
+    // Within the cap, but a few bytes cannot hold so many rows: refused before any allocation.
+    const std::vector<unsigned char> bomb = png_claiming(16000, 16000);
+    EXPECT_FALSE(decode_png(bomb.data(), bomb.size(), ui::native_bitmap::max_pixels, out));
+    // A caller's smaller cap applies to both formats.
+    const std::vector<unsigned char> png = encode_png(solid({8, 8}));
+    const std::vector<unsigned char> jpg = encode_jpeg(solid({8, 8}));
+    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out));
+    EXPECT_FALSE(decode_image(jpg.data(), jpg.size(), 63, out));
+    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out));
+    EXPECT_TRUE(decode_image(jpg.data(), jpg.size(), 64, out));
+    EXPECT_FALSE(out.alpha) << "JPG has no alpha";
+    EXPECT_EQ(out.size, (_vec2<int>{8, 8}));
+}
+
+TEST(ImageCodecs, SizeLimitsAndEmptyImages) {
+    EXPECT_TRUE(size_allowed(1, 1, 1));
+    EXPECT_FALSE(size_allowed(0, 5, 100));
+    EXPECT_FALSE(size_allowed(5, -1, 100));
+    EXPECT_FALSE(size_allowed(3000000000ll, 1, ~0ull)) << "wider than an int";
+    EXPECT_FALSE(size_allowed(65536, 65536, ui::native_bitmap::max_pixels));
+    EXPECT_TRUE(size_allowed(16384, 16384, ui::native_bitmap::max_pixels));
+    EXPECT_TRUE(encode_png(rgba_image{}).empty());
+    EXPECT_TRUE(encode_jpeg(rgba_image{}).empty());
+    EXPECT_TRUE(encode_jpeg(solid({70000, 1})).empty()) << "JPG cannot be that wide";
+    rgba_image short_buffer = solid({4, 4});
+    short_buffer.pixels.resize(10);
+    EXPECT_TRUE(encode_png(short_buffer).empty());
+    EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
+}
+
+namespace {
+
+rgba_image decode_seed(const char* name) {
+    const std::string path = std::string(QUILLO_SOURCE_DIR) + "/fuzz/corpus/image_decode_fuzzer/" + name;
+    std::vector<unsigned char> bytes;
+    if (FILE* f = std::fopen(path.c_str(), "rb")) {
+        unsigned char chunk[4096];
+        size_t n;
+        while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0)
+            bytes.insert(bytes.end(), chunk, chunk + n);
+        std::fclose(f);
+    }
+    rgba_image out;
+    EXPECT_TRUE(decode_image(bytes.data(), bytes.size(), ui::native_bitmap::max_pixels, out)) << name;
+    return out;
+}
+
+const unsigned char* at(const rgba_image& img, int x, int y) {
+    return &img.pixels[(size_t(y) * size_t(img.size.x) + size_t(x)) * 4];
+}
+
+} // namespace
+
+TEST(ImageCodecs, EveryPixelLayoutDecodesToRgba) {
+    const rgba_image grey = decode_seed("grey_3x2.png");
+    ASSERT_EQ(grey.size, (_vec2<int>{3, 2}));
+    EXPECT_FALSE(grey.alpha);
+    EXPECT_EQ(at(grey, 0, 0)[0], 0x10);
+    EXPECT_EQ(at(grey, 1, 0)[2], 0x80);
+    EXPECT_EQ(at(grey, 2, 0)[3], 255);
+    EXPECT_EQ(at(grey, 1, 1)[0], 0x40) << "Sub filter undone";
+
+    const rgba_image palette = decode_seed("palette_2x2.png");
+    ASSERT_EQ(palette.size, (_vec2<int>{2, 2}));
+    EXPECT_TRUE(palette.alpha) << "tRNS gives the palette transparency";
+    EXPECT_EQ(at(palette, 0, 0)[0], 255);
+    EXPECT_EQ(at(palette, 0, 0)[3], 255);
+    EXPECT_EQ(at(palette, 1, 0)[1], 255);
+    EXPECT_EQ(at(palette, 1, 0)[3], 128);
+
+    const rgba_image deep = decode_seed("rgba16_1x2.png");
+    ASSERT_EQ(deep.size, (_vec2<int>{1, 2}));
+    EXPECT_TRUE(deep.alpha);
+
+    const rgba_image interlaced = decode_seed("interlaced_1x1.png");
+    ASSERT_EQ(interlaced.size, (_vec2<int>{1, 1}));
+    EXPECT_EQ(interlaced.pixels[3], 0x40);
+
+    for (const char* name : {"grey_8x8.jpg", "cmyk_8x8.jpg"}) {
+        const rgba_image jpg = decode_seed(name);
+        EXPECT_EQ(jpg.size, (_vec2<int>{8, 8})) << name;
+        EXPECT_EQ(jpg.pixels[3], 255) << name;
+    }
+    EXPECT_EQ(decode_seed("progressive_16x8.jpg").size, (_vec2<int>{16, 8}));
+}

@@ -1,0 +1,81 @@
+#include "toolkit_fixture.h"
+
+#include "nimbit/ui/keyboard.h"
+#include "nimbit/ui/mouse.h"
+
+namespace toolkit_test {
+namespace {
+
+using InputStateTest = ToolkitTest;
+
+TEST_F(InputStateTest, ModifierMembersTestTheirKeysWithTheKeptAsymmetries) {
+    struct row {
+        int member;
+        std::vector<int> down;
+        bool expected;
+    };
+    const std::vector<row> rows = {
+        {keyboard::control, {59}, true},
+        {keyboard::control, {62}, false}, // left key only
+        {keyboard::left_control, {59}, true},
+        {keyboard::left_control, {59, 62}, false},
+        {keyboard::right_control, {62}, true},
+        {keyboard::right_control, {59}, false},
+        {keyboard::shift, {56}, true},
+        {keyboard::shift, {60}, false}, // left key only
+        {keyboard::left_shift, {56}, true},
+        {keyboard::left_shift, {56, 60}, false},
+        {keyboard::right_shift, {60}, true},
+        {keyboard::option, {58}, true},
+        {keyboard::left_option, {58}, true},
+        {keyboard::right_option, {58}, true},
+        {keyboard::right_option, {61}, false},
+        {keyboard::command, {55}, true},
+        {keyboard::left_command, {55}, true},
+        {keyboard::right_command, {55}, true},
+        {keyboard::right_command, {54}, false},
+        {keyboard::space, {49}, true},
+        {keyboard::tab, {48}, true},
+        {keyboard::tab, {49}, false},
+        {-86, {48, 49, 55, 56, 58, 59}, false},
+        {12, {12}, true},
+    };
+    for (const auto& r : rows) {
+        offscreen::reset_input();
+        for (int code : r.down)
+            offscreen::set_key_down(code, true);
+        EXPECT_EQ(keyboard::is_key_down(r.member), r.expected) << "member " << r.member;
+    }
+}
+
+TEST_F(InputStateTest, WasKeyPressedReportsEachPressOnce) {
+    constexpr int key_q = 12;
+    EXPECT_FALSE(keyboard::was_key_pressed(key_q));
+    offscreen::set_key_down(key_q, true);
+    EXPECT_TRUE(keyboard::was_key_pressed(key_q));
+    EXPECT_FALSE(keyboard::was_key_pressed(key_q)); // still held
+    offscreen::set_key_down(key_q, false);
+    EXPECT_FALSE(keyboard::was_key_pressed(key_q));
+    offscreen::set_key_down(key_q, true);
+    EXPECT_TRUE(keyboard::was_key_pressed(key_q));
+    EXPECT_EQ(keyboard::get_key_name(49), "Space");
+    EXPECT_EQ(keyboard::get_key_name(-97), "");
+}
+
+TEST_F(InputStateTest, PointerPositionIsRelativeToTheWidget) {
+    TestWindow win({100, 200, 300, 300});
+    widget panel, item;
+    panel.create(win.get_root(), {10, 20, 100, 100});
+    item.create(panel, {5, 5, 10, 10});
+    offscreen::set_pointer({130, 240});
+    EXPECT_EQ(mouse::get_position(nullptr), (_vec2<int>{130, 240}));
+    EXPECT_EQ(mouse::get_position(&item), (_vec2<int>{15, 15}));
+    offscreen::set_button_down(2, true);
+    EXPECT_TRUE(mouse::is_button_down(mouse::button::right));
+    EXPECT_FALSE(mouse::is_button_down(mouse::button::left));
+    mouse::set_cursor(cursor::hand);
+    EXPECT_EQ(offscreen::get_cursor(), static_cast<uint32_t>(cursor::hand));
+}
+
+} // namespace
+} // namespace toolkit_test

@@ -1,0 +1,280 @@
+#include "toolkit_fixture.h"
+
+#include <algorithm>
+#include <memory>
+#include <random>
+
+namespace toolkit_test {
+namespace {
+
+using WidgetTest = ToolkitTest;
+
+TEST_F(WidgetTest, CreateRaisesItsEventsAndListsTheChild) {
+    TestWindow win;
+    widget parent, child;
+    parent.create(win.get_root(), {10, 10, 200, 100});
+    Recorder r;
+    r.with_data = true;
+    r.watch(child, "child", {event_type::create, event_type::shown, event_type::parent_changed});
+    r.watch(parent, "parent", {event_type::child_added});
+    EXPECT_EQ(child.get_name(), "Widget");
+    EXPECT_FALSE(child.is_visible(false));
+    child.create(parent, {1, 2, 3, 4});
+    const auto p = reinterpret_cast<uintptr_t>(&parent), c = reinterpret_cast<uintptr_t>(&child);
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("child", event_type::shown, 0), ev("child", event_type::create, 0),
+                                        ev("child", event_type::parent_changed, p),
+                                        ev("parent", event_type::child_added, c)}));
+    EXPECT_TRUE(child.is_created());
+    EXPECT_TRUE(child.is_visible(true));
+    EXPECT_EQ(child.get_window(), &win);
+    EXPECT_EQ(parent.get_children(), std::vector<widget*>{&child});
+    EXPECT_EQ(win.get_widgets().back(), &child);
+}
+
+TEST_F(WidgetTest, RootTakesOnlyTheSize) {
+    TestWindow win({50, 60, 320, 240});
+    EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 320, 240}));
+    EXPECT_EQ(win.get_root().get_parent(), nullptr);
+}
+
+TEST_F(WidgetTest, ProgrammingErrorsStopWithTheirConditions) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            TestWindow win;
+            widget w;
+            w.create(win.get_root(), {0, 0, 10, 10});
+            w.create(win.get_root(), {0, 0, 10, 10});
+        },
+        "nimbit/ui/widget.cpp:[0-9]+: assertion failed: !parentWidget.has_child\\(this\\) && \"Double "
+        "create\\?\"");
+    EXPECT_DEATH(
+        {
+            widget w;
+            w.set_anchor(anchor_type::left, 5);
+        },
+        "assertion failed: parent != nullptr && \"Widget has no parent yet\"");
+}
+
+TEST_F(WidgetTest, DisablingAndHidingReachEveryDescendantWithoutTouchingTheirOwnFlags) {
+    TestWindow win;
+    widget a, b, c;
+    a.create(win.get_root(), {0, 0, 100, 100});
+    b.create(a, {0, 0, 50, 50});
+    c.create(b, {0, 0, 10, 10});
+    a.enable(false);
+    EXPECT_TRUE(c.is_enabled());
+    EXPECT_FALSE(c.is_parent_enabled());
+    EXPECT_FALSE(b.is_live());
+    b.enable(false);
+    a.enable(true);
+    EXPECT_TRUE(b.is_parent_enabled());
+    EXPECT_FALSE(c.is_parent_enabled()); // b itself is still disabled
+    b.enable(true);
+    EXPECT_TRUE(c.is_live());
+
+    Recorder r;
+    r.watch(b, "b", {event_type::shown, event_type::hidden});
+    a.show(false);
+    EXPECT_TRUE(c.is_visible(false));
+    EXPECT_FALSE(c.is_visible(true));
+    b.show(true); // unchanged: no event
+    EXPECT_TRUE(r.take().empty());
+    a.show(true);
+    EXPECT_TRUE(c.is_visible(true));
+
+    // A child added under a hidden, disabled parent inherits both; removal resets them.
+    widget d;
+    a.show(false);
+    a.enable(false);
+    d.create(b, {0, 0, 5, 5});
+    EXPECT_FALSE(d.is_visible(true));
+    EXPECT_FALSE(d.is_live());
+    b.remove_child(&d);
+    EXPECT_TRUE(d.is_visible(true));
+    EXPECT_TRUE(d.is_live());
+}
+
+TEST_F(WidgetTest, RemovingAChildDropsTheParentsSubscriptionsOnIt) {
+    TestWindow win;
+    widget parent, child;
+    parent.create(win.get_root(), {0, 0, 100, 100});
+    child.create(parent, {0, 0, 10, 10});
+    int via_parent = 0, other = 0;
+    parent.add_child_event(child, event_type::custom, [&](const event_info&) { ++via_parent; });
+    Recorder r;
+    r.with_data = true;
+    r.watch(child, "child", {event_type::parent_changed, event_type::custom});
+    r.watch(parent, "parent", {event_type::child_removed});
+    event_manager::instance().add_event(&child, &r, event_type::custom, [&](const event_info&) { ++other; });
+    parent.remove_child(&child);
+    EXPECT_EQ(r.take(), (std::vector<std::string>{
+                            ev("child", event_type::parent_changed, 0),
+                            ev("parent", event_type::child_removed, reinterpret_cast<uintptr_t>(&child))}));
+    event_manager::instance().fire_event(&child, event_type::custom, 0);
+    EXPECT_EQ(via_parent, 0);
+    EXPECT_EQ(other, 1);
+    EXPECT_EQ(child.get_parent(), nullptr);
+    EXPECT_TRUE(parent.get_children().empty());
+}
+
+TEST_F(WidgetTest, DestroyingAWidgetDetachesItEverywhere) {
+    TestWindow win;
+    widget parent;
+    parent.create(win.get_root(), {0, 0, 100, 100});
+    widget grandchild;
+    int heard = 0;
+    {
+        widget child;
+        child.create(parent, {0, 0, 50, 50});
+        grandchild.create(child, {0, 0, 5, 5});
+        // child listens on the parent, the parent listens on child.
+        event_manager::instance().add_event(&parent, &child, event_type::custom,
+                                            [&](const event_info&) { ++heard; });
+        parent.add_child_event(child, event_type::custom, [&](const event_info&) { ++heard; });
+        child.focus();
+        EXPECT_EQ(win.get_focus(), &child);
+    }
+    event_manager::instance().fire_event(&parent, event_type::custom, 0);
+    EXPECT_EQ(heard, 0);
+    EXPECT_TRUE(parent.get_children().empty());
+    EXPECT_EQ(grandchild.get_parent(), nullptr);
+    EXPECT_EQ(win.get_focus(), nullptr);
+    EXPECT_EQ(std::count(win.get_widgets().begin(), win.get_widgets().end(), nullptr), 0);
+}
+
+TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
+    // Children leave holes that are squeezed out later; the survivors must keep their order in the
+    // parent and in the window's Tab order, whatever the order of removal.
+    TestWindow win;
+    widget parent;
+    parent.create(win.get_root(), {0, 0, 100, 100});
+    std::vector<std::unique_ptr<widget>> rows(300);
+    for (auto& r : rows) {
+        r = std::make_unique<widget>();
+        r->create(parent, {0, 0, 10, 10});
+    }
+    std::vector<size_t> order(rows.size());
+    for (size_t i = 0; i < order.size(); ++i)
+        order[i] = i;
+    std::shuffle(order.begin(), order.end(), std::mt19937(7));
+    for (size_t k = 0; k < 250; ++k) {
+        rows[order[k]].reset();
+        if (k % 50 == 0) { // reading in between compacts
+            EXPECT_EQ(parent.get_children().size(), rows.size() - k - 1);
+        }
+    }
+    std::vector<widget*> expected;
+    for (auto& r : rows)
+        if (r)
+            expected.push_back(r.get());
+    EXPECT_EQ(parent.get_children(), expected);
+    std::vector<widget*> in_window(win.get_widgets().begin() + 2, win.get_widgets().end());
+    EXPECT_EQ(in_window, expected);
+    // Moving one to the back and adding a new one still works after compaction.
+    expected.back()->send_to_back();
+    widget extra;
+    extra.create(parent, {0, 0, 1, 1});
+    EXPECT_EQ(parent.get_children().front(), expected.back());
+    EXPECT_EQ(parent.get_children().back(), &extra);
+    EXPECT_TRUE(parent.has_child(&extra));
+}
+
+TEST_F(WidgetTest, RemoveAllChildrenSurvivesCallbacksThatDestroyChildren) {
+    TestWindow win;
+    widget parent;
+    parent.create(win.get_root(), {0, 0, 100, 100});
+    auto a = std::make_unique<widget>();
+    auto b = std::make_unique<widget>();
+    auto c = std::make_unique<widget>();
+    a->create(parent, {0, 0, 1, 1});
+    b->create(parent, {0, 0, 1, 1});
+    c->create(parent, {0, 0, 1, 1});
+    int removed = 0;
+    event_manager::instance().add_event(&parent, &win, event_type::child_removed, [&](const event_info&) {
+        ++removed;
+        c.reset(); // a later child dies while the list is walked
+    });
+    parent.remove_all_children();
+    EXPECT_EQ(removed, 3); // a and b, then c removing itself from its destructor
+    EXPECT_TRUE(parent.get_children().empty());
+    EXPECT_EQ(a->get_parent(), nullptr);
+}
+
+TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowSilently) {
+    TestWindow win;
+    widget panel, stretch, right, bottom;
+    panel.create(win.get_root(), {10, 20, 200, 100});
+    stretch.create(panel, {0, 0, 10, 10});
+    right.create(panel, {0, 0, 30, 10});
+    bottom.create(panel, {0, 0, 30, 10});
+    stretch.set_anchor(anchor_type::left, 5);
+    stretch.set_anchor(anchor_type::right, 7);
+    EXPECT_EQ(stretch.get_rect(), (ivec4{5, 0, 188, 10}));
+    right.set_anchor(anchor_type::right, 4);
+    EXPECT_EQ(right.get_rect(), (ivec4{166, 0, 30, 10}));
+    bottom.set_anchor(anchor_type::top, 3);
+    bottom.set_anchor(anchor_type::bottom, 2);
+    EXPECT_EQ(bottom.get_rect(), (ivec4{0, 3, 30, 95}));
+
+    Recorder r;
+    r.with_data = true;
+    r.watch(panel, "panel", {event_type::resize, event_type::move});
+    r.watch(stretch, "stretch",
+            {event_type::resize, event_type::move, event_type::parent_resize, event_type::parent_move});
+    panel.set_rect({11, 22, 300, 150});
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("panel", event_type::resize, pack_pair(200, 100)),
+                                        ev("stretch", event_type::parent_resize, pack_pair(200, 100)),
+                                        ev("panel", event_type::move, pack_pair(10, 20)),
+                                        ev("stretch", event_type::parent_move, pack_pair(10, 20))}));
+    EXPECT_EQ(stretch.get_rect(), (ivec4{5, 0, 288, 10}));
+    EXPECT_EQ(right.get_rect(), (ivec4{266, 0, 30, 10}));
+    EXPECT_EQ(bottom.get_rect(), (ivec4{0, 3, 30, 145}));
+    panel.set_rect({11, 22, 300, 150}); // unchanged: nothing raised
+    EXPECT_TRUE(r.take().empty());
+
+    // Before create, a rectangle is only stored.
+    widget loose;
+    r.watch(loose, "loose", {event_type::resize});
+    loose.set_rect({0, 0, 5, 5});
+    EXPECT_TRUE(r.take().empty());
+}
+
+TEST_F(WidgetTest, UpdateRectanglesAreClippedByEveryAncestor) {
+    TestWindow win;
+    widget outer, inner, leaf;
+    outer.create(win.get_root(), {10, 10, 100, 100});
+    inner.create(outer, {50, 50, 100, 100});
+    leaf.create(inner, {-10, 20, 30, 200});
+    EXPECT_EQ(leaf.calc_absolute_pos(), (_vec2<int>{50, 80}));
+    EXPECT_EQ(leaf.get_screen_pos(), (_vec2<int>{150, 180}));
+    // leaf spans x 50..80, y 80..280; inner clips to x 60..160, y 60..160; outer to x 10..110, y 10..110.
+    EXPECT_EQ(leaf.calculate_update_rect(), (ivec4{60, 80, 20, 30}));
+
+    win.os().paint_pending();
+    leaf.update(false);
+    EXPECT_EQ(win.os().get_dirty(), (ivec4{60, 80, 20, 30}));
+    win.os().paint_pending();
+    // Moving invalidates the old area as well as the new one.
+    outer.set_rect({20, 10, 100, 100});
+    EXPECT_EQ(win.os().get_dirty(), (ivec4{10, 10, 110, 100}));
+}
+
+TEST_F(WidgetTest, ChildOrderDecidesPaintingAndHitting) {
+    TestWindow win;
+    widget a, b, c;
+    a.create(win.get_root(), {0, 0, 50, 50});
+    b.create(win.get_root(), {0, 0, 50, 50});
+    c.create(win.get_root(), {0, 0, 50, 50});
+    EXPECT_EQ(win.get_widget_at_pos({5, 5}), &c);
+    a.bring_to_front();
+    EXPECT_EQ(win.get_root().get_children(), (std::vector<widget*>{&b, &c, &a}));
+    EXPECT_EQ(win.get_widget_at_pos({5, 5}), &a);
+    c.send_to_back();
+    EXPECT_EQ(win.get_root().get_children(), (std::vector<widget*>{&c, &b, &a}));
+}
+
+} // namespace
+} // namespace toolkit_test

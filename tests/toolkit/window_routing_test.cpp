@@ -1,0 +1,312 @@
+#include "toolkit_fixture.h"
+
+#include "nimbit/ui/mouse.h"
+
+#include <bit>
+
+namespace toolkit_test {
+namespace {
+
+using RoutingTest = ToolkitTest;
+constexpr auto mouse_types = {event_type::mouse_down, event_type::mouse_up,    event_type::mouse_dbl_click,
+                              event_type::mouse_move, event_type::mouse_enter, event_type::mouse_leave};
+
+TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesAndSkipsHiddenWidgets) {
+    TestWindow win({0, 0, 200, 100});
+    widget a, hidden, inner;
+    a.create(win.get_root(), {10, 10, 50, 40});
+    inner.create(a, {0, 0, 10, 10});
+    hidden.create(win.get_root(), {0, 0, 200, 100});
+    hidden.hide();
+    widget* root = &win.get_root();
+    EXPECT_EQ(win.get_widget_at_pos({199, 99}), root);
+    EXPECT_EQ(win.get_widget_at_pos({200, 99}), nullptr);
+    EXPECT_EQ(win.get_widget_at_pos({199, 100}), nullptr);
+    EXPECT_EQ(win.get_widget_at_pos({-1, 0}), nullptr);
+    EXPECT_EQ(win.get_widget_at_pos({10, 10}), &inner);
+    EXPECT_EQ(win.get_widget_at_pos({19, 19}), &inner);
+    EXPECT_EQ(win.get_widget_at_pos({20, 19}), &a);
+    EXPECT_EQ(win.get_widget_at_pos({59, 49}), &a);
+    EXPECT_EQ(win.get_widget_at_pos({60, 49}), root);
+    win.get_root().hide();
+    EXPECT_EQ(win.get_widget_at_pos({15, 15}), nullptr);
+}
+
+TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
+    TestWindow win;
+    widget button;
+    button.create(win.get_root(), {10, 10, 50, 20});
+    Recorder r;
+    r.watch(button, "b", {event_type::mouse_down, event_type::mouse_up, event_type::mouse_dbl_click});
+    r.watch(win, "w", {event_type::mouse_down, event_type::mouse_up, event_type::mouse_dbl_click});
+    offscreen::double_click(win, {15, 15});
+    EXPECT_EQ(r.take(), (std::vector<std::string>{
+                            ev("b", event_type::mouse_down), ev("w", event_type::mouse_down),
+                            ev("b", event_type::mouse_up), ev("w", event_type::mouse_up),
+                            ev("b", event_type::mouse_dbl_click), ev("w", event_type::mouse_dbl_click)}));
+    // The swallow is used up: the next click is whole again.
+    offscreen::click(win, {15, 15});
+    EXPECT_EQ(r.take().size(), 4u);
+    EXPECT_EQ(win.get_focus(), &button);
+}
+
+TEST_F(RoutingTest, CapturedWidgetAloneGetsMovesAndReleases) {
+    TestWindow win;
+    widget slider, other;
+    slider.create(win.get_root(), {0, 0, 50, 50});
+    other.create(win.get_root(), {100, 100, 50, 50});
+    Recorder r;
+    r.watch(slider, "s", mouse_types);
+    r.watch(other, "o", mouse_types);
+    r.watch(win, "w", {event_type::mouse_move, event_type::mouse_up});
+    offscreen::press_mouse(win, {10, 10});
+    mouse::capture_widget(slider);
+    EXPECT_TRUE(win.os().is_capturing());
+    r.take();
+    offscreen::move_mouse(win, {120, 120});
+    offscreen::release_mouse(win, {120, 120});
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("s", event_type::mouse_move), ev("s", event_type::mouse_up)}));
+    mouse::release_widget(slider);
+    EXPECT_FALSE(win.os().is_capturing());
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::move_mouse(win, {121, 121});
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("o", event_type::mouse_enter), ev("w", event_type::mouse_move)}));
+}
+
+TEST_F(RoutingTest, ReleasingAnotherWidgetThanTheCapturedOneIsAnError) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            TestWindow win;
+            widget a;
+            widget b;
+            a.create(win.get_root(), {0, 0, 5, 5});
+            b.create(win.get_root(), {0, 0, 5, 5});
+            mouse::capture_widget(a);
+            mouse::release_widget(b);
+        },
+        "nimbit/ui/mouse.cpp:[0-9]+: assertion failed: get_captured_widget\\(\\) == &widgetToRelease && "
+        "\"The widget to "
+        "be released is different from the captured widget\"");
+}
+
+TEST_F(RoutingTest, DestroyedCapturedWidgetIsForgotten) {
+    TestWindow win;
+    {
+        widget w;
+        w.create(win.get_root(), {0, 0, 5, 5});
+        mouse::capture_widget(w);
+    }
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::move_mouse(win, {1, 1}); // must not reach the dead widget
+}
+
+TEST_F(RoutingTest, WheelBubblesToTheFirstWidgetWithAWheelList) {
+    TestWindow win;
+    widget scroller, panel, label;
+    scroller.create(win.get_root(), {0, 0, 200, 200});
+    panel.create(scroller, {0, 0, 200, 200});
+    label.create(panel, {10, 10, 50, 20});
+    std::vector<std::string> got;
+    double delta = 0;
+    auto listen = [&](widget& w, const char* name) {
+        event_manager::instance().add_event(&w, &win, event_type::mouse_wheel,
+                                            [&, name](const event_info& e) {
+                                                got.push_back(name);
+                                                delta = std::bit_cast<double>(e.data);
+                                            });
+    };
+    listen(scroller, "scroller");
+    listen(win.get_root(), "root");
+    event_manager::instance().add_event(&win, &win, event_type::mouse_wheel,
+                                        [&](const event_info&) { got.push_back("window"); });
+    offscreen::wheel(win, {15, 15}, -1.5);
+    EXPECT_EQ(got, std::vector<std::string>{"scroller"});
+    EXPECT_DOUBLE_EQ(delta, -60.0);
+    // A disabled scroller is passed over (it is not live) and the root takes it.
+    got.clear();
+    scroller.enable(false);
+    offscreen::wheel(win, {15, 15}, 1.0);
+    EXPECT_EQ(got, std::vector<std::string>{"root"});
+}
+
+TEST_F(RoutingTest, EnterAndLeaveComeInOrderAndLeavingTheWindowKeepsTheHoveredWidget) {
+    TestWindow win;
+    widget a, b;
+    a.create(win.get_root(), {0, 0, 50, 50});
+    b.create(win.get_root(), {50, 0, 50, 50});
+    Recorder r;
+    r.watch(a, "a", mouse_types);
+    r.watch(b, "b", mouse_types);
+    r.watch(win, "w", {event_type::mouse_move, event_type::mouse_leave});
+    offscreen::move_mouse(win, {10, 10});
+    offscreen::move_mouse(win, {11, 10});
+    offscreen::move_mouse(win, {60, 10});
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("a", event_type::mouse_enter), ev("w", event_type::mouse_move),
+                                        ev("a", event_type::mouse_move), ev("w", event_type::mouse_move),
+                                        ev("a", event_type::mouse_leave), ev("b", event_type::mouse_enter),
+                                        ev("w", event_type::mouse_move)}));
+    win.process_event(event_type::mouse_leave, 0);
+    EXPECT_EQ(r.take(), std::vector<std::string>{ev("b", event_type::mouse_leave)});
+    EXPECT_EQ(win.get_hovered(), &b);
+}
+
+TEST_F(RoutingTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTakeIt) {
+    TestWindow win;
+    widget first, disabled_parent, inside, hidden, last;
+    for (widget* w : {&first, &disabled_parent, &hidden, &last})
+        w->create(win.get_root(), {0, 0, 10, 10});
+    inside.create(disabled_parent, {0, 0, 5, 5});
+    for (widget* w : {&first, &inside, &hidden, &last})
+        w->set_tab_stop(true);
+    disabled_parent.enable(false);
+    hidden.hide();
+    win.set_tab_navigation(true);
+    Recorder r;
+    r.watch(win, "w", {event_type::key_char});
+    r.watch(first, "first", {event_type::key_char});
+    constexpr int tab_key = 48, shift_key = 56;
+    offscreen::type_key(win, tab_key, 9); // no focus yet: the root counts as focused
+    EXPECT_EQ(win.get_focus(), &first);
+    offscreen::type_key(win, tab_key, 9);
+    EXPECT_EQ(win.get_focus(), &last);
+    offscreen::type_key(win, tab_key, 9); // wraps
+    EXPECT_EQ(win.get_focus(), &first);
+    offscreen::set_key_down(shift_key, true);
+    offscreen::type_key(win, tab_key, 9);
+    EXPECT_EQ(win.get_focus(), &last);
+    offscreen::set_key_down(shift_key, false);
+    EXPECT_TRUE(r.take().empty()); // no key_char 9 anywhere
+    disabled_parent.enable(true);  // inside was created last, so it comes after last
+    offscreen::type_key(win, tab_key, 9);
+    EXPECT_EQ(win.get_focus(), &inside);
+    offscreen::type_key(win, tab_key, 9);
+    EXPECT_EQ(win.get_focus(), &first);
+    // Without navigation, Tab is an ordinary character.
+    win.set_tab_navigation(false);
+    first.focus();
+    offscreen::type_key(win, tab_key, 9);
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("first", event_type::key_char), ev("w", event_type::key_char)}));
+}
+
+TEST_F(RoutingTest, TabWithNoOtherStopKeepsTheFocus) {
+    TestWindow win;
+    widget only;
+    only.create(win.get_root(), {0, 0, 10, 10});
+    only.set_tab_stop(true);
+    win.set_tab_navigation(true);
+    only.focus();
+    int changes = 0;
+    event_manager::instance().add_event(&only, &win, event_type::focus_lost,
+                                        [&](const event_info&) { ++changes; });
+    win.focus_next_widget();
+    win.focus_previous_widget();
+    EXPECT_EQ(win.get_focus(), &only);
+    EXPECT_EQ(changes, 0);
+}
+
+TEST_F(RoutingTest, DisabledAncestorsBlockInputUntilReEnabled) {
+    TestWindow win;
+    widget panel, button;
+    panel.create(win.get_root(), {0, 0, 100, 100});
+    button.create(panel, {10, 10, 20, 20});
+    Recorder r;
+    r.watch(button, "b", {event_type::mouse_down, event_type::key_down, event_type::focus_gained});
+    r.watch(win, "w", {event_type::mouse_down});
+    panel.enable(false);
+    offscreen::press_mouse(win, {15, 15});
+    offscreen::release_mouse(win, {15, 15});
+    EXPECT_EQ(r.take(), std::vector<std::string>{ev("w", event_type::mouse_down)});
+    EXPECT_TRUE(button.is_enabled());
+    panel.enable(true);
+    offscreen::press_mouse(win, {15, 15});
+    offscreen::type_key(win, 0, u'a');
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("b", event_type::focus_gained), ev("b", event_type::mouse_down),
+                                        ev("w", event_type::mouse_down), ev("b", event_type::key_down)}));
+}
+
+TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowWithTheirPayloads) {
+    TestWindow win;
+    widget field;
+    field.create(win.get_root(), {0, 0, 10, 10});
+    field.focus(focus_cause::keyboard);
+    Recorder r;
+    r.with_data = true;
+    r.watch(field, "f",
+            {event_type::key_down_raw, event_type::key_down, event_type::key_char, event_type::key_up});
+    r.watch(win, "w", {event_type::key_down});
+    offscreen::type_key(win, 0, u'a');
+    const unsigned long long upper = 'A';
+    EXPECT_EQ(r.take(), (std::vector<std::string>{
+                            ev("f", event_type::key_down_raw, upper << 32),
+                            ev("f", event_type::key_down, upper), ev("w", event_type::key_down, upper),
+                            ev("f", event_type::key_char, 'a'), ev("f", event_type::key_up, upper)}));
+}
+
+TEST_F(RoutingTest, FocusChangesCarryTheirCauseAndSkipGainOnDeadWidgets) {
+    TestWindow win;
+    widget a, b;
+    a.create(win.get_root(), {0, 0, 10, 10});
+    b.create(win.get_root(), {0, 0, 10, 10});
+    Recorder r;
+    r.with_data = true;
+    r.watch(a, "a", {event_type::focus_gained, event_type::focus_lost});
+    r.watch(b, "b", {event_type::focus_gained, event_type::focus_lost});
+    win.set_focus(&a, focus_cause::keyboard);
+    win.set_focus(&a, focus_cause::mouse); // already focused: nothing
+    b.enable(false);
+    win.set_focus(&b, focus_cause::mouse);
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("a", event_type::focus_gained, 1),
+                                                  ev("a", event_type::focus_lost, 0)}));
+    EXPECT_EQ(win.get_focus(), &b);
+    // The window's own focus notifications reach the focused widget when it is live, then the window.
+    b.enable(true);
+    r.watch(win, "w", {event_type::focus_lost});
+    win.process_event(event_type::focus_lost, 0);
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("b", event_type::focus_lost, 0),
+                                                  ev("w", event_type::focus_lost, 0)}));
+}
+
+TEST_F(RoutingTest, ClientResizeSetsTheRootAndReachesAnchoredChildren) {
+    TestWindow win({0, 0, 300, 200});
+    widget footer;
+    footer.create(win.get_root(), {0, 170, 300, 30});
+    footer.set_anchor(anchor_type::left, 0);
+    footer.set_anchor(anchor_type::right, 0);
+    footer.set_anchor(anchor_type::bottom, 0);
+    Recorder r;
+    r.with_data = true;
+    r.watch(win, "w", {event_type::resize});
+    r.watch(footer, "footer", {event_type::resize, event_type::move});
+    win.set_rect({0, 0, 500, 400}); // the platform reports the new client size
+    EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 500, 400}));
+    EXPECT_EQ(footer.get_rect(), (ivec4{0, 370, 500, 30}));
+    EXPECT_EQ(r.take(), std::vector<std::string>{ev("w", event_type::resize, 0)});
+}
+
+TEST_F(RoutingTest, PointerEventsAndInputMethodUpdatesGoToOneWidgetOnly) {
+    TestWindow win;
+    widget under, field;
+    under.create(win.get_root(), {0, 0, 50, 50});
+    field.create(win.get_root(), {100, 100, 50, 50});
+    field.focus();
+    Recorder r;
+    r.with_data = true;
+    for (auto* w : {&under, &field})
+        r.watch(*w, w == &under ? "under" : "field", {event_type::pointer_event, event_type::input_ime});
+    r.watch(win, "w", {event_type::pointer_event, event_type::input_ime});
+    offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{5, 5});
+    win.process_event(event_type::pointer_event, 9);
+    win.process_event(event_type::input_ime, 4);
+    win.process_event(event_type::draw, 0); // ignored by the router
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("under", event_type::pointer_event, 9),
+                                                  ev("field", event_type::input_ime, 4)}));
+}
+
+} // namespace
+} // namespace toolkit_test

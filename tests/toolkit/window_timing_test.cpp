@@ -1,0 +1,266 @@
+#include "toolkit_fixture.h"
+
+#include "nimbit/ui/offscreen/offscreen_clock.h"
+#include "nimbit/ui/tooltip.h"
+
+#include <memory>
+
+namespace toolkit_test {
+namespace {
+
+using TimingTest = ToolkitTest;
+
+void record_timers(widget& w, std::vector<uint64_t>& ids) {
+    event_manager::instance().add_event(&w, w.get_window(), event_type::timer,
+                                        [&ids](const event_info& e) { ids.push_back(e.data); });
+}
+
+TEST_F(TimingTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {0, 0, 10, 10});
+    std::vector<uint64_t> fired;
+    record_timers(w, fired);
+    w.add_timer(7, 100, false);
+    w.add_timer(7, 10, false); // already running: the interval stays 100 ms
+    w.add_timer(8, 30, true);
+    EXPECT_TRUE(w.has_timer(7));
+    offscreen::advance_ms(99);
+    EXPECT_EQ(fired, std::vector<uint64_t>{8});
+    offscreen::advance_ms(1);
+    EXPECT_EQ(fired, (std::vector<uint64_t>{8, 7}));
+    offscreen::advance_ms(200);
+    EXPECT_EQ(fired, (std::vector<uint64_t>{8, 7, 7, 7})); // the single shot fired once
+    EXPECT_FALSE(w.has_timer(8));
+    w.remove_timer(7);
+    EXPECT_FALSE(w.has_timer(7));
+    offscreen::advance_ms(500);
+    EXPECT_EQ(fired.size(), 4u);
+}
+
+TEST_F(TimingTest, TimersUseTheirOwnNativeIdsAndDieWithTheirWidget) {
+    TestWindow win;
+    auto w = std::make_unique<widget>();
+    w->create(win.get_root(), {0, 0, 10, 10});
+    w->add_timer(1, 50);
+    w->add_timer(2, 50);
+    EXPECT_TRUE(win.os().is_timer_running(1)); // native ids count from 1
+    EXPECT_TRUE(win.os().is_timer_running(2));
+    w.reset();
+    EXPECT_FALSE(win.os().is_timer_running(1));
+    offscreen::advance_ms(100); // nothing may reach the destroyed widget
+}
+
+TEST_F(TimingTest, ASingleShotHandlerMayRestartItsTimer) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {0, 0, 10, 10});
+    int fired = 0;
+    event_manager::instance().add_event(&w, &win, event_type::timer, [&](const event_info&) {
+        if (++fired < 3)
+            w.add_timer(1, 10, true);
+    });
+    w.add_timer(1, 10, true);
+    offscreen::advance_ms(100);
+    EXPECT_EQ(fired, 3);
+}
+
+TEST_F(TimingTest, AnimationHalvesTheDistanceAndSnapsAtTheStep) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {0, 0, 10, 10});
+    w.set_rect_target({100, 0, 10, 10});
+    EXPECT_EQ(w.get_animation_step(), (ivec4{10, 0, 0, 0}));
+    EXPECT_TRUE(win.os().is_timer_running(window::animation_timer_id));
+    std::vector<int> xs;
+    for (int tick = 0; tick < 5; ++tick) {
+        offscreen::advance_ms(25);
+        xs.push_back(w.get_rect().x);
+    }
+    EXPECT_EQ(xs, (std::vector<int>{50, 75, 88, 100, 100}));
+    EXPECT_EQ(w.get_rect_target(), (ivec4{100, 0, 10, 10}));
+    EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
+}
+
+TEST_F(TimingTest, AnimationMovesBackwardsAndResizes) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {200, 0, 40, 10});
+    w.set_rect_target({0, 0, 100, 10});
+    EXPECT_EQ(w.get_animation_step(), (ivec4{-20, 0, 6, 0}));
+    std::vector<ivec4> steps;
+    for (int tick = 0; tick < 4; ++tick) {
+        offscreen::advance_ms(25);
+        steps.push_back(w.get_rect());
+    }
+    // Every component must be within its step before the snap: at the fourth tick x has 12 left
+    // (within 20) and w 3 (within 6).
+    EXPECT_EQ(steps,
+              (std::vector<ivec4>{{100, 0, 70, 10}, {50, 0, 85, 10}, {25, 0, 93, 10}, {0, 0, 100, 10}}));
+}
+
+// Ticks of the tooltip timer, one per 0.1 s of clock.
+void tooltip_ticks(int n) {
+    offscreen::advance_ms(100 * static_cast<uint64_t>(n));
+}
+
+TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {10, 10, 100, 50});
+    w.add_tooltip("Applies the effect", "Apply");
+    offscreen::move_mouse(win, {20, 20});
+    // The first tick sees a new widget under the pointer and resets the counter.
+    tooltip_ticks(1);
+    tooltip_ticks(7);
+    EXPECT_FALSE(win.is_tooltip_shown());
+    tooltip_ticks(1);
+    ASSERT_TRUE(win.is_tooltip_shown());
+    tooltip* tip = win.get_tooltip_window();
+    EXPECT_EQ(tip->get_title(), "Apply");
+    EXPECT_EQ(tip->get_text(), "Applies the effect");
+    const _vec2<int> pointer = win.get_client_rect().position() + _vec2<int>{20, 20};
+    EXPECT_EQ(tip->get_rect().position(), (pointer + _vec2<int>{5, 20}));
+    tooltip_ticks(52); // the sixtieth tick after the reset: still shown
+    EXPECT_TRUE(win.is_tooltip_shown());
+    tooltip_ticks(1);
+    EXPECT_FALSE(win.is_tooltip_shown());
+}
+
+TEST_F(TimingTest, TooltipAreasAreInclusiveAndMovingBetweenThemRestartsTheDelay) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {0, 0, 100, 50});
+    w.add_tooltip({0, 0, 40, 50}, "left");
+    w.add_tooltip({60, 0, 40, 50}, "right");
+    offscreen::move_mouse(win, {40, 10}); // the right edge of the first area counts
+    tooltip_ticks(1);                     // new widget: reset
+    tooltip_ticks(1);                     // first area found, differs from the remembered one: reset
+    tooltip_ticks(7);
+    EXPECT_FALSE(win.is_tooltip_shown());
+    tooltip_ticks(1);
+    ASSERT_TRUE(win.is_tooltip_shown());
+    EXPECT_EQ(win.get_tooltip_window()->get_text(), "left");
+
+    offscreen::move_mouse(win, {70, 10});
+    tooltip_ticks(1); // another area: hidden, counting again
+    EXPECT_FALSE(win.is_tooltip_shown());
+    tooltip_ticks(7);
+    EXPECT_FALSE(win.is_tooltip_shown());
+    tooltip_ticks(1);
+    EXPECT_TRUE(win.is_tooltip_shown());
+    EXPECT_EQ(win.get_tooltip_window()->get_text(), "right");
+
+    // Between the areas no entry matches: hidden.
+    offscreen::move_mouse(win, {50, 10});
+    tooltip_ticks(1);
+    EXPECT_FALSE(win.is_tooltip_shown());
+    w.remove_tooltips();
+    EXPECT_FALSE(win.os().is_timer_running(window::tooltip_timer_id));
+}
+
+TEST_F(TimingTest, TooltipPaintsItsTitleAndTextInTheTooltipColours) {
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {0, 0, 100, 50});
+    w.add_tooltip("text", "title");
+    offscreen::move_mouse(win, {5, 5});
+    tooltip_ticks(9);
+    ASSERT_TRUE(win.is_tooltip_shown());
+    auto& canvas = offscreen::native_of(*win.get_tooltip_window()).get_canvas();
+    canvas.clear_calls();
+    offscreen::native_of(*win.get_tooltip_window()).paint_pending();
+    const auto texts = canvas.calls_named("draw_text");
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_EQ(texts[0].text, "title");
+    EXPECT_EQ(texts[1].text, "text");
+    const auto rects = canvas.calls_named("draw_rect");
+    ASSERT_FALSE(rects.empty());
+    EXPECT_EQ(rects[0].color, theme::default_map.at("tooltip_back_color").get<vec4>());
+}
+
+TEST_F(TimingTest, ShowRaisesShownOnlyOnAChange) {
+    TestWindow win;
+    Recorder r;
+    r.watch(win, "w", {event_type::shown, event_type::hidden});
+    win.show(true);
+    win.show(true);
+    win.hide();
+    win.hide();
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("w", event_type::shown), ev("w", event_type::hidden)}));
+}
+
+TEST_F(TimingTest, ShowModalReturnsTheEndCodeAndHidesTwice) {
+    TestWindow dialog;
+    Recorder r;
+    r.watch(dialog, "d", {event_type::shown, event_type::hidden});
+    offscreen::offscreen_window::set_modal_driver([&](window& w) {
+        EXPECT_EQ(&w, &dialog);
+        EXPECT_TRUE(dialog.is_modal());
+        dialog.end_modal(42);
+    });
+    EXPECT_EQ(dialog.show_modal(), 42);
+    EXPECT_FALSE(dialog.is_modal());
+    EXPECT_FALSE(dialog.is_shown());
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("d", event_type::shown), ev("d", event_type::hidden),
+                                                  ev("d", event_type::hidden)}));
+}
+
+TEST_F(TimingTest, ShowModalReturnsZeroWhenClosedOtherwiseAndFillsTheScreen) {
+    TestWindow dialog({10, 10, 100, 100});
+    offscreen::offscreen_window::set_modal_driver([&](window& w) {
+        EXPECT_EQ(w.get_rect(), offscreen::get_screen_rect());
+        w.set_modal_code(5); // a code set and then the window closed: the code is kept
+        w.hide();
+    });
+    EXPECT_EQ(dialog.show_modal(true), 5);
+    offscreen::offscreen_window::set_modal_driver([&](window& w) { w.hide(); });
+    EXPECT_EQ(dialog.show_modal(), 0);
+}
+
+TEST_F(TimingTest, ModalLoopIsDrivenByWidgetTimers) {
+    TestWindow dialog;
+    widget w;
+    w.create(dialog.get_root(), {0, 0, 10, 10});
+    int ticks = 0;
+    event_manager::instance().add_event(&w, &dialog, event_type::timer, [&](const event_info&) {
+        if (++ticks == 3)
+            dialog.end_modal(-2);
+    });
+    w.add_timer(1, 500);
+    const uint64_t start = offscreen::now_us();
+    EXPECT_EQ(dialog.show_modal(), -2);
+    EXPECT_EQ(offscreen::now_us() - start, 1'500'000u);
+    // With nothing to drive it, a modal loop ends as if closed.
+    w.remove_timer(1);
+    EXPECT_EQ(dialog.show_modal(), 0);
+}
+
+TEST_F(TimingTest, ModalSessionMisuseIsAnError) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    EXPECT_DEATH(
+        {
+            TestWindow w;
+            w.end_modal(1);
+        },
+        "assertion failed: modalSession != nullptr");
+    EXPECT_DEATH(
+        {
+            TestWindow w;
+            offscreen::offscreen_window::set_modal_driver([](window& inner) { inner.show_modal(); });
+            w.show_modal();
+        },
+        "assertion failed: !modalSession");
+}
+
+TEST_F(TimingTest, CheckCloseReportsWhetherAnyoneListens) {
+    TestWindow w;
+    EXPECT_FALSE(w.check_close());
+    int asked = 0;
+    event_manager::instance().add_event(&w, &w, event_type::close, [&](const event_info&) { ++asked; });
+    EXPECT_TRUE(w.check_close());
+    EXPECT_EQ(asked, 1);
+}
+
+} // namespace
+} // namespace toolkit_test

@@ -1,0 +1,365 @@
+#include "widget_fixture.h"
+
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/check_box.h"
+#include "nimbit/ui/drop_down_box.h"
+#include "nimbit/ui/generic_button.h"
+#include "nimbit/ui/generic_panel.h"
+#include "nimbit/ui/image_panel.h"
+#include "nimbit/ui/mouse.h"
+#include "nimbit/ui/showcase.h"
+#include "nimbit/ui/showcase_controls.h"
+#include "nimbit/ui/text_label.h"
+
+#include <cstdio>
+#include <fstream>
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+class DropDownTest : public WidgetTest {
+protected:
+    void SetUp() override {
+        WidgetTest::SetUp();
+        box.create(win.get_root(), {20, 20, 120, 24});
+        box.add_item(10, "Ten");
+        box.add_separator(11);
+        box.add_item(12, "Twelve");
+        box.add_item(13, "Thirteen");
+    }
+    drop_down_box box;
+};
+
+TEST_F(DropDownTest, WheelStepsOverSeparatorsAndStopsAtTheEnds) {
+    event_log changed(box, event_type::value_changed);
+    EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
+    offscreen::wheel(win, {30, 30}, -1.0); // towards the user: down the list
+    EXPECT_EQ(box.get_selected_id(), 10u);
+    offscreen::wheel(win, {30, 30}, -1.0);
+    EXPECT_EQ(box.get_selected_item(), 2) << "the separator is skipped";
+    EXPECT_EQ(box.get_selected_text(), "Twelve");
+    offscreen::wheel(win, {30, 30}, -1.0);
+    offscreen::wheel(win, {30, 30}, -1.0);
+    EXPECT_EQ(box.get_selected_id(), 13u);
+    offscreen::wheel(win, {30, 30}, 1.0);
+    offscreen::wheel(win, {30, 30}, 1.0);
+    offscreen::wheel(win, {30, 30}, 1.0);
+    EXPECT_EQ(box.get_selected_id(), 10u);
+    EXPECT_EQ(changed.data, (std::vector<unsigned long long>{10, 12, 13, 12, 10}));
+    EXPECT_EQ(changed.last.agent, event_agent::user);
+}
+
+TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
+    int by_id = 12;
+    box.set_pointer(&by_id);
+    EXPECT_EQ(box.get_selected_item(), 2);
+    box.select_item(3, false);
+    EXPECT_EQ(by_id, 13);
+    int by_index = 0;
+    box.set_pointer(&by_index, false);
+    EXPECT_EQ(box.get_selected_id(), 10u);
+    offscreen::wheel(win, {30, 30}, -1.0);
+    EXPECT_EQ(by_index, 2);
+    EXPECT_EQ(by_id, 13) << "the old binding is let go";
+    EXPECT_FALSE(box.select_item(1)) << "a separator cannot be selected";
+    EXPECT_FALSE(box.select_item(9));
+    EXPECT_EQ(by_index, 2);
+}
+
+TEST_F(DropDownTest, ClickingOpensTheItemsAndTheChoiceSelects) {
+    event_log changed(box, event_type::value_changed);
+    box.set_selected_item(12);
+    EXPECT_EQ(changed.count, 0);
+    offscreen::push_menu_answer(13);
+    offscreen::click(win, {40, 30});
+    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
+    const auto& menu = offscreen::shown_menus()[0];
+    ASSERT_EQ(menu.items.size(), 4u);
+    EXPECT_TRUE(menu.items[1].separator);
+    EXPECT_TRUE(menu.items[2].checked);
+    EXPECT_EQ(menu.position, (_vec2<int>{20, 44})) << "opens under the box";
+    EXPECT_EQ(box.get_selected_id(), 13u);
+    EXPECT_EQ(changed.count, 1);
+    offscreen::push_menu_answer(std::nullopt);
+    offscreen::click(win, {40, 30});
+    EXPECT_EQ(box.get_selected_id(), 13u);
+    EXPECT_EQ(changed.count, 1);
+}
+
+TEST_F(DropDownTest, EditingItemsKeepsTheSelectionRight) {
+    box.set_selected_item(13);
+    box.remove_item(10);
+    EXPECT_EQ(box.get_selected_item(), 2);
+    EXPECT_EQ(box.get_selected_id(), 13u);
+    box.set_item_text(13, "13");
+    EXPECT_EQ(box.get_selected_text(), "13");
+    box.remove_item(13);
+    EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
+    box.remove_all_items();
+    box.add_items("A|B|-|C");
+    EXPECT_EQ(box.item_count(), 4u);
+    EXPECT_EQ(box.find_item(3), 3);
+    box.select_item(3, false);
+    EXPECT_EQ(box.get_selected_text(), "C");
+    // Repeated ids do not break the menu.
+    box.add_item(0, "again");
+    offscreen::push_menu_answer(std::nullopt);
+    offscreen::click(win, {40, 30});
+    EXPECT_EQ(offscreen::shown_menus().back().items.size(), 4u);
+}
+
+using CheckBoxTest = WidgetTest;
+
+TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
+    check_box box;
+    box.create(win.get_root(), {10, 10, 120, 20});
+    bool value = true;
+    box.set_pointer(&value);
+    EXPECT_TRUE(box.is_selected());
+    event_log changed(box, event_type::value_changed);
+    offscreen::click(win, {15, 20});
+    EXPECT_FALSE(value);
+    EXPECT_EQ(changed.last.data, 0u);
+    key(' ');
+    EXPECT_TRUE(value);
+    // Code that changes the bool is what the box shows.
+    value = false;
+    EXPECT_FALSE(box.is_selected());
+    // A press that is released outside does nothing.
+    offscreen::press_mouse(win, {15, 20});
+    offscreen::release_mouse(win, {300, 200});
+    EXPECT_FALSE(value);
+    EXPECT_EQ(changed.count, 2);
+    box.set_pointer(nullptr);
+    box.set_selected(true);
+    EXPECT_FALSE(value);
+}
+
+TEST_F(CheckBoxTest, PaintsATickOnlyWhenCheckedAndTheFocusBorder) {
+    check_box box;
+    box.create(win.get_root(), {10, 10, 120, 20});
+    box.set_text("Option");
+    auto ticks = [&] {
+        int n = 0;
+        for (const auto& c : repaint())
+            n += c.op == "draw_geometry_border";
+        return n;
+    };
+    EXPECT_EQ(ticks(), 0);
+    box.set_selected(true);
+    EXPECT_EQ(ticks(), 1);
+    box.focus();
+    bool focus_border = false;
+    for (const auto& c : repaint())
+        focus_border |=
+            c.op == "draw_rect_border" && c.color == box.get_theme().get<vec4>("checkbox_border_color_focus");
+    EXPECT_TRUE(focus_border);
+}
+
+using ButtonTest = WidgetTest;
+
+TEST_F(ButtonTest, PressesFromClicksAndKeysAndToggles) {
+    generic_button button;
+    button.create(win.get_root(), {10, 10, 80, 24});
+    event_log pressed(button, event_type::pressed);
+    offscreen::click(win, {20, 20});
+    EXPECT_EQ(pressed.count, 1);
+    offscreen::press_mouse(win, {20, 20});
+    offscreen::release_mouse(win, {200, 200});
+    EXPECT_EQ(pressed.count, 1) << "released outside";
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    button.focus();
+    key(13);
+    key(' ');
+    key('A');
+    EXPECT_EQ(pressed.count, 3);
+    button.set_toggle_mode(true);
+    offscreen::click(win, {20, 20});
+    EXPECT_TRUE(button.is_toggled());
+    EXPECT_EQ(pressed.last.data, 1u);
+    offscreen::click(win, {20, 20});
+    EXPECT_FALSE(button.is_toggled());
+}
+
+TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
+    generic_button button;
+    button.create(win.get_root(), {10, 10, 80, 24});
+    button.set_text("Go");
+    const nimbit::ui::theme& t = button.get_theme();
+    auto fill = [&] {
+        for (const auto& c : repaint())
+            if (c.op == "draw_rect" && c.rect == ivec4{0, 0, 80, 24})
+                return c.color;
+        return vec4{};
+    };
+    EXPECT_EQ(fill(), t.get<vec4>("button_color_normal"));
+    offscreen::move_mouse(win, {20, 20});
+    EXPECT_EQ(fill(), t.get<vec4>("button_color_hover"));
+    offscreen::move_mouse(win, {200, 200});
+    button.force_hover(true);
+    EXPECT_EQ(fill(), t.get<vec4>("button_color_hover"));
+    button.set_toggled(true);
+    EXPECT_EQ(fill(), t.get<vec4>("button_color_toggle"));
+    button.get_theme().set("button_color_toggle", vec4{0, 0, 1, 1});
+    EXPECT_EQ(fill(), (vec4{0, 0, 1, 1}));
+}
+
+using LabelTest = WidgetTest;
+
+TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
+    text_label label;
+    label.create(win.get_root(), {0, 0, 10, 10});
+    label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
+                        true);
+    EXPECT_EQ(label.get_text(), "abcde");
+    ASSERT_EQ(label.get_runs().size(), 3u);
+    EXPECT_EQ(label.get_runs()[1].start, 2u);
+    EXPECT_EQ(label.get_runs()[1].end, 4u);
+    EXPECT_EQ(label.get_runs()[1].size, 20.0f);
+    EXPECT_EQ(label.get_runs()[1].weight, font_weight::bold);
+    EXPECT_EQ(label.get_runs()[2].size, 12.0f);
+    // 3 characters at 6 pixels and 2 at 10, two spare pixels; 25 pixels for the 20-point line.
+    EXPECT_EQ(label.get_rect().w, 40);
+    EXPECT_EQ(label.get_rect().h, 25);
+    label.set_text("<b>", true, false);
+    EXPECT_EQ(label.get_text(), "<b>");
+    EXPECT_TRUE(label.get_runs().empty());
+    EXPECT_EQ(label.get_rect().w, 20);
+}
+
+TEST_F(LabelTest, DrawsWithTheLabelKeysAndFollowsTheirChanges) {
+    text_label label;
+    label.create(win.get_root(), {0, 0, 100, 20});
+    label.set_text("hello");
+    label.get_theme().set("label_font_color", vec4{1, 0, 0, 1});
+    label.get_theme().set("label_text_align", text_align::right);
+    bool drawn = false;
+    for (const auto& c : repaint())
+        if (c.op == "draw_clipped_text" && c.text == "hello") {
+            drawn = true;
+            EXPECT_EQ(c.color, (vec4{1, 0, 0, 1}));
+        }
+    EXPECT_TRUE(drawn);
+    EXPECT_EQ(canvas().get_state().align, text_align::right);
+}
+
+class ImagePanelTest : public WidgetTest {
+protected:
+    static std::vector<unsigned char> png(_vec2<int> size) {
+        bitmap b;
+        b.create(size, image_alpha::alpha);
+        return b.save_image_stream(image_format::png);
+    }
+};
+
+TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
+    image_panel panel;
+    panel.create(win.get_root(), {0, 0, 200, 100});
+    const auto bytes = png({400, 100});
+    ASSERT_TRUE(panel.set_image(bytes.data(), bytes.size()));
+    EXPECT_FLOAT_EQ(panel.get_zoom(), 0.5f) << "fitted into the panel";
+    EXPECT_EQ(panel.image_rect(), (ivec4{0, 25, 200, 50}));
+    // Damaged bytes leave the image as it was.
+    const unsigned char junk[] = {0x89, 'P', 'N', 'G', 1, 2, 3};
+    EXPECT_FALSE(panel.set_image(junk, sizeof junk));
+    EXPECT_FALSE(panel.set_image(nullptr, 10));
+    EXPECT_TRUE(panel.has_image());
+    // Zooming about a point keeps that point of the image under it.
+    panel.zoom_at(1.0f, {100, 50});
+    EXPECT_EQ(panel.image_rect(), (ivec4{-100, 0, 400, 100}));
+    offscreen::wheel(win, {100, 50}, 1.0);
+    EXPECT_NEAR(panel.get_zoom(), 1.1f, 1e-5);
+    EXPECT_EQ(panel.image_rect().x, -120);
+    offscreen::press_mouse(win, {50, 50});
+    offscreen::move_mouse(win, {70, 45});
+    offscreen::release_mouse(win, {70, 45});
+    EXPECT_EQ(panel.get_offset(), (_vec2<int>{-100, -10}));
+    // Only the part inside the panel is painted.
+    for (const auto& c : repaint())
+        if (c.op == "draw_image") {
+            EXPECT_EQ(c.rect, (ivec4{0, 0, 200, 100}));
+        }
+    panel.set_zoom(0.0f);
+    EXPECT_FLOAT_EQ(panel.get_zoom(), image_panel::min_zoom);
+}
+
+TEST_F(ImagePanelTest, LoadsFromAFile) {
+    const std::string path = ::testing::TempDir() + "image_panel_test.png";
+    const auto bytes = png({30, 20});
+    {
+        std::ofstream out(path, std::ios::binary);
+        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+    }
+    image_panel panel;
+    panel.create(win.get_root(), {0, 0, 100, 100});
+    EXPECT_TRUE(panel.set_image(file_path(path)));
+    EXPECT_EQ(panel.image_rect(), (ivec4{35, 40, 30, 20})) << "not enlarged, centred";
+    std::remove(path.c_str());
+    EXPECT_FALSE(panel.set_image(file_path(path)));
+}
+
+using PanelTest = WidgetTest;
+
+TEST_F(PanelTest, AnUnstyledPanelIsMagentaAndFollowsItsBackground) {
+    generic_panel panel;
+    panel.create(win.get_root(), {0, 0, 50, 50});
+    auto fill = [&] {
+        for (const auto& c : repaint())
+            if (c.op == "draw_rect")
+                return c.color;
+        return vec4{};
+    };
+    EXPECT_EQ(fill(), (vec4{1, 0, 1, 1}));
+    panel.set_background({0.1f, 0.2f, 0.3f, 1});
+    EXPECT_EQ(fill(), (vec4{0.1f, 0.2f, 0.3f, 1}));
+}
+
+using ShowcaseTest = WidgetTest;
+
+TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
+    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
+    auto show = build_showcase(win);
+    showcase_controls& c = show->controls();
+    const ivec4 client{0, 0, showcase_size.x, showcase_size.y};
+    for (widget* w : std::initializer_list<widget*>{&c.title, &c.search, &c.password, &c.button, &c.toggle,
+                                                    &c.check, &c.drop_down, &c.split, &c.image, &c.scroll}) {
+        const _vec2<int> p = w->calc_absolute_pos();
+        const ivec4 r = w->get_rect();
+        EXPECT_GT(r.w, 0) << w->get_name();
+        EXPECT_GT(r.h, 0) << w->get_name();
+        EXPECT_TRUE(client.contains(p) && p.x + r.w <= client.w && p.y + r.h <= client.h) << w->get_name();
+    }
+    EXPECT_EQ(c.drop_down.get_selected_text(), "Light");
+    EXPECT_TRUE(c.image.has_image());
+    EXPECT_GT(c.scroll.get_max_scroll(), 0) << win.print_widget_tree();
+    EXPECT_GT(c.split.get_panel_a().get_rect().w, 0);
+    // Nothing is left magenta.
+    for (const auto& call : repaint())
+        EXPECT_NE(call.color, (vec4{1, 0, 1, 1})) << call.op;
+}
+
+} // namespace
+
+namespace {
+
+using DoubleClickTest = WidgetTest;
+
+// The release that ends a double click is swallowed by the window: no control may keep the mouse.
+TEST_F(DoubleClickTest, ControlsCountTheSecondClickAndKeepNoCapture) {
+    generic_button button;
+    button.create(win.get_root(), {0, 0, 50, 20});
+    check_box box;
+    box.create(win.get_root(), {0, 30, 50, 20});
+    event_log pressed(button, event_type::pressed);
+    offscreen::double_click(win, {10, 10});
+    EXPECT_EQ(pressed.count, 2);
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::double_click(win, {5, 40});
+    EXPECT_FALSE(box.is_selected()) << "toggled twice";
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+}
+
+} // namespace

@@ -1,0 +1,435 @@
+#include "widget_fixture.h"
+
+#include "nimbit/ui/ime.h"
+#include "nimbit/ui/input_box.h"
+#include "nimbit/ui/mouse.h"
+#include "nimbit/ui/offscreen/offscreen_clock.h"
+
+using namespace nimbit;
+using namespace nimbit::ui;
+using panel = input_inside_panel;
+
+namespace {
+
+// A field at (10, 10, 200, 26): with the default margins (4, 2) the text starts at client x 14 and
+// every character of the 12-point font is 6 pixels wide in the offscreen metric.
+class InputBoxTest : public WidgetTest {
+protected:
+    static constexpr int text_x = 14, text_y = 20, char_w = 6;
+
+    void SetUp() override {
+        WidgetTest::SetUp();
+        box.create(win.get_root(), {10, 10, 200, 26});
+        box.focus();
+    }
+    panel& in() { return box.get_inside(); }
+    _vec2<int> at_char(int index) { return {text_x + index * char_w, text_y}; }
+
+    input_box box;
+};
+
+TEST_F(InputBoxTest, TypingInsertsAtTheCaretAndRaisesEventsOnTheBox) {
+    event_log changed(box, event_type::value_changed), chars(box, event_type::key_char);
+    ASSERT_TRUE(in().is_active());
+    type(u"helo");
+    key(panel::key_left);
+    type(u"l");
+    EXPECT_EQ(box.get_text(), "hello");
+    EXPECT_EQ(in().get_caret(), 4);
+    EXPECT_EQ(changed.count, 5);
+    EXPECT_EQ(changed.last.agent, event_agent::program);
+    EXPECT_EQ(changed.last.state, event_state::normal);
+    EXPECT_EQ(chars.count, 5);
+    EXPECT_EQ(chars.last.data, u'l');
+    EXPECT_EQ(chars.last.agent, event_agent::program);
+}
+
+TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSign) {
+    box.set_text("abcdefg");
+    // The caret starts at the end; Shift+Left twice selects "fg" to the right of the caret.
+    key_with(shift_key, panel::key_left);
+    key_with(shift_key, panel::key_left);
+    EXPECT_EQ(in().get_caret(), 5);
+    EXPECT_EQ(in().get_selection(), 2);
+    EXPECT_EQ(box.get_selected_text(), "fg");
+    // Shift+Home reaches from 0 to the old far end of the selection.
+    key_with(shift_key, panel::key_home);
+    EXPECT_EQ(in().get_caret(), 0);
+    EXPECT_EQ(in().get_selection(), 7);
+    // Shift+Right shrinks it from the left.
+    key_with(shift_key, panel::key_right);
+    EXPECT_EQ(box.get_selected_text(), "bcdefg");
+    // A plain arrow clears it; Shift+End from 2 selects to the end, leftwards of the caret.
+    key(panel::key_right);
+    EXPECT_EQ(in().get_selection(), 0);
+    EXPECT_EQ(in().get_caret(), 2);
+    key_with(shift_key, panel::key_end);
+    EXPECT_EQ(in().get_caret(), 7);
+    EXPECT_EQ(in().get_selection(), -5);
+    EXPECT_EQ(box.get_selected_text(), "cdefg");
+    // At the end already: End with Shift keeps the selection, without Shift drops it.
+    key_with(shift_key, panel::key_end);
+    EXPECT_EQ(in().get_selection(), -5);
+    key(panel::key_end);
+    EXPECT_EQ(in().get_selection(), 0);
+}
+
+TEST_F(InputBoxTest, DeletingBackwardForwardAndOverASelection) {
+    box.set_text("abcdef");
+    type(u"\x7f"); // delete backward at the end
+    EXPECT_EQ(box.get_text(), "abcde");
+    key(panel::key_home);
+    type(u"\x7f"); // nothing before the caret
+    EXPECT_EQ(box.get_text(), "abcde");
+    key(panel::key_forward_delete);
+    EXPECT_EQ(box.get_text(), "bcde");
+    key(panel::key_end);
+    key(panel::key_forward_delete); // nothing after the caret
+    EXPECT_EQ(box.get_text(), "bcde");
+    // Typing over a selection replaces it; the caret lands behind the new character.
+    key_with(shift_key, panel::key_left);
+    key_with(shift_key, panel::key_left);
+    type(u"X");
+    EXPECT_EQ(box.get_text(), "bcX");
+    EXPECT_EQ(in().get_caret(), 3);
+    // Forward delete and delete backward both take a selection whichever way it runs.
+    key_with(shift_key, panel::key_home);
+    key(panel::key_forward_delete);
+    EXPECT_EQ(box.get_text(), "");
+}
+
+TEST_F(InputBoxTest, ControlCharactersTabAndCommandShortcuts) {
+    event_log chars(box, event_type::key_char);
+    type(u"ab");
+    offscreen::set_key_down(control_key, true);
+    type(u"c");
+    offscreen::set_key_down(control_key, false);
+    type(u"\t");
+    EXPECT_EQ(box.get_text(), "ab");
+    EXPECT_EQ(chars.count, 3) << "tab is reported, a character typed with Control is not";
+    key_with(command_key, 'A');
+    EXPECT_EQ(box.get_selected_text(), "ab");
+}
+
+TEST_F(InputBoxTest, UndoKeepsTheLastTwentyStatesAndRedoIsClearedByAnEdit) {
+    const std::u16string letters = u"abcdefghijklmnopqrstu"; // 21 edits
+    type(letters);
+    ASSERT_EQ(box.get_text(), "abcdefghijklmnopqrstu");
+    int undone = 0;
+    while (in().load_previous_state())
+        ++undone;
+    EXPECT_EQ(undone, 19);
+    EXPECT_EQ(box.get_text(), "ab") << "the oldest state the ring still holds";
+    // Redo walks forward again, to the newest state and no further.
+    int redone = 0;
+    while (in().load_next_state())
+        ++redone;
+    EXPECT_EQ(redone, 19);
+    EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrstu");
+
+    // Command+Z and Command+Shift+Z; an edit after an undo drops the redo states.
+    key_with(command_key, 'Z');
+    key_with(command_key, 'Z');
+    EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrs");
+    offscreen::set_key_down(shift_key, true);
+    key_with(command_key, 'Z');
+    offscreen::set_key_down(shift_key, false);
+    EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrst");
+    type(u"!");
+    EXPECT_FALSE(in().load_next_state());
+    EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrst!");
+    ASSERT_TRUE(in().load_previous_state());
+    EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrst");
+    EXPECT_EQ(in().get_caret(), 20);
+}
+
+TEST_F(InputBoxTest, UndoRaisesNoValueChangedAndStopsAtTheFirstState) {
+    box.set_text("start");
+    type(u"!");
+    event_log changed(box, event_type::value_changed);
+    EXPECT_TRUE(in().load_previous_state());
+    EXPECT_EQ(box.get_text(), "start");
+    EXPECT_FALSE(in().load_previous_state());
+    EXPECT_EQ(changed.count, 0);
+}
+
+TEST_F(InputBoxTest, ClipboardCopyCutPasteAndCarriageReturns) {
+    auto& clip = get_offscreen_clipboard();
+    box.set_text("one two");
+    key_with(shift_key, panel::key_left);
+    key_with(shift_key, panel::key_left);
+    key_with(shift_key, panel::key_left);
+    key_with(command_key, 'C');
+    EXPECT_EQ(clip.get_text(), "two");
+    key_with(command_key, 'X');
+    EXPECT_EQ(box.get_text(), "one ");
+    clip.set_text("a\r\nb\rc");
+    key_with(command_key, 'V');
+    EXPECT_EQ(box.get_text(), "one a\nbc") << "carriage returns dropped, line feeds kept";
+    EXPECT_EQ(in().get_caret(), 8);
+    // Pasting over a selection replaces it in one undo step.
+    key_with(command_key, 'A');
+    clip.set_text("new");
+    key_with(command_key, 'V');
+    EXPECT_EQ(box.get_text(), "new");
+    ASSERT_TRUE(in().load_previous_state());
+    EXPECT_EQ(box.get_text(), "one a\nbc");
+}
+
+TEST_F(InputBoxTest, PasswordModeHidesTheTextAndRefusesCopyAndCut) {
+    auto& clip = get_offscreen_clipboard();
+    box.set_type_password(true);
+    type(u"pw");
+    key_with(command_key, 'A');
+    const unsigned before = clip.change_count();
+    key_with(command_key, 'C');
+    key_with(command_key, 'X');
+    EXPECT_EQ(clip.change_count(), before);
+    EXPECT_EQ(box.get_text(), "pw");
+    const auto texts = [&] {
+        std::vector<std::string> out;
+        for (const auto& c : repaint())
+            if (c.op == "draw_clipped_text")
+                out.push_back(c.text);
+        return out;
+    }();
+    ASSERT_FALSE(texts.empty());
+    for (const auto& t : texts)
+        EXPECT_EQ(t, "\u25CF\u25CF") << "only dots are painted";
+}
+
+TEST_F(InputBoxTest, EscapeEmptiesTheFieldAndMovesTheFocusReturnRaisesPressed) {
+    event_log changed(box, event_type::value_changed), pressed(box, event_type::pressed),
+        cancelled(box, event_type::cancelled);
+    type(u"abc\r");
+    EXPECT_EQ(pressed.count, 1);
+    EXPECT_EQ(pressed.last.agent, event_agent::program);
+    EXPECT_EQ(box.get_text(), "abc");
+    const int edits = changed.count;
+    type(u"\x1b");
+    EXPECT_EQ(cancelled.count, 1);
+    EXPECT_EQ(box.get_text(), "abc") << "the cancel character only reports";
+    key(panel::key_escape);
+    EXPECT_EQ(box.get_text(), "");
+    EXPECT_EQ(changed.count, edits + 1);
+    EXPECT_EQ(win.get_focus(), &win.get_root());
+    EXPECT_FALSE(in().is_active());
+}
+
+TEST_F(InputBoxTest, RightClickMenuEnablesItemsBySelectionAndPasswordAndRunsTheChoice) {
+    auto item_enabled = [](const offscreen::shown_menu& m, uint32_t id) {
+        for (const auto& i : m.items)
+            if (i.id == id)
+                return i.enabled;
+        ADD_FAILURE() << "no item " << id;
+        return false;
+    };
+    box.set_text("word");
+    offscreen::push_menu_answer(std::nullopt);
+    offscreen::click(win, at_char(1), 2);
+    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
+    const auto& plain = offscreen::shown_menus()[0];
+    ASSERT_EQ(plain.items.size(), 6u);
+    EXPECT_EQ(plain.items[0].text, "Cut");
+    EXPECT_TRUE(plain.items[4].separator);
+    EXPECT_EQ(plain.items[4].id, 6u);
+    EXPECT_EQ(plain.items[5].text, "Select All");
+    EXPECT_FALSE(item_enabled(plain, panel::menu_cut));
+    EXPECT_FALSE(item_enabled(plain, panel::menu_copy));
+    EXPECT_FALSE(item_enabled(plain, panel::menu_delete));
+    EXPECT_TRUE(item_enabled(plain, panel::menu_paste));
+    EXPECT_TRUE(item_enabled(plain, panel::menu_select_all));
+
+    // Select All through the menu, then Delete through it.
+    offscreen::push_menu_answer(panel::menu_select_all);
+    offscreen::click(win, at_char(1), 2);
+    EXPECT_EQ(box.get_selected_text(), "word");
+    offscreen::push_menu_answer(panel::menu_delete);
+    offscreen::click(win, at_char(1), 2);
+    const auto& selected = offscreen::shown_menus()[2];
+    EXPECT_TRUE(item_enabled(selected, panel::menu_cut));
+    EXPECT_TRUE(item_enabled(selected, panel::menu_copy));
+    EXPECT_TRUE(item_enabled(selected, panel::menu_delete));
+    EXPECT_EQ(box.get_text(), "");
+
+    // In password mode a selection enables Delete but not Cut or Copy.
+    box.set_type_password(true);
+    box.set_text("secret");
+    box.select_whole_text();
+    offscreen::push_menu_answer(std::nullopt);
+    offscreen::click(win, at_char(1), 2);
+    const auto& hidden = offscreen::shown_menus().back();
+    EXPECT_FALSE(item_enabled(hidden, panel::menu_cut));
+    EXPECT_FALSE(item_enabled(hidden, panel::menu_copy));
+    EXPECT_TRUE(item_enabled(hidden, panel::menu_delete));
+    EXPECT_EQ(offscreen::get_cursor(), static_cast<uint32_t>(cursor::ibeam));
+}
+
+TEST_F(InputBoxTest, MousePlacesTheCaretAtTheNearestCharacterAndDragSelects) {
+    box.set_text("abcdefgh");
+    offscreen::click(win, {text_x + 2 * char_w + 2, text_y}); // left part of 'c'
+    EXPECT_EQ(in().get_caret(), 2);
+    offscreen::click(win, {text_x + 2 * char_w + 4, text_y}); // right part of 'c'
+    EXPECT_EQ(in().get_caret(), 3);
+    offscreen::click(win, {text_x + 150, text_y}); // beyond the text
+    EXPECT_EQ(in().get_caret(), 8);
+
+    // Dragging from 'b' to 'f' selects "bcde", and the capture keeps working outside the field.
+    offscreen::press_mouse(win, at_char(1));
+    EXPECT_EQ(mouse::get_captured_widget(), &in());
+    offscreen::move_mouse(win, at_char(5));
+    EXPECT_EQ(box.get_selected_text(), "bcde");
+    offscreen::move_mouse(win, {0, 200}); // far left, outside the box
+    EXPECT_EQ(in().get_caret(), 0);
+    EXPECT_EQ(box.get_selected_text(), "a");
+    offscreen::release_mouse(win, {0, 200});
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    EXPECT_FALSE(in().is_dragging());
+    // A double click selects the word under the pointer.
+    box.set_text("one two three");
+    offscreen::double_click(win, at_char(5));
+    EXPECT_EQ(box.get_selected_text(), "two");
+}
+
+TEST_F(InputBoxTest, MouseIsIgnoredWhileTheFieldHasNoFocus) {
+    box.set_text("abc");
+    win.get_root().focus();
+    ASSERT_FALSE(in().is_active());
+    in().mouse_pressed({&in(), event_type::mouse_down, event_state::normal, event_agent::user, 0});
+    EXPECT_FALSE(in().is_dragging());
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+}
+
+TEST_F(InputBoxTest, CaretBlinksOnlyWhileFocused) {
+    ASSERT_TRUE(in().is_caret_visible());
+    offscreen::advance_ms(panel::blink_interval_ms);
+    EXPECT_FALSE(in().is_caret_visible());
+    offscreen::advance_ms(panel::blink_interval_ms);
+    EXPECT_TRUE(in().is_caret_visible());
+    auto caret_lines = [&] {
+        int n = 0;
+        for (const auto& c : repaint())
+            if (c.op == "draw_line")
+                ++n;
+        return n;
+    };
+    EXPECT_EQ(caret_lines(), 1);
+    win.get_root().focus();
+    EXPECT_FALSE(in().is_caret_visible());
+    offscreen::advance_ms(panel::blink_interval_ms * 3);
+    EXPECT_FALSE(in().is_caret_visible());
+    EXPECT_EQ(caret_lines(), 0);
+}
+
+TEST_F(InputBoxTest, TheCaretStaysInsideTheBoxWhenTheTextIsLonger) {
+    const int inner = in().get_rect().w;
+    type(std::u16string(60, u'x')); // 360 pixels of text in a 192-pixel panel
+    EXPECT_GT(in().get_scroll(), 0);
+    EXPECT_GE(in().get_caret_x(), 0);
+    EXPECT_LT(in().get_caret_x(), inner);
+    key(panel::key_home);
+    EXPECT_EQ(in().get_scroll(), 0);
+    EXPECT_EQ(in().get_caret_x(), 0);
+    key(panel::key_end);
+    EXPECT_LT(in().get_caret_x(), inner);
+    // Deleting from the end pulls the text back so no blank shows at the right.
+    for (int i = 0; i < 40; ++i)
+        type(u"\x7f");
+    EXPECT_EQ(in().get_scroll(), 0);
+    // The painted text starts left of the panel by the scroll, clipped to the panel.
+    type(std::u16string(60, u'y'));
+    for (const auto& c : repaint())
+        if (c.op == "draw_clipped_text" && c.text.size() > 10) {
+            EXPECT_EQ(c.rect.x, -in().get_scroll());
+            EXPECT_EQ(c.source, (ivec4{0, 0, inner, in().get_rect().h}));
+        }
+}
+
+TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
+    box.set_max_chars(3);
+    type(u"abcdef");
+    EXPECT_EQ(box.get_text(), "abc");
+    get_offscreen_clipboard().set_text("xyz");
+    key(panel::key_left);
+    key_with(command_key, 'V');
+    EXPECT_EQ(box.get_text(), "abc");
+    key_with(shift_key, panel::key_left);
+    type(u"Z"); // replacing a selected character fits
+    EXPECT_EQ(box.get_text(), "aZc");
+
+    box.set_text("");
+    box.set_default_text("Search");
+    bool shown = false;
+    for (const auto& c : repaint())
+        if (c.op == "draw_clipped_text" && c.text == "Search") {
+            shown = true;
+            EXPECT_EQ(c.color, box.get_theme().get<vec4>("input_font_default_text_color"));
+        }
+    EXPECT_TRUE(shown);
+    type(u"q");
+    for (const auto& c : repaint())
+        EXPECT_NE(c.text, "Search");
+}
+
+TEST_F(InputBoxTest, SelectOnFocusAndApplyOnFocusLoss) {
+    box.set_text("keep");
+    box.select_on_focus(true);
+    box.apply_on_focus_loss(true);
+    event_log pressed(box, event_type::pressed);
+    win.get_root().focus();
+    EXPECT_EQ(pressed.count, 1);
+    box.focus();
+    EXPECT_EQ(box.get_selected_text(), "keep");
+}
+
+TEST_F(InputBoxTest, CharactersBeyondTheBasicPlaneArriveInTwoHalves) {
+    type(u"a\U0001F600b");
+    EXPECT_EQ(box.get_text(), "a\xF0\x9F\x98\x80"
+                              "b");
+    EXPECT_EQ(in().get_caret(), 3);
+    // A lone half is dropped, not inserted.
+    type(std::u16string(1, char16_t(0xDC00)));
+    EXPECT_EQ(in().get_wide_text().size(), 3u);
+}
+
+TEST_F(InputBoxTest, KeyDownIsForwardedToTheBoxAndInsertTextKeepsItsAgent) {
+    event_log downs(box, event_type::key_down), changed(box, event_type::value_changed);
+    key(63232); // Up: not the field's key, the application's
+    ASSERT_EQ(downs.count, 1);
+    EXPECT_EQ(downs.last.data, 63232u);
+    in().insert_text(L"ab\rc", true, true, event_agent::user);
+    EXPECT_EQ(box.get_text(), "abc");
+    EXPECT_EQ(box.get_selected_text(), "abc");
+    EXPECT_EQ(changed.last.agent, event_agent::user);
+}
+
+TEST_F(InputBoxTest, CompositionIsDrawnWithTheInputMethodColours) {
+    type(u"ab");
+    ime::set_composition("\xE3\x81\x8B\xE3\x81\xAA", 1, {0, 2});
+    win.process_event(event_type::input_ime, 0);
+    bool block = false, cursor = false;
+    const vec4 block_color = box.get_theme().get<vec4>("input_ime_block_color");
+    const vec4 cursor_color = box.get_theme().get<vec4>("input_ime_cursor_color");
+    for (const auto& c : repaint()) {
+        block |= c.op == "draw_rect" && c.color == block_color && c.rect.x == 2 * char_w;
+        cursor |= c.op == "draw_line" && c.color == cursor_color;
+    }
+    ime::end_composition();
+    EXPECT_TRUE(block);
+    EXPECT_TRUE(cursor);
+}
+
+TEST_F(InputBoxTest, ThemeChangesReachTheTextAndTheLayout) {
+    type(u"abc");
+    box.get_theme().set("input_font_size", 20.0f); // 10 pixels a character
+    EXPECT_EQ(in().get_caret_x(), 30);
+    box.get_theme().set("input_inside_margins", _vec2<int>{8, 3});
+    EXPECT_EQ(in().get_rect(), (ivec4{8, 3, 184, 20}));
+    box.get_theme().set("input_font_color", vec4{0, 1, 0, 1});
+    bool green = false;
+    for (const auto& c : repaint())
+        green |= c.op == "draw_clipped_text" && c.text == "abc" && c.color == vec4{0, 1, 0, 1};
+    EXPECT_TRUE(green);
+}
+
+} // namespace
