@@ -28,15 +28,15 @@ constexpr unsigned long long KeyOption = 18, KeyCommand = 55, KeyShift = 56;
 
 EffectsPopupWindow::EffectsPopupWindow(window& parent, PreferencesData& prefs, std::function<int32_t()> poll)
     : prefs(prefs), newsPoll(std::move(poll)) {
-    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight}, window_style_borderless | window_style_floating,
-           &parent);
+    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},
+           window_style_borderless | window_style_floating, &parent);
     Build();
 }
 
 EffectsPopupWindow::EffectsPopupWindow(PreferencesData& prefs, std::function<int32_t()> poll)
     : prefs(prefs), newsPoll(std::move(poll)) {
-    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight}, window_style_borderless | window_style_floating,
-           nullptr);
+    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},
+           window_style_borderless | window_style_floating, nullptr);
     Build();
 }
 
@@ -69,18 +69,23 @@ void EffectsPopupWindow::Build() {
     toolButtons[SettingsButton].add_tooltip("Settings");
     newsBadge.create(root, {SearchWidth - 19, 1, NewsSize, NewsSize});
     newsBadge.get_theme().set("button_font_size", 9.0f);
+    newsBadge.hide(); // until the news check reports something new
 
     auto& ev = event_manager::instance();
-    ev.add_event(&searchField, this, event_type::value_changed, [this](const event_info&) { SearchChanged(); });
+    ev.add_event(&searchField, this, event_type::value_changed,
+                 [this](const event_info&) { SearchChanged(); });
     ev.add_event(&searchField, this, event_type::key_down, &EffectsPopupWindow::OnInputKeyDown);
-    ev.add_event(&searchField, this, event_type::pressed, [this](const event_info&) { ApplySelectedEffect(); });
-    ev.add_event(&searchField, this, event_type::cancelled, [this](const event_info&) { ApplySelectedEffect(); });
+    ev.add_event(&searchField, this, event_type::pressed,
+                 [this](const event_info&) { ApplySelectedEffect(); });
+    ev.add_event(&searchField, this, event_type::cancelled,
+                 [this](const event_info&) { ApplySelectedEffect(); });
     ev.add_event(this, this, event_type::key_down, &EffectsPopupWindow::OnKeyDown);
     ev.add_event(this, this, event_type::key_char, &EffectsPopupWindow::OnKeyChar);
     ev.add_event(this, this, event_type::focus_gained, &EffectsPopupWindow::OnFocusGained);
     ev.add_event(this, this, event_type::focus_lost, &EffectsPopupWindow::OnFocusLost);
     ev.add_event(&root, this, event_type::timer, &EffectsPopupWindow::Timer);
-    ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed, &EffectsPopupWindow::OnScreenshotButton);
+    ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed,
+                 &EffectsPopupWindow::OnScreenshotButton);
     for (int b = GalleryButton; b <= LogoButton; ++b)
         ev.add_event(&toolButtons[b], this, event_type::pressed, &EffectsPopupWindow::OnButton);
     ev.add_event(&newsBadge, this, event_type::pressed, &EffectsPopupWindow::OnButton);
@@ -120,11 +125,12 @@ void EffectsPopupWindow::SavePreferences(bool writeLists) {
 
 uint32_t EffectsPopupWindow::Show(const std::string& projectName, const std::string& compName,
                                   const std::string& layerName, PopupCommand command) {
-    return Show(std::string_view(projectName), std::string_view(compName), std::string_view(layerName), command);
+    return Show(std::string_view(projectName), std::string_view(compName), std::string_view(layerName),
+                command);
 }
 
-uint32_t EffectsPopupWindow::Show(std::string_view const& a, std::string_view const& b, std::string_view const& c,
-                                  PopupCommand const& command) {
+uint32_t EffectsPopupWindow::Show(std::string_view const& a, std::string_view const& b,
+                                  std::string_view const& c, PopupCommand const& command) {
     showTexts = {std::string(a), std::string(b), std::string(c)};
     screenshotMode = !b.empty();
     searchMode = !c.empty();
@@ -250,7 +256,8 @@ void EffectsPopupWindow::ScrollIntoView(size_t index) {
     int top = static_cast<int>(index) * RowHeight;
     if (effectsHeader != nullptr)
         top += HeaderHeight;
-    if (presetsHeader != nullptr && rows[index]->GetEffect() != nullptr && rows[index]->GetEffect()->is_preset)
+    if (presetsHeader != nullptr && rows[index]->GetEffect() != nullptr &&
+        rows[index]->GetEffect()->is_preset)
         top += HeaderHeight;
     const int visible = listFrame.get_rect().h;
     const int scrolled = scrollBar.get_value();
@@ -318,8 +325,8 @@ void EffectsPopupWindow::Timer(const event_info& e) {
 // --- applying ------------------------------------------------------------------------------------------
 
 void EffectsPopupWindow::Fire(const EffectData* effect) {
-    event_manager::instance().fire_event(this, event_type::pressed,
-                                         static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(effect)));
+    event_manager::instance().fire_event(
+        this, event_type::pressed, static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(effect)));
     hide();
 }
 
@@ -402,7 +409,9 @@ void EffectsPopupWindow::SearchChanged() {
 
     const int width = listFrame.get_rect().w;
     int y = 0;
-    auto activate = [this](const event_info& e) { ApplyEffect(e); };
+    auto activate = [this](const event_info& e) {
+        ApplyEffect(e);
+    };
     for (const SearchRow& row : results.Rows()) {
         if (row.kind != SearchRowKind::Entry) {
             std::unique_ptr<HeaderSlot> header;

@@ -101,10 +101,10 @@ public:
 
     // Later pieces: the gallery and preferences windows and the frame capture. Until they arrive these
     // do nothing.
-    void OpenGallery();
-    void OpenPreferences();
-    void TakeScreenshot(bool toFile);
-    void ExportScreenshot();
+    virtual void OpenGallery();
+    virtual void OpenPreferences();
+    virtual void TakeScreenshot(bool toFile);
+    virtual void ExportScreenshot();
     void Logo();
 
     // The product page that the logo button opens.

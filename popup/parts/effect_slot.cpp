@@ -25,7 +25,8 @@ EffectSlot::EffectSlot(EffectsPopupInterface& popup, bool contextMenuAllowed)
 
 EffectSlot::~EffectSlot() = default;
 
-void EffectSlot::SetEffect(const EffectData* entry, bool fromUserList, const std::vector<std::string>* labels) {
+void EffectSlot::SetEffect(const EffectData* entry, bool fromUserList,
+                           const std::vector<std::string>* labels) {
     effect = entry;
     userEntry = fromUserList;
     shortcutLabels = labels;

@@ -31,7 +31,8 @@ public:
     EffectSlot(EffectsPopupInterface& popup, bool contextMenuAllowed);
     ~EffectSlot() override;
 
-    void SetEffect(const EffectData* entry, bool fromUserList, const std::vector<std::string>* shortcutLabels);
+    void SetEffect(const EffectData* entry, bool fromUserList,
+                   const std::vector<std::string>* shortcutLabels);
     const EffectData* GetEffect() const { return effect; }
     bool IsUserEntry() const { return userEntry; }
     void SetTextColor(const nimbit::vec4& normal, const nimbit::vec4& second);
@@ -46,7 +47,9 @@ public:
     // applies the row's entry).
     void SetIndex(size_t position) { index = position; }
     size_t GetIndex() const { return index; }
-    void SetActivate(std::function<void(const nimbit::ui::event_info&)> handler) { activate = std::move(handler); }
+    void SetActivate(std::function<void(const nimbit::ui::event_info&)> handler) {
+        activate = std::move(handler);
+    }
 
     // Shows the context menu at a client point of the window and carries out the choice.
     void ShowContextMenu(nimbit::ivec2 position);

@@ -61,13 +61,14 @@ EffectsMessagePopup::EffectsMessagePopup(window* parent, ivec2 const& position, 
     text.create(get_root(), {14, 8, Width - 28, 40});
     text.show(true);
     auto& ev = event_manager::instance();
-    ev.add_event(&text, this, event_type::draw, [this, font](const event_info&) {
-        DrawMessage(text, this->message, font, nullptr);
-    });
-    confirm.create(get_root(), {Width - 2 * ButtonWidth - 22, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    ev.add_event(&text, this, event_type::draw,
+                 [this, font](const event_info&) { DrawMessage(text, this->message, font, nullptr); });
+    confirm.create(get_root(),
+                   {Width - 2 * ButtonWidth - 22, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
     confirm.set_text(caption);
     confirm.show(true);
-    cancel.create(get_root(), {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    cancel.create(get_root(),
+                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
     cancel.set_text("Cancel");
     cancel.show(true);
     ev.add_event(&confirm, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
@@ -100,7 +101,8 @@ EffectsWarningPopup::EffectsWarningPopup(window* parent, ivec2 const& position, 
     text.show(true);
     auto& ev = event_manager::instance();
     ev.add_event(&text, this, event_type::draw, &EffectsWarningPopup::DrawText);
-    button.create(get_root(), {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    button.create(get_root(),
+                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
     button.set_text(caption);
     button.show(true);
     ev.add_event(&button, this, event_type::pressed, [this](const event_info&) { end_modal(1); });

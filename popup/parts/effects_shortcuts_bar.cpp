@@ -23,8 +23,8 @@ EffectsShorcutButton::EffectsShorcutButton(unsigned long number) : number(number
     t.set("button_back_color_hover", vec4{0.216f, 0.216f, 0.216f, 1});
     auto& ev = event_manager::instance();
     ev.add_event(this, this, event_type::draw, &EffectsShorcutButton::Draw);
-    for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down,
-                         event_type::mouse_up})
+    for (event_type t :
+         {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down, event_type::mouse_up})
         ev.add_event(this, this, t, &EffectsShorcutButton::OnMouse);
     ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
 }
