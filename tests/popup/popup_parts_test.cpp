@@ -158,7 +158,8 @@ TEST_F(MessageTest, QuestionEndsWithOneForConfirmAndZeroOtherwise) {
     EXPECT_EQ(ask.Run(), 1);
     offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
     EXPECT_EQ(ask.Run(), 0);
-    offscreen::offscreen_window::set_modal_driver([&](window&) { ask.process_event(event_type::key_down, 27); });
+    offscreen::offscreen_window::set_modal_driver(
+        [&](window&) { ask.process_event(event_type::key_down, 27); });
     EXPECT_EQ(ask.Run(), 0);
 }
 
@@ -166,7 +167,8 @@ TEST_F(MessageTest, WarningEndsWithOneForItsButtonAndZeroForEscape) {
     EffectsWarningPopup warn(nullptr, {0, 0}, &colours, "The file could not be read.", "OK");
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
-    offscreen::offscreen_window::set_modal_driver([&](window&) { warn.process_event(event_type::key_down, 27); });
+    offscreen::offscreen_window::set_modal_driver(
+        [&](window&) { warn.process_event(event_type::key_down, 27); });
     EXPECT_EQ(warn.Run(), 0);
     // Shown, it hands the keyboard to its button.
     offscreen::offscreen_window::set_modal_driver([&](window& w) {

@@ -17,7 +17,9 @@ namespace {
 
 // Width and height from a PNG's header.
 nimbit::_vec2<int> PngSize(const unsigned char* png) {
-    auto be32 = [](const unsigned char* p) { return (p[0] << 24) | (p[1] << 16) | (p[2] << 8) | p[3]; };
+    auto be32 = [](const unsigned char* p) {
+        return (p[0] << 24) | (p[1] << 16) | (p[2] << 8) | p[3];
+    };
     return {be32(png + 16), be32(png + 20)};
 }
 
@@ -91,7 +93,8 @@ console.log(report.join("\n"));
     std::string expected = "choice 2\n";
     const std::vector<nimbit::_vec2<int>> sizes = ExpectedSizes();
     for (size_t i = 0; i < sizes.size(); ++i)
-        expected += std::to_string(i) + " png " + std::to_string(sizes[i].x) + "x" + std::to_string(sizes[i].y) + "\n";
+        expected += std::to_string(i) + " png " + std::to_string(sizes[i].x) + "x" +
+                    std::to_string(sizes[i].y) + "\n";
     EXPECT_EQ(output, expected);
 #endif
 }
