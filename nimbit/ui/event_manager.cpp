@@ -42,8 +42,18 @@ uint32_t event_manager::add_event(event_object* source, void* owner, event_type 
     if (source)
         source->listened_types |= type_bit(type);
     registrations_.emplace(id, registration{source, type});
-    owners_[owner].push_back(id);
+    owned_ids& owned = owners_[owner];
+    if (owned.ids.size() >= owned.compact_at) {
+        std::erase_if(owned.ids, [this](uint32_t old) { return registrations_.count(old) == 0; });
+        owned.compact_at = std::max<size_t>(64, owned.ids.size() * 2);
+    }
+    owned.ids.push_back(id);
     return id;
+}
+
+size_t event_manager::owned_id_count(void* owner) const {
+    auto it = owners_.find(owner);
+    return it == owners_.end() ? 0 : it->second.ids.size();
 }
 
 void event_manager::remove_event(uint32_t id) {
@@ -67,7 +77,7 @@ void event_manager::remove_event(uint32_t id) {
 
 void event_manager::remove_events(event_object* object) {
     if (auto owned = owners_.find(object); owned != owners_.end()) {
-        std::vector<uint32_t> ids = std::move(owned->second);
+        std::vector<uint32_t> ids = std::move(owned->second.ids);
         owners_.erase(owned);
         for (uint32_t id : ids)
             remove_event(id);

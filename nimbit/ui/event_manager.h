@@ -55,8 +55,10 @@ public:
 
     bool has_event(event_object* source, event_type type) const;
 
-    // Number of sources with a handler table; lets tests check that nothing is left behind.
+    // Number of sources with a handler table, and of ids listed under an owner; let tests check that
+    // nothing is left behind.
     size_t source_count() const { return handlers_.size(); }
+    size_t owned_id_count(void* owner) const;
 
     event_manager(const event_manager&) = delete;
     event_manager& operator=(const event_manager&) = delete;
@@ -87,7 +89,14 @@ private:
 
     map<event_object*, source_table> handlers_;
     map<uint32_t, registration> registrations_;
-    map<void*, std::vector<uint32_t>> owners_;
+    // Ids stay listed under their owner after remove_event; a long-lived owner that registers on
+    // short-lived sources (a list on its rows) would grow without end, so the list sheds ids that are
+    // no longer registered whenever it has doubled.
+    struct owned_ids {
+        std::vector<uint32_t> ids;
+        size_t compact_at = 64;
+    };
+    map<void*, owned_ids> owners_;
     uint32_t next_id_ = 0;
 };
 
