@@ -1,9 +1,11 @@
 // The list's rows and the message popups, built without the popup window.
 #include "host/effect_data.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
 #include "popup/parts/effect_slot.h"
+#include "popup/parts/effects_drop_down.h"
 #include "popup/parts/effects_message_popup.h"
 #include "popup/parts/effects_popup_interface.h"
 #include "popup/ui_colors.h"
@@ -176,6 +178,37 @@ TEST_F(MessageTest, WarningEndsWithOneForItsButtonAndZeroForEscape) {
         w.end_modal(0);
     });
     warn.Run();
+}
+
+} // namespace
+
+namespace {
+
+TEST(EffectsDropDownLook, PaintsFlatInTheThemeColours) {
+    offscreen::reset_input();
+    window host;
+    host.create("drop", {0, 0, 200, 60});
+    host.show();
+    EffectsDropDown drop;
+    drop.create(host.get_root(), {10, 10, 150, 24});
+    drop.show(true);
+    drop.add_items("Dark|Light");
+    drop.select_item(1, false);
+    const UIColors light = BuildColorThemes()[1];
+    drop.SwitchTheme(&light);
+    offscreen::offscreen_window& native = offscreen::native_of(host);
+    host.get_root().update(false);
+    native.get_canvas().clear_calls();
+    native.paint_pending();
+    bool flatBack = false, gradient = false, text = false;
+    for (const draw_call& c : native.get_canvas().calls()) {
+        flatBack |= c.op == "draw_rect" && c.color == light.dropDownBack;
+        gradient |= c.op == "draw_rect_gradient";
+        text |= c.op == "draw_clipped_text" && c.text == "Light" && c.color == light.dropDownFont;
+    }
+    EXPECT_TRUE(flatBack);
+    EXPECT_FALSE(gradient);
+    EXPECT_TRUE(text);
 }
 
 } // namespace
