@@ -420,7 +420,10 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
 TEST_F(PopupTest, ListActionsSaveAndRefresh) {
     Open();
     Search("glow");
-    popup->AddToList(Named("Glow"), true);
+    // Blacklisting from a row's own menu rebuilds the list under the row that asked.
+    const ivec2 at = popup->GetRows()[0]->calc_absolute_pos();
+    offscreen::push_menu_answer(EffectSlot::BlacklistId);
+    offscreen::click(*popup, {at.x + 60, at.y + 10}, 2);
     EXPECT_EQ(RowNames(), (std::vector<std::string>{"Glow Pulse"}));
     popup->AddToShortcuts(Named("Curves"));
     EXPECT_FALSE(popup->is_shown());
