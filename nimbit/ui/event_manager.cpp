@@ -38,7 +38,10 @@ void event_manager::release(node* n) {
 
 uint32_t event_manager::add_event(event_object* source, void* owner, event_type type, callback fn) {
     const uint32_t id = next_id_++;
-    handlers_[source].push_back(new node{std::move(fn), id, type, 1});
+    source_table& table = handlers_[source];
+    if (table.empty())
+        table.reserve(4); // a control registers a few handlers on itself: grow once, not per push
+    table.push_back(new node{std::move(fn), id, type, 1});
     if (source)
         source->listened_types |= type_bit(type);
     registrations_.emplace(id, registration{source, type});

@@ -174,11 +174,11 @@ void widget::remove_all_children() {
         drop_child_subscriptions(child);
     }
     --child_walks;
-    auto subscriptions = std::move(child_subscriptions);
-    child_subscriptions.clear();
-    for (auto& [child, ids] : subscriptions)
+    // Cleared in place: the map keeps its buckets for the next fill.
+    for (auto& [child, ids] : child_subscriptions)
         for (uint32_t id : ids)
             events().remove_event(id);
+    child_subscriptions.clear();
     children.clear();
     child_holes = 0;
 }
