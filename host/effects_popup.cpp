@@ -3,6 +3,7 @@
 #include "host/aegp_suite_handler.h"
 #include "host/host_platform.h"
 #include "host/popup_window.h"
+#include "host/shortcut_chord.h"
 #include "nimbit/filesystem/file_operations.h"
 #include "popup/preferences_file.h"
 #include "popup/search_data_files.h"
@@ -62,8 +63,12 @@ EffectsPopup::~EffectsPopup() = default;
 void EffectsPopup::IdleHook() {
     if (popupWindow == nullptr)
         SetUpPopupWindow();
-    // The shortcut chord is polled here by the popup window's keyboard watcher, which arrives with
-    // the popup window itself.
+    if (popupWindow != nullptr && PollShortcutChord(prefs, GetKeyQueries())) {
+        if (popupWindow->IsShown())
+            popupWindow->Hide();
+        else if (HostPlatform::IsHostActive())
+            Execute(PopupCommand{PopupCommand::Show});
+    }
     ApplyPendingEffect();
 }
 

@@ -31,6 +31,23 @@ struct PluginSession : HostSession {
     }
 };
 
+// The status script: the shortcut line, then one escaped icon per toolbar button.
+void ExpectStatus(const char* script, int choice) {
+    ASSERT_NE(script, nullptr);
+    const std::string text = script;
+    const std::string head = "var shortcutValue = " + std::to_string(choice) + ";\n";
+    ASSERT_EQ(text.rfind(head, 0), 0u) << text.substr(0, 40);
+    size_t at = head.size();
+    for (int i = 0; i < 6; ++i) {
+        const std::string line = "var button" + std::to_string(i) + "Hex = \"\\x89\\x50\\x4e\\x47";
+        ASSERT_EQ(text.compare(at, line.size(), line), 0) << "button " << i;
+        at = text.find("\";\n", at);
+        ASSERT_NE(at, std::string::npos);
+        at += 3;
+    }
+    EXPECT_EQ(at, text.size());
+}
+
 int64_t Payload(const TaggedData& value) {
     int64_t bits = 0;
     std::memcpy(&bits, &value.data, sizeof bits);
@@ -180,7 +197,7 @@ TEST(ScriptBridge, StatusScriptWithoutSettingsFileOrController) {
     TaggedData result{};
     EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
     ASSERT_EQ(result.type, kTypeScript);
-    EXPECT_STREQ(result.data.string, "var shortcutValue = 0;\n");
+    ExpectStatus(result.data.string, 0);
     host.ScriptFreeMem(result.data.string);
     host.ScriptFreeMem(nullptr);
 }
@@ -196,23 +213,28 @@ TEST(ScriptBridge, StatusScriptReadsTheSettingsFileOnDisk) {
     TaggedData result{};
     EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
     ASSERT_EQ(result.type, kTypeScript);
-    EXPECT_STREQ(result.data.string, "var shortcutValue = 3;\n");
+    ExpectStatus(result.data.string, 3);
     host.ScriptFreeMem(result.data.string);
 
     // A damaged file reads as no file.
     write_text(s.folder / "Library/Application Support/Tarvelo/effects_settings", "garbage");
     EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
-    EXPECT_STREQ(result.data.string, "var shortcutValue = 0;\n");
+    ExpectStatus(result.data.string, 0);
     host.ScriptFreeMem(result.data.string);
 }
 
-TEST(Plugin, HooksWithoutAPopupWindowWriteNothing) {
+TEST(Plugin, FirstIdleTickCreatesThePopupAndDeathSavesItsLists) {
     PluginSession s;
     hostsim::SimHost& host = s.Load();
     host.StartPlugin();
+    const nimbit::file_path folder = s.folder / "Library/Application Support/Tarvelo";
+    EXPECT_FALSE(nimbit::file_stats(folder).exists);
     host.RunIdle(3);
+    // The new popup writes the settings of a first run, but not the lists.
+    EXPECT_TRUE(nimbit::file_stats(folder.append(nimbit::file_path("effects_settings"))).exists);
+    EXPECT_FALSE(nimbit::file_stats(folder.append(nimbit::file_path("effects_search.txt"))).exists);
     host.RunDeath();
-    EXPECT_FALSE(nimbit::file_stats(s.folder / "Library/Application Support/Tarvelo").exists);
+    EXPECT_TRUE(nimbit::file_stats(folder.append(nimbit::file_path("effects_search.txt"))).exists);
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
