@@ -173,7 +173,8 @@ struct HostAppSession {
 // ---- The main window: the project outline above, the script console below.
 
 - (void)buildWindow {
-    const NSRect frame = NSMakeRect(60, 120, 620, 560);
+    // Beside the main menu, which sits at the screen's top left where there is no menu bar.
+    const NSRect frame = NSMakeRect(170, 120, 620, 560);
     window = [[NSWindow alloc] initWithContentRect:frame
                                          styleMask:NSTitledWindowMask | NSClosableWindowMask |
                                                    NSMiniaturizableWindowMask | NSResizableWindowMask
