@@ -17,6 +17,7 @@
 #import <AppKit/AppKit.h>
 
 #include "hostsim/app/appkit_application.h"
+#include "hostsim/app/appkit_host.h"
 #include "hostsim/app/host_app_options.h"
 #include "hostsim/sim_host.h"
 #include "hostsim/sim_record.h"
@@ -87,6 +88,13 @@ struct HostAppSession {
 - (void)refresh;
 @end
 
+namespace {
+// Menu choices change the project: the window and the record follow.
+void RefreshController(void* controller) {
+    [static_cast<HostAppController*>(controller) refresh];
+}
+} // namespace
+
 @implementation HostAppController
 
 - (id)initWithHostOptions:(const HostAppOptions&)hostOptions {
@@ -130,44 +138,8 @@ struct HostAppSession {
 
 // ---- The main menu: the host's menus, the Effect menu built from the project's effects.
 
-- (NSMenu*)menuFrom:(const hostsim::MenuItem&)model title:(NSString*)title {
-    NSMenu* menu = [[[NSMenu alloc] initWithTitle:title] autorelease];
-    // Enabled states come from the project, not from validation.
-    [menu setAutoenablesItems:NO];
-    for (const auto& child : model.submenu) {
-        NSString* childTitle = ToNS(child->title);
-        NSMenuItem* item = [[[NSMenuItem alloc] initWithTitle:childTitle action:NULL keyEquivalent:@""] autorelease];
-        if (child->hasSubmenu)
-            [item setSubmenu:[self menuFrom:*child title:childTitle]];
-        else if (child->effectKey != 0) {
-            [item setTarget:self];
-            [item setAction:@selector(chooseEffect:)];
-            [item setTag:child->effectKey];
-        }
-        [item setEnabled:child->enabled];
-        [menu addItem:item];
-    }
-    return menu;
-}
-
 - (void)buildMainMenu {
-    NSMenu* mainMenu = [self menuFrom:s->host->MainMenu() title:@"Simulated Host"];
-    // The application menu (the first) ends with Quit, as every application's does.
-    if ([mainMenu numberOfItems] > 0) {
-        NSMenuItem* appItem = [mainMenu itemAtIndex:0];
-        if (![appItem hasSubmenu])
-            [appItem setSubmenu:[[[NSMenu alloc] initWithTitle:[appItem title]] autorelease]];
-        NSMenuItem* quit = [[[NSMenuItem alloc] initWithTitle:@"Quit" action:@selector(terminate:)
-                                                keyEquivalent:@"q"] autorelease];
-        [quit setTarget:NSApp];
-        [[appItem submenu] addItem:quit];
-    }
-    [NSApp setMainMenu:mainMenu];
-}
-
-- (void)chooseEffect:(id)sender {
-    s->host->ChooseMenuEffect(static_cast<AEGP_InstalledEffectKey>([sender tag]));
-    [self refresh];
+    InstallHostMainMenu(*s->host, RefreshController, self);
 }
 
 // ---- The main window: the project outline above, the script console below.
@@ -400,7 +372,10 @@ int main(int argc, char** argv) {
         return 2;
     std::signal(SIGTERM, RequestQuit);
     std::signal(SIGINT, RequestQuit);
-    [NSApplication sharedApplication];
+    if (!StartAppKitApplication()) {
+        std::fprintf(stderr, "hostsim-app: no window server (is DISPLAY set?)\n");
+        return 1;
+    }
     HostAppController* controller = [[HostAppController alloc] initWithHostOptions:options];
     if (![controller startSession])
         return 1;

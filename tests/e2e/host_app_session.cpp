@@ -55,13 +55,9 @@ HostAppSession::HostAppSession(const std::string& project) {
     recordPath = root + "/session.json";
     std::filesystem::create_directories(root + "/home");
 
-    // An X server of our own, so that parallel tests never share a screen.
-    for (int attempt = 0; attempt < 20 && display.empty(); ++attempt) {
-        if (!StartServer(attempt))
-            return;
-    }
-    if (display.empty())
+    if (!screen.Start())
         return;
+    display = screen.Name();
 
     // The application reads control lines from a pipe and prints into a log in the root.
     int controlPipe[2];
@@ -96,7 +92,7 @@ HostAppSession::HostAppSession(const std::string& project) {
     fcntl(control, F_SETFD, FD_CLOEXEC);
 }
 
-bool HostAppSession::StartServer(int attempt) {
+bool VirtualDisplay::TryStart(int attempt) {
     // A display number from this process's own range, so that parallel tests rarely meet.
     const int number = 200 + static_cast<int>((getpid() * 7 + attempt * 3) % 700);
     if (access(("/tmp/.X" + std::to_string(number) + "-lock").c_str(), F_OK) == 0)
@@ -114,24 +110,39 @@ bool HostAppSession::StartServer(int attempt) {
     if (!spawned)
         return false; // no Xvfb on this machine
     // Ready when a client can talk to it; a server that ends at once lost the number to another.
-    display = ":" + std::to_string(number);
+    name = ":" + std::to_string(number);
     const auto start = Clock::now();
     for (bool ok = false; !Expired(start, 5.0);) {
         if (waitpid(server, nullptr, WNOHANG) == server) {
             server = -1;
-            display.clear();
+            name.clear();
             return true;
         }
-        Xdotool({"getmouselocation"}, &ok);
+        Xdotool(name, {"getmouselocation"}, &ok);
         if (ok)
             return true;
         std::this_thread::sleep_for(Poll);
     }
-    display.clear();
+    name.clear();
     kill(server, SIGTERM);
     waitpid(server, nullptr, 0);
     server = -1;
     return true;
+}
+
+bool VirtualDisplay::Start() {
+    for (int attempt = 0; attempt < 20 && name.empty(); ++attempt) {
+        if (!TryStart(attempt))
+            return false;
+    }
+    return !name.empty();
+}
+
+VirtualDisplay::~VirtualDisplay() {
+    if (server > 0) {
+        kill(server, SIGTERM);
+        waitpid(server, nullptr, 0);
+    }
 }
 
 HostAppSession::~HostAppSession() {
@@ -143,10 +154,6 @@ HostAppSession::~HostAppSession() {
             kill(app, SIGKILL);
             waitpid(app, nullptr, 0);
         }
-    }
-    if (server > 0) {
-        kill(server, SIGTERM);
-        waitpid(server, nullptr, 0);
     }
     if (!root.empty() && !std::getenv("QUILLO_E2E_KEEP")) {
         std::error_code ignored;
@@ -185,6 +192,10 @@ bool HostAppSession::WaitForIdleTicks(long ticks, double timeout) const {
 }
 
 std::string HostAppSession::Xdotool(const std::vector<std::string>& args, bool* ok) const {
+    return e2e::Xdotool(display, args, ok);
+}
+
+std::string Xdotool(const std::string& display, const std::vector<std::string>& args, bool* ok) {
     std::vector<std::string> argv = {"xdotool"};
     argv.insert(argv.end(), args.begin(), args.end());
     const std::vector<std::string> env = {"DISPLAY=" + display, "PATH=/usr/bin:/bin"};

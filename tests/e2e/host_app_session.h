@@ -18,6 +18,27 @@ struct WindowGeometry {
     int x = 0, y = 0, width = 0, height = 0;
 };
 
+// An Xvfb of our own (so that parallel tests never share a screen), ended with the object.
+class VirtualDisplay {
+public:
+    VirtualDisplay() = default;
+    ~VirtualDisplay();
+    VirtualDisplay(const VirtualDisplay&) = delete;
+    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+    // Starts the server and waits until it answers; false when it cannot be started.
+    bool Start();
+    const std::string& Name() const { return name; } // ":N", empty until started
+
+private:
+    // One try at a display number chosen by attempt; false when Xvfb cannot be run at all.
+    bool TryStart(int attempt);
+    std::string name;
+    pid_t server = -1;
+};
+
+// Runs xdotool on display with the arguments (one per element); its standard output.
+std::string Xdotool(const std::string& display, const std::vector<std::string>& args, bool* ok = nullptr);
+
 class HostAppSession {
 public:
     // Starts Xvfb and the application with project (the sample project when empty). Check Started().
@@ -60,12 +81,9 @@ public:
     int WaitForExit(double timeout = 10.0);
 
 private:
-    // Starts Xvfb (the attempt picks the display number); sets display when it answers. False when
-    // Xvfb cannot be run at all.
-    bool StartServer(int attempt);
-
+    VirtualDisplay screen;
     std::string root, display, recordPath;
-    pid_t server = -1, app = -1;
+    pid_t app = -1;
     int control = -1;
 };
 
