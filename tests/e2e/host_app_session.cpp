@@ -302,14 +302,20 @@ bool HostAppSession::ClickMenuPath(const std::vector<int>& path) const {
         const int edge = menu.x + menu.width;
         const auto start = Clock::now();
         bool opened = false;
+        // Opened once it shows at the edge with the same place and size on two polls running: a
+        // menu window can be placed after it is mapped.
+        WindowGeometry seen;
         while (!opened && !Expired(start, 5.0)) {
+            WindowGeometry now;
             for (const WindowGeometry& w : VisibleWindows()) {
-                if (w.x == edge && w.width > 0) {
-                    menu = w;
-                    opened = true;
-                }
+                if (w.x == edge && w.width > 0)
+                    now = w;
             }
-            if (!opened)
+            opened = now.id != 0 && now.id == seen.id && now.y == seen.y && now.height == seen.height;
+            seen = now;
+            if (opened)
+                menu = now;
+            else
                 std::this_thread::sleep_for(Poll);
         }
         if (!opened)
