@@ -608,25 +608,17 @@ NativeMenu* NativeItemSubmenu(NativeMenuItem* item) {
 }
 
 void NativeSendAction(NativeMenuItem* item) {
-    if (current == nullptr)
-        return;
-    ++current->menuActionsSent;
-    const auto* menuItem = reinterpret_cast<MenuItem*>(item);
-    if (menuItem->effectKey == 0 || !current->GetModel().menuActionsApply)
-        return;
-    if (Item* comp = current->ActiveItem(); comp != nullptr && comp->type == AEGP_ItemType_COMP) {
-        for (auto& layer : comp->layers) {
-            if (layer->selected && layer->type != AEGP_ObjectType_LIGHT &&
-                layer->type != AEGP_ObjectType_CAMERA)
-                layer->effects.push_back(menuItem->effectKey);
-        }
-    }
+    if (current != nullptr)
+        current->ChooseMenuEffect(reinterpret_cast<MenuItem*>(item)->effectKey);
 }
 
 const NativeApplication nativeApplication = {
     NativeIsActive,  NativeExecutablePath, NativeMainMenu,    NativeItemCount,  NativeItemAt,
     NativeItemTitle, NativeItemEnabled,    NativeItemSubmenu, NativeSendAction,
 };
+
+// A table installed by the process that shows this host on screen; it replaces the model's own.
+const NativeApplication* installedApplication = nullptr;
 
 } // namespace
 
@@ -688,6 +680,23 @@ int SimHost::Outstanding() const {
             total -= count;
     }
     return total;
+}
+
+void SimHost::ChooseMenuEffect(AEGP_InstalledEffectKey key) {
+    ++menuActionsSent;
+    if (key == 0 || !model.menuActionsApply)
+        return;
+    if (Item* comp = ActiveItem(); comp != nullptr && comp->type == AEGP_ItemType_COMP) {
+        for (auto& layer : comp->layers) {
+            if (layer->selected && layer->type != AEGP_ObjectType_LIGHT &&
+                layer->type != AEGP_ObjectType_CAMERA)
+                layer->effects.push_back(key);
+        }
+    }
+}
+
+void SimHost::InstallNativeApplication(const NativeApplication* table) {
+    installedApplication = table;
 }
 
 void SimHost::RunIdle(int ticks) {
@@ -900,5 +909,8 @@ TaggedData ScriptDouble(double number) {
 
 // The table through which the plug-in reaches the simulated application's menu and activity.
 extern "C" __attribute__((visibility("default"))) const NativeApplication* QuilloNativeApplication() {
-    return hostsim::current != nullptr ? &hostsim::nativeApplication : nullptr;
+    if (hostsim::current == nullptr)
+        return nullptr;
+    return hostsim::installedApplication != nullptr ? hostsim::installedApplication
+                                                    : &hostsim::nativeApplication;
 }
