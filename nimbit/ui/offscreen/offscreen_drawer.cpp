@@ -8,15 +8,17 @@
 
 namespace nimbit::ui {
 
-namespace {
-
 // One laid-out code point.
-struct glyph {
+struct offscreen_glyph {
     int width = 0;
     int height = 0;
     bool space = false;
     bool newline = false;
 };
+
+namespace {
+
+using glyph = offscreen_glyph;
 
 struct line {
     int width = 0;
@@ -52,29 +54,52 @@ int offscreen_drawer::line_height(float font_size) {
 
 namespace {
 
-std::vector<glyph> shape(std::string_view text, float font_size, const std::vector<text_full_format>& runs) {
-    std::vector<glyph> out;
+// Metric of one font size, worked out once per size rather than once per code point.
+struct size_metric {
+    float size = -1.0f;
+    int width = 0;
+    int height = 0;
+    const size_metric& of(float s) {
+        if (s != size) {
+            size = s;
+            width = offscreen_drawer::char_width(s);
+            height = offscreen_drawer::line_height(s);
+        }
+        return *this;
+    }
+};
+
+// Shapes into `out`, which keeps its capacity between calls: measuring is done for every text drawn,
+// so it allocates nothing once the buffer has grown to the longest text.
+void shape(std::string_view text, float font_size, const std::vector<text_full_format>& runs,
+           std::vector<glyph>& out) {
+    out.clear();
+    size_metric base, run_metric;
+    base.of(font_size);
     unsigned index = 0;
     for (size_t i = 0; i < text.size(); i += sequence_length(text, i), ++index) {
-        float size = font_size;
+        const size_metric* m = &base;
         for (const text_full_format& run : runs)
             if (index >= run.start && index < run.end)
-                size = run.size;
+                m = &run_metric.of(run.size);
         glyph g;
         g.newline = text[i] == '\n';
         g.space = text[i] == ' ';
-        g.width = g.newline ? 0 : offscreen_drawer::char_width(size);
-        g.height = offscreen_drawer::line_height(size);
+        g.width = g.newline ? 0 : m->width;
+        g.height = m->height;
         out.push_back(g);
     }
-    return out;
 }
 
 // Greedy wrapping: a line breaks after its last space once the next character would pass the
 // width limit, or before that character when the line has no space. Trailing spaces do not count.
-std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int empty_height) {
-    std::vector<line> lines;
+// Each line is handed to `visit` in order; the walk stops when `visit` returns false.
+template <typename Visit>
+void layout(const std::vector<glyph>& glyphs, int width_limit, int empty_height, Visit&& visit) {
+    bool going = true;
     auto close = [&](size_t begin, size_t end) {
+        if (!going)
+            return;
         line l;
         size_t last = end;
         while (last > begin && glyphs[last - 1].space)
@@ -85,12 +110,12 @@ std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int 
             l.width += glyphs[k].width;
         if (l.height == 0)
             l.height = empty_height;
-        lines.push_back(l);
+        going = visit(l);
     };
     size_t start = 0;
     long width = 0;
     size_t last_space = SIZE_MAX;
-    for (size_t i = 0; i < glyphs.size(); ++i) {
+    for (size_t i = 0; i < glyphs.size() && going; ++i) {
         const glyph& g = glyphs[i];
         if (g.newline) {
             close(start, i);
@@ -113,12 +138,13 @@ std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int 
             last_space = i;
     }
     close(start, glyphs.size());
-    return lines;
 }
 
 } // namespace
 
 offscreen_drawer::offscreen_drawer(_vec2<int> size) : size(size) {}
+
+offscreen_drawer::~offscreen_drawer() = default;
 
 std::vector<draw_call> offscreen_drawer::calls_named(std::string_view op) const {
     std::vector<draw_call> out;
@@ -329,22 +355,41 @@ void offscreen_drawer::draw_image(const ivec4& target, const native_bitmap& imag
 
 _vec2<int> offscreen_drawer::calc_text_size(std::string_view text, _vec2<int> limit,
                                             const std::vector<text_full_format>& runs) {
-    const std::vector<line> lines =
-        layout(shape(text, current.font_size, runs), std::max(0, limit.x), line_height(current.font_size));
+    // The usual label: one font, plain ASCII on one line that fits. Every character has the same
+    // advance, so the size follows from the length without laying anything out.
+    if (runs.empty()) {
+        const int advance = char_width(current.font_size);
+        bool plain = true;
+        size_t trailing = 0;
+        for (const char ch : text) {
+            if (static_cast<unsigned char>(ch) >= 0x80 || ch == '\n') {
+                plain = false;
+                break;
+            }
+            trailing = ch == ' ' ? trailing + 1 : 0;
+        }
+        const long full = static_cast<long>(text.size()) * advance;
+        if (plain && (limit.x <= 0 || full <= limit.x))
+            return {static_cast<int>(static_cast<long>(text.size() - trailing) * advance),
+                    line_height(current.font_size)};
+    }
+    shape(text, current.font_size, runs, glyphs);
     _vec2<int> out;
-    for (const line& l : lines) {
+    layout(glyphs, std::max(0, limit.x), line_height(current.font_size), [&](const line& l) {
         if (limit.y > 0 && out.y + l.height > limit.y && out.y > 0)
-            break; // lines below the limit are not shown
+            return false; // lines below the limit are not shown
         out.x = std::max(out.x, l.width);
         out.y += l.height;
-    }
+        return true;
+    });
     return out;
 }
 
 std::vector<int> offscreen_drawer::calc_char_offsets(std::string_view text) {
     std::vector<int> out;
     int x = 0;
-    for (const glyph& g : shape(text, current.font_size, {})) {
+    shape(text, current.font_size, {}, glyphs);
+    for (const glyph& g : glyphs) {
         out.push_back(x);
         x += g.width;
     }

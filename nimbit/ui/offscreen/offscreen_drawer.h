@@ -16,6 +16,8 @@
 
 namespace nimbit::ui {
 
+struct offscreen_glyph;
+
 // One recorded call. Fields that a call does not use keep their defaults.
 struct draw_call {
     std::string op;                 // the call's name: "draw_rect", "set_pen_color", "draw_text", ...
@@ -38,6 +40,7 @@ struct draw_call {
 class offscreen_drawer final : public native_drawer {
 public:
     explicit offscreen_drawer(_vec2<int> size = {});
+    ~offscreen_drawer() override;
 
     const std::vector<draw_call>& calls() const { return recorded; }
     void clear_calls() { recorded.clear(); }
@@ -122,6 +125,8 @@ private:
         ivec4 clip;
     };
     std::vector<pass> passes; // drawing passes nest: a parent's pass is open while its children paint
+    // Scratch for text layout, kept to save an allocation per measured text.
+    std::vector<offscreen_glyph> glyphs;
 };
 
 } // namespace nimbit::ui
