@@ -111,6 +111,24 @@ TEST(OffscreenDrawer, TextWrapsAtSpacesThenMidWordAndStopsAtTheHeight) {
     EXPECT_EQ(d.calc_text_size("abc", {1, 0}), (_vec2<int>{5, 39})) << "one character per line at worst";
 }
 
+// Plain one-line labels are sized without a layout; a run of the same size forces the full layout,
+// and both must agree wherever the text fits, wraps, or carries trailing spaces.
+TEST(OffscreenDrawer, PlainLabelsMeasureAsTheFullLayoutDoes) {
+    offscreen_drawer native;
+    drawer d(native);
+    for (const float size : {10.0f, 12.0f, 13.0f}) {
+        d.set_text_font("tahoma", size);
+        text_full_format same;
+        same.size = size;
+        same.end = 1000;
+        for (const char* text : {"", " ", "Gaussian Blur", "Blur  ", "a b c d e f", "abcdefghij"})
+            for (const _vec2<int> limit : {_vec2<int>{}, _vec2<int>{-5, 0}, _vec2<int>{20, 0},
+                                           _vec2<int>{60, 0}, _vec2<int>{200, 10}, _vec2<int>{30, 30}})
+                EXPECT_EQ(d.calc_text_size(text, limit), d.calc_text_size(text, limit, {same}))
+                    << '"' << text << "\" at " << size << " within " << limit.x << "x" << limit.y;
+    }
+}
+
 TEST(OffscreenDrawer, TextIsPlacedByItsAlignment) {
     offscreen_drawer native;
     drawer d(native);
