@@ -129,35 +129,20 @@ void event_manager::remove_events(event_object* object) {
 
 namespace {
 // Holds a reference on every node of a snapshot until the dispatch ends, even when a callback throws.
-template <typename Node, typename Table, typename Release> struct snapshot {
-    static constexpr size_t inline_capacity = 8;
-    Node* inline_nodes[inline_capacity];
-    std::vector<Node*> heap_nodes;
-    Node** nodes = inline_nodes;
-    size_t count = 0;
+template <typename Node, typename Release> struct snapshot {
+    small_vector<Node*, 8> nodes;
     Release release;
 
-    snapshot(const Table& from, event_type type, Release r) : release(r) {
-        for (Node* n : from) {
-            if (n->type != type)
-                continue;
-            if (count == inline_capacity && heap_nodes.empty()) {
-                heap_nodes.assign(inline_nodes, inline_nodes + count);
-                nodes = nullptr;
+    template <typename Table> snapshot(const Table& from, event_type type, Release r) : release(r) {
+        for (Node* n : from)
+            if (n->type == type) {
+                nodes.push_back(n);
+                ++n->refs;
             }
-            if (heap_nodes.empty())
-                inline_nodes[count] = n;
-            else
-                heap_nodes.push_back(n);
-            ++count;
-            ++n->refs;
-        }
-        if (!heap_nodes.empty())
-            nodes = heap_nodes.data();
     }
     ~snapshot() {
-        for (size_t i = 0; i < count; ++i)
-            release(nodes[i]);
+        for (Node* n : nodes)
+            release(n);
     }
     snapshot(const snapshot&) = delete;
     snapshot& operator=(const snapshot&) = delete;
@@ -175,9 +160,8 @@ bool event_manager::fire_event(event_object* source, event_type type, event_stat
     auto drop = [this](node* n) {
         release(n);
     };
-    snapshot<node, source_table, decltype(drop)> copy(*table, type, drop);
-    for (size_t i = 0; i < copy.count; ++i) {
-        const node* n = copy.nodes[i];
+    snapshot<node, decltype(drop)> copy(*table, type, drop);
+    for (const node* n : copy.nodes) {
         if (n->member.invoke)
             n->member.invoke(n->member, info);
         else if (n->fn)
