@@ -34,8 +34,9 @@ TEST(FlatMap, AgreesWithAReferenceMapUnderRandomInsertsAndErases) {
                 const int* found = map.find(k);
                 auto it = reference.find(k);
                 ASSERT_EQ(found != nullptr, it != reference.end()) << k;
-                if (found)
+                if (found) {
                     EXPECT_EQ(*found, it->second);
+                }
             }
         }
     }

@@ -44,6 +44,40 @@ TEST(OffscreenDrawer, RecordsCallsWithTheStateTheyUsedAndTheirPass) {
     EXPECT_EQ(native.calls().back().op, "clear");
 }
 
+// The record is read while painting goes on and may be cleared in the middle of a pass (a test
+// that only wants one widget's calls): what is read must stay complete and keep its pass.
+TEST(OffscreenDrawer, TheRecordStaysCompleteAcrossReadsAndClearsInsideAPass) {
+    offscreen_drawer native({100, 100});
+    drawer d(native);
+    native.start_draw({5, 6}, {0, 0, 40, 40});
+    d.draw_text({0, 0, 50, 10}, "first");
+    EXPECT_EQ(native.calls().size(), 2u);
+    d.draw_text({0, 0, 50, 10}, "second");
+    d.draw_line({1, 1}, {2, 2});
+    const auto& all = native.calls();
+    ASSERT_EQ(all.size(), 4u);
+    EXPECT_EQ(all[1].text, "first");
+    EXPECT_EQ(all[2].text, "second");
+    EXPECT_EQ(all[3].points, (std::vector<_vec2<int>>{{1, 1}, {2, 2}}));
+    native.clear_calls();
+    EXPECT_TRUE(native.calls().empty());
+    d.draw_text({0, 0, 50, 10}, "third");
+    native.start_draw({7, 8}, {1, 1, 2, 2});
+    d.draw_rect({0, 0, 1, 1});
+    native.end_draw();
+    native.end_draw();
+    const auto& after = native.calls();
+    ASSERT_EQ(after.size(), 5u);
+    EXPECT_EQ(after[0].text, "third");
+    EXPECT_EQ(after[0].origin, (_vec2<int>{5, 6})) << "the open pass survives the clear";
+    EXPECT_EQ(after[0].clip, (ivec4{0, 0, 40, 40}));
+    EXPECT_TRUE(after[0].points.empty());
+    EXPECT_EQ(after[2].origin, (_vec2<int>{7, 8}));
+    EXPECT_EQ(after[4].op, "end_draw");
+    EXPECT_EQ(after[4].origin, (_vec2<int>{5, 6}));
+    EXPECT_EQ(native.calls_named("draw_text").at(0).text, "third");
+}
+
 TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
     offscreen_drawer native;
     drawer d(native);
