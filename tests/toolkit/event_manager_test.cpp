@@ -69,6 +69,62 @@ TEST(EventManager, CallbacksRunInRegistrationOrderOnASnapshot) {
     EXPECT_EQ(late, second + 2);
 }
 
+// Bound member functions (the common way to listen) run like any callback: on a snapshot, and not
+// after their registration is gone, even when its storage has been taken by a newer registration.
+struct Listener : event_object {
+    std::vector<int>* log = nullptr;
+    uint32_t own_id = 0;
+    int tag = 0;
+    void heard(const event_info& e) {
+        log->push_back(tag + static_cast<int>(e.data));
+        event_manager::instance().remove_event(own_id);
+    }
+};
+
+TEST(EventManager, BoundMembersRunOnceAfterRemovingThemselvesAndRecycledStorageStaysApart) {
+    Source s;
+    std::vector<int> log;
+    Listener a, b;
+    a.log = b.log = &log;
+    a.tag = 10;
+    b.tag = 20;
+    a.own_id = em().add_event(&s, &a, event_type::custom, &Listener::heard);
+    b.own_id = em().add_event(&s, &b, event_type::custom, &Listener::heard);
+    em().fire_event(&s, event_type::custom, 1);
+    EXPECT_EQ(log, (std::vector<int>{11, 21}));
+    // Both are gone; new registrations reuse their storage but only they run.
+    Listener c;
+    c.log = &log;
+    c.tag = 30;
+    c.own_id = em().add_event(&s, &c, event_type::custom, &Listener::heard);
+    int plain = 0;
+    em().add_event(&s, &s, event_type::custom, [&](const event_info&) { ++plain; });
+    em().remove_event(a.own_id); // long gone: ignored, must not touch the recycled ones
+    log.clear();
+    em().fire_event(&s, event_type::custom, 2);
+    EXPECT_EQ(log, (std::vector<int>{32}));
+    EXPECT_EQ(plain, 1);
+    em().fire_event(&s, event_type::custom, 2);
+    EXPECT_EQ(plain, 2);
+    EXPECT_EQ(log.size(), 1u);
+}
+
+// Destroying the listener removes its bound callbacks from every source.
+TEST(EventManager, ADestroyedListenerIsNotCalled) {
+    Source s;
+    std::vector<int> log;
+    {
+        Listener gone;
+        gone.log = &log;
+        gone.own_id = ~0u;
+        em().add_event(&s, &gone, event_type::custom, &Listener::heard);
+        em().add_event(&s, &gone, event_type::draw, &Listener::heard);
+    }
+    EXPECT_TRUE(em().fire_event(&s, event_type::custom, 0));
+    EXPECT_TRUE(em().fire_event(&s, event_type::draw, 0));
+    EXPECT_TRUE(log.empty());
+}
+
 TEST(EventManager, ACallbackMayDestroyTheSourceDuringDispatch) {
     auto s = std::make_unique<Source>();
     Source other;
