@@ -98,6 +98,10 @@ void drawer::draw_image(_vec2<int> position, const bitmap& image) {
 
 void drawer::draw_image(_vec2<int> position, const bitmap& image, const ivec4& source) {
     const native_bitmap& rep = image_of(image);
+    if (source.w == 0 && source.h == 0) { // the whole image, as everywhere
+        draw_image(position, image);
+        return;
+    }
     const float scale = image.get_scale() > 0 ? image.get_scale() : 1.0f;
     const ivec4 target{position.x, position.y, static_cast<int>(source.w / scale),
                        static_cast<int>(source.h / scale)};

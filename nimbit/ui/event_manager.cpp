@@ -1,112 +1,148 @@
 #include "nimbit/ui/event_manager.h"
 
+#include "nimbit/ui/event_object.h"
+
 #include <algorithm>
 
 namespace nimbit::ui {
 
+namespace {
+constexpr uint64_t type_bit(event_type type) {
+    const auto v = static_cast<uint32_t>(type);
+    return v < 64 ? uint64_t{1} << v : 0;
+}
+
+bool listened(const event_object* source, event_type type, uint64_t mask) {
+    return source && (mask & type_bit(type)) != 0;
+}
+
+constexpr size_t node_block_size = 256;
+} // namespace
+
 event_manager& event_manager::instance() {
-    // Built on first use and destroyed at exit; objects destroyed during exit after it would find it
-    // gone, so it is deliberately never destroyed (static storage, no destructor run).
+    // Built on first use and never destroyed: objects that die during exit still unregister safely.
     static event_manager* manager = new event_manager();
     return *manager;
 }
 
-event_manager::event_manager() {
-    handlers_.max_load_factor(1.0f);
-    registrations_.max_load_factor(1.0f);
-    owners_.max_load_factor(1.0f);
-}
+event_manager::event_manager() = default;
 
 event_manager::~event_manager() = default;
 
-void event_manager::release(node* n) {
-    if (--n->refs == 0)
-        delete n;
+event_manager::node* event_manager::acquire() {
+    if (!free_nodes_) {
+        auto block = std::make_unique<node[]>(node_block_size);
+        for (size_t i = 0; i < node_block_size; ++i)
+            block[i].next_free = i + 1 < node_block_size ? &block[i + 1] : nullptr;
+        free_nodes_ = &block[0];
+        node_blocks_.push_back(std::move(block));
+    }
+    node* n = free_nodes_;
+    free_nodes_ = n->next_free;
+    n->next_free = nullptr;
+    return n;
 }
 
-event_manager::type_list* event_manager::find_list(source_table& table, event_type type) {
-    for (auto& list : table)
-        if (list.type == type)
-            return &list;
-    return nullptr;
+void event_manager::release(node* n) {
+    if (--n->refs != 0)
+        return;
+    // The callable goes now (what it captured is released as it would be on delete).
+    callback dropped = std::move(n->fn);
+    n->fn = nullptr;
+    n->member = {};
+    n->next_free = free_nodes_;
+    free_nodes_ = n;
 }
 
 uint32_t event_manager::add_event(event_object* source, void* owner, event_type type, callback fn) {
+    node* n = acquire();
+    n->fn = std::move(fn);
+    return add_node(source, owner, type, n);
+}
+
+uint32_t event_manager::add_member_event(event_object* source, void* owner, event_type type,
+                                         const member_call& call) {
+    node* n = acquire();
+    n->member = call;
+    return add_node(source, owner, type, n);
+}
+
+uint32_t event_manager::add_node(event_object* source, void* owner, event_type type, node* n) {
     const uint32_t id = next_id_++;
-    auto& table = handlers_[source];
-    type_list* list = find_list(table, type);
-    if (!list)
-        list = &table.emplace_back(type_list{type, {}});
-    list->nodes.push_back(new node{std::move(fn), id, 1});
-    registrations_.emplace(id, registration{source, type});
-    owners_[owner].push_back(id);
+    n->id = id;
+    n->type = type;
+    n->refs = 1;
+    handlers_[source].push_back(n);
+    if (source)
+        source->listened_types |= type_bit(type);
+    registrations_[id] = registration{source, type};
+    owned_ids& owned = owners_[owner];
+    if (owned.ids.size() >= owned.compact_at) {
+        owned.ids.erase_if([this](uint32_t old) { return !registrations_.contains(old); });
+        owned.compact_at = std::max<size_t>(64, owned.ids.size() * 2);
+    }
+    owned.ids.push_back(id);
     return id;
 }
 
+size_t event_manager::owned_id_count(void* owner) const {
+    const owned_ids* owned = owners_.find(owner);
+    return owned ? owned->ids.size() : 0;
+}
+
 void event_manager::remove_event(uint32_t id) {
-    auto reg = registrations_.find(id);
-    if (reg == registrations_.end())
+    const registration* reg = registrations_.find(id);
+    if (!reg)
         return;
-    const registration r = reg->second;
-    registrations_.erase(reg);
-    auto table = handlers_.find(r.source);
-    if (table == handlers_.end())
+    const registration r = *reg;
+    registrations_.erase(id);
+    source_table* nodes = handlers_.find(r.source);
+    if (!nodes)
         return;
-    type_list* list = find_list(table->second, r.type);
-    if (!list)
-        return;
-    // Matched by id, not by address: a freed node's address may have been reused.
-    auto it =
-        std::find_if(list->nodes.begin(), list->nodes.end(), [id](const node* n) { return n->id == id; });
-    if (it == list->nodes.end())
+    // Matched by id, not by address: a pooled node's address is reused.
+    node** it = std::find_if(nodes->begin(), nodes->end(), [id](const node* n) { return n->id == id; });
+    if (it == nodes->end())
         return;
     node* n = *it;
-    list->nodes.erase(it); // the list itself stays, even when empty
+    nodes->erase(it); // the type keeps its (now maybe empty) list: its bit stays set on the source
     release(n);
 }
 
 void event_manager::remove_events(event_object* object) {
-    if (auto owned = owners_.find(object); owned != owners_.end()) {
-        // Move the ids out first: nothing below runs callbacks, but keep the loop independent of the map.
-        std::vector<uint32_t> ids = std::move(owned->second);
-        owners_.erase(owned);
+    if (owned_ids* owned = owners_.find(object)) {
+        const small_vector<uint32_t, 4> ids = std::move(owned->ids);
+        owners_.erase(object);
         for (uint32_t id : ids)
             remove_event(id);
     }
-    if (auto table = handlers_.find(object); table != handlers_.end()) {
-        source_table dropped = std::move(table->second);
-        handlers_.erase(table);
-        for (auto& list : dropped)
-            for (node* n : list.nodes) {
-                registrations_.erase(n->id);
-                release(n);
-            }
+    if (object)
+        object->listened_types = 0;
+    if (source_table* table = handlers_.find(object)) {
+        const source_table dropped = std::move(*table);
+        handlers_.erase(object);
+        for (node* n : dropped) {
+            registrations_.erase(n->id);
+            release(n);
+        }
     }
 }
 
 namespace {
 // Holds a reference on every node of a snapshot until the dispatch ends, even when a callback throws.
 template <typename Node, typename Release> struct snapshot {
-    static constexpr size_t inline_capacity = 8;
-    Node* inline_nodes[inline_capacity];
-    std::vector<Node*> heap_nodes;
-    Node** nodes = inline_nodes;
-    size_t count = 0;
+    small_vector<Node*, 8> nodes;
     Release release;
 
-    snapshot(const std::vector<Node*>& from, Release r) : count(from.size()), release(r) {
-        if (count > inline_capacity) {
-            heap_nodes = from;
-            nodes = heap_nodes.data();
-        } else {
-            std::copy(from.begin(), from.end(), inline_nodes);
-        }
-        for (size_t i = 0; i < count; ++i)
-            ++nodes[i]->refs;
+    template <typename Table> snapshot(const Table& from, event_type type, Release r) : release(r) {
+        for (Node* n : from)
+            if (n->type == type) {
+                nodes.push_back(n);
+                ++n->refs;
+            }
     }
     ~snapshot() {
-        for (size_t i = 0; i < count; ++i)
-            release(nodes[i]);
+        for (Node* n : nodes)
+            release(n);
     }
     snapshot(const snapshot&) = delete;
     snapshot& operator=(const snapshot&) = delete;
@@ -115,28 +151,27 @@ template <typename Node, typename Release> struct snapshot {
 
 bool event_manager::fire_event(event_object* source, event_type type, event_state state, event_agent agent,
                                unsigned long long data) {
-    auto table = handlers_.find(source);
-    if (table == handlers_.end())
+    if (!listened(source, type, source ? source->listened_types : 0))
         return false;
-    type_list* list = find_list(table->second, type);
-    if (!list)
+    const source_table* table = handlers_.find(source);
+    if (!table)
         return false;
     const event_info info{source, type, state, agent, data};
-    snapshot copy(list->nodes, &event_manager::release);
-    for (size_t i = 0; i < copy.count; ++i)
-        if (copy.nodes[i]->fn)
-            copy.nodes[i]->fn(info);
+    auto drop = [this](node* n) {
+        release(n);
+    };
+    snapshot<node, decltype(drop)> copy(*table, type, drop);
+    for (const node* n : copy.nodes) {
+        if (n->member.invoke)
+            n->member.invoke(n->member, info);
+        else if (n->fn)
+            n->fn(info);
+    }
     return true;
 }
 
 bool event_manager::has_event(event_object* source, event_type type) const {
-    auto table = handlers_.find(source);
-    if (table == handlers_.end())
-        return false;
-    for (const auto& list : table->second)
-        if (list.type == type)
-            return true;
-    return false;
+    return listened(source, type, source ? source->listened_types : 0) && handlers_.contains(source);
 }
 
 } // namespace nimbit::ui

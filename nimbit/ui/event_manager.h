@@ -1,10 +1,12 @@
 #pragma once
 
 #include "nimbit/ui/event_info.h"
+#include "nimbit/utils/flat_map.h"
 
 #include <cstdint>
+#include <cstring>
 #include <functional>
-#include <unordered_map>
+#include <memory>
 #include <vector>
 
 namespace nimbit::ui {
@@ -31,8 +33,18 @@ public:
     template <typename T>
     uint32_t add_event(event_object* source, T* owner, event_type type,
                        void (T::*method)(const event_info&)) {
-        return add_event(source, static_cast<void*>(owner), type,
-                         [owner, method](const event_info& e) { (owner->*method)(e); });
+        // Kept as object, method and a plain thunk: binding a member needs no allocation.
+        using method_type = void (T::*)(const event_info&);
+        static_assert(sizeof(method_type) <= sizeof(member_call::method));
+        member_call call;
+        call.object = static_cast<void*>(owner);
+        std::memcpy(call.method, &method, sizeof(method_type));
+        call.invoke = [](const member_call& c, const event_info& e) {
+            method_type m;
+            std::memcpy(&m, c.method, sizeof(method_type));
+            (static_cast<T*>(c.object)->*m)(e);
+        };
+        return add_member_event(source, static_cast<void*>(owner), type, call);
     }
 
     // Removes one callback; unknown or already removed ids are ignored. The id stays listed under its
@@ -55,40 +67,65 @@ public:
 
     bool has_event(event_object* source, event_type type) const;
 
-    // Number of sources with a handler table; lets tests check that nothing is left behind.
+    // Number of sources with a handler table, and of ids listed under an owner; let tests check that
+    // nothing is left behind.
     size_t source_count() const { return handlers_.size(); }
+    size_t owned_id_count(void* owner) const;
 
     event_manager(const event_manager&) = delete;
     event_manager& operator=(const event_manager&) = delete;
+
+    // A bound member function: the object, the member pointer's bytes and a thunk that calls it.
+    struct member_call {
+        void* object = nullptr;
+        void (*invoke)(const member_call&, const event_info&) = nullptr;
+        alignas(8) unsigned char method[16] = {};
+    };
 
 private:
     event_manager();
     ~event_manager();
 
-    // A registered callback. Shared between its list and any running dispatch that snapshot it; it is
-    // freed when the last of them lets go (single-threaded count).
+    uint32_t add_member_event(event_object* source, void* owner, event_type type, const member_call& call);
+
+    // A registered callback. Shared between its source's list and any running dispatch that took a
+    // snapshot of it; returned to the pool when the last of them lets go (single-threaded count).
     struct node {
         callback fn;
-        uint32_t id;
-        uint32_t refs;
+        member_call member;
+        uint32_t id = 0;
+        event_type type = event_type::none;
+        uint32_t refs = 0;
+        node* next_free = nullptr;
     };
-    struct type_list {
-        event_type type;
-        std::vector<node*> nodes;
-    };
-    // Sources carry few types, so a flat list beats a second hash level.
-    using source_table = std::vector<type_list>;
+    // One list per source holds the callbacks of every type in registration order: sources carry a
+    // handful of callbacks, so filtering by type beats a second hash level. Which types have a list
+    // (possibly emptied) is kept as a bit set on the source itself.
+    using source_table = small_vector<node*, 4>;
     struct registration {
-        event_object* source;
-        event_type type;
+        event_object* source = nullptr;
+        event_type type = event_type::none;
     };
+    template <typename K, typename V> using map = flat_map<K, V>;
 
-    static void release(node* n);
-    static type_list* find_list(source_table& table, event_type type);
+    node* acquire();
+    void release(node* n);
+    uint32_t add_node(event_object* source, void* owner, event_type type, node* n);
 
-    std::unordered_map<event_object*, source_table> handlers_;
-    std::unordered_map<uint32_t, registration> registrations_;
-    std::unordered_map<void*, std::vector<uint32_t>> owners_;
+    // Nodes are pooled: a rebuild of a list registers and drops thousands of them.
+    std::vector<std::unique_ptr<node[]>> node_blocks_;
+    node* free_nodes_ = nullptr;
+
+    map<event_object*, source_table> handlers_;
+    map<uint32_t, registration> registrations_;
+    // Ids stay listed under their owner after remove_event; a long-lived owner that registers on
+    // short-lived sources (a list on its rows) would grow without end, so the list sheds ids that are
+    // no longer registered whenever it has doubled.
+    struct owned_ids {
+        small_vector<uint32_t, 4> ids;
+        size_t compact_at = 64;
+    };
+    map<void*, owned_ids> owners_;
     uint32_t next_id_ = 0;
 };
 

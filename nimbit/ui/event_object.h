@@ -2,6 +2,8 @@
 
 #include "nimbit/graphics/vec.h"
 
+#include <cstdint>
+
 namespace nimbit::ui {
 
 // Base of everything that raises or receives events. Its destructor drops every callback this object
@@ -11,6 +13,13 @@ class event_object : public non_copyable_non_moveable {
 public:
     event_object() = default;
     virtual ~event_object();
+
+private:
+    friend class event_manager;
+    // One bit per event type that has a callback list on this object as source, kept by the event
+    // manager: most events are raised on objects nobody listens to, and this answers them without a
+    // hash look-up.
+    uint64_t listened_types = 0;
 };
 
 } // namespace nimbit::ui

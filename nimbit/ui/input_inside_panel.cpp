@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdlib>
+#include <utility>
 
 namespace nimbit::ui {
 
@@ -493,6 +494,9 @@ void input_inside_panel::mouse_pressed(const event_info& e) {
     }
     if (e.data != static_cast<uint32_t>(mouse::button::left))
         return;
+    // The click that brought the focus keeps the selection that select-on-focus made.
+    if (std::exchange(keep_focus_selection, false))
+        return;
     dragging = true;
     selection = 0;
     caret = char_at(mouse::get_position(this).x);
@@ -545,11 +549,14 @@ void input_inside_panel::focus_changed(const event_info& e) {
         active = true;
         caret_visible = true;
         add_timer(blink_timer, blink_interval_ms);
-        if (select_focus)
+        if (select_focus) {
             select_whole_text();
+            keep_focus_selection = static_cast<focus_cause>(e.data) == focus_cause::mouse;
+        }
         update(false);
         return;
     }
+    keep_focus_selection = false;
     if (!active)
         return;
     active = false;

@@ -144,7 +144,8 @@ private:
     int max_chars = 0;
     bool select_focus = false;
     bool apply_focus_loss = false;
-    char16_t pending_high = 0; // first half of a surrogate pair typed as two key_char events
+    bool keep_focus_selection = false; // the focusing click must not undo select-on-focus
+    char16_t pending_high = 0;         // first half of a surrogate pair typed as two key_char events
     popup_menu menu;
 
     // Text metrics in the current font: one left edge per shown character and the end.

@@ -147,11 +147,11 @@ void widget::remove_child(widget* child) {
 }
 
 void widget::drop_child_subscriptions(widget* child) {
-    auto it = child_subscriptions.find(child);
-    if (it == child_subscriptions.end())
+    auto* found = child_subscriptions.find(child);
+    if (!found)
         return;
-    std::vector<uint32_t> ids = std::move(it->second);
-    child_subscriptions.erase(it);
+    const small_vector<uint32_t, 2> ids = std::move(*found);
+    child_subscriptions.erase(child);
     for (uint32_t id : ids)
         events().remove_event(id);
 }
@@ -174,11 +174,17 @@ void widget::remove_all_children() {
         drop_child_subscriptions(child);
     }
     --child_walks;
-    auto subscriptions = std::move(child_subscriptions);
-    child_subscriptions.clear();
-    for (auto& [child, ids] : subscriptions)
-        for (uint32_t id : ids)
+    // Whatever is left (callbacks may have subscribed meanwhile) is collected before anything is
+    // removed, and the map is cleared in place so that it keeps its slots for the next fill.
+    if (!child_subscriptions.empty()) {
+        std::vector<uint32_t> left;
+        child_subscriptions.for_each([&left](widget*, const small_vector<uint32_t, 2>& ids) {
+            left.insert(left.end(), ids.begin(), ids.end());
+        });
+        child_subscriptions.clear();
+        for (uint32_t id : left)
             events().remove_event(id);
+    }
     children.clear();
     child_holes = 0;
 }
@@ -262,7 +268,7 @@ void widget::set_rect(const ivec4& r, bool also_target) {
         update(false);
         return;
     }
-    if (old.w >= 1 && old.h >= 1 && owner_window && is_visible(true)) {
+    if (old.w >= 1 && old.h >= 1 && owner_window) {
         // The old area, clipped by the ancestors as they are now.
         const ivec4 area = clip_to_ancestors(old, parent);
         if (area.w > 0 && area.h > 0)

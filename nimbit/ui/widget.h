@@ -6,7 +6,6 @@
 
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 namespace nimbit::ui {
@@ -132,7 +131,7 @@ private:
 
     nimbit::ui::theme theme;
     bool created = false;
-    std::unordered_map<widget*, std::vector<uint32_t>> child_subscriptions;
+    flat_map<widget*, small_vector<uint32_t, 2>> child_subscriptions;
     widget* parent = nullptr;
     window* owner_window = nullptr;
     // May hold null holes left by remove_child; compact_children() squeezes them out.

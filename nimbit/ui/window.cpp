@@ -17,6 +17,8 @@ event_manager& events() {
     return event_manager::instance();
 }
 
+constexpr int max_client_size = 1 << 20;
+
 bool intersects(const ivec4& a, const ivec4& b) {
     return a.w > 0 && a.h > 0 && b.w > 0 && b.h > 0 && a.x < b.x + b.w && b.x < a.x + a.w &&
            a.y < b.y + b.h && b.y < a.y + a.h;
@@ -497,12 +499,13 @@ void window::process_event(const event_type& type, const unsigned long long& dat
         break;
     }
     case event_type::mouse_wheel: {
-        // Bubbles up to the first widget that has a wheel list; the window never gets it.
-        for (widget* w = pointer(); w; w = w->get_parent()) {
+        // Bubbles up to the first widget that has a wheel list; the window never gets it. The parent
+        // is read before raising, so a handler may destroy the widget it runs on.
+        for (widget* w = pointer(); w;) {
+            widget* up = w == &root ? nullptr : w->get_parent();
             if (w->is_live() && events().fire_event(w, type, data))
                 break;
-            if (w == &root)
-                break;
+            w = up;
         }
         break;
     }
@@ -549,8 +552,11 @@ void window::process_event(const event_type& type, const unsigned long long& dat
         events().fire_event(this, type, data);
         break;
     case event_type::resize: {
-        const int w = static_cast<int32_t>(data & 0xFFFFFFFFu), h = static_cast<int32_t>(data >> 32);
-        root.set_rect({0, 0, w, h});
+        // Sizes from the platform are trusted only within reason, so rectangle arithmetic cannot overflow.
+        auto size = [](uint32_t v) {
+            return std::clamp(static_cast<int32_t>(v), 0, max_client_size);
+        };
+        root.set_rect({0, 0, size(static_cast<uint32_t>(data)), size(static_cast<uint32_t>(data >> 32))});
         events().fire_event(this, event_type::resize, 0);
         break;
     }

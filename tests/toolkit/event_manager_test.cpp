@@ -31,7 +31,13 @@ TEST(EventManager, FireReportsWhetherAListExistsEvenWhenEmpty) {
     Source s;
     EXPECT_FALSE(em().fire_event(&s, event_type::custom, 0));
     EXPECT_FALSE(em().has_event(&s, event_type::custom));
-    const uint32_t id = em().add_event(&s, &s, event_type::custom, [](const event_info&) {});
+    event_info seen;
+    const uint32_t id = em().add_event(&s, &s, event_type::custom, [&](const event_info& e) { seen = e; });
+    EXPECT_TRUE(em().fire_event(&s, event_type::custom, 0x1234567890ull));
+    EXPECT_EQ(seen.sender, &s);
+    EXPECT_EQ(seen.data, 0x1234567890ull);
+    EXPECT_EQ(static_cast<int>(seen.state), 2); // what the toolkit always raises
+    EXPECT_EQ(static_cast<int>(seen.agent), 1);
     em().remove_event(id);
     EXPECT_TRUE(em().has_event(&s, event_type::custom));
     EXPECT_TRUE(em().fire_event(&s, event_type::custom, 0));
@@ -39,22 +45,6 @@ TEST(EventManager, FireReportsWhetherAListExistsEvenWhenEmpty) {
     // Removing again, or an id never handed out, is ignored.
     em().remove_event(id);
     em().remove_event(0xFFFFFFF0u);
-}
-
-TEST(EventManager, InfoCarriesSenderPayloadAndDefaultStateAndAgent) {
-    Source s;
-    std::vector<event_info> seen;
-    em().add_event(&s, &s, event_type::pressed, [&](const event_info& e) { seen.push_back(e); });
-    em().fire_event(&s, event_type::pressed, 0x1234567890ull);
-    em().fire_event(&s, event_type::pressed, event_state::partial, event_agent::program, 5);
-    ASSERT_EQ(seen.size(), 2u);
-    EXPECT_EQ(seen[0].sender, &s);
-    EXPECT_EQ(seen[0].type, event_type::pressed);
-    EXPECT_EQ(static_cast<int>(seen[0].state), 2);
-    EXPECT_EQ(static_cast<int>(seen[0].agent), 1);
-    EXPECT_EQ(seen[0].data, 0x1234567890ull);
-    EXPECT_EQ(static_cast<int>(seen[1].state), 1);
-    EXPECT_EQ(static_cast<int>(seen[1].agent), 0);
 }
 
 TEST(EventManager, CallbacksRunInRegistrationOrderOnASnapshot) {
@@ -77,6 +67,62 @@ TEST(EventManager, CallbacksRunInRegistrationOrderOnASnapshot) {
     em().fire_event(&s, event_type::custom, 0);
     EXPECT_EQ(order, (std::vector<int>{3, 4}));
     EXPECT_EQ(late, second + 2);
+}
+
+// Bound member functions (the common way to listen) run like any callback: on a snapshot, and not
+// after their registration is gone, even when its storage has been taken by a newer registration.
+struct Listener : event_object {
+    std::vector<int>* log = nullptr;
+    uint32_t own_id = 0;
+    int tag = 0;
+    void heard(const event_info& e) {
+        log->push_back(tag + static_cast<int>(e.data));
+        event_manager::instance().remove_event(own_id);
+    }
+};
+
+TEST(EventManager, BoundMembersRunOnceAfterRemovingThemselvesAndRecycledStorageStaysApart) {
+    Source s;
+    std::vector<int> log;
+    Listener a, b;
+    a.log = b.log = &log;
+    a.tag = 10;
+    b.tag = 20;
+    a.own_id = em().add_event(&s, &a, event_type::custom, &Listener::heard);
+    b.own_id = em().add_event(&s, &b, event_type::custom, &Listener::heard);
+    em().fire_event(&s, event_type::custom, 1);
+    EXPECT_EQ(log, (std::vector<int>{11, 21}));
+    // Both are gone; new registrations reuse their storage but only they run.
+    Listener c;
+    c.log = &log;
+    c.tag = 30;
+    c.own_id = em().add_event(&s, &c, event_type::custom, &Listener::heard);
+    int plain = 0;
+    em().add_event(&s, &s, event_type::custom, [&](const event_info&) { ++plain; });
+    em().remove_event(a.own_id); // long gone: ignored, must not touch the recycled ones
+    log.clear();
+    em().fire_event(&s, event_type::custom, 2);
+    EXPECT_EQ(log, (std::vector<int>{32}));
+    EXPECT_EQ(plain, 1);
+    em().fire_event(&s, event_type::custom, 2);
+    EXPECT_EQ(plain, 2);
+    EXPECT_EQ(log.size(), 1u);
+}
+
+// Destroying the listener removes its bound callbacks from every source.
+TEST(EventManager, ADestroyedListenerIsNotCalled) {
+    Source s;
+    std::vector<int> log;
+    {
+        Listener gone;
+        gone.log = &log;
+        gone.own_id = ~0u;
+        em().add_event(&s, &gone, event_type::custom, &Listener::heard);
+        em().add_event(&s, &gone, event_type::draw, &Listener::heard);
+    }
+    EXPECT_TRUE(em().fire_event(&s, event_type::custom, 0));
+    EXPECT_TRUE(em().fire_event(&s, event_type::draw, 0));
+    EXPECT_TRUE(log.empty());
 }
 
 TEST(EventManager, ACallbackMayDestroyTheSourceDuringDispatch) {
@@ -115,19 +161,27 @@ TEST(EventManager, DestroyingAnObjectDropsWhatItOwnsAndWhatIsAttachedToIt) {
     EXPECT_EQ(em().source_count(), sources_before);
 }
 
-TEST(EventManager, MemberFunctionsBindToTheirOwner) {
-    struct Listener : event_object {
-        int calls = 0;
-        void on(const event_info&) { ++calls; }
-    };
-    Source s;
-    auto l = std::make_unique<Listener>();
-    Listener* raw = l.get();
-    em().add_event(&s, raw, event_type::custom, &Listener::on);
-    em().fire_event(&s, event_type::custom, 0);
-    EXPECT_EQ(raw->calls, 1);
-    l.reset();
-    em().fire_event(&s, event_type::custom, 0); // would call into freed memory if it were kept
+TEST(EventManager, AnOwnerOfShortLivedRegistrationsDoesNotGrowWithoutBound) {
+    // Like a list that subscribes to its rows on every rebuild: the ids of removed registrations are
+    // eventually shed, while live ones are kept and still removed with the owner.
+    Source owner;
+    Source keep;
+    int kept_calls = 0;
+    em().add_event(&keep, &owner, event_type::custom, [&](const event_info&) { ++kept_calls; });
+    for (int rebuild = 0; rebuild < 50; ++rebuild) {
+        std::vector<std::unique_ptr<Source>> rows(100);
+        for (auto& r : rows) {
+            r = std::make_unique<Source>();
+            em().add_event(r.get(), &owner, event_type::mouse_down, [](const event_info&) {});
+        }
+    }
+    EXPECT_LT(em().owned_id_count(&owner), 500u);
+    em().fire_event(&keep, event_type::custom, 0);
+    EXPECT_EQ(kept_calls, 1);
+    em().remove_events(&owner);
+    em().fire_event(&keep, event_type::custom, 0);
+    EXPECT_EQ(kept_calls, 1);
+    EXPECT_EQ(em().owned_id_count(&owner), 0u);
 }
 
 } // namespace

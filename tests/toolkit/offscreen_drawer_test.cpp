@@ -44,6 +44,40 @@ TEST(OffscreenDrawer, RecordsCallsWithTheStateTheyUsedAndTheirPass) {
     EXPECT_EQ(native.calls().back().op, "clear");
 }
 
+// The record is read while painting goes on and may be cleared in the middle of a pass (a test
+// that only wants one widget's calls): what is read must stay complete and keep its pass.
+TEST(OffscreenDrawer, TheRecordStaysCompleteAcrossReadsAndClearsInsideAPass) {
+    offscreen_drawer native({100, 100});
+    drawer d(native);
+    native.start_draw({5, 6}, {0, 0, 40, 40});
+    d.draw_text({0, 0, 50, 10}, "first");
+    EXPECT_EQ(native.calls().size(), 2u);
+    d.draw_text({0, 0, 50, 10}, "second");
+    d.draw_line({1, 1}, {2, 2});
+    const auto& all = native.calls();
+    ASSERT_EQ(all.size(), 4u);
+    EXPECT_EQ(all[1].text, "first");
+    EXPECT_EQ(all[2].text, "second");
+    EXPECT_EQ(all[3].points, (std::vector<_vec2<int>>{{1, 1}, {2, 2}}));
+    native.clear_calls();
+    EXPECT_TRUE(native.calls().empty());
+    d.draw_text({0, 0, 50, 10}, "third");
+    native.start_draw({7, 8}, {1, 1, 2, 2});
+    d.draw_rect({0, 0, 1, 1});
+    native.end_draw();
+    native.end_draw();
+    const auto& after = native.calls();
+    ASSERT_EQ(after.size(), 5u);
+    EXPECT_EQ(after[0].text, "third");
+    EXPECT_EQ(after[0].origin, (_vec2<int>{5, 6})) << "the open pass survives the clear";
+    EXPECT_EQ(after[0].clip, (ivec4{0, 0, 40, 40}));
+    EXPECT_TRUE(after[0].points.empty());
+    EXPECT_EQ(after[2].origin, (_vec2<int>{7, 8}));
+    EXPECT_EQ(after[4].op, "end_draw");
+    EXPECT_EQ(after[4].origin, (_vec2<int>{5, 6}));
+    EXPECT_EQ(native.calls_named("draw_text").at(0).text, "third");
+}
+
 TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
     offscreen_drawer native;
     drawer d(native);
@@ -52,10 +86,12 @@ TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
     d.draw_image({3, 4}, b);
     d.draw_image({0, 0}, b, {2, 2, 4, 2});
     d.draw_image({0, 0, 40, 40}, b, true);
+    d.draw_image({1, 1}, b, ivec4{}); // an empty source means the whole image
     d.set_image_extend(image_extend::repeat, image_extend::stretch);
     d.draw_rect({0, 0, 30, 30}, b);
     const auto images = native.calls_named("draw_image");
-    ASSERT_EQ(images.size(), 3u);
+    ASSERT_EQ(images.size(), 4u);
+    EXPECT_EQ(images[3].rect, (ivec4{1, 1, 8, 6}));
     EXPECT_EQ(images[0].rect, (ivec4{3, 4, 8, 6}));
     EXPECT_EQ(images[0].source, (ivec4{}));
     EXPECT_EQ(images[1].rect, (ivec4{0, 0, 4, 2}));
@@ -107,6 +143,24 @@ TEST(OffscreenDrawer, TextWrapsAtSpacesThenMidWordAndStopsAtTheHeight) {
     EXPECT_EQ(d.calc_text_size("abcdefghij", {20, 30}), (_vec2<int>{20, 26})) << "only whole lines that fit";
     EXPECT_EQ(d.calc_text_size("abcdefghij", {20, 5}), (_vec2<int>{20, 13})) << "the first line always shows";
     EXPECT_EQ(d.calc_text_size("abc", {1, 0}), (_vec2<int>{5, 39})) << "one character per line at worst";
+}
+
+// Plain one-line labels are sized without a layout; a run of the same size forces the full layout,
+// and both must agree wherever the text fits, wraps, or carries trailing spaces.
+TEST(OffscreenDrawer, PlainLabelsMeasureAsTheFullLayoutDoes) {
+    offscreen_drawer native;
+    drawer d(native);
+    for (const float size : {10.0f, 12.0f, 13.0f}) {
+        d.set_text_font("tahoma", size);
+        text_full_format same;
+        same.size = size;
+        same.end = 1000;
+        for (const char* text : {"", " ", "Gaussian Blur", "Blur  ", "a b c d e f", "abcdefghij"})
+            for (const _vec2<int> limit : {_vec2<int>{}, _vec2<int>{-5, 0}, _vec2<int>{20, 0},
+                                           _vec2<int>{60, 0}, _vec2<int>{200, 10}, _vec2<int>{30, 30}})
+                EXPECT_EQ(d.calc_text_size(text, limit), d.calc_text_size(text, limit, {same}))
+                    << '"' << text << "\" at " << size << " within " << limit.x << "x" << limit.y;
+    }
 }
 
 TEST(OffscreenDrawer, TextIsPlacedByItsAlignment) {

@@ -193,22 +193,6 @@ TEST_F(RoutingTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTak
               (std::vector<std::string>{ev("first", event_type::key_char), ev("w", event_type::key_char)}));
 }
 
-TEST_F(RoutingTest, TabWithNoOtherStopKeepsTheFocus) {
-    TestWindow win;
-    widget only;
-    only.create(win.get_root(), {0, 0, 10, 10});
-    only.set_tab_stop(true);
-    win.set_tab_navigation(true);
-    only.focus();
-    int changes = 0;
-    event_manager::instance().add_event(&only, &win, event_type::focus_lost,
-                                        [&](const event_info&) { ++changes; });
-    win.focus_next_widget();
-    win.focus_previous_widget();
-    EXPECT_EQ(win.get_focus(), &only);
-    EXPECT_EQ(changes, 0);
-}
-
 TEST_F(RoutingTest, DisabledAncestorsBlockInputUntilReEnabled) {
     TestWindow win;
     widget panel, button;

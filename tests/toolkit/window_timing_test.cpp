@@ -253,14 +253,5 @@ TEST_F(TimingTest, ModalSessionMisuseIsAnError) {
         "assertion failed: !modalSession");
 }
 
-TEST_F(TimingTest, CheckCloseReportsWhetherAnyoneListens) {
-    TestWindow w;
-    EXPECT_FALSE(w.check_close());
-    int asked = 0;
-    event_manager::instance().add_event(&w, &w, event_type::close, [&](const event_info&) { ++asked; });
-    EXPECT_TRUE(w.check_close());
-    EXPECT_EQ(asked, 1);
-}
-
 } // namespace
 } // namespace toolkit_test

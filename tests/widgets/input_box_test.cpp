@@ -378,8 +378,15 @@ TEST_F(InputBoxTest, SelectOnFocusAndApplyOnFocusLoss) {
     event_log pressed(box, event_type::pressed);
     win.get_root().focus();
     EXPECT_EQ(pressed.count, 1);
-    box.focus();
+    box.focus(focus_cause::keyboard);
     EXPECT_EQ(box.get_selected_text(), "keep");
+    // Clicking into the field from elsewhere selects everything too; the next click places the caret.
+    win.get_root().focus();
+    offscreen::click(win, at_char(1));
+    EXPECT_EQ(box.get_selected_text(), "keep");
+    offscreen::click(win, at_char(1));
+    EXPECT_EQ(in().get_selection(), 0);
+    EXPECT_EQ(in().get_caret(), 1);
 }
 
 TEST_F(InputBoxTest, CharactersBeyondTheBasicPlaneArriveInTwoHalves) {

@@ -86,7 +86,8 @@ void start_timer(const void* key, uint32_t id, uint64_t interval_us, bool repeat
                  std::function<void()> fire) {
     stop_timer(key, id);
     auto& s = state();
-    interval_us = std::max<uint64_t>(interval_us, 1); // a zero interval would never let time pass
+    // As on screen, a timer cannot run faster than every 0.1 ms (and 0 would never let time pass).
+    interval_us = std::max<uint64_t>(interval_us, 100);
     s.timers.push_back(
         scheduled{key, id, s.now + interval_us, interval_us, s.next_order++, repeat, std::move(fire)});
 }

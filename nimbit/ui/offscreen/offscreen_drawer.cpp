@@ -8,15 +8,17 @@
 
 namespace nimbit::ui {
 
-namespace {
-
 // One laid-out code point.
-struct glyph {
+struct offscreen_glyph {
     int width = 0;
     int height = 0;
     bool space = false;
     bool newline = false;
 };
+
+namespace {
+
+using glyph = offscreen_glyph;
 
 struct line {
     int width = 0;
@@ -52,29 +54,52 @@ int offscreen_drawer::line_height(float font_size) {
 
 namespace {
 
-std::vector<glyph> shape(std::string_view text, float font_size, const std::vector<text_full_format>& runs) {
-    std::vector<glyph> out;
+// Metric of one font size, worked out once per size rather than once per code point.
+struct size_metric {
+    float size = -1.0f;
+    int width = 0;
+    int height = 0;
+    const size_metric& of(float s) {
+        if (s != size) {
+            size = s;
+            width = offscreen_drawer::char_width(s);
+            height = offscreen_drawer::line_height(s);
+        }
+        return *this;
+    }
+};
+
+// Shapes into `out`, which keeps its capacity between calls: measuring is done for every text drawn,
+// so it allocates nothing once the buffer has grown to the longest text.
+void shape(std::string_view text, float font_size, const std::vector<text_full_format>& runs,
+           std::vector<glyph>& out) {
+    out.clear();
+    size_metric base, run_metric;
+    base.of(font_size);
     unsigned index = 0;
     for (size_t i = 0; i < text.size(); i += sequence_length(text, i), ++index) {
-        float size = font_size;
+        const size_metric* m = &base;
         for (const text_full_format& run : runs)
             if (index >= run.start && index < run.end)
-                size = run.size;
+                m = &run_metric.of(run.size);
         glyph g;
         g.newline = text[i] == '\n';
         g.space = text[i] == ' ';
-        g.width = g.newline ? 0 : offscreen_drawer::char_width(size);
-        g.height = offscreen_drawer::line_height(size);
+        g.width = g.newline ? 0 : m->width;
+        g.height = m->height;
         out.push_back(g);
     }
-    return out;
 }
 
 // Greedy wrapping: a line breaks after its last space once the next character would pass the
 // width limit, or before that character when the line has no space. Trailing spaces do not count.
-std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int empty_height) {
-    std::vector<line> lines;
+// Each line is handed to `visit` in order; the walk stops when `visit` returns false.
+template <typename Visit>
+void layout(const std::vector<glyph>& glyphs, int width_limit, int empty_height, Visit&& visit) {
+    bool going = true;
     auto close = [&](size_t begin, size_t end) {
+        if (!going)
+            return;
         line l;
         size_t last = end;
         while (last > begin && glyphs[last - 1].space)
@@ -85,12 +110,12 @@ std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int 
             l.width += glyphs[k].width;
         if (l.height == 0)
             l.height = empty_height;
-        lines.push_back(l);
+        going = visit(l);
     };
     size_t start = 0;
     long width = 0;
     size_t last_space = SIZE_MAX;
-    for (size_t i = 0; i < glyphs.size(); ++i) {
+    for (size_t i = 0; i < glyphs.size() && going; ++i) {
         const glyph& g = glyphs[i];
         if (g.newline) {
             close(start, i);
@@ -113,29 +138,88 @@ std::vector<line> layout(const std::vector<glyph>& glyphs, int width_limit, int 
             last_space = i;
     }
     close(start, glyphs.size());
-    return lines;
 }
 
 } // namespace
 
 offscreen_drawer::offscreen_drawer(_vec2<int> size) : size(size) {}
 
+offscreen_drawer::~offscreen_drawer() = default;
+
+draw_call offscreen_drawer::expand(const entry& e) const {
+    draw_call c;
+    c.op = e.op;
+    c.rect = e.rect;
+    c.color = e.color;
+    c.value = e.value;
+    c.mode_1 = e.mode_1;
+    c.mode_2 = e.mode_2;
+    c.layout = e.layout;
+    if (e.text_size > 0)
+        c.text.assign(text_log, e.text_begin, e.text_size);
+    if (e.pass != no_index) {
+        c.origin = pass_log[e.pass].origin;
+        c.clip = pass_log[e.pass].clip;
+    }
+    if (e.extra != no_index) {
+        const extra& x = extras[e.extra];
+        c.source = x.source;
+        c.points = x.points;
+        c.path = x.path;
+        c.color_2 = x.color_2;
+        c.image_size = x.image_size;
+    }
+    return c;
+}
+
+const std::vector<draw_call>& offscreen_drawer::calls() const {
+    // Expanded on demand, and only what was recorded since the last request.
+    for (size_t i = expanded.size(); i < recorded.size(); ++i)
+        expanded.push_back(expand(recorded[i]));
+    return expanded;
+}
+
 std::vector<draw_call> offscreen_drawer::calls_named(std::string_view op) const {
     std::vector<draw_call> out;
-    for (const draw_call& c : recorded)
-        if (c.op == op)
-            out.push_back(c);
+    for (const entry& e : recorded)
+        if (e.op == op)
+            out.push_back(expand(e));
     return out;
 }
 
-draw_call& offscreen_drawer::record(std::string_view op) {
-    draw_call& c = recorded.emplace_back();
-    c.op = op;
-    if (!passes.empty()) {
-        c.origin = passes.back().origin;
-        c.clip = passes.back().clip;
+void offscreen_drawer::clear_calls() {
+    recorded.clear();
+    expanded.clear();
+    text_log.clear();
+    extras.clear();
+    pass_log.clear();
+    // Passes still open keep being reported for the calls that follow.
+    for (pass& p : passes) {
+        p.log_index = static_cast<uint32_t>(pass_log.size());
+        pass_log.push_back({p.origin, p.clip});
     }
-    return c;
+}
+
+offscreen_drawer::entry& offscreen_drawer::record(std::string_view op) {
+    entry& e = recorded.emplace_back();
+    e.op = op;
+    if (!passes.empty())
+        e.pass = passes.back().log_index;
+    return e;
+}
+
+offscreen_drawer::extra& offscreen_drawer::more(entry& e) {
+    if (e.extra == no_index) {
+        e.extra = static_cast<uint32_t>(extras.size());
+        extras.emplace_back();
+    }
+    return extras[e.extra];
+}
+
+void offscreen_drawer::keep_text(entry& e, std::string_view text) {
+    e.text_begin = text_log.size();
+    e.text_size = text.size();
+    text_log.append(text);
 }
 
 void offscreen_drawer::resize(_vec2<int> new_size) {
@@ -144,7 +228,8 @@ void offscreen_drawer::resize(_vec2<int> new_size) {
 }
 
 void offscreen_drawer::start_draw(_vec2<int> origin, const ivec4& clip) {
-    passes.push_back({origin, clip});
+    passes.push_back({origin, clip, static_cast<uint32_t>(pass_log.size())});
+    pass_log.push_back({origin, clip});
     record("start_draw");
 }
 
@@ -163,7 +248,7 @@ void offscreen_drawer::set_brush_color(const vec4& color) {
 void offscreen_drawer::set_pen_color(const vec4& color, float width) {
     current.pen = color;
     current.pen_width = width;
-    draw_call& c = record("set_pen_color");
+    entry& c = record("set_pen_color");
     c.color = color;
     c.value = width;
 }
@@ -171,7 +256,7 @@ void offscreen_drawer::set_pen_color(const vec4& color, float width) {
 void offscreen_drawer::set_pen_style(pen_style style, draw_aliasing aliasing) {
     current.pen_kind = style;
     current.aliasing = aliasing;
-    draw_call& c = record("set_pen_style");
+    entry& c = record("set_pen_style");
     c.mode_1 = static_cast<int>(style);
     c.mode_2 = static_cast<int>(aliasing);
 }
@@ -188,8 +273,8 @@ void offscreen_drawer::set_text_font(std::string_view name, float font_size, fon
     current.weight = weight;
     current.style = style;
     current.underline = underline;
-    draw_call& c = record("set_text_font");
-    c.text = current.font_name;
+    entry& c = record("set_text_font");
+    keep_text(c, current.font_name);
     c.value = font_size;
     c.mode_1 = static_cast<int>(weight);
     c.mode_2 = static_cast<int>(style);
@@ -198,7 +283,7 @@ void offscreen_drawer::set_text_font(std::string_view name, float font_size, fon
 void offscreen_drawer::set_text_format(text_align align, text_valign valign) {
     current.align = align;
     current.valign = valign;
-    draw_call& c = record("set_text_format");
+    entry& c = record("set_text_format");
     c.mode_1 = static_cast<int>(align);
     c.mode_2 = static_cast<int>(valign);
 }
@@ -206,71 +291,71 @@ void offscreen_drawer::set_text_format(text_align align, text_valign valign) {
 void offscreen_drawer::set_image_extend(image_extend horizontal, image_extend vertical) {
     current.extend_h = horizontal;
     current.extend_v = vertical;
-    draw_call& c = record("set_image_extend");
+    entry& c = record("set_image_extend");
     c.mode_1 = static_cast<int>(horizontal);
     c.mode_2 = static_cast<int>(vertical);
 }
 
 void offscreen_drawer::draw_rect(const ivec4& rect) {
-    draw_call& c = record("draw_rect");
+    entry& c = record("draw_rect");
     c.rect = rect;
     c.color = current.brush;
 }
 
 void offscreen_drawer::draw_rect(const ivec4& rect, const native_bitmap& image) {
-    draw_call& c = record("draw_rect_image");
+    entry& c = record("draw_rect_image");
     c.rect = rect;
-    c.image_size = image.get_size();
+    more(c).image_size = image.get_size();
     c.mode_1 = static_cast<int>(current.extend_h);
     c.mode_2 = static_cast<int>(current.extend_v);
 }
 
 void offscreen_drawer::draw_rect_gradient(const ivec4& rect, const vec4& from, const vec4& to,
                                           orientation o) {
-    draw_call& c = record("draw_rect_gradient");
+    entry& c = record("draw_rect_gradient");
     c.rect = rect;
     c.color = from;
-    c.color_2 = to;
+    more(c).color_2 = to;
     c.mode_1 = static_cast<int>(o);
 }
 
 void offscreen_drawer::draw_rect_border(const ivec4& rect) {
-    draw_call& c = record("draw_rect_border");
+    entry& c = record("draw_rect_border");
     c.rect = rect;
     c.color = current.pen;
     c.value = current.pen_width;
 }
 
 void offscreen_drawer::draw_line(_vec2<int> from, _vec2<int> to) {
-    draw_call& c = record("draw_line");
-    c.points = {from, to};
+    entry& c = record("draw_line");
+    more(c).points = {from, to};
     c.color = current.pen;
     c.value = current.pen_width;
 }
 
 void offscreen_drawer::draw_circle(_vec2<int> centre, float radius) {
-    draw_call& c = record("draw_circle");
-    c.points = {centre};
+    entry& c = record("draw_circle");
+    more(c).points = {centre};
     c.value = radius;
     c.color = current.brush;
 }
 
 void offscreen_drawer::draw_circle_border(_vec2<int> centre, float radius) {
-    draw_call& c = record("draw_circle_border");
-    c.points = {centre};
+    entry& c = record("draw_circle_border");
+    more(c).points = {centre};
     c.value = radius;
     c.color = current.pen;
 }
 
 void offscreen_drawer::draw_geometry(const std::vector<_vec2<int>>& points) {
-    draw_call& c = record("draw_geometry");
-    c.points = points;
+    entry& c = record("draw_geometry");
+    more(c).points = points;
     c.color = current.brush;
 }
 
 void offscreen_drawer::draw_geometry_border(const std::vector<_vec2<int>>& points, bool closed) {
-    draw_call& c = record("draw_geometry_border");
-    c.points = points;
+    entry& c = record("draw_geometry_border");
+    more(c).points = points;
     c.color = current.pen;
     c.value = current.pen_width;
     c.mode_1 = closed;
@@ -278,27 +363,27 @@ void offscreen_drawer::draw_geometry_border(const std::vector<_vec2<int>>& point
 
 void offscreen_drawer::draw_geometry_gradient(const ivec4& bounds, const std::vector<_vec2<int>>& points,
                                               const vec4& from, const vec4& to, orientation o) {
-    draw_call& c = record("draw_geometry_gradient");
+    entry& c = record("draw_geometry_gradient");
     c.rect = bounds;
-    c.points = points;
+    more(c).points = points;
     c.color = from;
-    c.color_2 = to;
+    more(c).color_2 = to;
     c.mode_1 = static_cast<int>(o);
 }
 
 void offscreen_drawer::draw_geometry_gradient(const ivec4& bounds, const std::vector<bezier_segment>& path,
                                               const vec4& from, const vec4& to, orientation o) {
-    draw_call& c = record("draw_geometry_gradient");
+    entry& c = record("draw_geometry_gradient");
     c.rect = bounds;
-    c.path = path;
+    more(c).path = path;
     c.color = from;
-    c.color_2 = to;
+    more(c).color_2 = to;
     c.mode_1 = static_cast<int>(o);
 }
 
 void offscreen_drawer::draw_bezier(const std::vector<bezier_segment>& path, bool closed) {
-    draw_call& c = record("draw_bezier");
-    c.path = path;
+    entry& c = record("draw_bezier");
+    more(c).path = path;
     c.color = current.pen;
     c.value = current.pen_width;
     c.mode_1 = closed;
@@ -306,11 +391,11 @@ void offscreen_drawer::draw_bezier(const std::vector<bezier_segment>& path, bool
 
 void offscreen_drawer::draw_bezier_gradient(const ivec4& bounds, const std::vector<bezier_segment>& path,
                                             const vec4& from, const vec4& to, orientation o) {
-    draw_call& c = record("draw_bezier_gradient");
+    entry& c = record("draw_bezier_gradient");
     c.rect = bounds;
-    c.path = path;
+    more(c).path = path;
     c.color = from;
-    c.color_2 = to;
+    more(c).color_2 = to;
     c.mode_1 = static_cast<int>(o);
 }
 
@@ -320,31 +405,50 @@ void offscreen_drawer::clear(const vec4& color) {
 
 void offscreen_drawer::draw_image(const ivec4& target, const native_bitmap& image, const ivec4& source,
                                   bool keep_aspect) {
-    draw_call& c = record("draw_image");
+    entry& c = record("draw_image");
     c.rect = target;
-    c.source = source;
-    c.image_size = image.get_size();
+    more(c).source = source;
+    more(c).image_size = image.get_size();
     c.mode_1 = keep_aspect;
 }
 
 _vec2<int> offscreen_drawer::calc_text_size(std::string_view text, _vec2<int> limit,
                                             const std::vector<text_full_format>& runs) {
-    const std::vector<line> lines =
-        layout(shape(text, current.font_size, runs), std::max(0, limit.x), line_height(current.font_size));
+    // The usual label: one font, plain ASCII on one line that fits. Every character has the same
+    // advance, so the size follows from the length without laying anything out.
+    if (runs.empty()) {
+        const int advance = char_width(current.font_size);
+        bool plain = true;
+        size_t trailing = 0;
+        for (const char ch : text) {
+            if (static_cast<unsigned char>(ch) >= 0x80 || ch == '\n') {
+                plain = false;
+                break;
+            }
+            trailing = ch == ' ' ? trailing + 1 : 0;
+        }
+        const long full = static_cast<long>(text.size()) * advance;
+        if (plain && (limit.x <= 0 || full <= limit.x))
+            return {static_cast<int>(static_cast<long>(text.size() - trailing) * advance),
+                    line_height(current.font_size)};
+    }
+    shape(text, current.font_size, runs, glyphs);
     _vec2<int> out;
-    for (const line& l : lines) {
+    layout(glyphs, std::max(0, limit.x), line_height(current.font_size), [&](const line& l) {
         if (limit.y > 0 && out.y + l.height > limit.y && out.y > 0)
-            break; // lines below the limit are not shown
+            return false; // lines below the limit are not shown
         out.x = std::max(out.x, l.width);
         out.y += l.height;
-    }
+        return true;
+    });
     return out;
 }
 
 std::vector<int> offscreen_drawer::calc_char_offsets(std::string_view text) {
     std::vector<int> out;
     int x = 0;
-    for (const glyph& g : shape(text, current.font_size, {})) {
+    shape(text, current.font_size, {}, glyphs);
+    for (const glyph& g : glyphs) {
         out.push_back(x);
         x += g.width;
     }
@@ -373,9 +477,9 @@ ivec4 place_text(const ivec4& rect, _vec2<int> text, text_align align, text_vali
 void offscreen_drawer::draw_text(const ivec4& rect, std::string_view text,
                                  const std::vector<text_full_format>& runs) {
     const _vec2<int> text_size = calc_text_size(text, {rect.w, rect.h}, runs);
-    draw_call& c = record("draw_text");
+    entry& c = record("draw_text");
     c.rect = rect;
-    c.text = std::string(text);
+    keep_text(c, text);
     c.color = current.text_color;
     c.value = current.font_size;
     c.mode_1 = static_cast<int>(current.align);
@@ -386,10 +490,10 @@ void offscreen_drawer::draw_text(const ivec4& rect, std::string_view text,
 void offscreen_drawer::draw_clipped_text(const ivec4& rect, const ivec4& clip, std::string_view text,
                                          const std::vector<text_full_format>& runs) {
     const _vec2<int> text_size = calc_text_size(text, {rect.w, rect.h}, runs);
-    draw_call& c = record("draw_clipped_text");
+    entry& c = record("draw_clipped_text");
     c.rect = rect;
-    c.source = clip;
-    c.text = std::string(text);
+    more(c).source = clip;
+    keep_text(c, text);
     c.color = current.text_color;
     c.value = current.font_size;
     c.mode_1 = static_cast<int>(current.align);
@@ -398,9 +502,9 @@ void offscreen_drawer::draw_clipped_text(const ivec4& rect, const ivec4& clip, s
 }
 
 void offscreen_drawer::draw_shadow(const ivec4& rect, _vec2<int> offset, unsigned shadow_size) {
-    draw_call& c = record("draw_shadow");
+    entry& c = record("draw_shadow");
     c.rect = rect;
-    c.points = {offset};
+    more(c).points = {offset};
     c.value = static_cast<float>(shadow_size);
 }
 

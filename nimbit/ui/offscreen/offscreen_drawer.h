@@ -16,6 +16,8 @@
 
 namespace nimbit::ui {
 
+struct offscreen_glyph;
+
 // One recorded call. Fields that a call does not use keep their defaults.
 struct draw_call {
     std::string op;                 // the call's name: "draw_rect", "set_pen_color", "draw_text", ...
@@ -38,9 +40,10 @@ struct draw_call {
 class offscreen_drawer final : public native_drawer {
 public:
     explicit offscreen_drawer(_vec2<int> size = {});
+    ~offscreen_drawer() override;
 
-    const std::vector<draw_call>& calls() const { return recorded; }
-    void clear_calls() { recorded.clear(); }
+    const std::vector<draw_call>& calls() const;
+    void clear_calls();
     // The calls named `op`, in order.
     std::vector<draw_call> calls_named(std::string_view op) const;
     _vec2<int> get_size() const { return size; }
@@ -112,16 +115,53 @@ public:
     const state& get_state() const { return current; }
 
 private:
-    draw_call& record(std::string_view op);
-
-    _vec2<int> size;
-    std::vector<draw_call> recorded;
-    state current;
+    // The record is kept compact, since a repaint of a long list makes tens of thousands of calls:
+    // names are the callers' literals, texts go to one shared buffer, a pass is logged once for all
+    // its calls, and the arguments of the rarer calls live beside the record. calls() expands it.
+    static constexpr uint32_t no_index = 0xFFFFFFFFu;
+    struct extra {
+        ivec4 source;
+        std::vector<_vec2<int>> points;
+        std::vector<bezier_segment> path;
+        vec4 color_2;
+        _vec2<int> image_size;
+    };
+    struct entry {
+        std::string_view op;
+        uint32_t pass = no_index;
+        uint32_t extra = no_index;
+        ivec4 rect;
+        vec4 color;
+        float value = 0;
+        int mode_1 = 0, mode_2 = 0;
+        size_t text_begin = 0, text_size = 0;
+        ivec4 layout;
+    };
     struct pass {
         _vec2<int> origin;
         ivec4 clip;
+        uint32_t log_index = 0;
     };
+    struct logged_pass {
+        _vec2<int> origin;
+        ivec4 clip;
+    };
+
+    entry& record(std::string_view op);
+    extra& more(entry& e);
+    void keep_text(entry& e, std::string_view text);
+    draw_call expand(const entry& e) const;
+
+    _vec2<int> size;
+    std::vector<entry> recorded;
+    std::string text_log;
+    std::vector<extra> extras;
+    std::vector<logged_pass> pass_log;
+    mutable std::vector<draw_call> expanded;
+    state current;
     std::vector<pass> passes; // drawing passes nest: a parent's pass is open while its children paint
+    // Scratch for text layout, kept to save an allocation per measured text.
+    std::vector<offscreen_glyph> glyphs;
 };
 
 } // namespace nimbit::ui

@@ -1,0 +1,23 @@
+#pragma once
+
+// What the controller asks of the platform it runs on: AppKit on macOS, the loading process's
+// NativeApplication table elsewhere (see host/native_application.h).
+
+#include <string>
+#include <string_view>
+
+namespace HostPlatform {
+
+// The path of the running executable (the host's binary inside its application bundle).
+std::string ExecutablePath();
+
+// Whether the host is the frontmost application.
+bool IsHostActive();
+
+// Applies an effect the way the artist would: through the host's Effect menu, the main menu's item
+// at index 5 (the menu needs at least 6 items). Finds the first item of that menu whose title equals
+// category (ignoring case), which must be enabled and have a submenu, then in it the first item titled
+// name (ignoring case), and sends that item's action. Returns whether the item was found and sent.
+bool ChooseEffectMenuItem(std::string_view category, std::string_view name);
+
+} // namespace HostPlatform

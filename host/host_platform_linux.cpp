@@ -1,0 +1,81 @@
+#include "host/host_platform.h"
+#include "host/native_application.h"
+#include "nimbit/utils/string_utils.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+
+namespace {
+
+// Looked up on every call: the loading process may install its table after the plug-in loads.
+const NativeApplication* Application() {
+    void* symbol = dlsym(RTLD_DEFAULT, QUILLO_NATIVE_APPLICATION_SYMBOL);
+    if (symbol == nullptr)
+        return nullptr;
+    const NativeApplication* app = reinterpret_cast<NativeApplicationLookup>(symbol)();
+    // A table with a gap is treated as no table: nothing here may call through a null pointer.
+    if (app == nullptr || !app->is_active || !app->executable_path || !app->main_menu ||
+        !app->menu_item_count || !app->menu_item_at || !app->item_title || !app->item_enabled ||
+        !app->item_submenu || !app->item_send_action)
+        return nullptr;
+    return app;
+}
+
+bool TitleMatches(const char* title, std::string_view wanted) {
+    return title != nullptr && nimbit::string_lower(title) == nimbit::string_lower(wanted);
+}
+
+NativeMenuItem* FindItem(const NativeApplication& app, NativeMenu* menu, std::string_view title) {
+    const int count = app.menu_item_count(menu);
+    for (int i = 0; i < count; ++i) {
+        NativeMenuItem* item = app.menu_item_at(menu, i);
+        if (item != nullptr && TitleMatches(app.item_title(item), title))
+            return item;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+namespace HostPlatform {
+
+std::string ExecutablePath() {
+    if (const NativeApplication* app = Application()) {
+        if (const char* path = app->executable_path())
+            return path;
+    }
+    char buffer[1024] = {};
+    const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
+    return length > 0 ? std::string(buffer, static_cast<size_t>(length)) : std::string();
+}
+
+bool IsHostActive() {
+    const NativeApplication* app = Application();
+    return app != nullptr && app->is_active() != 0;
+}
+
+bool ChooseEffectMenuItem(std::string_view category, std::string_view name) {
+    const NativeApplication* app = Application();
+    if (app == nullptr)
+        return false;
+    NativeMenu* mainMenu = app->main_menu();
+    if (mainMenu == nullptr || app->menu_item_count(mainMenu) < 6)
+        return false;
+    NativeMenuItem* effectItem = app->menu_item_at(mainMenu, 5);
+    NativeMenu* effectMenu = effectItem != nullptr ? app->item_submenu(effectItem) : nullptr;
+    if (effectMenu == nullptr)
+        return false;
+    NativeMenuItem* categoryItem = FindItem(*app, effectMenu, category);
+    if (categoryItem == nullptr || !app->item_enabled(categoryItem))
+        return false;
+    NativeMenu* categoryMenu = app->item_submenu(categoryItem);
+    if (categoryMenu == nullptr)
+        return false;
+    NativeMenuItem* effect = FindItem(*app, categoryMenu, name);
+    if (effect == nullptr)
+        return false;
+    app->item_send_action(effect);
+    return true;
+}
+
+} // namespace HostPlatform

@@ -1,0 +1,600 @@
+#include "popup/effects_popup_window.h"
+
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_shell.h"
+#include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/keyboard.h"
+#include "nimbit/ui/mouse.h"
+#include "nimbit/utils/timer.h"
+#include "popup/preferences_data.h"
+#include "popup/preferences_file.h"
+#include "popup/search_data_files.h"
+#include "popup/user_lists.h"
+
+#include <algorithm>
+#include <cstdint>
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+// Placeholder of the empty search field: short enough to sit in the narrow compact field.
+constexpr std::string_view SearchPlaceholder = "fx";
+
+constexpr unsigned long long KeyOption = 18, KeyCommand = 55, KeyShift = 56;
+
+} // namespace
+
+EffectsPopupWindow::EffectsPopupWindow(window& parent, PreferencesData& prefs, std::function<int32_t()> poll)
+    : prefs(prefs), newsPoll(std::move(poll)) {
+    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},
+           window_style_borderless | window_style_floating, &parent);
+    Build();
+}
+
+EffectsPopupWindow::EffectsPopupWindow(PreferencesData& prefs, std::function<int32_t()> poll)
+    : prefs(prefs), newsPoll(std::move(poll)) {
+    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},
+           window_style_borderless | window_style_floating, nullptr);
+    Build();
+}
+
+EffectsPopupWindow::~EffectsPopupWindow() {
+    ClearRows();
+}
+
+void EffectsPopupWindow::Build() {
+    settingsFolder = UserSettingsFolder();
+    searchDataFile = settingsFolder.append(file_path(SearchDataFileName));
+    shortcutsDataFile = settingsFolder.append(file_path(ShortcutsDataFileName));
+    InitThemes();
+
+    widget& root = get_root();
+    searchIcon.create(root, {14, 8, 30, 30});
+    searchField.create(root, {51, 8, SearchWidth - 281, 30});
+    searchField.get_theme().set("input_font_name", std::string("Arial"));
+    listFrame.create(root, {1, SearchTopHeight, SearchWidth - 2, 0});
+    listContent.create(listFrame, {0, 0, SearchWidth - 2, 0});
+    listContent.show(true);
+    scrollBar.create(root, {SearchWidth - 18, SearchTopHeight, ScrollBarWidth, 0});
+    scrollBar.set_scroll_panel(&listContent);
+    scrollBar.set_step(RowHeight);
+    shortcutsBar.create(root, {0, 44, SearchWidth, EffectsShortcutsBar::Height});
+    for (generic_button& b : toolButtons)
+        b.create(root, {0, 8, ButtonSize, ButtonSize});
+    toolButtons[ScreenshotButton].add_tooltip("Take a screenshot (Shift + F5)");
+    toolButtons[GalleryButton].add_tooltip("Open Gallery");
+    toolButtons[ExportButton].add_tooltip("Export");
+    toolButtons[SettingsButton].add_tooltip("Settings");
+    newsBadge.create(root, {SearchWidth - 19, 1, NewsSize, NewsSize});
+    newsBadge.get_theme().set("button_font_size", 9.0f);
+    newsBadge.hide(); // until the news check reports something new
+
+    auto& ev = event_manager::instance();
+    ev.add_event(&searchField, this, event_type::value_changed,
+                 [this](const event_info&) { SearchChanged(); });
+    ev.add_event(&searchField, this, event_type::key_down, &EffectsPopupWindow::OnInputKeyDown);
+    ev.add_event(&searchField, this, event_type::pressed,
+                 [this](const event_info&) { ApplySelectedEffect(); });
+    ev.add_event(&searchField, this, event_type::cancelled,
+                 [this](const event_info&) { ApplySelectedEffect(); });
+    ev.add_event(this, this, event_type::key_down, &EffectsPopupWindow::OnKeyDown);
+    ev.add_event(this, this, event_type::key_char, &EffectsPopupWindow::OnKeyChar);
+    ev.add_event(this, this, event_type::focus_gained, &EffectsPopupWindow::OnFocusGained);
+    ev.add_event(this, this, event_type::focus_lost, &EffectsPopupWindow::OnFocusLost);
+    ev.add_event(&root, this, event_type::timer, &EffectsPopupWindow::Timer);
+    ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed,
+                 &EffectsPopupWindow::OnScreenshotButton);
+    for (int b = GalleryButton; b <= LogoButton; ++b)
+        ev.add_event(&toolButtons[b], this, event_type::pressed, &EffectsPopupWindow::OnButton);
+    ev.add_event(&newsBadge, this, event_type::pressed, &EffectsPopupWindow::OnButton);
+    ev.add_event(&shortcutsBar, this, event_type::pressed, &EffectsPopupWindow::OnShortcutButton);
+
+    ReadDataFiles();
+    SwitchTheme(prefs.theme, true);
+    root.add_timer(NewsTimer, 1000);
+    if (!SettingsFileExists(settingsFolder))
+        SavePreferences(false);
+}
+
+void EffectsPopupWindow::ReadDataFiles() {
+    ReadSearchDataFile(blacklist, aliases, catalogue, ChooseReadFolder(SearchDataFileName));
+    ReadShortcutsDataFile(shortcuts, catalogue, ChooseReadFolder(ShortcutsDataFileName));
+}
+
+void EffectsPopupWindow::SetEffectData(const std::vector<EffectData>& entries) {
+    // The rows and lists point into the old catalogue: drop them before it goes.
+    ClearRows();
+    results = {};
+    catalogue = entries;
+    ReadDataFiles();
+    if (is_shown())
+        SearchChanged();
+}
+
+void EffectsPopupWindow::WriteFile() {
+    WriteSearchDataFiles(blacklist, aliases, shortcuts, settingsFolder);
+}
+
+void EffectsPopupWindow::SavePreferences(bool writeLists) {
+    ::SavePreferences(prefs, blacklist, aliases, shortcuts, settingsFolder, writeLists);
+}
+
+// --- commands ------------------------------------------------------------------------------------------
+
+uint32_t EffectsPopupWindow::Show(const std::string& projectName, const std::string& compName,
+                                  const std::string& layerName, PopupCommand command) {
+    return Show(std::string_view(projectName), std::string_view(compName), std::string_view(layerName),
+                command);
+}
+
+uint32_t EffectsPopupWindow::Show(std::string_view const& a, std::string_view const& b,
+                                  std::string_view const& c, PopupCommand const& command) {
+    showTexts = {std::string(a), std::string(b), std::string(c)};
+    screenshotMode = !b.empty();
+    searchMode = !c.empty();
+    switch (command.kind) {
+    case PopupCommand::Show:
+        Open();
+        break;
+    case PopupCommand::Screenshot:
+        TakeScreenshot(false);
+        break;
+    case PopupCommand::Export:
+        ExportScreenshot();
+        break;
+    case PopupCommand::Gallery:
+        OpenGallery();
+        break;
+    case PopupCommand::Preferences:
+        OpenPreferences();
+        break;
+    case PopupCommand::Logo:
+        Logo();
+        break;
+    case PopupCommand::SaveSettings:
+        SavePreferences(true);
+        break;
+    case PopupCommand::NewsCount:
+        return static_cast<uint32_t>(newsCount);
+    default:
+        break;
+    }
+    return NoCommandResult;
+}
+
+int EffectsPopupWindow::TopHeight() const {
+    return (searchMode ? SearchTopHeight : CompactTopHeight) + (shortcutsShown ? ShortcutsBarExtra : 0);
+}
+
+int EffectsPopupWindow::ListWidth(bool overflow) const {
+    return get_rect().w - (overflow ? 20 : 2);
+}
+
+void EffectsPopupWindow::Open() {
+    if (screenshotBusy)
+        return;
+    const int width = searchMode ? SearchWidth : CompactWidth;
+    for (widget* w : std::initializer_list<widget*>{&searchField, &searchIcon, &listFrame, &scrollBar})
+        w->show(searchMode);
+    shortcutsBar.hide();
+    shortcutsShown = false;
+    if (HasShortcuts(shortcuts) && searchMode) {
+        shortcutsShown = true;
+        shortcutsBar.show(true);
+        shortcutsBar.UpdateList(shortcuts, colors);
+    }
+    const ivec4 frame = get_rect();
+    set_rect({frame.x, frame.y, width, TopHeight()});
+    LayoutTop();
+    toolButtons[ScreenshotButton].enable(searchMode || screenshotMode);
+    toolButtons[ExportButton].enable(searchMode || screenshotMode);
+    show();
+}
+
+void EffectsPopupWindow::LayoutTop() {
+    const int width = get_rect().w;
+    static constexpr int offsets[5] = {209, 166, 123, 80, 37};
+    for (int b = 0; b < 5; ++b)
+        toolButtons[b].set_rect({width - offsets[b], 8, ButtonSize, ButtonSize});
+    newsBadge.set_rect({width - 19, 1, NewsSize, NewsSize});
+    searchField.set_rect({51, 8, width - 281, 30});
+    shortcutsBar.set_rect({0, 44, width, EffectsShortcutsBar::Height});
+}
+
+// --- focus and keys ------------------------------------------------------------------------------------
+
+void EffectsPopupWindow::OnFocusGained(const event_info&) {
+    if (searchMode) {
+        get_root().focus(focus_cause::keyboard);
+        searchField.set_text("", true);
+        scrollBar.set_value(0);
+        get_root().add_timer(FocusTimer, 250, true);
+    }
+    const ivec2 pointer = mouse::get_position(nullptr);
+    const ivec4 frame = get_rect();
+    set_rect({pointer.x - frame.w / 2, pointer.y - frame.h, frame.w, frame.h});
+    force_in_screen();
+}
+
+void EffectsPopupWindow::OnFocusLost(const event_info&) {
+    hide();
+}
+
+void EffectsPopupWindow::OnInputKeyDown(const event_info& e) {
+    if (rows.empty())
+        return;
+    if (selected == nullptr) {
+        SetSelected(rows.front().get());
+        scrollBar.set_value(0);
+        return;
+    }
+    const size_t count = rows.size();
+    size_t index = selected->GetIndex();
+    switch (e.data) {
+    case KeyUp:
+        index = index == 0 ? count - 1 : index - 1;
+        break;
+    case KeyDown:
+        index = index + 1 >= count ? 0 : index + 1;
+        break;
+    case KeyTab:
+        if (selected->GetEffect() != nullptr && selected->GetEffect()->is_preset)
+            index = 0;
+        else if (results.FirstPreset() < count)
+            index = results.FirstPreset();
+        break;
+    default:
+        break;
+    }
+    SetSelected(rows[index].get());
+    ScrollIntoView(index);
+}
+
+void EffectsPopupWindow::ScrollIntoView(size_t index) {
+    int top = static_cast<int>(index) * RowHeight;
+    if (effectsHeader != nullptr)
+        top += HeaderHeight;
+    if (presetsHeader != nullptr && rows[index]->GetEffect() != nullptr &&
+        rows[index]->GetEffect()->is_preset)
+        top += HeaderHeight;
+    const int visible = listFrame.get_rect().h;
+    const int scrolled = scrollBar.get_value();
+    if (top < scrolled)
+        scrollBar.set_value(top);
+    else if (top + RowHeight > scrolled + visible)
+        scrollBar.set_value(top + RowHeight - visible);
+}
+
+void EffectsPopupWindow::OnKeyDown(const event_info& e) {
+    if (e.data == KeyF5) {
+        if (keyboard::is_key_down(keyboard::shift))
+            TakeScreenshot(false);
+        else
+            OpenGallery();
+        return;
+    }
+    if (!searchMode && e.data != KeyOption && e.data != KeyCommand && e.data != KeyShift)
+        hide();
+}
+
+void EffectsPopupWindow::OnKeyChar(const event_info& e) {
+    const unsigned long long unit = e.data & 0xFFFFFFFFu;
+    // A digit picks a shortcut slot unless it continues a search: once the search field holds other
+    // text, the digit is part of what the user types ("3d", "cc 2").
+    const bool typing = searchMode && searchField.get_inside().has_focus() &&
+                        searchField.get_text() != std::string(1, static_cast<char>(unit));
+    if (unit >= '1' && unit <= '9' && !typing) {
+        const size_t slot = unit - '1';
+        if (slot < shortcuts.size() && shortcuts[slot].effect != nullptr) {
+            Fire(GetActualEffect(aliases, shortcuts[slot].effect));
+            return;
+        }
+    }
+    if (!searchMode)
+        hide();
+}
+
+void EffectsPopupWindow::Timer(const event_info& e) {
+    switch (e.data) {
+    case FocusTimer:
+        searchField.focus(focus_cause::keyboard);
+        break;
+    case NewsTimer: {
+        const int32_t count = newsPoll ? newsPoll() : -1;
+        if (count < 0)
+            break;
+        newsCount = count;
+        get_root().remove_timer(NewsTimer);
+        newsBadge.set_text(std::to_string(count));
+        newsBadge.show(count > 0);
+        break;
+    }
+    case FadeTimer:
+        fade = std::max(0.0f, fade - 0.1f);
+        if (fade <= 0.0f)
+            get_root().remove_timer(FadeTimer);
+        get_root().update(false);
+        break;
+    default:
+        break;
+    }
+}
+
+// --- applying ------------------------------------------------------------------------------------------
+
+void EffectsPopupWindow::Fire(const EffectData* effect) {
+    event_manager::instance().fire_event(
+        this, event_type::pressed, static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(effect)));
+    hide();
+}
+
+void EffectsPopupWindow::ApplyEffect(const event_info& e) {
+    if (e.type == event_type::mouse_up && e.data == static_cast<unsigned long long>(mouse::button::right))
+        return;
+    if ((e.type == event_type::key_down || e.type == event_type::key_down_raw) && e.data != KeyReturn)
+        return;
+    auto* slot = dynamic_cast<EffectSlot*>(e.sender);
+    if (slot == nullptr || slot->GetEffect() == nullptr)
+        return;
+    Fire(GetActualEffect(aliases, slot->GetEffect()));
+}
+
+void EffectsPopupWindow::ApplySelectedEffect() {
+    if (selected == nullptr || selected->GetEffect() == nullptr) {
+        hide();
+        return;
+    }
+    Fire(GetActualEffect(aliases, selected->GetEffect()));
+}
+
+void EffectsPopupWindow::OnShortcutButton(const event_info& e) {
+    const unsigned long long number = e.data;
+    if (number < 1 || number > shortcuts.size() || shortcuts[number - 1].effect == nullptr)
+        return;
+    Fire(GetActualEffect(aliases, shortcuts[number - 1].effect));
+}
+
+void EffectsPopupWindow::OnButton(const event_info& e) {
+    if (e.sender == &toolButtons[GalleryButton])
+        OpenGallery();
+    else if (e.sender == &toolButtons[SettingsButton])
+        OpenPreferences();
+    else if (e.sender == &toolButtons[LogoButton] || e.sender == &newsBadge)
+        Logo();
+    else if (e.sender == &toolButtons[ExportButton])
+        ExportScreenshot();
+}
+
+void EffectsPopupWindow::OnScreenshotButton(const event_info&) {
+    TakeScreenshot(false);
+}
+
+// --- list --------------------------------------------------------------------------------------------
+
+void EffectsPopupWindow::ClearRows() {
+    selected = nullptr;
+    // Detaching everything at once is linear; the rows then die without a parent to notify.
+    listContent.remove_all_children();
+    rows.clear();
+    effectsHeader.reset();
+    presetsHeader.reset();
+}
+
+void EffectsPopupWindow::SetSelected(EffectSlot* slot) {
+    if (slot == selected)
+        return;
+    if (selected != nullptr)
+        selected->SetSelected(false);
+    selected = slot;
+    if (selected != nullptr)
+        selected->SetSelected(true);
+}
+
+void EffectsPopupWindow::SearchChanged() {
+    const std::string text = searchField.get_text();
+    const bool barWanted = text.empty() && searchMode && HasShortcuts(shortcuts);
+    if (barWanted != shortcutsShown || (barWanted && shortcutsBar.GetButtons().empty())) {
+        shortcutsShown = barWanted;
+        shortcutsBar.show(barWanted);
+        if (barWanted)
+            shortcutsBar.UpdateList(shortcuts, colors);
+    }
+
+    ClearRows();
+    rows.reserve(catalogue.size());
+    shortcutLabels = GetShortcutsAlias(shortcuts);
+    search.Run(text, catalogue, blacklist, aliases, results);
+
+    const int width = listFrame.get_rect().w;
+    int y = 0;
+    auto activate = [this](const event_info& e) {
+        ApplyEffect(e);
+    };
+    for (const SearchRow& row : results.Rows()) {
+        if (row.kind != SearchRowKind::Entry) {
+            std::unique_ptr<HeaderSlot> header;
+            if (row.kind == SearchRowKind::PresetsHeader) {
+                header = std::make_unique<HeaderSlot>("Presets", colors->presetsHeaderBack);
+                header->SetTextColor(colors->presetsHeaderText);
+            } else if (row.kind == SearchRowKind::EffectsHeader) {
+                header = std::make_unique<HeaderSlot>("Effects", colors->effectsHeaderBack);
+                header->SetTextColor(colors->effectsHeaderText);
+            } else {
+                header = std::make_unique<HeaderSlot>("No Matches", colors->noMatchesHeaderBack);
+                header->SetTextColor(colors->noMatchesHeaderText);
+            }
+            header->get_theme().set("default_back_color", colors->listBack);
+            header->create(listContent, {0, y, width, HeaderHeight});
+            header->show(true);
+            y += HeaderHeight;
+            (row.kind == SearchRowKind::PresetsHeader ? presetsHeader : effectsHeader) = std::move(header);
+            continue;
+        }
+        const SearchEntry& entry = results.entries[row.entry];
+        auto slot = std::make_unique<EffectSlot>(*this, true);
+        slot->SetEffect(entry.effect, entry.user_entry, &shortcutLabels);
+        slot->SetIndex(rows.size());
+        slot->SetTextColor(colors->rowText, colors->rowSecondText);
+        slot->SetActivate(activate);
+        slot->get_theme().set("default_back_color", colors->listBack);
+        slot->create(listContent, {0, y, width, RowHeight});
+        slot->show(true);
+        y += RowHeight;
+        rows.push_back(std::move(slot));
+    }
+    if (!rows.empty())
+        SetSelected(rows.front().get());
+    contentHeight = y;
+    Resize();
+    scrollBar.set_value(0);
+}
+
+void EffectsPopupWindow::Resize() {
+    const ivec4 frame = get_rect();
+    const int top = TopHeight();
+    const int listHeight = std::min(contentHeight, MaxListHeight);
+    const bool overflow = contentHeight > listHeight;
+    const int listWidth = ListWidth(overflow);
+    listFrame.set_rect({1, top, listWidth, listHeight});
+    if (listContent.get_rect().w != listWidth) {
+        for (auto& row : rows)
+            row->set_rect({0, row->get_rect().y, listWidth, RowHeight});
+        for (HeaderSlot* h : {effectsHeader.get(), presetsHeader.get()})
+            if (h != nullptr)
+                h->set_rect({0, h->get_rect().y, listWidth, HeaderHeight});
+    }
+    listContent.set_rect({0, listContent.get_rect().y, listWidth, contentHeight});
+    scrollBar.set_rect({frame.w - 18, top, ScrollBarWidth, listHeight});
+    scrollBar.show(overflow && searchMode);
+    scrollBar.update_bar();
+    const int height = listHeight + (contentHeight > 0 ? 1 : 0) + top;
+    set_rect({frame.x, frame.y, frame.w, height});
+    force_in_screen();
+}
+
+// --- the user's lists ------------------------------------------------------------------------------
+
+void EffectsPopupWindow::AddToList(const EffectData* effect, bool toBlacklist) {
+    if (effect == nullptr)
+        return;
+    ::AddToList(blacklist, aliases, effect, toBlacklist);
+    WriteFile();
+    SearchChanged();
+}
+
+void EffectsPopupWindow::AddToShortcuts(const EffectData* effect) {
+    if (effect != nullptr && ::AddToShortcuts(shortcuts, effect))
+        WriteFile();
+    hide();
+}
+
+void EffectsPopupWindow::ReplaceToShortcuts(const EffectData* effect, unsigned long index) {
+    if (effect != nullptr && ::ReplaceToShortcuts(shortcuts, effect, index))
+        WriteFile();
+    hide();
+}
+
+// --- theme -----------------------------------------------------------------------------------------
+
+void EffectsPopupWindow::InitThemes() {
+    themes = BuildColorThemes();
+    colors = nullptr;
+}
+
+void EffectsPopupWindow::SwitchTheme(UIColorTheme themeId, bool force) {
+    const auto index = static_cast<size_t>(static_cast<int32_t>(themeId));
+    const UIColors* next = index < themes.size() ? &themes[index] : &themes.front();
+    if (next == colors && !force)
+        return;
+    colors = next;
+    const UIColors& c = *colors;
+
+    // Tooltips and button borders are drawn by toolkit windows of their own: they read the shared table.
+    theme::plugin_map = theme::style_map{
+        {"tooltip_back_color", theme_style(c.tooltipBack)},
+        {"tooltip_border_color", theme_style(c.tooltipBorder)},
+        {"tooltip_font_color", theme_style(c.tooltipFont)},
+        {"tooltip_border_color_1", theme_style(c.tooltipBorder1)},
+        {"button_border_color_hover", theme_style(c.buttonBorderHover)},
+        {"button_border_color_focus", theme_style(c.buttonBorderFocus)},
+        {"input_selection_color", theme_style(c.inputSelection)},
+    };
+
+    get_root().set_background(c.windowBack);
+    const image_stream icons[5] = {c.screenshotIcon, c.galleryIcon, c.exportIcon, c.prefIcon, c.logoIcon};
+    for (int b = 0; b < 5; ++b) {
+        nimbit::ui::theme& t = toolButtons[b].get_theme();
+        t.set("button_color_normal", c.windowBack);
+        t.set("button_color_hover", c.windowBack);
+        t.set("button_back_image", icons[b]);
+    }
+    nimbit::ui::theme& news = newsBadge.get_theme();
+    news.set("button_color_normal", c.windowBack);
+    news.set("button_color_hover", c.windowBack);
+    news.set("button_font_color", c.newsFont);
+    news.set("button_back_image", c.newsIcon);
+
+    searchIcon.set_background(c.windowBack);
+    searchIcon.SetImage(c.searchIcon);
+    searchField.set_background(c.inputBack);
+    nimbit::ui::theme& input = searchField.get_theme();
+    input.set("input_border_color", c.inputBorder);
+    input.set("input_font_color", c.inputFont);
+    input.set("input_font_default_text_color", c.inputDefaultText);
+    searchField.set_default_text(SearchPlaceholder);
+
+    shortcutsBar.set_background(c.panelBack);
+    nimbit::ui::theme& bar = shortcutsBar.get_theme();
+    bar.set("default_border_color", c.borderColor);
+    bar.set("other_border_color", c.otherBorderColor);
+    bar.set("separator_line_color", c.separatorLineColor);
+    if (shortcutsShown)
+        shortcutsBar.UpdateList(shortcuts, colors);
+
+    listFrame.set_background(c.listBack);
+    listContent.set_background(c.listBack);
+    for (auto& row : rows) {
+        row->get_theme().set("default_back_color", c.listBack);
+        row->SetTextColor(c.rowText, c.rowSecondText);
+    }
+    if (effectsHeader != nullptr) {
+        const bool none = effectsHeader->GetText() == "No Matches";
+        effectsHeader->get_theme().set("default_back_color", c.listBack);
+        effectsHeader->SetTextColor(none ? c.noMatchesHeaderText : c.effectsHeaderText);
+    }
+    if (presetsHeader != nullptr) {
+        presetsHeader->get_theme().set("default_back_color", c.listBack);
+        presetsHeader->SetTextColor(c.presetsHeaderText);
+    }
+    scrollBar.SwitchTheme(colors);
+    get_root().update(false);
+}
+
+// --- tools ---------------------------------------------------------------------------------------
+
+void EffectsPopupWindow::Paste() {
+    bitmap image;
+    if (!image.load_image_from_clipboard())
+        return;
+    const file_path folder(prefs.captureFolder);
+    make_dir(folder);
+    const file_path target = folder.append(file_path(timer::get_formated_time(true))).append_extension("png");
+    image.save_image(target, image_format::png);
+}
+
+void EffectsPopupWindow::Logo() {
+    file_shell::open_link(std::string(ProductPage));
+    newsBadge.hide();
+    prefs.newsTime = CurrentNewsTime();
+    SavePreferences(true);
+}
+
+// The gallery, the preferences window and frame capture are separate pieces that are not part of this
+// build yet: their entry points are here so that the buttons, keys and script commands are wired,
+// and they do nothing until those pieces arrive.
+void EffectsPopupWindow::OpenGallery() {}
+void EffectsPopupWindow::OpenPreferences() {}
+void EffectsPopupWindow::TakeScreenshot(bool) {}
+void EffectsPopupWindow::ExportScreenshot() {}

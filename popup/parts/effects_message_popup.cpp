@@ -1,0 +1,126 @@
+#include "popup/parts/effects_message_popup.h"
+
+#include "nimbit/ui/drawer.h"
+#include "popup/ui_colors.h"
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+constexpr unsigned long long EscapeKey = 27;
+constexpr int ButtonWidth = 80, ButtonHeight = 24;
+
+void StyleWindow(window& w, UIColors const* colours) {
+    if (colours != nullptr)
+        w.get_root().set_background(colours->messageBack);
+    else
+        w.get_root().set_background(w.get_root().get_theme().get<vec4>("message_popup_back_color"));
+}
+
+// The message, wrapped inside the popup's upper part, in the popup's font colour.
+void DrawMessage(widget& text, std::string const& message, vec4 const& colour, bitmap const* icon) {
+    window* w = text.get_window();
+    if (w == nullptr)
+        return;
+    drawer& d = w->get_drawer();
+    const ivec4& r = text.get_rect();
+    int left = 0;
+    if (icon != nullptr && icon->is_loaded()) {
+        d.draw_image({0, 0, 32, 32}, *icon, true);
+        left = 44;
+    }
+    d.set_text_font("Arial", 12);
+    d.set_text_format(text_align::left, text_valign::center);
+    d.set_text_color(colour);
+    d.draw_text({left, 0, r.w - left, r.h}, message);
+}
+
+} // namespace
+
+EffectsMessagePopupButton::EffectsMessagePopupButton(UIColors const* colours) {
+    set_name("EffectsMessagePopupButton");
+    if (colours == nullptr)
+        return;
+    nimbit::ui::theme& t = get_theme();
+    t.set("button_color_normal", colours->messageButtonBack);
+    t.set("button_color_hover", colours->messageButtonBackHover);
+    t.set("button_font_color", colours->messageFont);
+    t.set("button_border_color_hover", colours->buttonBorderHover);
+    t.set("button_border_color_focus", colours->buttonBorderFocus);
+}
+
+EffectsMessagePopupButton::~EffectsMessagePopupButton() = default;
+
+EffectsMessagePopup::EffectsMessagePopup(window* parent, ivec2 const& position, UIColors const* colours,
+                                         std::string_view const& message, std::string_view const& caption)
+    : confirm(colours), cancel(colours), message(message) {
+    create("Message", {position.x, position.y, Width, Height}, window_style_titled, parent);
+    StyleWindow(*this, colours);
+    const vec4 font = colours != nullptr ? colours->messageFont : vec4{1, 1, 1, 1};
+    text.create(get_root(), {14, 8, Width - 28, 40});
+    text.show(true);
+    auto& ev = event_manager::instance();
+    ev.add_event(&text, this, event_type::draw,
+                 [this, font](const event_info&) { DrawMessage(text, this->message, font, nullptr); });
+    confirm.create(get_root(),
+                   {Width - 2 * ButtonWidth - 22, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    confirm.set_text(caption);
+    confirm.show(true);
+    cancel.create(get_root(),
+                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    cancel.set_text("Cancel");
+    cancel.show(true);
+    ev.add_event(&confirm, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
+    ev.add_event(&cancel, this, event_type::pressed, &EffectsMessagePopup::Close);
+    ev.add_event(this, this, event_type::key_down, &EffectsMessagePopup::KeyDown);
+    ev.add_event(this, this, event_type::focus_gained, &EffectsMessagePopup::OnFocusGained);
+}
+
+EffectsMessagePopup::~EffectsMessagePopup() = default;
+
+void EffectsMessagePopup::KeyDown(const event_info& e) {
+    if (e.data == EscapeKey)
+        end_modal(0);
+}
+
+void EffectsMessagePopup::OnFocusGained(const event_info&) {
+    set_focus(&confirm, focus_cause::keyboard);
+}
+
+EffectsWarningPopup::EffectsWarningPopup(window* parent, ivec2 const& position, UIColors const* colours,
+                                         std::string_view const& message, std::string_view const& caption)
+    : button(colours), message(message) {
+    create("Warning", {position.x, position.y, Width, Height}, window_style_titled, parent);
+    StyleWindow(*this, colours);
+    if (colours != nullptr) {
+        fontColor = colours->messageFont;
+        icon.load_image(colours->warningIcon);
+    }
+    text.create(get_root(), {14, 8, Width - 28, 40});
+    text.show(true);
+    auto& ev = event_manager::instance();
+    ev.add_event(&text, this, event_type::draw, &EffectsWarningPopup::DrawText);
+    button.create(get_root(),
+                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    button.set_text(caption);
+    button.show(true);
+    ev.add_event(&button, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
+    ev.add_event(this, this, event_type::key_down, &EffectsWarningPopup::KeyDown);
+    ev.add_event(this, this, event_type::focus_gained, &EffectsWarningPopup::OnFocusGained);
+}
+
+EffectsWarningPopup::~EffectsWarningPopup() = default;
+
+void EffectsWarningPopup::DrawText(const event_info&) {
+    DrawMessage(text, message, fontColor, &icon);
+}
+
+void EffectsWarningPopup::KeyDown(const event_info& e) {
+    if (e.data == EscapeKey)
+        end_modal(0);
+}
+
+void EffectsWarningPopup::OnFocusGained(const event_info&) {
+    set_focus(&button, focus_cause::keyboard);
+}

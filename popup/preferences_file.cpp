@@ -1,0 +1,174 @@
+#include "popup/preferences_file.h"
+
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/filesystem/file_stats.h"
+#include "nimbit/filesystem/write_file_atomic.h"
+#include "nimbit/utils/chunk_file.h"
+#include "popup/preferences_data.h"
+#include "popup/search_data_files.h"
+
+#include <cstring>
+
+namespace {
+
+enum SettingsChunk : unsigned {
+    ThemeChunk = 1,
+    ShortcutChoiceChunk = 2,
+    CaptureFolderChunk = 3,
+    FullResolutionChunk = 4,
+    NewsTimeChunk = 5,
+    // 6 is retired.
+    CustomKeyNameChunk = 7,
+    CustomKeyCodeChunk = 8,
+    CustomCtrlChunk = 9,
+    CustomOptChunk = 10,
+    CustomShiftChunk = 11,
+    CustomCmdChunk = 12,
+};
+
+// The same routine fills a measuring pass and the writing pass, so both see identical chunks.
+void WriteFields(nimbit::chunk_file& file, const PreferencesData& prefs) {
+    int theme = static_cast<int>(prefs.theme);
+    int shortcutChoice = prefs.shortcutChoice;
+    bool fullResolution = prefs.fullResolutionScreenshots;
+    long long newsTime = prefs.newsTime;
+    int keyCode = prefs.customKeyCode;
+    int ctrl = prefs.customCtrl, opt = prefs.customOpt, shift = prefs.customShift, cmd = prefs.customCmd;
+    file.chunk(ThemeChunk, theme);
+    file.chunk(ShortcutChoiceChunk, shortcutChoice);
+    file.chunk(CaptureFolderChunk, std::string(prefs.captureFolder));
+    file.chunk(FullResolutionChunk, fullResolution);
+    file.chunk(NewsTimeChunk, newsTime);
+    file.chunk(CustomKeyNameChunk, std::string(prefs.customKeyName));
+    file.chunk(CustomKeyCodeChunk, keyCode);
+    file.chunk(CustomCtrlChunk, ctrl);
+    file.chunk(CustomOptChunk, opt);
+    file.chunk(CustomShiftChunk, shift);
+    file.chunk(CustomCmdChunk, cmd);
+}
+
+// Little-endian, whatever the machine: the file's byte order is fixed.
+uint64_t ReadLittleEndian(const unsigned char* data, size_t size) {
+    uint64_t value = 0;
+    for (size_t i = size; i-- > 0;)
+        value = (value << 8) | data[i];
+    return value;
+}
+
+bool ReadInt(const nimbit::chunk_file& file, int32_t& field) {
+    if (file.chunk_size() != 4)
+        return false;
+    field = static_cast<int32_t>(static_cast<uint32_t>(ReadLittleEndian(file.chunk_data(), 4)));
+    return true;
+}
+
+std::string ReadString(const nimbit::chunk_file& file) {
+    const size_t size = file.chunk_size();
+    if (size == 0)
+        return {};
+    const char* text = reinterpret_cast<const char*>(file.chunk_data());
+    const void* zero = std::memchr(text, 0, size);
+    return std::string(text, zero ? static_cast<const char*>(zero) - text : size);
+}
+
+bool IsAcceptableCaptureFolder(const std::string& folder) {
+    return !folder.empty() && folder[0] == '/' && nimbit::file_stats(nimbit::file_path(folder)).type == 1;
+}
+
+} // namespace
+
+std::vector<unsigned char> EncodePreferences(const PreferencesData& prefs) {
+    nimbit::chunk_file measure(nullptr, 0, nimbit::chunk_file_access::measure);
+    WriteFields(measure, prefs);
+    std::vector<unsigned char> bytes(measure.file_size());
+    nimbit::chunk_file writer(bytes.data(), bytes.size(), nimbit::chunk_file_access::write);
+    WriteFields(writer, prefs);
+    return bytes;
+}
+
+namespace {
+
+bool ReadFields(nimbit::chunk_file& file, PreferencesData& prefs) {
+    if (!file.is_valid())
+        return false;
+    int32_t value = 0;
+    while (const uint32_t id = file.next_chunk()) {
+        switch (id) {
+        case ThemeChunk:
+            if (ReadInt(file, value))
+                prefs.theme = static_cast<UIColorTheme>(value);
+            break;
+        case ShortcutChoiceChunk:
+            ReadInt(file, prefs.shortcutChoice);
+            break;
+        case CaptureFolderChunk:
+            if (std::string folder = ReadString(file); IsAcceptableCaptureFolder(folder))
+                prefs.captureFolder = std::move(folder);
+            break;
+        case FullResolutionChunk:
+            if (file.chunk_size() == 1)
+                prefs.fullResolutionScreenshots = file.chunk_data()[0] != 0;
+            break;
+        case NewsTimeChunk:
+            if (file.chunk_size() == 8)
+                prefs.newsTime = static_cast<int64_t>(ReadLittleEndian(file.chunk_data(), 8));
+            break;
+        case CustomKeyNameChunk:
+            prefs.customKeyName = ReadString(file);
+            break;
+        case CustomKeyCodeChunk:
+            ReadInt(file, prefs.customKeyCode);
+            break;
+        case CustomCtrlChunk:
+            ReadInt(file, prefs.customCtrl);
+            break;
+        case CustomOptChunk:
+            ReadInt(file, prefs.customOpt);
+            break;
+        case CustomShiftChunk:
+            ReadInt(file, prefs.customShift);
+            break;
+        case CustomCmdChunk:
+            ReadInt(file, prefs.customCmd);
+            break;
+        default: // 6 and anything unknown
+            break;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& prefs) {
+    nimbit::chunk_file file(data, size);
+    return ReadFields(file, prefs);
+}
+
+bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder) {
+    if (folder.empty())
+        return false;
+    nimbit::chunk_file file(folder.append(SettingsFileName), nimbit::chunk_file_access::read);
+    return ReadFields(file, prefs);
+}
+
+bool SettingsFileExists(const nimbit::file_path& folder) {
+    return !folder.empty() && nimbit::file_stats(folder.append(SettingsFileName)).exists;
+}
+
+bool SavePreferences(const PreferencesData& prefs, const std::vector<EffectAlias>& blacklist,
+                     const std::vector<EffectAlias>& aliases, const std::vector<EffectAlias>& shortcuts,
+                     const nimbit::file_path& folder, bool writeLists) {
+    if (folder.empty())
+        return false;
+    // On a first run the user's folder may not exist yet.
+    nimbit::make_dir(folder);
+    const std::vector<unsigned char> bytes = EncodePreferences(prefs);
+    bool saved = nimbit::write_file_atomic(folder.append(SettingsFileName), bytes.data(), bytes.size());
+    if (!prefs.captureFolder.empty())
+        saved = nimbit::make_dir(nimbit::file_path(prefs.captureFolder)) && saved;
+    if (writeLists)
+        saved = WriteSearchDataFiles(blacklist, aliases, shortcuts, folder) && saved;
+    return saved;
+}

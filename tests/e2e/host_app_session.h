@@ -1,0 +1,98 @@
+#pragma once
+
+// One run of the simulated host on screen: its own Xvfb, the application with the plug-in and a
+// project, xdotool as the artist, and the application's session record to wait on.
+
+#include <nlohmann/json.hpp>
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace e2e {
+
+struct WindowGeometry {
+    unsigned long id = 0;
+    int x = 0, y = 0, width = 0, height = 0;
+};
+
+// An Xvfb of our own (so that parallel tests never share a screen), ended with the object.
+class VirtualDisplay {
+public:
+    VirtualDisplay() = default;
+    ~VirtualDisplay();
+    VirtualDisplay(const VirtualDisplay&) = delete;
+    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
+    // Starts the server and waits until it answers; false when it cannot be started.
+    bool Start();
+    const std::string& Name() const { return name; } // ":N", empty until started
+
+private:
+    // One try at a display number chosen by attempt; false when Xvfb cannot be run at all.
+    bool TryStart(int attempt);
+    std::string name;
+    pid_t server = -1;
+};
+
+// Runs xdotool on display with the arguments (one per element); its standard output.
+std::string Xdotool(const std::string& display, const std::vector<std::string>& args, bool* ok = nullptr);
+
+class HostAppSession {
+public:
+    // Starts Xvfb and the application with project (the sample project when empty). Check Started().
+    explicit HostAppSession(const std::string& project = {});
+    ~HostAppSession();
+    HostAppSession(const HostAppSession&) = delete;
+    HostAppSession& operator=(const HostAppSession&) = delete;
+
+    bool Started() const { return app > 0; }
+    const std::string& Root() const { return root; }
+    std::string Log() const; // what the application printed
+
+    // The latest session record (null until the application has written one).
+    nlohmann::json Record() const;
+    // Polls the record until done holds for it; false when timeout seconds pass first.
+    bool WaitForRecord(const std::function<bool(const nlohmann::json&)>& done, double timeout = 10.0) const;
+    // Waits until the application's idle routine has run at least ticks more times.
+    bool WaitForIdleTicks(long ticks, double timeout = 10.0) const;
+
+    // Runs xdotool with the arguments (one per element); its standard output.
+    std::string Xdotool(const std::vector<std::string>& args, bool* ok = nullptr) const;
+    // The visible windows, newest last.
+    std::vector<WindowGeometry> VisibleWindows() const;
+    // Waits for a visible window named exactly title.
+    bool WaitForWindow(const std::string& title, WindowGeometry* found = nullptr,
+                       double timeout = 10.0) const;
+    // A click as a person makes it: the button held for a tenth of a second.
+    bool ClickAt(int x, int y) const;
+    // Opens the main menu's item at index path[0], then in each opened submenu the item at the next
+    // index, by clicking where the menus are drawn (one item per row of the menu's height).
+    bool ClickMenuPath(const std::vector<int>& path) const;
+    // Types text into the focused window, then presses Return.
+    bool TypeLine(const std::string& text) const;
+    // Sends a control line to the application (see hostsim/app/main.mm).
+    void Control(const std::string& line) const;
+
+    // Sends a signal to the application.
+    void Signal(int signal) const;
+    // Waits for the application to end; its exit status, or -1 when it did not end in time.
+    int WaitForExit(double timeout = 10.0);
+
+private:
+    VirtualDisplay screen;
+    std::string root, display, recordPath;
+    pid_t app = -1;
+    int control = -1;
+};
+
+// Indices of the Effect menu's category titled category and of its item titled name, as the
+// application builds them from project (main menu index 5, then these two).
+std::vector<int> EffectMenuPath(const std::string& project, const std::string& category,
+                                const std::string& name);
+
+// The layer of the active composition named name in a record (null json when missing).
+nlohmann::json ActiveLayer(const nlohmann::json& record, const std::string& name);
+
+} // namespace e2e

@@ -1,0 +1,259 @@
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/utils/chunk_file.h"
+#include "nimbit/utils/chunk_helper.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <sys/resource.h>
+#include <tuple>
+#include <vector>
+
+namespace {
+
+using bytes = std::vector<unsigned char>;
+using nimbit::chunk_file;
+using nimbit::chunk_file_access;
+
+const bytes magic = {0x4E, 0x42, 0x43, 0x48, 0x46, 0x00, 0x00, 0x01};
+const bytes legacy_magic = {0x4E, 0x42, 0x43, 0x46, 0x48, 0x00, 0x00, 0x01};
+
+// Appends one raw chunk to a byte image; claimed_size may lie about the data that follows.
+bytes& add(bytes& file, uint32_t id, const bytes& data, int64_t claimed_size = -1) {
+    const auto size = static_cast<uint32_t>(claimed_size < 0 ? data.size() : claimed_size);
+    for (uint32_t v : {id, size})
+        for (int i = 0; i < 4; ++i)
+            file.push_back(static_cast<unsigned char>(v >> (8 * i)));
+    file.insert(file.end(), data.begin(), data.end());
+    return file;
+}
+
+std::vector<uint32_t> ids_in(const bytes& image) {
+    chunk_file file(image.data(), image.size());
+    std::vector<uint32_t> ids;
+    while (uint32_t id = file.next_chunk())
+        ids.push_back(id);
+    return ids;
+}
+
+class ChunkFileTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const char* base = std::getenv("TMPDIR");
+        std::string pattern = std::string(base && *base ? base : "/tmp") + "/chunk_file_test.XXXXXX";
+        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
+        folder = pattern;
+    }
+    void TearDown() override { std::filesystem::remove_all(folder); }
+
+    nimbit::file_path path(const std::string& name) const { return nimbit::file_path(folder + "/" + name); }
+    bytes read_all(const std::string& name) const {
+        std::ifstream in(folder + "/" + name, std::ios::binary);
+        return bytes(std::istreambuf_iterator<char>(in), {});
+    }
+    void write_all(const std::string& name, const bytes& content) const {
+        std::ofstream(folder + "/" + name, std::ios::binary)
+            .write(reinterpret_cast<const char*>(content.data()),
+                   static_cast<std::streamsize>(content.size()));
+    }
+
+    std::string folder;
+};
+
+struct record {
+    int number = 0;
+    bool flag = false;
+    long long stamp = 0;
+    std::string text;
+};
+
+// The one routine that lists the fields, for writing, measuring and reading alike.
+bool transfer(chunk_file& file, record& r) {
+    bool all = file.chunk(1, r.number);
+    all &= file.chunk(2, r.flag);
+    all &= file.chunk(3, r.stamp);
+    all &= file.chunk(4, r.text);
+    return all;
+}
+
+TEST_F(ChunkFileTest, WritesTheLittleEndianLayoutAndReadsItBackInAnyOrder) {
+    record out{INT32_MIN, true, 0x0102030405060708LL, "abc"};
+    {
+        chunk_file file(path("s"), chunk_file_access::write);
+        EXPECT_TRUE(transfer(file, out));
+    }
+    bytes expected = magic;
+    add(add(add(add(expected, 1, {0, 0, 0, 0x80}), 2, {1}), 3, {8, 7, 6, 5, 4, 3, 2, 1}), 4, {'a', 'b', 'c'});
+    EXPECT_EQ(read_all("s"), expected);
+
+    chunk_file file(path("s"), chunk_file_access::read);
+    record in;
+    EXPECT_TRUE(file.chunk(4, in.text) && file.chunk(3, in.stamp) && file.chunk(1, in.number) &&
+                file.chunk(2, in.flag));
+    EXPECT_EQ(std::tie(in.number, in.flag, in.stamp, in.text),
+              std::tie(out.number, out.flag, out.stamp, out.text));
+    EXPECT_FALSE(file.chunk(1, in.number)) << "each occurrence is read once";
+
+    // Measuring the same record touches nothing and adds up to the written length.
+    chunk_file measure(path("m"), chunk_file_access::measure);
+    EXPECT_TRUE(transfer(measure, out));
+    EXPECT_EQ(measure.file_size(), expected.size());
+    EXPECT_FALSE(std::filesystem::exists(path("m").to_string()));
+}
+
+TEST_F(ChunkFileTest, MeasuredBuffersTakeTheSameChunks) {
+    chunk_file measure(nullptr, 0, chunk_file_access::measure);
+    measure.write_chunk(1, 1);
+    measure.write_chunk(2, true);
+    measure.write_chunk(3, std::string("abc"));
+    EXPECT_EQ(measure.file_size(), 40u);
+    bytes buffer(40);
+    chunk_file writer(buffer.data(), buffer.size(), chunk_file_access::write);
+    writer.write_chunk(1, 1);
+    writer.write_chunk(2, true);
+    writer.write_chunk(3, std::string("abc"));
+    EXPECT_EQ(ids_in(buffer), (std::vector<uint32_t>{1, 2, 3}));
+}
+
+TEST_F(ChunkFileTest, RepeatsComeBackInFileOrderAndIdentifierZeroEndsTheFile) {
+    for (const bytes& start : {magic, legacy_magic}) {
+        bytes image = start;
+        add(add(add(image, 9, {5, 0, 0, 0}), 4, {}), 9, {7, 0, 0, 0});
+        add(add(image, 0, {0xAA}), 9, {8, 0, 0, 0});
+        EXPECT_EQ(ids_in(image), (std::vector<uint32_t>{9, 4, 9}));
+
+        chunk_file file(image.data(), image.size());
+        int value = -1;
+        EXPECT_TRUE(file.chunk(9, value));
+        EXPECT_EQ(value, 5);
+        EXPECT_TRUE(file.chunk(9, value));
+        EXPECT_EQ(value, 7);
+        EXPECT_FALSE(file.chunk(9, value)) << "the occurrence after identifier 0 is not indexed";
+        EXPECT_EQ(value, 7);
+        std::string empty = "default";
+        EXPECT_TRUE(file.chunk(4, empty));
+        EXPECT_EQ(empty, "");
+    }
+}
+
+TEST_F(ChunkFileTest, EmptyUnknownShortAndMissingFilesLeaveDefaults) {
+    const std::vector<std::pair<bytes, bool>> cases = {{magic, true},
+                                                       {bytes(magic.begin(), magic.begin() + 7), false},
+                                                       {{}, false},
+                                                       {{'N', 'B', 'C', 'H', 'F', 0, 0, 2}, false}};
+    for (const auto& [content, valid] : cases) {
+        write_all("f", content);
+        chunk_file file(path("f"), chunk_file_access::read);
+        EXPECT_EQ(file.is_valid(), valid);
+        EXPECT_EQ(file.next_chunk(), 0u);
+        record r{11, true, 12, "keep"};
+        EXPECT_FALSE(transfer(file, r));
+        EXPECT_EQ(std::tie(r.number, r.flag, r.stamp, r.text),
+                  std::make_tuple(11, true, 12LL, std::string("keep")));
+    }
+    EXPECT_FALSE(chunk_file(path("nothing here"), chunk_file_access::read).is_valid());
+    EXPECT_FALSE(chunk_file(nimbit::file_path(folder), chunk_file_access::read).is_valid());
+    EXPECT_FALSE(chunk_file(static_cast<const unsigned char*>(nullptr), 100).is_valid());
+
+    chunk_file unwritable(path("no/such/folder/s"), chunk_file_access::write);
+    EXPECT_FALSE(unwritable.is_valid());
+    unwritable.write_chunk(1, 3);
+    EXPECT_FALSE(std::filesystem::exists(path("no").to_string()));
+}
+
+TEST_F(ChunkFileTest, ChunksRunningPastTheEndCutTheFileThere) {
+    bytes good = magic;
+    add(add(good, 1, {1, 0, 0, 0}), 2, {2, 0, 0, 0});
+    bytes data_too_long = good, size_overflows = good, header_cut = good;
+    add(data_too_long, 3, {1, 2, 3}, 4);
+    add(size_overflows, 3, {1, 2, 3}, 0xFFFFFFFFu);
+    header_cut.insert(header_cut.end(), {3, 0, 0, 0, 4, 0});
+    for (const bytes& image : {data_too_long, size_overflows, header_cut}) {
+        EXPECT_EQ(ids_in(image), (std::vector<uint32_t>{1, 2}));
+        chunk_file keyed(image.data(), image.size());
+        int one = 0, two = 0;
+        std::string three = "untouched";
+        EXPECT_TRUE(keyed.chunk(2, two) && keyed.chunk(1, one));
+        EXPECT_FALSE(keyed.chunk(3, three));
+        EXPECT_EQ(three, "untouched");
+    }
+}
+
+TEST_F(ChunkFileTest, KeyedReadsOfTheWrongSizeDeclineAndMoveOn) {
+    bytes image = magic;
+    add(add(add(image, 1, {1, 2, 3, 4, 5, 6, 7, 8}), 1, {6, 0, 0, 0}), 2, {1, 0});
+    add(add(image, 3, {1, 2, 3, 4}), 5, {0x7F});
+    chunk_file file(image.data(), image.size());
+    int number = 42;
+    EXPECT_FALSE(file.chunk(1, number));
+    EXPECT_EQ(number, 42);
+    EXPECT_TRUE(file.chunk(1, number));
+    EXPECT_EQ(number, 6);
+    bool flag = false;
+    EXPECT_FALSE(file.chunk(2, flag));
+    long long wide = -1;
+    EXPECT_FALSE(file.chunk(3, wide));
+    EXPECT_EQ(wide, -1);
+    EXPECT_TRUE(file.chunk(5, flag));
+    EXPECT_TRUE(flag) << "any non-zero byte is true";
+}
+
+TEST_F(ChunkFileTest, WritersCutOldFilesAndStopCleanlyAtAFileSizeLimit) {
+    write_all("s", bytes(1000, 0x55));
+    {
+        chunk_file file(path("s"), chunk_file_access::write);
+        EXPECT_EQ(read_all("s"), magic) << "the header exists from construction on";
+    }
+    const std::string target = path("limited").to_string();
+    // In a child process: the limit and the ignored signal stay out of the other tests.
+    const auto write_past_limit = [&] {
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit limit{4096, 4096};
+        ::setrlimit(RLIMIT_FSIZE, &limit);
+        chunk_file file{nimbit::file_path(target), chunk_file_access::write};
+        file.write_chunk(1, std::string(100, 'a'));
+        file.write_chunk(2, std::string(8000, 'b'));
+        file.write_chunk(3, std::string(10, 'c'));
+        std::exit(file.is_valid() ? 1 : 0);
+    };
+    EXPECT_EXIT(write_past_limit(), testing::ExitedWithCode(0), "");
+    EXPECT_EQ(read_all("limited").size(), 8u + 8u + 100u);
+    EXPECT_EQ(ids_in(read_all("limited")), std::vector<uint32_t>{1});
+}
+
+using ChunkFileDeathTest = ChunkFileTest;
+
+TEST_F(ChunkFileDeathTest, MisuseStopsWithTheConditionText) {
+    bytes image = magic;
+    add(image, 1, {1, 2, 3, 4, 5, 6, 7, 8});
+    const auto read_int = [&] {
+        chunk_file file(image.data(), image.size());
+        file.next_chunk();
+        int value;
+        nimbit::chunk_helper<int>::read(file, value);
+    };
+    EXPECT_DEATH(read_int(),
+                 "chunk_helper.h:[0-9]+: assertion failed: sizeof\\(T\\) == chunkFile\\.chunk_size\\(\\)");
+    bytes junk(9, 1);
+    EXPECT_DEATH(chunk_file(junk.data(), junk.size()).chunk_size(),
+                 "chunk_file.cpp:[0-9]+: assertion failed: valid\n");
+    EXPECT_DEATH(chunk_file(nullptr, 0, chunk_file_access::measure).write_chunk(0, 1),
+                 "assertion failed: chunkId > 0");
+    EXPECT_DEATH(chunk_file(image.data(), image.size()).write_chunk(3, 4),
+                 "assertion failed: get_file_access\\(\\) != chunk_file_access::read");
+    const auto overrun = [] {
+        bytes small(20);
+        chunk_file file(small.data(), small.size(), chunk_file_access::write);
+        file.write_chunk(1, std::string("four")); // 8 + 8 + 4 = 20 fits
+        file.write_chunk(2, std::string("more"));
+    };
+    EXPECT_DEATH(overrun(), "assertion failed: fileSize >= currentState\\.chunkOffset \\+ "
+                            "sizeof\\(uint32_t\\) \\* 2 \\+ dataSize");
+}
+
+} // namespace

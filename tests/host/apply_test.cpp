@@ -1,0 +1,155 @@
+#include "host/effects_popup.h"
+#include "host_session.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A session with the controller built straight on the simulated host, and the catalogue collected.
+struct ApplySession : HostSession {
+    EffectsPopup& Controller() {
+        if (!controller) {
+            if (!host)
+                Start();
+            controller = std::make_unique<EffectsPopup>(host->Basic(), 7, AeVersionCC2018);
+            catalogue = controller->CollectEffectList();
+        }
+        return *controller;
+    }
+    const EffectData& Entry(const std::string& name, bool preset = false) {
+        Controller();
+        for (const EffectData& e : catalogue) {
+            if (e.name == name && e.is_preset == preset)
+                return e;
+        }
+        throw std::runtime_error("no entry " + name);
+    }
+    // Chooses entry, as the popup would, and lets one idle tick apply it.
+    void Apply(const EffectData& entry) {
+        Controller().ApplyEffect(&entry);
+        Controller().IdleHook();
+    }
+    std::unique_ptr<EffectsPopup> controller;
+    std::vector<EffectData> catalogue;
+};
+
+TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
+    ApplySession s;
+    EffectData glow = s.Entry("Glow");
+    glow.name = "GLOW"; // menu titles compare without case
+    glow.category = "stylize";
+    s.Apply(glow);
+    const hostsim::Layer* title = LayerNamed(*s.host, "Title");
+    EXPECT_EQ(title->effects, (std::vector<AEGP_InstalledEffectKey>{3}));
+    EXPECT_EQ(s.host->menuActionsSent, 1);
+    EXPECT_EQ(s.host->suiteApplications, 0);
+    // The choice is used once: later ticks apply nothing more.
+    s.Controller().IdleHook();
+    EXPECT_EQ(title->effects.size(), 1u);
+    EXPECT_EQ(s.host->Outstanding(), 0);
+}
+
+TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {
+    struct Case {
+        const char* what;
+        void (*edit)(hostsim::Model&);
+    } cases[] = {
+        {"disabled category",
+         [](hostsim::Model& m) {
+             m.disabledCategories = {"Stylize"};
+         }},
+        {"effect menu elsewhere",
+         [](hostsim::Model& m) {
+             m.effectMenuIndex = 6;
+         }},
+        {"menu item changes nothing",
+         [](hostsim::Model& m) {
+             m.menuActionsApply = false;
+         }},
+        {"category not in the menu",
+         [](hostsim::Model& m) {
+             m.effects[2].category = "Renamed";
+         }},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.what);
+        ApplySession s;
+        hostsim::SimHost& host = s.Start();
+        EffectData glow = s.Entry("Glow");
+        c.edit(host.GetModel());
+        host.BuildMenu();
+        s.Apply(glow);
+        EXPECT_EQ(LayerNamed(host, "Title")->effects, (std::vector<AEGP_InstalledEffectKey>{3}));
+        EXPECT_EQ(host.suiteApplications, 1);
+        EXPECT_EQ(host.liveEffectRefs, 0); // the handle the host returned was disposed of
+        EXPECT_EQ(host.Outstanding(), 0);
+    }
+}
+
+TEST(ApplyEffect, NothingWithoutAnEffectLayer) {
+    for (const char* selection : {"", "Camera 1", "Key Light"}) {
+        SCOPED_TRACE(selection);
+        ApplySession s;
+        hostsim::SimHost& host = s.Start();
+        SelectOnly(host, selection);
+        s.Apply(s.Entry("Glow"));
+        SelectOnly(host, "Title"); // a layer selected later does not receive the dropped choice
+        s.Controller().IdleHook();
+        for (auto& layer : host.ActiveItem()->layers)
+            EXPECT_TRUE(layer->effects.empty()) << layer->name;
+        EXPECT_EQ(host.menuActionsSent, 0);
+    }
+}
+
+TEST(ApplyEffect, ShapeAndFootageLayersTakeEffects) {
+    ApplySession s;
+    hostsim::SimHost& host = s.Start();
+    SelectOnly(host, "Burst");
+    s.Apply(s.Entry("Mosaic"));
+    EXPECT_EQ(LayerNamed(host, "Burst")->effects.size(), 1u);
+    SelectOnly(host, "");
+    host.ActiveItem()->layers[1]->selected = true; // the unnamed footage layer
+    s.Apply(s.Entry("Box Blur"));
+    EXPECT_EQ(host.ActiveItem()->layers[1]->effects, (std::vector<AEGP_InstalledEffectKey>{2}));
+}
+
+TEST(ApplyEffect, PresetsRunTheHostScriptWithForwardSlashes) {
+    ApplySession s;
+    s.model.hostPresets = {"Behaviors/Wiggle-position.ffx", "Odd\\Name.ffx"};
+    hostsim::SimHost& host = s.Start();
+    s.Apply(s.Entry("Wiggle-position", true));
+    ASSERT_EQ(host.scripts.size(), 1u);
+    EXPECT_EQ(host.scripts[0], "app.project.activeItem.applyPreset(new File(\"" + host.HostPresetsFolder() +
+                                   "/Behaviors/Wiggle-position.ffx\"));");
+    EXPECT_EQ(LayerNamed(host, "Title")->presets.size(), 1u);
+
+    s.Apply(s.Entry("Odd\\Name", true));
+    ASSERT_EQ(host.scripts.size(), 2u);
+    EXPECT_EQ(host.scripts[1], "app.project.activeItem.applyPreset(new File(\"" + host.HostPresetsFolder() +
+                                   "/Odd/Name.ffx\"));");
+    EXPECT_EQ(host.menuActionsSent, 0);
+    EXPECT_EQ(host.suiteApplications, 0);
+    EXPECT_EQ(host.liveMemHandles, 0);
+}
+
+TEST(ApplyEffect, PresetIdOutsideThePathListIsDropped) {
+    ApplySession s;
+    hostsim::SimHost& host = s.Start();
+    s.Controller();
+    for (int32_t id : {-3, -1000, INT32_MIN}) {
+        EffectData stale{id, "Gone", "gone", "Animation Preset", true};
+        s.Apply(stale);
+    }
+    EXPECT_TRUE(host.scripts.empty());
+    EXPECT_EQ(host.suiteApplications, 0);
+}
+
+TEST(ApplyEffect, EmptyCategoryEffectWithPositiveIdGoesThroughTheSuite) {
+    ApplySession s;
+    hostsim::SimHost& host = s.Start();
+    s.Apply(s.Entry("Orphan Preset", true)); // is_preset, but a host effect: not in any menu
+    EXPECT_EQ(LayerNamed(host, "Title")->effects, (std::vector<AEGP_InstalledEffectKey>{8}));
+    EXPECT_TRUE(host.scripts.empty());
+}
+
+} // namespace

@@ -1,0 +1,207 @@
+#include "host/effects_popup.h"
+#include "host_session.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace {
+
+struct Row {
+    int32_t id;
+    std::string name;
+    std::string category;
+    bool is_preset;
+    friend bool operator==(const Row&, const Row&) = default;
+    friend std::ostream& operator<<(std::ostream& out, const Row& r) {
+        return out << "{" << r.id << ", " << r.name << ", " << r.category << ", " << r.is_preset << "}";
+    }
+};
+
+std::vector<Row> Rows(const std::vector<EffectData>& catalogue) {
+    std::vector<Row> rows;
+    for (const EffectData& e : catalogue)
+        rows.push_back({e.id, e.name, e.category, e.is_preset});
+    return rows;
+}
+
+TEST(Catalogue, OrderAndFilteringRules) {
+    HostSession session;
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+
+    const std::vector<EffectData> catalogue = controller.CollectEffectList();
+    const std::vector<Row> expected = {
+        {-1, "Wiggle-position", "Animation Preset", true}, // host presets first
+        {1, "Gaussian Blur", "Blur & Sharpen", false},
+        {2, "Box Blur", "Blur & Sharpen", false},
+        {3, "Glow", "Stylize", false},
+        {4, "Mosaic", "Stylize", false},
+        // "_Obsolete" is dropped, "_obsolete" is an ordinary category
+        {6, "Lower Case Obsolete", "_obsolete", false},
+        // an empty-category effect named like a preset file is dropped; one without a file stays
+        {8, "Orphan Preset", "Animation Preset", true},
+        {-2, "Glow", "Animation Preset", true}, // user presets last
+    };
+    EXPECT_EQ(Rows(catalogue), expected);
+    for (const EffectData& e : catalogue) {
+        std::string lower = e.name;
+        std::transform(lower.begin(), lower.end(), lower.begin(), ::tolower);
+        EXPECT_EQ(e.search_name, lower);
+    }
+    ASSERT_EQ(controller.PresetPaths().size(), 2u);
+    EXPECT_EQ(controller.PresetPaths()[0], host.HostPresetsFolder() + "/Behaviors/Wiggle-position.ffx");
+    EXPECT_EQ(controller.PresetPaths()[1], host.UserPresetsFolder() + "/Glow.ffx");
+    EXPECT_EQ(host.Outstanding(), 0);
+}
+
+TEST(Catalogue, EmptyCategoryDuplicateCheckIgnoresCase) {
+    HostSession session;
+    session.model.hostPresets = {"WIGGLE-Position.ffx"};
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    const auto catalogue = controller.CollectEffectList();
+    const auto wiggles = std::count_if(catalogue.begin(), catalogue.end(), [](const EffectData& e) {
+        return e.search_name == "wiggle-position";
+    });
+    EXPECT_EQ(wiggles, 1);
+    EXPECT_EQ(catalogue.front().name, "WIGGLE-Position");
+}
+
+TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
+    HostSession session;
+    session.model.effects.clear();
+    session.model.hostPresets = {"Glow.FFX",
+                                 "Glow.Ffx",
+                                 "Glow.ffx",
+                                 "notes.txt",
+                                 "A/Fade.ffx",
+                                 "B/Fade.ffx",
+                                 "A/Deep/Deeper/Spin.ffx"};
+    session.model.userPresets.clear();
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    const auto catalogue = controller.CollectEffectList();
+
+    std::vector<std::string> names;
+    for (const EffectData& e : catalogue)
+        names.push_back(e.name);
+    std::sort(names.begin(), names.end());
+    EXPECT_EQ(names, (std::vector<std::string>{"Fade", "Fade", "Glow", "Spin"}));
+    // Breadth-first: the top folder's file comes before anything in sub-folders, the deepest last.
+    EXPECT_EQ(catalogue.back().name, "Spin");
+    EXPECT_EQ(catalogue.front().name, "Glow");
+    // Every preset's id leads to its own path.
+    for (const EffectData& e : catalogue) {
+        ASSERT_LT(e.id, 0);
+        const std::string& path = controller.PresetPaths().at(static_cast<size_t>(-e.id - 1));
+        EXPECT_EQ(nimbit::file_path(path).leaf(false), e.name);
+    }
+}
+
+TEST(Catalogue, SecondCollectionGrowsThePathList) {
+    HostSession session;
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    const auto first = controller.CollectEffectList();
+    const auto second = controller.CollectEffectList();
+    ASSERT_EQ(controller.PresetPaths().size(), 4u);
+    EXPECT_EQ(controller.PresetPaths()[2], controller.PresetPaths()[0]);
+    EXPECT_EQ(first.front().id, -1);
+    EXPECT_EQ(second.front().id, -3);
+    EXPECT_EQ(second.back().id, -4);
+    EXPECT_EQ(first.size(), second.size());
+}
+
+TEST(Catalogue, MissingPresetFoldersGiveNoEntries) {
+    HostSession session;
+    session.model.hostPresets.clear();
+    session.model.userPresets.clear();
+    session.model.installFolder = "Applications/Nowhere";
+    hostsim::SimHost& host = session.Start();
+    nimbit::remove_dir(nimbit::file_path(host.HostPresetsFolder()));
+    nimbit::remove_dir(nimbit::file_path(host.UserPresetsFolder()));
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    const auto catalogue = controller.CollectEffectList();
+    // The installed effects only; the empty-category effect has no preset file to stand for it now.
+    EXPECT_EQ(catalogue.size(), 7u);
+    EXPECT_TRUE(controller.PresetPaths().empty());
+}
+
+TEST(Catalogue, HostPresetFolderIsBesideTheBundle) {
+    HostSession session;
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    EXPECT_EQ(controller.GetAEPresetsPath().to_string(), host.HostPresetsFolder());
+}
+
+TEST(Catalogue, UserPresetFolderFollowsTheHostVersion) {
+    HostSession session;
+    session.model.userPresetsFolder = "After Effects CC 2015";
+    hostsim::SimHost& host = session.Start();
+    auto userPresets = [&](AeVersion version) {
+        EffectsPopup controller(host.Basic(), 7, version);
+        const auto catalogue = controller.CollectEffectList();
+        return std::count_if(catalogue.begin(), catalogue.end(),
+                             [](const EffectData& e) { return e.is_preset && e.id < -1; });
+    };
+    EXPECT_EQ(userPresets(AeVersionFromApi(113, 5)), 1);
+    EXPECT_EQ(userPresets(AeVersionFromApi(113, 4)), 0); // that host's folder is "... CC 2014"
+    EXPECT_EQ(userPresets(AeVersionOther), 0);
+}
+
+TEST(Catalogue, NewerHostFindsNoUserPresetsWithTheUsualBundle) {
+    HostSession session;
+    session.model.installFolder = "Applications/Adobe After Effects 2020";
+    session.model.bundle = "Adobe After Effects 2020.app";
+    session.model.userPresetsFolder = "After Effects 2020";
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionFromApi(116, 0));
+    EXPECT_EQ(controller.Version(), AeVersionOther);
+    // The bundle's Contents folder is taken for the bundle: "Contents" without its first six letters.
+    EXPECT_EQ(controller.GetUserPresetsPath().to_string(), host.Root() + "/Documents/Adobe/ts/User Presets");
+    const auto catalogue = controller.CollectEffectList();
+    EXPECT_EQ(catalogue.back().name, "Orphan Preset");
+}
+
+TEST(Catalogue, NamesComeFromMacRomanAndAreCutToTheHostBuffer) {
+    HostSession session;
+    session.model.effects = {{1, "Caf\xC3\xA9 Glow \xE2\x80\x94 Soft", "Stylize", ""},
+                             {2, std::string(60, 'x'), "Stylize", ""},
+                             {3, "Short", std::string(40, 'c'), ""}};
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    auto catalogue = controller.CollectEffectList();
+    ASSERT_GE(catalogue.size(), 4u);
+    EXPECT_EQ(catalogue[1].name, "Caf\xC3\xA9 Glow \xE2\x80\x94 Soft");
+    EXPECT_EQ(catalogue[1].search_name, "caf\xC3\xA9 glow \xE2\x80\x94 soft");
+    EXPECT_EQ(catalogue[2].name, std::string(AEGP_MAX_EFFECT_NAME_SIZE - 1, 'x'));
+    EXPECT_EQ(catalogue[3].category, std::string(AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE - 1, 'c'));
+}
+
+TEST(Catalogue, FixtureEffectsAllListedInHostOrder) {
+    std::vector<hostsim::Effect> effects =
+        hostsim::LoadEffectsTable(std::string(QUILLO_SHARED_DIR) + "/fixtures/host-effects.tsv");
+    HostSession session("{}");
+    if (effects.empty()) {
+        // A clone without the shared fixtures: the sample project's catalogue stands in.
+        std::cout << "host-effects.tsv not found; using the sample project's effects\n";
+        effects = hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT).effects;
+    }
+    session.model.effects = effects;
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
+    const auto catalogue = controller.CollectEffectList();
+    std::vector<int32_t> expected;
+    for (const auto& e : effects) {
+        if (e.category != "_Obsolete")
+            expected.push_back(e.key);
+    }
+    std::vector<int32_t> listed;
+    for (const auto& e : catalogue)
+        listed.push_back(e.id);
+    EXPECT_EQ(listed, expected);
+}
+
+} // namespace

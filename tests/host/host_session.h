@@ -1,0 +1,69 @@
+#pragma once
+
+// A simulated host session for the host tests: a project model, a temporary folder that stands for
+// the disk (installation, documents, settings), and the host serving both.
+
+#include "../foundation/temp_folder.h"
+#include "hostsim/sim_host.h"
+#include "nimbit/filesystem/file_stats.h"
+
+#include <memory>
+#include <string>
+
+// A small project: one composition with one layer of each kind, a handful of installed effects,
+// host and user presets. Tests edit the model before the session starts.
+inline const char* SmallProject = R"({
+  "effects": [
+    {"category": "Blur & Sharpen", "names": ["Gaussian Blur", "Box Blur"]},
+    {"category": "Stylize", "names": ["Glow", "Mosaic"]},
+    {"category": "_Obsolete", "names": ["Old Blur"]},
+    {"category": "_obsolete", "names": ["Lower Case Obsolete"]},
+    {"category": "", "names": ["Wiggle-position", "Orphan Preset"]}
+  ],
+  "presets": {
+    "host": ["Behaviors/Wiggle-position.ffx"],
+    "user": ["Glow.ffx"]
+  },
+  "projects": [{
+    "name": "Shot.aep", "bitDepth": 16, "activeItem": 2,
+    "items": [
+      {"id": 1, "type": "footage", "name": "plate.mov", "width": 1920, "height": 1080},
+      {"id": 2, "type": "comp", "name": "Main", "width": 1920, "height": 1080, "layers": [
+        {"name": "Title", "type": "text", "selected": true},
+        {"name": "", "type": "av", "source": 1},
+        {"name": "Burst", "type": "shape"},
+        {"name": "Camera 1", "type": "camera"},
+        {"name": "Key Light", "type": "light"}
+      ]}
+    ]
+  }]
+})";
+
+struct HostSession {
+    explicit HostSession(const std::string& json = SmallProject) : model(hostsim::LoadModel(json)) {}
+
+    // Creates the host and its files; call after editing model.
+    hostsim::SimHost& Start() {
+        host = std::make_unique<hostsim::SimHost>(std::move(model), folder.path().to_string());
+        host->Materialize();
+        return *host;
+    }
+
+    temp_folder folder;
+    hostsim::Model model;
+    std::unique_ptr<hostsim::SimHost> host;
+};
+
+// Selects exactly the named layer of the active composition (none for "").
+inline void SelectOnly(hostsim::SimHost& host, const std::string& name) {
+    for (auto& layer : host.ActiveItem()->layers)
+        layer->selected = !name.empty() && (layer->name == name);
+}
+
+inline hostsim::Layer* LayerNamed(hostsim::SimHost& host, const std::string& name) {
+    for (auto& layer : host.ActiveItem()->layers) {
+        if (layer->name == name)
+            return layer.get();
+    }
+    return nullptr;
+}

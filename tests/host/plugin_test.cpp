@@ -1,0 +1,241 @@
+// The plug-in as the host sees it: the shared library, loaded by the simulated host.
+
+#include "host_session.h"
+#include "nimbit/filesystem/file_operations.h"
+#include "popup/effect_alias.h"
+#include "popup/preferences_data.h"
+#include "popup/preferences_file.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <cstring>
+#include <set>
+
+namespace {
+
+// A session with its own copy of the plug-in library, so that every test starts from a freshly
+// loaded plug-in (the loader would otherwise hand back the instance an earlier test started).
+struct PluginSession : HostSession {
+    explicit PluginSession(const std::string& json = SmallProject) : HostSession(json) {}
+    hostsim::SimHost& Load() {
+        hostsim::SimHost& h = Start();
+        const nimbit::file_path copy = folder / "Quillo.so";
+        EXPECT_TRUE(nimbit::copy_file(nimbit::file_path(QUILLO_PLUGIN_PATH), copy));
+        EXPECT_TRUE(h.LoadPlugin(copy.to_string())) << h.loadError;
+        return h;
+    }
+    // Runs execute with args; returns the status, the result in result.
+    long Execute(std::vector<TaggedData> args, TaggedData& result) {
+        return host->ScriptExecute(args, result);
+    }
+};
+
+// The status script: the shortcut line, then one escaped icon per toolbar button.
+void ExpectStatus(const char* script, int choice) {
+    ASSERT_NE(script, nullptr);
+    const std::string text = script;
+    const std::string head = "var shortcutValue = " + std::to_string(choice) + ";\n";
+    ASSERT_EQ(text.rfind(head, 0), 0u) << text.substr(0, 40);
+    size_t at = head.size();
+    for (int i = 0; i < 6; ++i) {
+        const std::string line = "var button" + std::to_string(i) + "Hex = \"\\x89\\x50\\x4e\\x47";
+        ASSERT_EQ(text.compare(at, line.size(), line), 0) << "button " << i;
+        at = text.find("\";\n", at);
+        ASSERT_NE(at, std::string::npos);
+        at += 3;
+    }
+    EXPECT_EQ(at, text.size());
+}
+
+int64_t Payload(const TaggedData& value) {
+    int64_t bits = 0;
+    std::memcpy(&bits, &value.data, sizeof bits);
+    return bits;
+}
+
+TEST(Plugin, ExportsExactlyTheEntryPoints) {
+    std::FILE* pipe = popen(("nm -D --defined-only '" + std::string(QUILLO_PLUGIN_PATH) + "'").c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::set<std::string> exported;
+    char line[1024];
+    while (std::fgets(line, sizeof line, pipe) != nullptr) {
+        char address[64], type[8], name[900];
+        if (std::sscanf(line, "%63s %7s %899s", address, type, name) == 3)
+            exported.insert(name);
+    }
+    ASSERT_EQ(pclose(pipe), 0);
+    EXPECT_EQ(exported, (std::set<std::string>{"PluginMain", "ESInitialize", "ESGetVersion", "ESFreeMem",
+                                               "ESTerminate", "execute"}));
+}
+
+TEST(Plugin, StartsAndBalancesItsSuites) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    EXPECT_EQ(host.ScriptInitialize(), "execute");
+    EXPECT_EQ(host.ScriptVersion(), 1);
+    EXPECT_EQ(host.StartPlugin(115, 0), A_Err_NONE);
+    EXPECT_EQ(host.idleHooks.size(), 1u);
+    EXPECT_EQ(host.deathHooks.size(), 1u);
+    EXPECT_EQ(host.commandHooks, 0);
+    host.RunIdle(5);
+    host.RunDeath();
+    EXPECT_EQ(host.refusedAcquires, 0);
+    EXPECT_GT(host.acquired["AEGP Utility Suite/11"], 0);
+    EXPECT_EQ(host.Outstanding(), 0);
+}
+
+TEST(Plugin, ExcludedHostVersionsStartNothing) {
+    for (A_long major : {111, 17}) {
+        PluginSession s;
+        hostsim::SimHost& host = s.Load();
+        EXPECT_EQ(host.StartPlugin(major, 0), A_Err_NONE);
+        EXPECT_TRUE(host.idleHooks.empty());
+        EXPECT_TRUE(host.acquired.empty());
+        // No controller: even a known command word answers -1.
+        TaggedData result{};
+        EXPECT_EQ(s.Execute({hostsim::ScriptString("news")}, result), 0);
+        EXPECT_EQ(Payload(result), -1);
+    }
+}
+
+TEST(Plugin, UnknownHostVersionStillStarts) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    EXPECT_EQ(host.StartPlugin(116, 3), A_Err_NONE);
+    EXPECT_EQ(host.idleHooks.size(), 1u);
+}
+
+TEST(Plugin, SuppressedUiRegistersNoHook) {
+    PluginSession s;
+    s.model.suppressInteractiveUI = true;
+    hostsim::SimHost& host = s.Load();
+    EXPECT_EQ(host.StartPlugin(), A_Err_NONE);
+    EXPECT_TRUE(host.idleHooks.empty());
+    EXPECT_TRUE(host.deathHooks.empty());
+    EXPECT_EQ(host.Outstanding(), 0);
+}
+
+TEST(Plugin, SecondStartReplacesTheController) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    host.StartPlugin();
+    host.StartPlugin();
+    EXPECT_EQ(host.idleHooks.size(), 2u);
+    host.RunIdle(2); // both callbacks reach the one current controller
+    host.RunDeath();
+    EXPECT_EQ(host.Outstanding(), 0);
+}
+
+TEST(ScriptBridge, BadArgumentListsLeaveTheResultAlone) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    host.StartPlugin();
+    TaggedData result{};
+    result.type = 99;
+    EXPECT_EQ(s.Execute({}, result), 20);
+    EXPECT_EQ(s.Execute({hostsim::ScriptInteger(1)}, result), 20);
+    EXPECT_EQ(s.Execute({hostsim::ScriptString("shortcut")}, result), 20);
+    EXPECT_EQ(
+        s.Execute({hostsim::ScriptString("shortcut"), hostsim::ScriptInteger(1), hostsim::ScriptInteger(2)},
+                  result),
+        20);
+    EXPECT_EQ(result.type, 99);
+    TaggedData nullWord = hostsim::ScriptString(nullptr);
+    EXPECT_EQ(s.Execute({nullWord}, result), 0);
+    EXPECT_EQ(Payload(result), -1);
+}
+
+TEST(ScriptBridge, CommandWords) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    host.StartPlugin();
+    TaggedData result{};
+    auto run = [&](std::vector<TaggedData> args) {
+        result = TaggedData{};
+        return s.Execute(std::move(args), result);
+    };
+
+    // Before the popup window exists the news count is the all-ones word.
+    EXPECT_EQ(run({hostsim::ScriptString("news")}), 0);
+    EXPECT_EQ(result.type, kTypeInteger);
+    EXPECT_EQ(Payload(result), 4294967295);
+    EXPECT_EQ(result.data.intval, -1);
+
+    for (const char* word : {"screenshot", "export", "gallery", "logo"}) {
+        EXPECT_EQ(run({hostsim::ScriptString(word)}), 0) << word;
+        EXPECT_EQ(result.type, kTypeUndefined) << word;
+    }
+    for (const char* word : {"Shortcut", "shortcuts", "", "requestStatus"}) {
+        EXPECT_EQ(run({hostsim::ScriptString(word)}), 0) << word;
+        EXPECT_EQ(result.type, kTypeInteger) << word;
+        EXPECT_EQ(Payload(result), -1) << word;
+    }
+
+    auto storedChoice = [&] {
+        run({hostsim::ScriptString("preferences")});
+        EXPECT_EQ(result.type, kTypeInteger);
+        return result.data.intval;
+    };
+    EXPECT_EQ(run({hostsim::ScriptString("shortcut"), hostsim::ScriptInteger(3)}), 0);
+    EXPECT_EQ(result.type, kTypeUndefined);
+    EXPECT_EQ(storedChoice(), 3);
+    run({hostsim::ScriptString("shortcut"), hostsim::ScriptDouble(2.9)});
+    EXPECT_EQ(storedChoice(), 2);
+    run({hostsim::ScriptString("shortcut"), hostsim::ScriptDouble(-1.7)});
+    EXPECT_EQ(storedChoice(), -1);
+    run({hostsim::ScriptString("shortcut"), hostsim::ScriptDouble(1e300)});
+    EXPECT_EQ(storedChoice(), INT32_MAX);
+    run({hostsim::ScriptString("shortcut"), hostsim::ScriptString("4")});
+    EXPECT_EQ(storedChoice(), 0);
+    EXPECT_EQ(host.Outstanding(), 0);
+}
+
+TEST(ScriptBridge, StatusScriptWithoutSettingsFileOrController) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load(); // not started: no controller
+    TaggedData result{};
+    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
+    ASSERT_EQ(result.type, kTypeScript);
+    ExpectStatus(result.data.string, 0);
+    host.ScriptFreeMem(result.data.string);
+    host.ScriptFreeMem(nullptr);
+}
+
+TEST(ScriptBridge, StatusScriptReadsTheSettingsFileOnDisk) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    host.StartPlugin();
+    PreferencesData stored;
+    stored.shortcutChoice = 3;
+    ASSERT_TRUE(SavePreferences(stored, {}, {}, {}, s.folder / "Library/Application Support/Tarvelo", false));
+
+    TaggedData result{};
+    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
+    ASSERT_EQ(result.type, kTypeScript);
+    ExpectStatus(result.data.string, 3);
+    host.ScriptFreeMem(result.data.string);
+
+    // A damaged file reads as no file.
+    write_text(s.folder / "Library/Application Support/Tarvelo/effects_settings", "garbage");
+    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
+    ExpectStatus(result.data.string, 0);
+    host.ScriptFreeMem(result.data.string);
+}
+
+TEST(Plugin, FirstIdleTickCreatesThePopupAndDeathSavesItsLists) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load();
+    host.StartPlugin();
+    const nimbit::file_path folder = s.folder / "Library/Application Support/Tarvelo";
+    EXPECT_FALSE(nimbit::file_stats(folder).exists);
+    host.RunIdle(3);
+    // The new popup writes the settings of a first run, but not the lists.
+    EXPECT_TRUE(nimbit::file_stats(folder.append(nimbit::file_path("effects_settings"))).exists);
+    EXPECT_FALSE(nimbit::file_stats(folder.append(nimbit::file_path("effects_search.txt"))).exists);
+    host.RunDeath();
+    EXPECT_TRUE(nimbit::file_stats(folder.append(nimbit::file_path("effects_search.txt"))).exists);
+    EXPECT_EQ(host.Outstanding(), 0);
+}
+
+} // namespace

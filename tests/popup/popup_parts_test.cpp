@@ -1,0 +1,214 @@
+// The list's rows and the message popups, built without the popup window.
+#include "host/effect_data.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
+#include "nimbit/ui/offscreen/offscreen_input.h"
+#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
+#include "nimbit/ui/offscreen/offscreen_window.h"
+#include "popup/parts/effect_slot.h"
+#include "popup/parts/effects_drop_down.h"
+#include "popup/parts/effects_message_popup.h"
+#include "popup/parts/effects_popup_interface.h"
+#include "popup/ui_colors.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+struct RecordingPopup : EffectsPopupInterface {
+    struct Call {
+        std::string what;
+        const EffectData* effect;
+        unsigned long value;
+    };
+    std::vector<Call> calls;
+    void AddToList(const EffectData* e, bool blacklist) override { calls.push_back({"list", e, blacklist}); }
+    void AddToShortcuts(const EffectData* e) override { calls.push_back({"create", e, 0}); }
+    void ReplaceToShortcuts(const EffectData* e, unsigned long index) override {
+        calls.push_back({"replace", e, index});
+    }
+    void SetSelected(EffectSlot*) override { calls.push_back({"select", nullptr, 0}); }
+};
+
+struct SlotTest : ::testing::Test {
+    void SetUp() override {
+        offscreen::reset_input();
+        offscreen::clear_menu_answers();
+        offscreen::clear_shown_menus();
+        host.create("rows", {0, 0, 300, 200});
+        host.show();
+        effect.name = "Gaussian Blur";
+        effect.search_name = "gaussian blur";
+        slot.get_theme().set("default_back_color", vec4{0.1f, 0.1f, 0.1f, 1});
+        slot.create(host.get_root(), {0, 0, 300, 30});
+        slot.show(true);
+    }
+    // The items of the menu the row shows, choosing `answer`.
+    std::vector<menu_item> Menu(bool userEntry, size_t labelCount, std::optional<uint32_t> answer = {}) {
+        labels.clear();
+        for (size_t i = 0; i < labelCount; ++i)
+            labels.push_back("S" + std::to_string(i + 1));
+        slot.SetEffect(&effect, userEntry, &labels);
+        offscreen::push_menu_answer(answer);
+        slot.ShowContextMenu({10, 10});
+        return offscreen::shown_menus().back().items;
+    }
+    static std::vector<uint32_t> Ids(const std::vector<menu_item>& items) {
+        std::vector<uint32_t> ids;
+        for (const menu_item& i : items)
+            ids.push_back(i.id);
+        return ids;
+    }
+
+    window host;
+    RecordingPopup popup;
+    EffectSlot slot{popup, true};
+    EffectData effect;
+    std::vector<std::string> labels;
+};
+
+TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllow) {
+    std::vector<menu_item> items = Menu(false, 0);
+    EXPECT_EQ(Ids(items), (std::vector<uint32_t>{1, 2, 3, 5, 4}));
+    EXPECT_EQ(items[0].text, "Gaussian Blur");
+    EXPECT_FALSE(items[0].enabled);
+    EXPECT_TRUE(items[1].separator);
+    EXPECT_EQ(items[2].text, "Add to Favorites");
+    EXPECT_EQ(items[3].text, "Create Shortcut");
+    EXPECT_EQ(items[4].text, "Blacklist");
+
+    // A favorite has no "Add to Favorites"; nine shortcuts leave only "Replace Shortcut".
+    items = Menu(true, 9);
+    EXPECT_EQ(Ids(items), (std::vector<uint32_t>{1, 2, 6, 4}));
+    ASSERT_EQ(items[2].submenu.size(), 9u);
+    EXPECT_EQ(items[2].submenu[0].id, 61u);
+    EXPECT_EQ(items[2].submenu[0].text, "1. S1");
+    EXPECT_EQ(items[2].submenu[8].id, 69u);
+    EXPECT_EQ(items[2].submenu[8].text, "9. S9");
+    EXPECT_TRUE(popup.calls.empty()); // dismissed
+}
+
+TEST_F(SlotTest, MenuChoicesReachThePopup) {
+    Menu(false, 2, 62u); // the second submenu item
+    Menu(false, 2, 3u);
+    Menu(false, 2, 4u);
+    Menu(false, 2, 5u);
+    Menu(false, 2, 1u); // the title cannot be chosen
+    ASSERT_EQ(popup.calls.size(), 4u);
+    EXPECT_EQ(popup.calls[0].what, "replace");
+    EXPECT_EQ(popup.calls[0].value, 1u);
+    EXPECT_EQ(popup.calls[0].effect, &effect);
+    EXPECT_EQ(popup.calls[1].what, "list");
+    EXPECT_EQ(popup.calls[1].value, 0u);
+    EXPECT_EQ(popup.calls[2].what, "list");
+    EXPECT_EQ(popup.calls[2].value, 1u);
+    EXPECT_EQ(popup.calls[3].what, "create");
+}
+
+TEST_F(SlotTest, RightClickOpensTheMenuOnlyWhenAllowed) {
+    slot.SetEffect(&effect, false, &labels);
+    offscreen::click(host, {20, 10}, 2);
+    EXPECT_EQ(offscreen::shown_menus().size(), 1u);
+    EXPECT_TRUE(slot.IsHovered()); // the pointer is still over the row: it stays lit
+    offscreen::set_pointer({20, 150});
+    slot.ShowContextMenu({20, 10});
+    EXPECT_FALSE(slot.IsHovered()); // the pointer left while the menu was open
+
+    RecordingPopup other;
+    EffectSlot quiet(other, false);
+    quiet.create(host.get_root(), {0, 40, 300, 30});
+    quiet.show(true);
+    quiet.SetEffect(&effect, false, &labels);
+    offscreen::click(host, {20, 50}, 2);
+    EXPECT_EQ(offscreen::shown_menus().size(), 2u);
+}
+
+TEST_F(SlotTest, EnteringARowAsksToSelectItUnlessSelected) {
+    slot.SetEffect(&effect, false, &labels);
+    offscreen::move_mouse(host, {20, 10});
+    EXPECT_EQ(popup.calls.size(), 1u);
+    EXPECT_TRUE(slot.IsHovered());
+    offscreen::move_mouse(host, {20, 150});
+    EXPECT_FALSE(slot.IsHovered());
+    slot.SetSelected(true);
+    offscreen::move_mouse(host, {20, 10});
+    EXPECT_EQ(popup.calls.size(), 1u);
+}
+
+struct MessageTest : ::testing::Test {
+    void SetUp() override { offscreen::reset_input(); }
+    void TearDown() override { offscreen::offscreen_window::set_modal_driver({}); }
+    UIColors colours = BuildColorThemes()[0];
+};
+
+TEST_F(MessageTest, QuestionEndsWithOneForConfirmAndZeroOtherwise) {
+    window parent;
+    parent.create("parent", {0, 0, 400, 300});
+    int turn = 0;
+    EffectsMessagePopup ask(&parent, {40, 50}, &colours, "Replace the settings?", "Import");
+    EXPECT_EQ(ask.get_rect(), (ivec4{40, 50, 320, 90}));
+    offscreen::offscreen_window::set_modal_driver([&](window& w) {
+        if (++turn == 1)
+            ask.GetConfirmButton().press();
+        else
+            w.end_modal(-5);
+    });
+    EXPECT_EQ(ask.Run(), 1);
+    offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
+    EXPECT_EQ(ask.Run(), 0);
+    offscreen::offscreen_window::set_modal_driver(
+        [&](window&) { ask.process_event(event_type::key_down, 27); });
+    EXPECT_EQ(ask.Run(), 0);
+}
+
+TEST_F(MessageTest, WarningEndsWithOneForItsButtonAndZeroForEscape) {
+    EffectsWarningPopup warn(nullptr, {0, 0}, &colours, "The file could not be read.", "OK");
+    offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
+    EXPECT_EQ(warn.Run(), 1);
+    offscreen::offscreen_window::set_modal_driver(
+        [&](window&) { warn.process_event(event_type::key_down, 27); });
+    EXPECT_EQ(warn.Run(), 0);
+    // Shown, it hands the keyboard to its button.
+    offscreen::offscreen_window::set_modal_driver([&](window& w) {
+        EXPECT_EQ(w.get_focus(), &warn.GetButton());
+        w.end_modal(0);
+    });
+    warn.Run();
+}
+
+} // namespace
+
+namespace {
+
+TEST(EffectsDropDownLook, PaintsFlatInTheThemeColours) {
+    offscreen::reset_input();
+    window host;
+    host.create("drop", {0, 0, 200, 60});
+    host.show();
+    EffectsDropDown drop;
+    drop.create(host.get_root(), {10, 10, 150, 24});
+    drop.show(true);
+    drop.add_items("Dark|Light");
+    drop.select_item(1, false);
+    const UIColors light = BuildColorThemes()[1];
+    drop.SwitchTheme(&light);
+    offscreen::offscreen_window& native = offscreen::native_of(host);
+    host.get_root().update(false);
+    native.get_canvas().clear_calls();
+    native.paint_pending();
+    bool flatBack = false, gradient = false, text = false;
+    for (const draw_call& c : native.get_canvas().calls()) {
+        flatBack |= c.op == "draw_rect" && c.color == light.dropDownBack;
+        gradient |= c.op == "draw_rect_gradient";
+        text |= c.op == "draw_clipped_text" && c.text == "Light" && c.color == light.dropDownFont;
+    }
+    EXPECT_TRUE(flatBack);
+    EXPECT_FALSE(gradient);
+    EXPECT_TRUE(text);
+}
+
+} // namespace

@@ -1,0 +1,178 @@
+// The global shortcut as the idle hook polls it: the chord table, and opening and closing the popup
+// through the controller on the simulated host, with keys fed to the offscreen keyboard.
+#include "host/effects_popup.h"
+#include "host/popup_window.h"
+#include "host/shortcut_chord.h"
+#include "nimbit/ui/keyboard.h"
+#include "nimbit/ui/offscreen/offscreen_input.h"
+#include "tests/host/host_session.h"
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+
+namespace {
+
+using nimbit::ui::keyboard;
+namespace offscreen = nimbit::ui::offscreen;
+
+// Virtual key codes.
+constexpr int LeftControl = 59, RightControl = 62, LeftShift = 56, Option = 58, Command = 55, Space = 49,
+              Tab = 48, KeyJ = 38;
+
+struct ChordWindow : PopupWindow {
+    static inline int shows = 0, hides = 0;
+    bool shown = false;
+    uint32_t Show(const std::string&, const std::string&, const std::string&, PopupCommand command) override {
+        if (command.kind == PopupCommand::Show) {
+            ++shows;
+            shown = true;
+        }
+        return NoCommandResult;
+    }
+    void Hide() override {
+        ++hides;
+        shown = false;
+    }
+    bool IsShown() const override { return shown; }
+    void WriteFile() override {}
+    void SetEffectData(const std::vector<EffectData>&) override {}
+    static std::unique_ptr<PopupWindow> Make(ParentWindow*, PreferencesData&, EffectsPopup&) {
+        return std::make_unique<ChordWindow>();
+    }
+};
+
+struct ChordTest : ::testing::Test {
+    void SetUp() override {
+        ChordWindow::shows = ChordWindow::hides = 0;
+        SetPopupWindowFactory(&ChordWindow::Make);
+        SetKeyQueries({&keyboard::is_key_down, &keyboard::was_key_pressed});
+        Release();
+        host = &session.Start();
+        controller = std::make_unique<EffectsPopup>(host->Basic(), 7, AeVersionCC2018);
+        controller->IdleHook(); // first tick: set-up
+    }
+    void TearDown() override {
+        controller.reset();
+        SetPopupWindowFactory(nullptr);
+        SetKeyQueries({});
+        Release();
+    }
+    // Lets go of every key and lets the press memory see it.
+    void Release() {
+        offscreen::reset_input();
+        for (int key : {int(keyboard::space), int(keyboard::tab), KeyJ})
+            keyboard::was_key_pressed(key);
+    }
+    void Hold(std::initializer_list<int> keys, bool down = true) {
+        for (int k : keys)
+            offscreen::set_key_down(k, down);
+    }
+    // One idle tick with exactly these keys down.
+    void Tick(std::initializer_list<int> keys) {
+        offscreen::reset_input();
+        Hold(keys);
+        controller->IdleHook();
+    }
+    PreferencesData& Prefs() { return controller->Preferences(); }
+
+    HostSession session;
+    hostsim::SimHost* host = nullptr;
+    std::unique_ptr<EffectsPopup> controller;
+};
+
+TEST(ShortcutChordTable, ModifierConditionsPerChoice) {
+    PreferencesData prefs;
+    const ModifierState none{}, ctrl{true, false, false, false}, shift{false, false, true, false},
+        ctrlShift{true, false, true, false}, all{true, true, true, true};
+    const int keys[] = {ChordKey::Space, ChordKey::Space, ChordKey::Tab, ChordKey::Tab};
+    for (int choice = 0; choice < 4; ++choice) {
+        prefs.shortcutChoice = choice;
+        const bool wantsCtrl = choice == 0 || choice == 2;
+        EXPECT_EQ(ShortcutModifiersHold(prefs, ctrl), wantsCtrl) << choice;
+        EXPECT_EQ(ShortcutModifiersHold(prefs, shift), !wantsCtrl) << choice;
+        EXPECT_TRUE(ShortcutModifiersHold(prefs, ctrlShift)) << choice; // other modifiers are not looked at
+        EXPECT_TRUE(ShortcutModifiersHold(prefs, all)) << choice;
+        EXPECT_FALSE(ShortcutModifiersHold(prefs, none)) << choice;
+        EXPECT_EQ(ShortcutKey(prefs), keys[choice]);
+    }
+    prefs.shortcutChoice = 4;
+    prefs.customCtrl = 1;
+    prefs.customShift = 7; // any non-zero value is set
+    prefs.customKeyCode = KeyJ;
+    EXPECT_TRUE(ShortcutModifiersHold(prefs, ctrlShift));
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, ctrl));
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
+    EXPECT_EQ(ShortcutKey(prefs), KeyJ);
+    prefs.shortcutChoice = 5;
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
+    EXPECT_EQ(ShortcutKey(prefs), ChordKey::None);
+    EXPECT_FALSE(PollShortcutChord(prefs, KeyQueries{})); // no keyboard: never
+}
+
+TEST_F(ChordTest, HeldChordOpensOnceAndTheNextPressCloses) {
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 1);
+    Tick({LeftControl, Space});
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 1);
+    EXPECT_EQ(ChordWindow::hides, 0);
+    Tick({LeftControl});
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::hides, 1);
+    EXPECT_FALSE(controller->Window()->IsShown());
+    Tick({Space}); // no Control: nothing
+    Tick({});
+    EXPECT_EQ(ChordWindow::shows, 1);
+}
+
+TEST_F(ChordTest, RightControlAloneServesTheControlChoices) {
+    Tick({RightControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 1);
+    controller->Window()->Hide();
+    Prefs().shortcutChoice = 2;
+    Tick({RightControl, Tab});
+    EXPECT_EQ(ChordWindow::shows, 2);
+    controller->Window()->Hide();
+    Prefs().shortcutChoice = 1;
+    Tick({});
+    Tick({LeftControl, LeftShift, Space}); // Shift + Space, with Control as well
+    EXPECT_EQ(ChordWindow::shows, 3);
+}
+
+TEST_F(ChordTest, CustomChordNeedsExactlyItsModifiers) {
+    Prefs().shortcutChoice = 4;
+    Prefs().customCtrl = 1;
+    Prefs().customShift = 1;
+    Prefs().customKeyCode = KeyJ;
+    Tick({LeftControl, LeftShift, Option, KeyJ});
+    EXPECT_EQ(ChordWindow::shows, 0);
+    Tick({});
+    Tick({LeftControl, LeftShift, Command, KeyJ});
+    EXPECT_EQ(ChordWindow::shows, 0);
+    Tick({});
+    Tick({LeftControl, LeftShift, KeyJ});
+    EXPECT_EQ(ChordWindow::shows, 1);
+}
+
+TEST_F(ChordTest, OnlyTheCurrentKeyIsQueried) {
+    Prefs().shortcutChoice = 2; // Ctrl + Tab: Space is not looked at
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 0);
+    // Space was never asked for, so its press is still new to the Space choice.
+    Prefs().shortcutChoice = 0;
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 1);
+}
+
+TEST_F(ChordTest, ChordWhileAnotherApplicationIsActiveDoesNothing) {
+    host->GetModel().active = false;
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 0);
+    host->GetModel().active = true;
+    Tick({});
+    Tick({LeftControl, Space});
+    EXPECT_EQ(ChordWindow::shows, 1);
+}
+
+} // namespace

@@ -1,0 +1,184 @@
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/filesystem/file_stats.h"
+#include "popup/effect_alias.h"
+#include "popup/preferences_data.h"
+#include "popup/preferences_file.h"
+#include "tests/foundation/temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+
+namespace {
+
+// Settings bytes built by hand, the way another machine's file would arrive.
+struct SettingsBytes {
+    std::string bytes{"NBCHF\0\0\x01", 8};
+
+    SettingsBytes& Raw(uint32_t id, std::string_view data) {
+        for (uint32_t v : {id, static_cast<uint32_t>(data.size())})
+            for (int i = 0; i < 4; ++i)
+                bytes += static_cast<char>((v >> (8 * i)) & 0xff);
+        bytes += data;
+        return *this;
+    }
+    SettingsBytes& Int(uint32_t id, int64_t value, int width = 4) {
+        std::string data;
+        for (int i = 0; i < width; ++i)
+            data += static_cast<char>((static_cast<uint64_t>(value) >> (8 * i)) & 0xff);
+        return Raw(id, data);
+    }
+    bool DecodeInto(PreferencesData& prefs) const {
+        return DecodePreferences(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), prefs);
+    }
+};
+
+struct PreferencesTest : ::testing::Test {
+    temp_folder root;
+    nimbit::file_path folder = root / "user/Tarvelo";
+
+    void SetUp() override { ::setenv("QUILLO_DOCS_DIR", (root / "docs").c_str(), 1); }
+};
+
+TEST_F(PreferencesTest, DefaultsAndShortcutText) {
+    const int64_t before = CurrentNewsTime();
+    PreferencesData prefs;
+    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
+    EXPECT_EQ(prefs.captureFolder, (root / "docs").to_string() + "/Tarvelo/Quillo/Capture");
+    EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_GE(prefs.newsTime, before); // seconds now, not microseconds
+    EXPECT_LE(prefs.newsTime, CurrentNewsTime());
+    EXPECT_LT(prefs.newsTime, 100000000000);
+    EXPECT_EQ(prefs.GenerateShortcutText(), "");
+    prefs.customCtrl = prefs.customShift = 1;
+    prefs.customKeyName = "BACKSPACE";
+    EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + SHIFT + BACKSPACE");
+    prefs.customCmd = -7; // any non-zero value counts
+    prefs.customOpt = 1;
+    prefs.customKeyName = "";
+    EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + ");
+}
+
+TEST_F(PreferencesTest, FileWithThemeAndNewsTimeOnlyKeepsEveryOtherDefault) {
+    PreferencesData prefs;
+    ASSERT_TRUE(SettingsBytes().Int(1, 1).Int(5, 1234567890123ll, 8).DecodeInto(prefs));
+    EXPECT_EQ(prefs.theme, UIColorTheme::Light);
+    EXPECT_EQ(prefs.newsTime, 1234567890123ll);
+    const PreferencesData defaults;
+    EXPECT_EQ(prefs.captureFolder, defaults.captureFolder);
+    EXPECT_EQ(prefs.shortcutChoice, 0);
+    EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_FALSE(prefs.fullResolutionScreenshots);
+}
+
+TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStringsAtZero) {
+    PreferencesData prefs;
+    ASSERT_TRUE(SettingsBytes()
+                    .Int(6, 99)
+                    .Int(0xffffffffu, 5)
+                    .Int(2, 3, 8) // an int stored 8 bytes wide: ignored, not half read
+                    .Int(8, 65, 2)
+                    .Raw(4, "")
+                    .Int(5, 7, 4)
+                    .Raw(7, std::string("F5\0junk", 7))
+                    .Int(4, 2, 1) // any non-zero byte is true
+                    .Int(9, 1)
+                    .Int(12, -1)
+                    .DecodeInto(prefs));
+    EXPECT_EQ(prefs.shortcutChoice, 0);
+    EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_TRUE(prefs.fullResolutionScreenshots);
+    EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + CMD + F5");
+    // A chunk that claims more data than the file holds ends the reading there.
+    SettingsBytes cut;
+    cut.Int(1, 1).bytes += std::string("\x02\0\0\0\xff\xff\0\0\x01", 9);
+    PreferencesData other;
+    ASSERT_TRUE(cut.DecodeInto(other));
+    EXPECT_EQ(other.theme, UIColorTheme::Light);
+    EXPECT_EQ(other.shortcutChoice, 0);
+    // Not a settings file at all: nothing changes.
+    const std::string wrong("NBCHX\0\0\x01\x01\0\0\0\x04\0\0\0\x01\0\0\0", 20);
+    EXPECT_FALSE(
+        DecodePreferences(reinterpret_cast<const unsigned char*>(wrong.data()), wrong.size(), other));
+    EXPECT_FALSE(DecodePreferences(nullptr, 0, other));
+    EXPECT_EQ(other.theme, UIColorTheme::Light);
+    EXPECT_FALSE(LoadPreferences(other, root / "nowhere"));
+}
+
+TEST_F(PreferencesTest, StoredCaptureFolderIsTakenOnlyWhenItExistsAsAFolder) {
+    const PreferencesData defaults;
+    ASSERT_TRUE(nimbit::make_dir(root / "shots"));
+    ASSERT_TRUE(write_text(root / "a-file", "x"));
+    for (const std::string& stored : {(root / "missing").to_string(), (root / "a-file").to_string(),
+                                      std::string("relative"), std::string()}) {
+        PreferencesData prefs;
+        ASSERT_TRUE(SettingsBytes().Raw(3, stored).DecodeInto(prefs));
+        EXPECT_EQ(prefs.captureFolder, defaults.captureFolder) << stored;
+    }
+    PreferencesData prefs;
+    ASSERT_TRUE(
+        SettingsBytes().Raw(3, (root / "shots").to_string() + std::string("\0/x", 3)).DecodeInto(prefs));
+    EXPECT_EQ(prefs.captureFolder, (root / "shots").to_string());
+}
+
+TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
+    PreferencesData prefs;
+    prefs.theme = UIColorTheme::Light;
+    prefs.shortcutChoice = 4;
+    prefs.captureFolder = (root / "captures/deep/down").to_string();
+    prefs.fullResolutionScreenshots = true;
+    prefs.newsTime = -5;
+    prefs.customKeyCode = 122;
+    prefs.customCtrl = 1, prefs.customOpt = 2, prefs.customShift = 3, prefs.customCmd = 4;
+    prefs.customKeyName = "F1";
+    ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
+
+    const std::string bytes = read_text(folder.append("effects_settings"));
+    std::vector<uint32_t> ids;
+    for (size_t at = 8; at + 8 <= bytes.size();) {
+        uint32_t header[2];
+        std::memcpy(header, bytes.data() + at, 8);
+        ids.push_back(header[0]);
+        at += 8 + header[1];
+    }
+    EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12}));
+
+    // Saving made the capture folder, so the reader accepts it.
+    PreferencesData loaded;
+    ASSERT_TRUE(LoadPreferences(loaded, folder));
+    EXPECT_EQ(loaded.theme, prefs.theme);
+    EXPECT_EQ(loaded.shortcutChoice, 4);
+    EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
+    EXPECT_TRUE(loaded.fullResolutionScreenshots);
+    EXPECT_EQ(loaded.newsTime, -5);
+    EXPECT_EQ(loaded.customKeyCode, 122);
+    EXPECT_EQ(loaded.customOpt, 2);
+    EXPECT_EQ(loaded.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + F1");
+}
+
+TEST_F(PreferencesTest, FirstRunWritesDefaultsWithoutTextFilesAndFailuresAreReported) {
+    EXPECT_FALSE(SettingsFileExists(folder));
+    const PreferencesData prefs;
+    ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
+    EXPECT_TRUE(SettingsFileExists(folder));
+    EXPECT_FALSE(nimbit::file_stats(folder.append("effects_search.txt")).exists);
+    EXPECT_FALSE(nimbit::file_stats(folder.append("effects_shortcuts.txt")).exists);
+    PreferencesData loaded;
+    loaded.newsTime = 0;
+    ASSERT_TRUE(LoadPreferences(loaded, folder));
+    EXPECT_EQ(loaded.newsTime, prefs.newsTime);
+    EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
+    ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, true));
+    EXPECT_TRUE(nimbit::file_stats(folder.append("effects_shortcuts.txt")).exists);
+
+    ASSERT_TRUE(write_text(root / "blocker", "not a folder"));
+    EXPECT_FALSE(SavePreferences(prefs, {}, {}, {}, root / "blocker/Tarvelo", true));
+    EXPECT_EQ(read_text(root / "blocker"), "not a folder");
+    // With no data folder at all nothing is written into the host's working folder.
+    EXPECT_FALSE(SavePreferences(prefs, {}, {}, {}, nimbit::file_path(), true));
+    EXPECT_FALSE(nimbit::file_stats(nimbit::file_path("effects_settings")).exists);
+}
+
+} // namespace

@@ -1,0 +1,115 @@
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/utils/string_utils.h"
+#include "popup/catalogue_index.h"
+#include "popup/effect_alias.h"
+#include "popup/search_data_files.h"
+#include "popup/user_lists.h"
+#include "tests/foundation/temp_folder.h"
+#include "tests/search/fixture_catalogue.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+struct SearchFilesTest : ::testing::Test {
+    std::vector<EffectData> catalogue = LoadFixtureEffects().effects;
+    CatalogueIndex index{catalogue};
+    std::vector<EffectAlias> blacklist, aliases, slots;
+
+    const EffectData* Named(std::string_view name) const { return index.Find(nimbit::string_lower(name)); }
+    std::string RoundTrip(std::string_view text) {
+        blacklist.clear();
+        aliases.clear();
+        ParseSearchData(text, index, blacklist, aliases);
+        return FormatSearchData(blacklist, aliases);
+    }
+};
+
+TEST_F(SearchFilesTest, EveryLineFormReadsAndWritesBackInItsOwnForm) {
+    EXPECT_EQ(
+        RoundTrip("Glow\nGlow # Fast Box Blur\nBlur = Gaussian Blur # Fast Box Blur\nshine = Glow\n"
+                  "-Gaussian Blur\n"),
+        "-Gaussian Blur\nGlow\nGlow # Fast Box Blur\nblur = Gaussian Blur # Fast Box Blur\nshine = Glow\n");
+    ASSERT_EQ(aliases.size(), 4u);
+    EXPECT_EQ(aliases[0].alias, "glow");
+    EXPECT_EQ(aliases[1].override, Named("Fast Box Blur"));
+    EXPECT_EQ(aliases[2].alias, "blur");
+    EXPECT_EQ(aliases[2].effect, Named("Gaussian Blur"));
+    EXPECT_EQ(blacklist[0].alias, "gaussian blur");
+    // Case, blanks and Windows line ends are forgiven.
+    EXPECT_EQ(RoundTrip("  BLUR=gaussian BLUR#fast box blur  \r\n\tglow\t\r\n\n   \n"),
+              "blur = Gaussian Blur # Fast Box Blur\nGlow\n");
+}
+
+TEST_F(SearchFilesTest, MinusTrapsUnknownNamesAndEmptyAliases) {
+    EXPECT_EQ(RoundTrip("- Gaussian Blur\n"       // names " gaussian blur": no such effect
+                        "x = -Gaussian Blur\n"    // an alias of "-gaussian blur": no such effect
+                        "-Glow # Fast Box Blur\n" // a blacklist line keeps no override
+                        "-\n"
+                        "No Such Effect\n"
+                        "Tint # No Such Effect\n" // an unknown override drops only itself
+                        " # Glow\n"
+                        "= Glow\n"), // an empty alias is kept and written to read back the same
+              "-Glow\nTint\n = Glow\n");
+    EXPECT_EQ(RoundTrip(" = Glow\n"), " = Glow\n");
+    EXPECT_EQ(aliases[0].alias, "");
+    EXPECT_EQ(RoundTrip("Glow\nGlow\n"), "Glow\nGlow\n"); // duplicates stay
+}
+
+TEST_F(SearchFilesTest, ShortcutsFillNineSlotsAndEmptySlotsCloseUp) {
+    std::string text = "no equals sign\nGau = NOT AN EFFECT\n";
+    const char* names[] = {"Glow",          "Tint", "Levels", "Gaussian Blur",
+                           "Fast Box Blur", "Glow", "Tint",   "Levels"};
+    for (int i = 0; i < 12; ++i)
+        text += "L" + std::to_string(i) + "x = " + names[i % 8] + "\n";
+    ParseShortcutsData(text, index, slots);
+    ASSERT_EQ(slots.size(), 9u);
+    for (int i = 0; i < 9; ++i) {
+        EXPECT_EQ(slots[i].alias, "L" + std::to_string(i) + "x");
+        EXPECT_EQ(slots[i].effect, Named(names[i % 8]));
+    }
+    slots.assign(ShortcutSlotCount, EffectAlias{});
+    slots[1] = {"Glo", Named("Glow"), nullptr};
+    slots[4] = {"Gau", Named("Gaussian Blur"), nullptr};
+    EXPECT_EQ(FormatShortcutsData(slots), "Glo = Glow\nGau = Gaussian Blur\n");
+    ParseShortcutsData(FormatShortcutsData(slots), index, slots);
+    EXPECT_EQ(slots[0].effect, Named("Glow"));
+    EXPECT_EQ(slots[1].alias, "Gau");
+    EXPECT_EQ(CountShortcuts(slots), 2u);
+}
+
+TEST_F(SearchFilesTest, FilesAreReadFromTheUsersFolderWhenTheyHaveOneAndWrittenThere) {
+    temp_folder root;
+    ::setenv("QUILLO_USER_DATA_DIR", (root / "user").c_str(), 1);
+    ::setenv("QUILLO_COMMON_DATA_DIR", (root / "common").c_str(), 1);
+    const nimbit::file_path common = root / "common/Tarvelo", user = UserSettingsFolder();
+    ASSERT_TRUE(nimbit::make_dir(common));
+    ASSERT_TRUE(write_text(common.append("effects_search.txt"), "Glow\n"));
+    EXPECT_EQ(ChooseReadFolder(SearchDataFileName), common);
+
+    ASSERT_TRUE(nimbit::make_dir(user));
+    slots.assign(ShortcutSlotCount, EffectAlias{});
+    slots[3] = {"Lev", Named("Levels"), nullptr};
+    ASSERT_TRUE(WriteSearchDataFiles({{"tint", Named("Tint"), nullptr}}, {}, slots, user));
+    EXPECT_EQ(ChooseReadFolder(SearchDataFileName), user);
+    blacklist = {{"stale", nullptr, nullptr}};
+    ReadSearchDataFile(blacklist, aliases, catalogue, ChooseReadFolder(SearchDataFileName));
+    ReadShortcutsDataFile(slots, catalogue, user);
+    ASSERT_EQ(blacklist.size(), 1u);
+    EXPECT_EQ(blacklist[0].effect, Named("Tint"));
+    EXPECT_TRUE(aliases.empty());
+    EXPECT_EQ(slots[0].effect, Named("Levels"));
+
+    // Missing files give empty lists and nine empty slots; an unwritable folder reports failure.
+    ReadSearchDataFile(blacklist, aliases, catalogue, root / "missing");
+    ReadShortcutsDataFile(slots, catalogue, root / "missing");
+    EXPECT_TRUE(blacklist.empty());
+    EXPECT_EQ(slots.size(), 9u);
+    EXPECT_FALSE(HasShortcuts(slots));
+    EXPECT_FALSE(WriteSearchDataFiles({}, {}, slots, root / "missing"));
+}
+
+} // namespace

@@ -1,0 +1,77 @@
+#include "popup/effect_alias.h"
+#include "popup/user_lists.h"
+#include "tests/search/fixture_catalogue.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+struct ListsTest : ::testing::Test {
+    std::vector<EffectData> catalogue{MakeEffect(1, "Gaussian Blur"), MakeEffect(2, "Glow"),
+                                      MakeEffect(3, "X"), MakeEffect(4, "levels"),
+                                      MakePreset(-1, "\xC3\xA9toile")};
+    const EffectData* gaussian = &catalogue[0];
+    const EffectData* glow = &catalogue[1];
+    std::vector<EffectAlias> slots = std::vector<EffectAlias>(ShortcutSlotCount);
+};
+
+TEST_F(ListsTest, AddToListAppendsFavoritesAndBlacklistEntriesWithoutDeduplicating) {
+    std::vector<EffectAlias> blacklist, aliases;
+    AddToList(blacklist, aliases, gaussian, false);
+    AddToList(blacklist, aliases, gaussian, false);
+    AddToList(blacklist, aliases, glow, true);
+    ASSERT_EQ(aliases.size(), 2u);
+    EXPECT_EQ(aliases[1].alias, "gaussian blur");
+    EXPECT_EQ(aliases[1].effect, gaussian);
+    ASSERT_EQ(blacklist.size(), 1u);
+    EXPECT_EQ(blacklist[0].alias, "glow");
+}
+
+TEST_F(ListsTest, ShortcutLabelsTakeThreeBytesAndUpperCaseTheFirst) {
+    EXPECT_EQ(MakeShortcutLabel("Gaussian Blur"), "Gau");
+    EXPECT_EQ(MakeShortcutLabel("X"), "X");
+    EXPECT_EQ(MakeShortcutLabel("levels"), "Lev");
+    EXPECT_EQ(MakeShortcutLabel(""), "");
+    EXPECT_EQ(MakeShortcutLabel("\xC3\xA9toile"), "\xC3\xA9t"); // a multi-byte letter is left alone
+}
+
+TEST_F(ListsTest, AddAndReplaceShortcutsStayWithinNineSlots) {
+    slots[0] = {"Glo", glow, nullptr};
+    EXPECT_TRUE(AddToShortcuts(slots, &catalogue[2]));
+    EXPECT_EQ(slots[1].alias, "X");
+    EXPECT_FALSE(ReplaceToShortcuts(slots, gaussian, 2)); // empty slot: nothing changes
+    EXPECT_EQ(slots[2].effect, nullptr);
+    EXPECT_TRUE(ReplaceToShortcuts(slots, gaussian, 1));
+    EXPECT_EQ(slots[1].alias, "Gau");
+    while (CountShortcuts(slots) < 9)
+        ASSERT_TRUE(AddToShortcuts(slots, glow));
+    EXPECT_FALSE(AddToShortcuts(slots, gaussian));
+    EXPECT_TRUE(ReplaceToShortcuts(slots, gaussian, 8));
+    // The menu offers at most nine items; a tenth index is out of range even for a longer list.
+    slots.push_back({"Glo", glow, nullptr});
+    EXPECT_FALSE(ReplaceToShortcuts(slots, gaussian, 9));
+    EXPECT_EQ(slots[9].effect, glow);
+}
+
+TEST_F(ListsTest, ShortcutLabelsStopAtTheFirstEmptySlotButCountsDoNot) {
+    EXPECT_FALSE(HasShortcuts(slots));
+    slots[8] = {"Glo", glow, nullptr};
+    EXPECT_TRUE(HasShortcuts(slots));
+    EXPECT_TRUE(GetShortcutsAlias(slots).empty());
+    slots[0] = {"Gau", gaussian, nullptr};
+    slots[1] = {"Lev", &catalogue[3], nullptr};
+    EXPECT_EQ(CountShortcuts(slots), 3u);
+    EXPECT_EQ(GetShortcutsAlias(slots), (std::vector<std::string>{"Gau", "Lev"}));
+}
+
+TEST_F(ListsTest, ActualEffectIsTheFirstOverrideForIt) {
+    std::vector<EffectAlias> aliases{{"gb", gaussian, nullptr},
+                                     {"blur", gaussian, &catalogue[2]},
+                                     {"soft", gaussian, glow},
+                                     {"glow", glow, nullptr}};
+    EXPECT_EQ(GetActualEffect(aliases, gaussian), &catalogue[2]);
+    EXPECT_EQ(GetActualEffect(aliases, glow), glow);
+    EXPECT_EQ(GetActualEffect(aliases, nullptr), nullptr);
+}
+
+} // namespace
