@@ -16,6 +16,7 @@
 #include <fstream>
 #include <spawn.h>
 #include <sstream>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -33,6 +34,24 @@ pid_t spawn(const std::vector<std::string>& args) {
     pid_t pid = 0;
     if (posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
         return -1;
+    return pid;
+}
+
+// The X server goes down with the test process even when ctest kills it on a timeout.
+pid_t spawn_server(const std::vector<std::string>& args) {
+    std::vector<char*> argv;
+    for (const std::string& a : args)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    const pid_t parent = getpid();
+    const pid_t pid = fork();
+    if (pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent)
+            _exit(1);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
     return pid;
 }
 
@@ -58,7 +77,7 @@ public:
         int fds[2];
         ASSERT_EQ(pipe(fds), 0);
         const std::string fd = std::to_string(fds[1]);
-        server = spawn({"Xvfb", "-displayfd", fd, "-screen", "0", "1280x800x24", "-nolisten", "tcp"});
+        server = spawn_server({"Xvfb", "-displayfd", fd, "-screen", "0", "1280x800x24", "-nolisten", "tcp"});
         close(fds[1]);
         ASSERT_GT(server, 0) << "Xvfb is not installed";
         std::string number;

@@ -55,8 +55,8 @@ TEST(CocoaTimers, ATimerMayDestroyItsOwnWindow) {
 
 TEST(CocoaModal, ShowModalReturnsTheEndModalCode) {
     timed_window t;
-    nimbit::ui::event_manager::instance().add_event(&t.root, &t, event_type::timer,
-                                                    [&](const nimbit::ui::event_info&) { t.w.end_modal(42); });
+    nimbit::ui::event_manager::instance().add_event(
+        &t.root, &t, event_type::timer, [&](const nimbit::ui::event_info&) { t.w.end_modal(42); });
     t.root.add_timer(3, 50, true);
     EXPECT_EQ(t.w.show_modal(), 42);
     EXPECT_FALSE(t.w.is_modal());
@@ -101,8 +101,8 @@ TEST_F(CocoaModalDeathTest, EndingOrNestingSessionsWrongIsAProgrammingError) {
     EXPECT_DEATH(
         {
             timed_window t;
-            nimbit::ui::event_manager::instance().add_event(&t.root, &t, event_type::timer,
-                                                            [&](const nimbit::ui::event_info&) { t.w.show_modal(); });
+            nimbit::ui::event_manager::instance().add_event(
+                &t.root, &t, event_type::timer, [&](const nimbit::ui::event_info&) { t.w.show_modal(); });
             t.root.add_timer(1, 10, true);
             t.w.show_modal();
         },
