@@ -1,0 +1,215 @@
+#include "display_session.h"
+
+#include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/native_bitmap.h"
+
+#include <gtest/gtest.h>
+// After gtest: Xlib defines macros (None, Status) that clash with its names.
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <spawn.h>
+#include <sstream>
+#include <sys/prctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+namespace cocoa_test {
+
+namespace {
+
+pid_t spawn(const std::vector<std::string>& args) {
+    std::vector<char*> argv;
+    for (const std::string& a : args)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    pid_t pid = 0;
+    if (posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
+        return -1;
+    return pid;
+}
+
+// The X server goes down with the test process even when ctest kills it on a timeout.
+pid_t spawn_server(const std::vector<std::string>& args) {
+    std::vector<char*> argv;
+    for (const std::string& a : args)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    const pid_t parent = getpid();
+    const pid_t pid = fork();
+    if (pid == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        if (getppid() != parent)
+            _exit(1);
+        execvp(argv[0], argv.data());
+        _exit(127);
+    }
+    return pid;
+}
+
+std::vector<std::string> split(const std::string& text) {
+    std::vector<std::string> parts;
+    std::istringstream in(text);
+    for (std::string p; in >> p;)
+        parts.push_back(p);
+    return parts;
+}
+
+// An Xvfb of the test process's own, on a display number the server picks itself (-displayfd), so
+// that tests running in parallel never collide.
+class xvfb_environment : public ::testing::Environment {
+public:
+    void SetUp() override {
+        nimbit::ui::cocoa::autorelease_pool pool;
+        const char* display = std::getenv("DISPLAY");
+        if (display && *display && !std::getenv("QUILLO_OWN_XVFB")) {
+            ASSERT_TRUE(nimbit::ui::cocoa::start_application()) << "cannot reach DISPLAY=" << display;
+            return;
+        }
+        int fds[2];
+        ASSERT_EQ(pipe(fds), 0);
+        const std::string fd = std::to_string(fds[1]);
+        server = spawn_server({"Xvfb", "-displayfd", fd, "-screen", "0", "1280x800x24", "-nolisten", "tcp"});
+        close(fds[1]);
+        ASSERT_GT(server, 0) << "Xvfb is not installed";
+        std::string number;
+        char c;
+        while (read(fds[0], &c, 1) == 1 && c != '\n')
+            number += c;
+        close(fds[0]);
+        ASSERT_FALSE(number.empty()) << "Xvfb did not start";
+        setenv("DISPLAY", (":" + number).c_str(), 1);
+        ASSERT_TRUE(nimbit::ui::cocoa::start_application());
+    }
+    void TearDown() override {
+        if (server > 0) {
+            kill(server, SIGTERM);
+            int status = 0;
+            waitpid(server, &status, 0);
+        }
+    }
+
+private:
+    pid_t server = -1;
+};
+
+// Each test runs inside an autorelease pool of its own, as code on the event loop would.
+class pool_per_test : public ::testing::EmptyTestEventListener {
+    void OnTestStart(const ::testing::TestInfo&) override { pool = new nimbit::ui::cocoa::autorelease_pool; }
+    void OnTestEnd(const ::testing::TestInfo&) override {
+        delete pool;
+        pool = nullptr;
+    }
+    nimbit::ui::cocoa::autorelease_pool* pool = nullptr;
+};
+
+const bool registered = [] {
+    ::testing::AddGlobalTestEnvironment(new xvfb_environment);
+    ::testing::UnitTest::GetInstance()->listeners().Append(new pool_per_test);
+    return true;
+}();
+
+Display* x_display() {
+    static Display* d = XOpenDisplay(nullptr);
+    return d;
+}
+
+} // namespace
+
+bool xdotool(const std::string& arguments) {
+    std::vector<std::string> args = split(arguments);
+    args.insert(args.begin(), "xdotool");
+    const pid_t pid = spawn(args);
+    if (pid <= 0)
+        return false;
+    // The application keeps handling events meanwhile, as it would while a person types.
+    int status = 0;
+    while (waitpid(pid, &status, WNOHANG) == 0)
+        nimbit::ui::cocoa::process_events(0.005);
+    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+bool click_at(nimbit::_vec2<int> p, int button) {
+    const std::string b = std::to_string(button);
+    return xdotool("mousemove " + std::to_string(p.x) + " " + std::to_string(p.y) + " mousedown " + b +
+                   " sleep 0.1 mouseup " + b);
+}
+
+void xdotool_later(const std::string& arguments) {
+    // Through a shell that returns at once, so that no child is left for us to reap.
+    const std::string script = "xdotool " + arguments + " >/dev/null 2>&1 &";
+    const pid_t pid = spawn({"/bin/sh", "-c", script});
+    int status = 0;
+    if (pid > 0)
+        waitpid(pid, &status, 0);
+}
+
+bool wait_for(const std::function<bool()>& done, double timeout_seconds) {
+    return nimbit::ui::cocoa::run_until(done, timeout_seconds);
+}
+
+void pump(double seconds) {
+    nimbit::ui::cocoa::process_events(seconds);
+}
+
+nimbit::vec4 screen_image::pixel(int x, int y) const {
+    if (x < 0 || y < 0 || x >= size.x || y >= size.y)
+        return {};
+    const unsigned char* p = &rgba[(static_cast<size_t>(y) * size.x + x) * 4];
+    return {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f, p[3] / 255.0f};
+}
+
+screen_image capture_screen(const nimbit::ivec4& rect) {
+    screen_image image;
+    Display* d = x_display();
+    if (!d || rect.w <= 0 || rect.h <= 0)
+        return image;
+    XSync(d, False);
+    XImage* x = XGetImage(d, DefaultRootWindow(d), rect.x, rect.y, static_cast<unsigned>(rect.w),
+                          static_cast<unsigned>(rect.h), AllPlanes, ZPixmap);
+    if (!x)
+        return image;
+    image.size = {rect.w, rect.h};
+    image.rgba.resize(static_cast<size_t>(rect.w) * rect.h * 4);
+    for (int y = 0; y < rect.h; ++y)
+        for (int xx = 0; xx < rect.w; ++xx) {
+            const unsigned long p = XGetPixel(x, xx, y);
+            unsigned char* o = &image.rgba[(static_cast<size_t>(y) * rect.w + xx) * 4];
+            o[0] = static_cast<unsigned char>((p & x->red_mask) >> 16);
+            o[1] = static_cast<unsigned char>((p & x->green_mask) >> 8);
+            o[2] = static_cast<unsigned char>(p & x->blue_mask);
+            o[3] = 255;
+        }
+    XDestroyImage(x);
+    return image;
+}
+
+bool save_png(const screen_image& image, const std::string& path) {
+    auto bitmap = nimbit::ui::create_native_bitmap();
+    if (image.empty() || !bitmap->create(image.size, false))
+        return false;
+    unsigned pitch = 0;
+    unsigned char* out = bitmap->lock_pixels(pitch);
+    for (int y = 0; y < image.size.y; ++y)
+        std::copy_n(&image.rgba[static_cast<size_t>(y) * image.size.x * 4],
+                    static_cast<size_t>(image.size.x) * 4, out + static_cast<size_t>(y) * pitch);
+    bitmap->unlock_pixels();
+    const std::vector<unsigned char> png = bitmap->encode(1);
+    std::ofstream file(path, std::ios::binary);
+    file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
+    return !png.empty() && file.good();
+}
+
+float color_distance(const nimbit::vec4& a, const nimbit::vec4& b) {
+    return std::max({std::fabs(a.x - b.x), std::fabs(a.y - b.y), std::fabs(a.z - b.z)});
+}
+
+} // namespace cocoa_test

@@ -1,0 +1,282 @@
+#include "display_session.h"
+
+#include "nimbit/filesystem/file_shell.h"
+#include "nimbit/ui/cocoa/file_filters.h"
+#include "nimbit/ui/cocoa/font_lookup.h"
+#include "nimbit/ui/drawer.h"
+#include "nimbit/ui/event_manager.h"
+#include "nimbit/ui/native_bitmap.h"
+#include "nimbit/ui/native_clipboard.h"
+#include "nimbit/ui/native_drawer.h"
+#include "nimbit/ui/window.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+
+using namespace cocoa_test;
+using nimbit::ivec4;
+using nimbit::vec4;
+using nimbit::ui::native_bitmap;
+
+namespace {
+
+// A 40 x 30 image: red top half, translucent blue bottom half, a green pixel at (3, 2).
+std::unique_ptr<native_bitmap> sample(bool alpha = true) {
+    auto b = nimbit::ui::create_native_bitmap();
+    EXPECT_TRUE(b->create({40, 30}, alpha));
+    unsigned pitch = 0;
+    unsigned char* p = b->lock_pixels(pitch);
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 40; ++x) {
+            unsigned char* px = p + y * pitch + x * 4;
+            const bool top = y < 15;
+            px[0] = top ? 230 : 20;
+            px[1] = (x == 3 && y == 2) ? 255 : 10;
+            px[2] = top ? 10 : 220;
+            px[3] = top || !alpha ? 255 : 128;
+        }
+    b->unlock_pixels();
+    return b;
+}
+
+// The largest channel difference, leaving out pixels within `margin` of the green dot and of the
+// edge between the halves (JPG stores colour at half resolution, so single pixels there smear).
+int max_difference(const native_bitmap& a, const native_bitmap& b, int margin = -1) {
+    unsigned pa = 0, pb = 0;
+    const unsigned char* x = a.read_pixels(pa);
+    const unsigned char* y = b.read_pixels(pb);
+    int worst = 0;
+    for (int row = 0; row < a.get_size().y; ++row)
+        for (int col = 0; col < a.get_size().x; ++col) {
+            const bool near_dot = std::abs(col - 3) <= margin && std::abs(row - 2) <= margin;
+            const bool near_edge = margin >= 0 && row >= 15 - margin && row < 15 + margin;
+            if (near_dot || near_edge)
+                continue;
+            for (int c = 0; c < 4; ++c) {
+                const size_t i = static_cast<size_t>(col) * 4 + c;
+                worst = std::max(worst, std::abs(int(x[row * pa + i]) - int(y[row * pb + i])));
+            }
+        }
+    return worst;
+}
+
+// A window whose root paints with a callback, for looking at drawing on screen.
+struct canvas_window {
+    nimbit::ui::window w;
+    nimbit::ui::widget root;
+    std::function<void(nimbit::ui::drawer&)> paint;
+    explicit canvas_window(std::function<void(nimbit::ui::drawer&)> p, ivec4 frame = {300, 300, 200, 120})
+        : paint(std::move(p)) {
+        w.create("canvas", frame, nimbit::ui::window_style_borderless);
+        root.create(w.get_root(), {0, 0, frame.w, frame.h});
+        nimbit::ui::event_manager::instance().add_event(
+            &root, this, nimbit::ui::event_type::draw,
+            [this](const nimbit::ui::event_info&) { paint(w.get_drawer()); });
+        w.show();
+    }
+    screen_image wait_painted(const std::function<bool(const screen_image&)>& done) {
+        screen_image shot;
+        wait_for([&] {
+            shot = capture_screen(w.get_client_rect());
+            return done(shot);
+        });
+        return shot;
+    }
+};
+
+} // namespace
+
+TEST(CocoaBitmap, PngKeepsEveryPixelAndJpgStaysClose) {
+    const auto original = sample();
+    const std::vector<unsigned char> png = original->encode(1);
+    ASSERT_FALSE(png.empty());
+    auto back = nimbit::ui::create_native_bitmap();
+    ASSERT_TRUE(back->decode(png.data(), png.size()));
+    ASSERT_EQ(back->get_size(), original->get_size());
+    EXPECT_TRUE(back->has_alpha());
+    EXPECT_EQ(max_difference(*original, *back), 0);
+
+    const auto opaque = sample(false);
+    const std::vector<unsigned char> jpg = opaque->encode(2);
+    ASSERT_GT(jpg.size(), 3u);
+    EXPECT_EQ(jpg[0], 0xFF);
+    EXPECT_EQ(jpg[1], 0xD8);
+    ASSERT_TRUE(back->decode(jpg.data(), jpg.size()));
+    // Best quality: flat colour comes back within a few levels; only the dot and the edge smear.
+    EXPECT_LE(max_difference(*opaque, *back, 8), 6);
+    EXPECT_GT(max_difference(*opaque, *back), 0); // it really went through a lossy coder
+
+    EXPECT_TRUE(original->encode(3).empty());
+    EXPECT_TRUE(original->encode(0).empty());
+    EXPECT_TRUE(nimbit::ui::create_native_bitmap()->encode(1).empty());
+}
+
+TEST(CocoaBitmap, DamagedInputFailsAndLeavesTheImage) {
+    auto b = sample();
+    std::vector<unsigned char> png = b->encode(1);
+    const std::vector<std::vector<unsigned char>> bad = {
+        {},
+        {0x89, 'P', 'N', 'G'},
+        std::vector<unsigned char>(png.begin(), png.begin() + static_cast<long>(png.size() / 2)),
+        [&] {
+            auto v = png;
+            for (size_t i = 40; i < v.size(); i += 7)
+                v[i] ^= 0x5A;
+            return v;
+        }(),
+        {0xFF, 0xD8, 0xFF, 0xE0, 0, 0, 0, 0},
+        {'G', 'I', 'F', '8', '9', 'a', 1, 0, 1, 0},
+    };
+    for (const auto& bytes : bad) {
+        EXPECT_FALSE(b->decode(bytes.data(), bytes.size()));
+        EXPECT_EQ(b->get_size(), (nimbit::_vec2<int>{40, 30}));
+    }
+    EXPECT_FALSE(b->create({0, 10}, true));
+    EXPECT_FALSE(b->create({70000, 70000}, true));
+}
+
+TEST(CocoaBitmap, ResizeCutsOrScales) {
+    auto b = sample();
+    ASSERT_TRUE(b->resize({20, 10}, false));
+    unsigned pitch = 0;
+    EXPECT_EQ(b->read_pixels(pitch)[(2 * pitch) + 3 * 4 + 1], 255); // the green pixel kept its place
+    auto s = sample();
+    ASSERT_TRUE(s->resize({80, 60}, true));
+    const unsigned char* p = s->read_pixels(pitch);
+    EXPECT_GT(p[10 * pitch + 40 * 4 + 0], 200); // still red at the top
+    EXPECT_GT(p[50 * pitch + 40 * 4 + 2], 150); // blue at the bottom
+    EXPECT_LT(p[50 * pitch + 40 * 4 + 3], 200); // and still translucent there
+}
+
+TEST(CocoaClipboard, TextAndImagesGoThroughThePasteboard) {
+    auto& clip = nimbit::ui::get_native_clipboard();
+    ASSERT_TRUE(clip.set_text("Ümlaut ✓ line\nnext"));
+    EXPECT_TRUE(clip.has_text());
+    EXPECT_EQ(clip.get_text(), "Ümlaut ✓ line\nnext");
+
+    const auto image = sample();
+    ASSERT_TRUE(clip.set_image(*image));
+    EXPECT_TRUE(clip.has_image());
+    EXPECT_FALSE(clip.has_text()); // setting one replaces the other
+    auto back = clip.get_image();
+    ASSERT_NE(back, nullptr);
+    ASSERT_EQ(back->get_size(), image->get_size());
+    EXPECT_LE(max_difference(*image, *back), 1);
+
+    ASSERT_TRUE(clip.set_text(""));
+    EXPECT_EQ(clip.get_image(), nullptr);
+}
+
+TEST(CocoaDrawer, ImagesLandUprightAndClippedToTheirSource) {
+    const auto image = sample(false);
+    canvas_window c([&](nimbit::ui::drawer& d) {
+        d.clear({0, 0, 0, 1});
+        d.get_native().draw_image({10, 10, 40, 30}, *image, {}, false);
+        // Only the top half, stretched to 40 x 30.
+        d.get_native().draw_image({100, 10, 40, 30}, *image, {0, 0, 40, 15}, false);
+    });
+    const vec4 red{230 / 255.f, 10 / 255.f, 10 / 255.f, 1}, blue{20 / 255.f, 10 / 255.f, 220 / 255.f, 1};
+    const screen_image shot =
+        c.wait_painted([&](const screen_image& s) { return color_distance(s.pixel(20, 15), red) < 0.05f; });
+    EXPECT_LT(color_distance(shot.pixel(20, 15), red), 0.05f);
+    EXPECT_LT(color_distance(shot.pixel(20, 35), blue), 0.05f);
+    EXPECT_LT(color_distance(shot.pixel(110, 35), red), 0.05f);
+    EXPECT_LT(color_distance(shot.pixel(5, 5), {0, 0, 0, 1}), 0.05f);
+}
+
+TEST(CocoaDrawer, TextIsMeasuredPlacedAndKeptInItsRectangle) {
+    std::vector<int> offsets;
+    nimbit::_vec2<int> wide, narrow, wrapped;
+    const ivec4 box{10, 10, 150, 60};
+    auto setup = [](nimbit::ui::drawer& d) {
+        d.set_text_font("Arial", 16);
+        d.set_text_color({1, 1, 1, 1});
+    };
+    canvas_window c([&](nimbit::ui::drawer& d) {
+        d.clear({0, 0, 0, 1});
+        setup(d);
+        d.set_text_format(nimbit::ui::text_align::left, nimbit::ui::text_valign::top);
+        d.draw_text(box, "Top line of a long text that cannot fit in this small box at all, no way");
+    });
+    // Measuring needs no drawing pass.
+    setup(c.w.get_drawer());
+    wide = c.w.get_drawer().calc_text_size("MMMMMM");
+    narrow = c.w.get_drawer().calc_text_size("iiiiii");
+    wrapped = c.w.get_drawer().calc_text_size("MMMMMM MMMMMM MMMMMM", {60, 0});
+    offsets = c.w.get_drawer().calc_char_offsets("aé✓b");
+    EXPECT_GT(wide.x, narrow.x);
+    EXPECT_GT(wrapped.y, wide.y * 2); // wraps at the spaces
+    ASSERT_EQ(offsets.size(), 5u);    // four code points and the end
+    EXPECT_EQ(offsets[0], 0);
+    for (size_t i = 1; i < offsets.size(); ++i)
+        EXPECT_GT(offsets[i], offsets[i - 1]);
+
+    auto ink = [](const screen_image& s, ivec4 r) {
+        int n = 0;
+        for (int y = r.y; y < r.y + r.h; ++y)
+            for (int x = r.x; x < r.x + r.w; ++x)
+                n += s.pixel(x, y).x > 0.5f;
+        return n;
+    };
+    const screen_image shot = c.wait_painted([&](const screen_image& s) { return ink(s, box) > 50; });
+    EXPECT_GT(ink(shot, {box.x, box.y, box.w, 20}), 50); // set at the top
+    // Nothing below the rectangle (beyond the descent allowance) or right of it.
+    EXPECT_EQ(ink(shot, {0, box.y + box.h + 3, 200, 120 - box.y - box.h - 3}), 0);
+    EXPECT_EQ(ink(shot, {box.x + box.w, 0, 200 - box.x - box.w, 120}), 0);
+}
+
+TEST(CocoaPlatform, FontsNamedByTheThemeMapToInstalledFaces) {
+    EXPECT_EQ(nimbit::ui::cocoa::installed_font_family("Arial"), "Liberation Sans");
+    EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("tahoma").empty());
+    EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("Trebuchet MS").empty());
+    EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("").empty());
+}
+
+TEST(CocoaPlatform, DialogFiltersAcceptBothCases) {
+    using nimbit::file_browser::file_filter;
+    const auto types = nimbit::ui::cocoa::allowed_file_types({{"PNG files (*.png)", "*.png"},
+                                                              {"JPG", "*.jpg"},
+                                                              {"again", "*.PNG"},
+                                                              {"all", "*.*"},
+                                                              {"short", "*"}});
+    EXPECT_EQ(types, (std::vector<std::string>{"png", "PNG", "jpg", "JPG"}));
+    EXPECT_TRUE(nimbit::ui::cocoa::allowed_file_types({}).empty());
+}
+
+TEST(CocoaPlatform, LinksAndFoldersGoToTheDesktopOpener) {
+    const std::filesystem::path dir =
+        std::filesystem::temp_directory_path() / ("opener" + std::to_string(getpid()));
+    std::filesystem::create_directories(dir);
+    const std::filesystem::path log = dir / "opened.txt";
+    {
+        std::ofstream script(dir / "xdg-open");
+        script << "#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" << log.string() << "'\n";
+    }
+    std::filesystem::permissions(dir / "xdg-open", std::filesystem::perms::owner_all);
+    const std::string old_path = std::getenv("PATH") ? std::getenv("PATH") : "";
+    setenv("PATH", (dir.string() + ":" + old_path).c_str(), 1);
+    EXPECT_TRUE(nimbit::file_shell::open_link("https://example.com/a b?x=1&y='2'"));
+    EXPECT_TRUE(nimbit::file_shell::show_in_explorer(nimbit::file_path("/tmp/some folder/pic.png"), true));
+    EXPECT_FALSE(nimbit::file_shell::open_link(""));
+    auto lines = [&] {
+        std::ifstream in(log);
+        std::vector<std::string> all;
+        for (std::string l; std::getline(in, l);)
+            all.push_back(l);
+        return all;
+    };
+    EXPECT_TRUE(wait_for([&] { return lines().size() == 2; }));
+    const auto opened = lines();
+    EXPECT_NE(std::find(opened.begin(), opened.end(), "https://example.com/a b?x=1&y='2'"), opened.end());
+    EXPECT_NE(std::find(opened.begin(), opened.end(), "/tmp/some folder"), opened.end());
+    // Without an opener installed the hand-off reports failure.
+    setenv("PATH", dir.string().c_str(), 1);
+    std::filesystem::remove(dir / "xdg-open");
+    EXPECT_FALSE(nimbit::file_shell::open_link("https://example.com"));
+    setenv("PATH", old_path.c_str(), 1);
+    std::filesystem::remove_all(dir);
+}
