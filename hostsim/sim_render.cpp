@@ -1,6 +1,7 @@
 #include "hostsim/sim_render.h"
 
 #include "hostsim/sim_host.h"
+#include "hostsim/suite_calls.h"
 
 #include <cstring>
 
@@ -175,10 +176,8 @@ A_Err CheckinFrame(AEGP_FrameReceiptH receipt) {
 }
 
 A_Err GetReceiptWorld(AEGP_FrameReceiptH receipt, AEGP_WorldH* world) {
-    if (receipt == nullptr)
-        return A_Err_PARAMETER;
-    *world = reinterpret_cast<AEGP_WorldH>(reinterpret_cast<SimFrame*>(receipt)->world);
-    return A_Err_NONE;
+    return Answer(reinterpret_cast<SimFrame*>(receipt),
+                  [&](SimFrame& frame) { *world = reinterpret_cast<AEGP_WorldH>(frame.world); });
 }
 
 // ---- Worlds
