@@ -149,11 +149,7 @@ A_Err GetLayerNumEffects(AEGP_LayerH handle, A_long* count) {
 }
 
 A_Err DisposeEffect(AEGP_EffectRefH effect) {
-    if (effect == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<EffectRef*>(effect);
-    --Host().liveEffectRefs;
-    return A_Err_NONE;
+    return Dispose<EffectRef>(effect, Host().liveEffectRefs);
 }
 
 A_Err ApplyEffect(AEGP_PluginID, AEGP_LayerH handle, AEGP_InstalledEffectKey key, AEGP_EffectRefH* effect) {
@@ -318,11 +314,7 @@ A_Err NewMemHandle(AEGP_PluginID, const A_char*, AEGP_MemSize size, AEGP_MemFlag
 }
 
 A_Err FreeMemHandle(AEGP_MemHandle handle) {
-    if (handle == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<MemBlock*>(handle);
-    --Host().liveMemHandles;
-    return A_Err_NONE;
+    return Dispose<MemBlock>(handle, Host().liveMemHandles);
 }
 
 MemBlock* MemOf(AEGP_MemHandle handle) {

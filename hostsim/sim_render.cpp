@@ -94,11 +94,7 @@ A_Err NewFromItem(AEGP_PluginID, AEGP_ItemH itemH, AEGP_RenderOptionsH* options)
 }
 
 A_Err DisposeOptions(AEGP_RenderOptionsH options) {
-    if (options == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<SimRenderOptions*>(options);
-    --Host().liveRenderOptions;
-    return A_Err_NONE;
+    return Dispose<SimRenderOptions>(options, Host().liveRenderOptions);
 }
 
 A_Err SetTime(AEGP_RenderOptionsH options, A_Time time) {
@@ -190,11 +186,7 @@ A_Err WorldNew(AEGP_PluginID, AEGP_WorldType type, A_long width, A_long height, 
 }
 
 A_Err WorldDispose(AEGP_WorldH world) {
-    if (world == nullptr)
-        return A_Err_PARAMETER;
-    delete WorldOf(world);
-    --Host().liveWorlds;
-    return A_Err_NONE;
+    return Dispose<SimWorld>(world, Host().liveWorlds);
 }
 
 A_Err WorldGetType(AEGP_WorldH world, AEGP_WorldType* type) {
@@ -281,11 +273,7 @@ A_Err GetNewColorProfileDescription(AEGP_PluginID, AEGP_ConstColorProfileP profi
 }
 
 A_Err DisposeColorProfile(AEGP_ColorProfileP profile) {
-    if (profile == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<SimProfile*>(profile);
-    --Host().liveProfiles;
-    return A_Err_NONE;
+    return Dispose<SimProfile>(profile, Host().liveProfiles);
 }
 
 } // namespace
