@@ -337,18 +337,14 @@ A_Err GetMemHandleSize(AEGP_MemHandle handle, AEGP_MemSize* size) {
 // ---- The suite tables. Members the plug-in never calls stay null, so an unexpected call fails
 // loudly in a test instead of answering something invented.
 
-AEGP_UtilitySuite5 utility11 = [] {
-    AEGP_UtilitySuite5 s{};
+template <typename Suite> Suite UtilitySuite() {
+    Suite s{};
     s.AEGP_GetSuppressInteractiveUI = GetSuppressInteractiveUI;
     s.AEGP_ExecuteScript = ExecuteScript;
     return s;
-}();
-AEGP_UtilitySuite4 utility10 = [] {
-    AEGP_UtilitySuite4 s{};
-    s.AEGP_GetSuppressInteractiveUI = GetSuppressInteractiveUI;
-    s.AEGP_ExecuteScript = ExecuteScript;
-    return s;
-}();
+}
+AEGP_UtilitySuite5 utility11 = UtilitySuite<AEGP_UtilitySuite5>();
+AEGP_UtilitySuite4 utility10 = UtilitySuite<AEGP_UtilitySuite4>();
 AEGP_RegisterSuite5 register6 = [] {
     AEGP_RegisterSuite5 s{};
     s.AEGP_RegisterCommandHook = RegisterCommandHook;
@@ -379,17 +375,15 @@ template <typename Suite> Suite LayerSuite() {
     s.AEGP_GetLayerObjectType = GetLayerObjectType;
     return s;
 }
+// The older layer suites also answer a layer's name, into fixed buffers.
+template <typename Suite> Suite OldLayerSuite() {
+    Suite s = LayerSuite<Suite>();
+    s.AEGP_GetLayerName = GetLayerNameOld;
+    return s;
+}
 AEGP_LayerSuite8 layer14 = LayerSuite<AEGP_LayerSuite8>();
-AEGP_LayerSuite5 layer11 = [] {
-    AEGP_LayerSuite5 s = LayerSuite<AEGP_LayerSuite5>();
-    s.AEGP_GetLayerName = GetLayerNameOld;
-    return s;
-}();
-AEGP_LayerSuite1 layer5 = [] {
-    AEGP_LayerSuite1 s = LayerSuite<AEGP_LayerSuite1>();
-    s.AEGP_GetLayerName = GetLayerNameOld;
-    return s;
-}();
+AEGP_LayerSuite5 layer11 = OldLayerSuite<AEGP_LayerSuite5>();
+AEGP_LayerSuite1 layer5 = OldLayerSuite<AEGP_LayerSuite1>();
 template <typename Suite> Suite ItemSuite() {
     Suite s{};
     s.AEGP_GetActiveItem = GetActiveItem;
