@@ -64,6 +64,11 @@ void scroll_bar::set_scroll_panel(widget* new_panel) {
     update_bar();
 }
 
+void scroll_bar::add_wheel_area(widget& area) {
+    if (&area != this)
+        event_manager::instance().add_event(&area, this, event_type::mouse_wheel, &scroll_bar::on_wheel);
+}
+
 void scroll_bar::set_step(int pixels) {
     step = std::max(1, pixels);
 }

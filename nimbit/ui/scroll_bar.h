@@ -22,6 +22,10 @@ public:
 
     void set_scroll_panel(widget* panel);
     widget* get_scroll_panel() const { return panel; }
+    // The wheel bubbles up from the widget under the pointer through its parents, and the bar is
+    // usually the panel's sibling, not its ancestor: wheel turns that reach `area` (typically the
+    // view the panel scrolls in) scroll this bar as well. Lasts until the bar or the area goes.
+    void add_wheel_area(widget& area);
 
     // Scroll amounts other than exact ones are rounded down to whole steps.
     void set_step(int pixels);

@@ -245,24 +245,12 @@ void widget::set_rect(const ivec4& r, bool also_target) {
     const bool resized = old.w != r.w || old.h != r.h;
     const bool moved = old.x != r.x || old.y != r.y;
     if (resized) {
-        const auto old_size = pack_pair(old.w, old.h);
-        events().fire_event(this, event_type::resize, old_size);
-        ++child_walks;
-        for (size_t i = 0; i < children.size(); ++i)
-            if (widget* c = children[i]) {
-                events().fire_event(c, event_type::parent_resize, old_size);
-                c->update_anchor(rect.size());
-            }
-        --child_walks;
+        events().fire_event(this, event_type::resize, pack_pair(old.w, old.h));
+        tell_children(event_type::parent_resize, old);
     }
     if (moved) {
-        const auto old_pos = pack_pair(old.x, old.y);
-        events().fire_event(this, event_type::move, old_pos);
-        ++child_walks;
-        for (size_t i = 0; i < children.size(); ++i)
-            if (widget* c = children[i])
-                events().fire_event(c, event_type::parent_move, old_pos);
-        --child_walks;
+        events().fire_event(this, event_type::move, pack_pair(old.x, old.y));
+        tell_children(event_type::parent_move, old);
     }
     if (!resized && !moved) {
         update(false);
@@ -331,9 +319,29 @@ void widget::update_anchor(const _vec2<int>& parent_size) {
             pos = low.distance;
         }
     };
+    const ivec4 old = rect;
     fit(anchors[2], anchors[3], parent_size.x, rect.x, rect.w);
     fit(anchors[0], anchors[1], parent_size.y, rect.y, rect.h);
+    // No resize or move is raised on this widget, but its children still learn of the change and
+    // follow it: a panel stretched by its anchors carries its own anchored contents along.
+    if (created && (old.w != rect.w || old.h != rect.h))
+        tell_children(event_type::parent_resize, old);
+    if (created && (old.x != rect.x || old.y != rect.y))
+        tell_children(event_type::parent_move, old);
     update(false);
+}
+
+void widget::tell_children(event_type type, const ivec4& old) {
+    const bool resize = type == event_type::parent_resize;
+    const auto data = resize ? pack_pair(old.w, old.h) : pack_pair(old.x, old.y);
+    ++child_walks;
+    for (size_t i = 0; i < children.size(); ++i)
+        if (widget* c = children[i]) {
+            events().fire_event(c, type, data);
+            if (resize)
+                c->update_anchor(rect.size());
+        }
+    --child_walks;
 }
 
 _vec2<int> widget::calc_absolute_pos() const {

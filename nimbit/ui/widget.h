@@ -123,6 +123,9 @@ private:
     static ivec4 clip_to_ancestors(ivec4 area, const widget* from);
     void drop_child_subscriptions(widget* child);
     void invalidate(const ivec4& client_rect, bool flush);
+    // Raises parent_resize (then applies the child's anchors) or parent_move on every child, with the
+    // old size or position taken from `old`.
+    void tell_children(event_type type, const ivec4& old);
 
     struct anchor {
         bool on = false;
