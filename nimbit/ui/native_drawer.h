@@ -10,8 +10,8 @@
 // opens one drawing pass per widget (start_draw with the widget's origin in window coordinates and,
 // as clip, the part of the dirty rectangle that lies inside the widget and all its ancestors) and
 // the widget paints in its own coordinates through a drawer, which forwards here. Passes nest: a
-// child's pass opens inside its parent's, with a clip inside the parent's. Colours are r, g, b, a in 0..1. The state set by the set_* calls persists between
-// calls and passes until changed.
+// child's pass opens inside its parent's, with a clip inside the parent's. Colours are r, g, b, a
+// in 0..1. The state set by the set_* calls persists between calls and passes until changed.
 //
 // Text: the paragraph wraps at word boundaries inside the rectangle's width and the last visible
 // line is truncated. text_align and text_valign place it (see text_style.h); the box starts one
