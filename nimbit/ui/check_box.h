@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/widget.h"
 
 #include <string>
@@ -40,8 +41,7 @@ private:
     std::string text;
     bool selected = false;
     bool* bound = nullptr;
-    bool hovered = false;
-    bool pushed = false;
+    click_state clicks;
     check_box_type type = check_box_type::square;
     int box_size = 14;
     bitmap image;

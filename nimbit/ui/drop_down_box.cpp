@@ -1,5 +1,6 @@
 #include "nimbit/ui/drop_down_box.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
@@ -209,18 +210,15 @@ void drop_down_box::open_menu() {
 }
 
 void drop_down_box::on_theme(const event_info&) {
-    const image_stream stream = get_theme().get<image_stream>("dropdown_button_image");
-    arrow.unload();
-    if (!stream.empty())
-        arrow.load_image(stream);
+    load_theme_image(arrow, get_theme(), "dropdown_button_image");
     update(false);
 }
 
 void drop_down_box::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     const nimbit::ui::theme& t = get_theme();
     const ivec4 area{0, 0, get_rect().w, get_rect().h};
     const int button_w = std::min(area.h, area.w);
@@ -257,8 +255,7 @@ void drop_down_box::draw(const event_info&) {
     }
 
     if (selected >= 0) {
-        d.set_text_font(t.get<std::string>("dropdown_font_name"), t.get<float>("dropdown_font_size"),
-                        t.get<font_weight>("dropdown_font_weight"), t.get<font_style>("dropdown_font_style"));
+        set_theme_font(d, t, "dropdown_");
         d.set_text_color(font_color);
         d.set_text_format(t.get<text_align>("dropdown_text_align"), text_valign::center);
         const ivec4 text_rect{4, 0, std::max(0, text_part.w - 8), area.h};

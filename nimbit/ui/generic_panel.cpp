@@ -1,5 +1,6 @@
 #include "nimbit/ui/generic_panel.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/window.h"
 
@@ -15,10 +16,10 @@ generic_panel::generic_panel() {
 generic_panel::~generic_panel() = default;
 
 void generic_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     d.set_brush_color(get_theme().get<vec4>("default_back_color"));
     d.draw_rect({0, 0, get_rect().w, get_rect().h});
 }

@@ -1,5 +1,6 @@
 #include "nimbit/ui/image_panel.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/native_bitmap.h"
@@ -22,8 +23,7 @@ image_panel::image_panel() {
 }
 
 image_panel::~image_panel() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 bool image_panel::set_image(const unsigned char* bytes, unsigned long length) {
@@ -129,8 +129,7 @@ void image_panel::on_mouse(const event_info& e) {
         if (!dragging)
             return;
         dragging = false;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
         mouse::set_cursor(cursor::arrow);
         break;
     default:
@@ -139,10 +138,10 @@ void image_panel::on_mouse(const event_info& e) {
 }
 
 void image_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_brush_color(get_theme().get<vec4>("default_back_color"));
     d.draw_rect(area);

@@ -1,5 +1,6 @@
 #include "nimbit/ui/input_box.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/window.h"
 
@@ -35,10 +36,10 @@ void input_box::on_theme(const event_info& e) {
 }
 
 void input_box::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     const nimbit::ui::theme& t = get_theme();
     const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_brush_color(t.get<vec4>("default_back_color"));

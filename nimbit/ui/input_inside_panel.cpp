@@ -1,6 +1,7 @@
 #include "nimbit/ui/input_inside_panel.h"
 
 #include "nimbit/ui/clipboard.h"
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/ime.h"
 #include "nimbit/ui/keyboard.h"
@@ -60,8 +61,7 @@ input_inside_panel::input_inside_panel(widget& box) : box(box) {
 }
 
 input_inside_panel::~input_inside_panel() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 const nimbit::ui::theme& input_inside_panel::style() const {
@@ -518,8 +518,7 @@ void input_inside_panel::mouse_released(const event_info&) {
     if (!dragging)
         return;
     dragging = false;
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 void input_inside_panel::mouse_dbl_click(const event_info&) {
@@ -565,8 +564,7 @@ void input_inside_panel::focus_changed(const event_info& e) {
     pending_high = 0;
     if (dragging) {
         dragging = false;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
     }
     update(false);
     if (apply_focus_loss)
@@ -587,10 +585,10 @@ void input_inside_panel::timer(const event_info& e) {
 // --- painting -------------------------------------------------------------------------------------
 
 void input_inside_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     const nimbit::ui::theme& t = style();
     const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_text_font(font_name, font_size, static_cast<font_weight>(font_weight_value),

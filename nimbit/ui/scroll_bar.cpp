@@ -1,5 +1,6 @@
 #include "nimbit/ui/scroll_bar.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
@@ -27,8 +28,7 @@ scroll_bar::scroll_bar(scroll_type type, bool draw_buttons) : type(type), draw_b
 
 scroll_bar::~scroll_bar() {
     detach_panel();
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 void scroll_bar::detach_panel() {
@@ -222,8 +222,7 @@ void scroll_bar::on_mouse(const event_info& e) {
     case event_type::mouse_up:
         dragging = false;
         pressed_part = 0;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
         update(false);
         break;
     default:
@@ -233,20 +232,17 @@ void scroll_bar::on_mouse(const event_info& e) {
 
 void scroll_bar::on_theme(const event_info&) {
     min_thumb = std::max(1, get_theme().get<int>("scroll_min_size"));
-    const image_stream stream = get_theme().get<image_stream>("scroll_button_arrow_image");
-    arrow.unload();
-    if (!stream.empty())
-        arrow.load_image(stream);
+    load_theme_image(arrow, get_theme(), "scroll_button_arrow_image");
     update(false);
 }
 
 // --- painting -------------------------------------------------------------------------------------
 
 void scroll_bar::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     const nimbit::ui::theme& t = get_theme();
     const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_brush_color(t.get<vec4>("scroll_back_color"));

@@ -1,5 +1,6 @@
 #include "nimbit/ui/split_panel.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/window.h"
@@ -34,8 +35,7 @@ split_panel::split_panel(split_type type) : type(type) {
 }
 
 split_panel::~split_panel() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 int split_panel::length() const {
@@ -194,8 +194,7 @@ void split_panel::on_mouse(const event_info& e) {
         break;
     case event_type::mouse_up:
         dragging = false;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
         break;
     default:
         break;
@@ -203,10 +202,10 @@ void split_panel::on_mouse(const event_info& e) {
 }
 
 void split_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
+    drawer* painter = drawer_of(*this);
+    if (!painter)
         return;
-    drawer& d = w->get_drawer();
+    drawer& d = *painter;
     const nimbit::ui::theme& t = get_theme();
     const ivec4 bar = bar_rect();
     d.set_brush_color(t.get<vec4>("splitpanel_back_color"));

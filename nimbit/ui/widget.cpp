@@ -195,40 +195,39 @@ uint32_t widget::add_child_event(widget& child, event_type type, event_manager::
     return id;
 }
 
-void widget::set_parent_enabled(bool value) {
-    parent_enabled = value;
+// Enabling and visibility travel down the tree the same way: a widget's inherited flag is true when
+// every ancestor has its own flag set.
+void widget::set_inherited(bool widget::*own, bool widget::*inherited, bool value) {
+    this->*inherited = value;
     for (widget* c : children)
         if (c)
-            c->set_parent_enabled(value && enabled);
+            c->set_inherited(own, inherited, value && this->*own);
+}
+
+void widget::set_own(bool widget::*own, bool widget::*inherited, bool value, event_type on, event_type off) {
+    if (this->*own == value)
+        return;
+    this->*own = value;
+    set_inherited(own, inherited, this->*inherited);
+    events().fire_event(this, value ? on : off, 0);
+    update(false);
+}
+
+void widget::set_parent_enabled(bool value) {
+    set_inherited(&widget::enabled, &widget::parent_enabled, value);
 }
 
 void widget::set_parent_visible(bool value) {
-    parent_visible = value;
-    for (widget* c : children)
-        if (c)
-            c->set_parent_visible(value && visible);
+    set_inherited(&widget::visible, &widget::parent_visible, value);
 }
 
 void widget::enable(bool enabled_now) {
-    if (enabled == enabled_now)
-        return;
-    enabled = enabled_now;
-    for (widget* c : children)
-        if (c)
-            c->set_parent_enabled(parent_enabled && enabled);
-    events().fire_event(this, enabled ? event_type::enabled : event_type::disabled, 0);
-    update(false);
+    set_own(&widget::enabled, &widget::parent_enabled, enabled_now, event_type::enabled,
+            event_type::disabled);
 }
 
 void widget::show(bool visible_now) {
-    if (visible == visible_now)
-        return;
-    visible = visible_now;
-    for (widget* c : children)
-        if (c)
-            c->set_parent_visible(parent_visible && visible);
-    events().fire_event(this, visible ? event_type::shown : event_type::hidden, 0);
-    update(false);
+    set_own(&widget::visible, &widget::parent_visible, visible_now, event_type::shown, event_type::hidden);
 }
 
 bool widget::is_visible(bool with_parents) const {
@@ -416,19 +415,14 @@ void widget::remove_tooltips() {
 }
 
 void widget::bring_to_front() {
-    if (!parent)
-        return;
-    parent->compact_children();
-    auto& list = parent->children;
-    auto it = std::find(list.begin(), list.end(), this);
-    if (it == list.end())
-        return;
-    std::rotate(it, it + 1, list.end());
-    for (size_t i = 0; i < list.size(); ++i)
-        list[i]->parent_slot = static_cast<uint32_t>(i);
+    restack(true);
 }
 
 void widget::send_to_back() {
+    restack(false);
+}
+
+void widget::restack(bool to_front) {
     if (!parent)
         return;
     parent->compact_children();
@@ -436,7 +430,10 @@ void widget::send_to_back() {
     auto it = std::find(list.begin(), list.end(), this);
     if (it == list.end())
         return;
-    std::rotate(list.begin(), it, it + 1);
+    if (to_front)
+        std::rotate(it, it + 1, list.end());
+    else
+        std::rotate(list.begin(), it, it + 1);
     for (size_t i = 0; i < list.size(); ++i)
         list[i]->parent_slot = static_cast<uint32_t>(i);
 }

@@ -118,6 +118,10 @@ private:
     void common_create(const ivec4& r);
     void set_parent_enabled(bool value);
     void set_parent_visible(bool value);
+    // Moves this widget to the end (drawn last) or the start of its parent's list.
+    void restack(bool to_front);
+    void set_inherited(bool widget::*own, bool widget::*inherited, bool value);
+    void set_own(bool widget::*own, bool widget::*inherited, bool value, event_type on, event_type off);
     void detach_child(widget* child);
     void compact_children() const;
     static ivec4 clip_to_ancestors(ivec4 area, const widget* from);

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <string_view>
+
+// Pieces the stock controls share: pointer tracking for clickable controls, and the theme reads
+// that several of them make the same way.
+
+namespace nimbit::ui {
+
+class bitmap;
+class drawer;
+class theme;
+class widget;
+struct event_info;
+
+// Hover and press of a control clicked with the left button: a press captures the mouse, a release
+// inside the control completes a click, and while pressed the hover follows the pointer.
+struct click_state {
+    bool hovered = false;
+    bool pushed = false;
+
+    // For mouse_enter, mouse_leave, mouse_move, mouse_down and mouse_up: repaints `self` when its
+    // look changes, and returns true when a click is complete (the caller runs its action).
+    bool on_mouse(widget& self, const event_info& e);
+};
+
+// Releases the mouse when `w` holds it (a control being destroyed or done with a drag).
+void release_capture(widget& w);
+
+// The drawer of the window `w` paints in, or null when it has none.
+drawer* drawer_of(const widget& w);
+
+// Loads the image stream stored under `key` into `image`, unloading what it held; returns the
+// stream's frame count (at least 1), or 0 when the key holds no image that loads.
+int load_theme_image(bitmap& image, const theme& t, std::string_view key);
+
+// Sets the text font from the keys "<prefix>font_name", "font_size", "font_weight" and "font_style".
+void set_theme_font(drawer& d, const theme& t, std::string_view prefix);
+
+} // namespace nimbit::ui
