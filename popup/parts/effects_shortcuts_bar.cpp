@@ -117,15 +117,14 @@ void EffectsShortcutsBar::UpdateList(std::vector<EffectAlias> const& shortcuts, 
         button->create(*this, {static_cast<int>(number - 1) * ButtonPitch + 1, 1, EffectsShorcutButton::Width,
                                EffectsShorcutButton::Height});
         button->SetLabel(shortcuts[i].alias);
-        if (colours != nullptr) {
-            nimbit::ui::theme& t = button->get_theme();
-            t.set("default_back_color", colours->panelBack);
-            t.set("button_font_color", colours->buttonFont);
-            t.set("button_font_color_hover", colours->buttonFontHover);
-            t.set("button_font_color_pressed", colours->buttonFontPressed);
-            t.set("button_font_color_numbers", colours->buttonFontNumbers);
-            t.set("button_back_color_hover", colours->buttonBackHover);
-        }
+        if (colours != nullptr)
+            SetThemeColors(button->get_theme(), *colours,
+                           {{"default_back_color", &UIColors::panelBack},
+                            {"button_font_color", &UIColors::buttonFont},
+                            {"button_font_color_hover", &UIColors::buttonFontHover},
+                            {"button_font_color_pressed", &UIColors::buttonFontPressed},
+                            {"button_font_color_numbers", &UIColors::buttonFontNumbers},
+                            {"button_back_color_hover", &UIColors::buttonBackHover}});
         button->show(true);
         add_child_event(*button, event_type::pressed, [this](const event_info& e) {
             event_manager::instance().fire_event(this, event_type::pressed, e.data);
