@@ -14,7 +14,7 @@ check_box::check_box() {
     set_name("CheckBox");
     set_tab_stop(true);
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &check_box::draw);
+    add_paint_handler(*this, &check_box::draw);
     ev.add_event(this, this, event_type::theme_changed, &check_box::on_theme);
     ev.add_event(this, this, event_type::create, &check_box::on_theme);
     for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down,
@@ -83,11 +83,7 @@ void check_box::on_mouse(const event_info& e) {
         toggle();
 }
 
-void check_box::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
+void check_box::draw(drawer& d, const ivec4&) {
     const nimbit::ui::theme& t = get_theme();
     const ivec4 box = box_rect();
     const bool on = is_selected();
@@ -98,9 +94,7 @@ void check_box::draw(const event_info&) {
         d.draw_image({box.x + (box.w - size.x) / 2, box.y + (box.h - size.y) / 2, size.x, size.y}, image,
                      frame_source(image, image_frames, on ? 1 : 0), false);
     } else {
-        const vec4 border = t.get<vec4>(has_focus()      ? "checkbox_border_color_focus"
-                                        : clicks.hovered ? "checkbox_border_color_hover"
-                                                         : "checkbox_border_color_normal");
+        const vec4 border = border_color(t, "checkbox_", has_focus(), clicks.hovered);
         const float border_width = t.get<float>("checkbox_border_width");
         const _vec2<int> centre{box.x + box.w / 2, box.y + box.h / 2};
         d.set_brush_color(t.get<vec4>("checkbox_back_color"));

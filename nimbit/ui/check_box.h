@@ -34,7 +34,7 @@ public:
     ivec4 box_rect() const;
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_theme(const event_info&);
     void on_mouse(const event_info&);
 

@@ -62,12 +62,22 @@ drawer* drawer_of(const widget& w) {
     return win ? &win->get_drawer() : nullptr;
 }
 
+ivec4 local_area(const widget& w) {
+    return {0, 0, w.get_rect().w, w.get_rect().h};
+}
+
 int load_theme_image(bitmap& image, const theme& t, std::string_view key) {
     const image_stream stream = t.get<image_stream>(key);
     image.unload();
     if (stream.empty() || !image.load_image(stream))
         return 0;
     return std::max<int>(1, stream.frames);
+}
+
+vec4 border_color(const theme& t, std::string_view prefix, bool focused, bool hovered) {
+    std::string key(prefix);
+    key += focused ? "border_color_focus" : hovered ? "border_color_hover" : "border_color_normal";
+    return t.get<vec4>(key);
 }
 
 void set_theme_font(drawer& d, const theme& t, std::string_view prefix) {

@@ -25,7 +25,7 @@ drop_down_box::drop_down_box() {
     set_name("DropDown");
     set_tab_stop(true);
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &drop_down_box::draw);
+    add_paint_handler(*this, &drop_down_box::draw);
     ev.add_event(this, this, event_type::theme_changed, &drop_down_box::on_theme);
     ev.add_event(this, this, event_type::create, &drop_down_box::on_theme);
     for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down})
@@ -214,13 +214,8 @@ void drop_down_box::on_theme(const event_info&) {
     update(false);
 }
 
-void drop_down_box::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
+void drop_down_box::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     const int button_w = std::min(area.h, area.w);
     const ivec4 text_part{0, 0, area.w - button_w, area.h};
     const ivec4 button_part{area.w - button_w, 0, button_w, area.h};
@@ -262,10 +257,7 @@ void drop_down_box::draw(const event_info&) {
         d.draw_clipped_text(text_rect, text_part, items[static_cast<size_t>(selected)].text);
     }
 
-    d.set_pen_color(t.get<vec4>(has_focus() ? "dropdown_border_color_focus"
-                                : hovered   ? "dropdown_border_color_hover"
-                                            : "dropdown_border_color_normal"),
-                    1.0f);
+    d.set_pen_color(border_color(t, "dropdown_", has_focus(), hovered), 1.0f);
     d.draw_rect_border(area);
 }
 

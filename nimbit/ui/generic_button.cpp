@@ -14,7 +14,7 @@ generic_button::generic_button() {
     set_name("Button");
     set_tab_stop(true);
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &generic_button::draw);
+    add_paint_handler(*this, &generic_button::draw);
     ev.add_event(this, this, event_type::theme_changed, &generic_button::on_theme);
     ev.add_event(this, this, event_type::create, &generic_button::on_theme);
     for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down,
@@ -71,13 +71,8 @@ void generic_button::on_key(const event_info& e) {
         press();
 }
 
-void generic_button::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
+void generic_button::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     const bool hover = is_hovered();
 
     d.set_brush_color(t.get<vec4>(toggled ? "button_color_toggle"
@@ -105,10 +100,7 @@ void generic_button::draw(const event_info&) {
         d.draw_clipped_text(area, area, text);
     }
 
-    d.set_pen_color(t.get<vec4>(has_focus() ? "button_border_color_focus"
-                                : hover     ? "button_border_color_hover"
-                                            : "button_border_color_normal"),
-                    1.0f);
+    d.set_pen_color(border_color(t, "button_", has_focus(), hover), 1.0f);
     d.draw_rect_border(area);
 }
 

@@ -32,7 +32,7 @@ public:
     void press();
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_theme(const event_info&);
     void on_mouse(const event_info&);
     void on_key(const event_info&);

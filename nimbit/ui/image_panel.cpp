@@ -15,7 +15,7 @@ namespace nimbit::ui {
 image_panel::image_panel() {
     set_name("ImagePanel");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &image_panel::draw);
+    add_paint_handler(*this, &image_panel::draw);
     ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
     ev.add_event(this, this, event_type::mouse_wheel, &image_panel::on_wheel);
     for (event_type t : {event_type::mouse_down, event_type::mouse_up, event_type::mouse_move})
@@ -137,12 +137,7 @@ void image_panel::on_mouse(const event_info& e) {
     }
 }
 
-void image_panel::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
+void image_panel::draw(drawer& d, const ivec4& area) {
     d.set_brush_color(get_theme().get<vec4>("default_back_color"));
     d.draw_rect(area);
     const ivec4 full = image_rect();

@@ -48,7 +48,7 @@ input_inside_panel::input_inside_panel(widget& box) : box(box) {
     ev.add_event(this, this, event_type::focus_lost, &input_inside_panel::focus_changed);
     ev.add_event(this, this, event_type::timer, &input_inside_panel::timer);
     ev.add_event(this, this, event_type::parent_resize, &input_inside_panel::parent_resize);
-    ev.add_event(this, this, event_type::draw, &input_inside_panel::draw);
+    add_paint_handler(*this, &input_inside_panel::draw);
     ev.add_event(this, this, event_type::theme_changed, &input_inside_panel::apply_theme);
     ev.add_event(this, this, event_type::create, &input_inside_panel::apply_theme);
     ev.add_event(this, this, event_type::resize, [this](const event_info&) { update_scroll(); });
@@ -584,13 +584,8 @@ void input_inside_panel::timer(const event_info& e) {
 
 // --- painting -------------------------------------------------------------------------------------
 
-void input_inside_panel::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
+void input_inside_panel::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = style();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_text_font(font_name, font_size, static_cast<font_weight>(font_weight_value),
                     static_cast<font_style>(font_style_value));
     d.set_text_format(text_align::left, text_valign::center);

@@ -16,7 +16,7 @@ namespace nimbit::ui {
 scroll_bar::scroll_bar(scroll_type type, bool draw_buttons) : type(type), draw_buttons(draw_buttons) {
     set_name("ScrollBar");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &scroll_bar::draw);
+    add_paint_handler(*this, &scroll_bar::draw);
     ev.add_event(this, this, event_type::theme_changed, &scroll_bar::on_theme);
     ev.add_event(this, this, event_type::create, &scroll_bar::on_theme);
     for (event_type t :
@@ -238,13 +238,8 @@ void scroll_bar::on_theme(const event_info&) {
 
 // --- painting -------------------------------------------------------------------------------------
 
-void scroll_bar::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
+void scroll_bar::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_brush_color(t.get<vec4>("scroll_back_color"));
     d.draw_rect(area);
 

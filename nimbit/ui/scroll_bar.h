@@ -7,6 +7,8 @@
 
 namespace nimbit::ui {
 
+class drawer;
+
 enum class scroll_type : int { vertical = 0, horizontal = 1 };
 
 // Scrolls one panel by moving it inside its parent: the panel's top (or left) edge runs from 0 down
@@ -47,7 +49,7 @@ public:
     ivec4 button_rect(bool at_end) const;
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_mouse(const event_info&);
     void on_wheel(const event_info&);
     void on_theme(const event_info&);

@@ -15,7 +15,7 @@ split_panel::split_panel(split_type type) : type(type) {
     pane_1.set_name("PanelA");
     pane_2.set_name("PanelB");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &split_panel::draw);
+    add_paint_handler(*this, &split_panel::draw);
     ev.add_event(this, this, event_type::create, &split_panel::on_create);
     ev.add_event(this, this, event_type::resize, &split_panel::on_resize);
     ev.add_event(this, this, event_type::theme_changed, &split_panel::on_theme);
@@ -201,11 +201,7 @@ void split_panel::on_mouse(const event_info& e) {
     }
 }
 
-void split_panel::draw(const event_info&) {
-    drawer* painter = drawer_of(*this);
-    if (!painter)
-        return;
-    drawer& d = *painter;
+void split_panel::draw(drawer& d, const ivec4&) {
     const nimbit::ui::theme& t = get_theme();
     const ivec4 bar = bar_rect();
     d.set_brush_color(t.get<vec4>("splitpanel_back_color"));

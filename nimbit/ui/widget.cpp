@@ -138,6 +138,12 @@ void widget::remove_child(widget* child) {
     if (!child)
         return;
     detach_child(child);
+    release_child(child);
+}
+
+// The child is already out of the list: it learns that it has no parent, takes the default
+// enabled and visible state of a root, and loses what this widget registered on it.
+void widget::release_child(widget* child) {
     child->parent = nullptr;
     events().fire_event(child, event_type::parent_changed, 0);
     child->set_parent_enabled(true);
@@ -166,12 +172,7 @@ void widget::remove_all_children() {
             continue;
         children[i] = nullptr;
         child->listings = child->listings > 0 ? child->listings - 1 : 0;
-        child->parent = nullptr;
-        events().fire_event(child, event_type::parent_changed, 0);
-        child->set_parent_enabled(true);
-        child->set_parent_visible(true);
-        events().fire_event(this, event_type::child_removed, address(child));
-        drop_child_subscriptions(child);
+        release_child(child);
     }
     --child_walks;
     // Whatever is left (callbacks may have subscribed meanwhile) is collected before anything is

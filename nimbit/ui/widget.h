@@ -123,6 +123,7 @@ private:
     void set_inherited(bool widget::*own, bool widget::*inherited, bool value);
     void set_own(bool widget::*own, bool widget::*inherited, bool value, event_type on, event_type off);
     void detach_child(widget* child);
+    void release_child(widget* child);
     void compact_children() const;
     static ivec4 clip_to_ancestors(ivec4 area, const widget* from);
     void drop_child_subscriptions(widget* child);
