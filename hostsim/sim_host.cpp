@@ -1,6 +1,7 @@
 #include "hostsim/sim_host.h"
 
 #include "host/native_application.h"
+#include "hostsim/suite_calls.h"
 
 #include <dlfcn.h>
 #include <sys/stat.h>
@@ -144,19 +145,11 @@ A_Err RegisterDeathHook(AEGP_PluginID, AEGP_DeathHook hook, AEGP_DeathRefcon ref
 // ---- Effect
 
 A_Err GetLayerNumEffects(AEGP_LayerH handle, A_long* count) {
-    Layer* layer = LayerOf(handle);
-    if (layer == nullptr)
-        return A_Err_PARAMETER;
-    *count = static_cast<A_long>(layer->effects.size());
-    return A_Err_NONE;
+    return Answer(LayerOf(handle), [&](Layer& layer) { *count = static_cast<A_long>(layer.effects.size()); });
 }
 
 A_Err DisposeEffect(AEGP_EffectRefH effect) {
-    if (effect == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<EffectRef*>(effect);
-    --Host().liveEffectRefs;
-    return A_Err_NONE;
+    return Dispose<EffectRef>(effect, Host().liveEffectRefs);
 }
 
 A_Err ApplyEffect(AEGP_PluginID, AEGP_LayerH handle, AEGP_InstalledEffectKey key, AEGP_EffectRefH* effect) {
@@ -191,27 +184,21 @@ A_Err GetNextInstalledEffect(AEGP_InstalledEffectKey key, AEGP_InstalledEffectKe
 }
 
 A_Err GetEffectName(AEGP_InstalledEffectKey key, A_char* name) {
-    const Effect* effect = Host().FindEffect(key);
-    if (effect == nullptr)
-        return A_Err_PARAMETER;
-    CopyName(Utf8ToMacRoman(effect->name), name, AEGP_MAX_EFFECT_NAME_SIZE);
-    return A_Err_NONE;
+    return Answer(Host().FindEffect(key), [&](const Effect& effect) {
+        CopyName(Utf8ToMacRoman(effect.name), name, AEGP_MAX_EFFECT_NAME_SIZE);
+    });
 }
 
 A_Err GetEffectMatchName(AEGP_InstalledEffectKey key, A_char* name) {
-    const Effect* effect = Host().FindEffect(key);
-    if (effect == nullptr)
-        return A_Err_PARAMETER;
-    CopyName(effect->matchName, name, AEGP_MAX_EFFECT_MATCH_NAME_SIZE);
-    return A_Err_NONE;
+    return Answer(Host().FindEffect(key), [&](const Effect& effect) {
+        CopyName(effect.matchName, name, AEGP_MAX_EFFECT_MATCH_NAME_SIZE);
+    });
 }
 
 A_Err GetEffectCategory(AEGP_InstalledEffectKey key, A_char* category) {
-    const Effect* effect = Host().FindEffect(key);
-    if (effect == nullptr)
-        return A_Err_PARAMETER;
-    CopyName(effect->category, category, AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE);
-    return A_Err_NONE;
+    return Answer(Host().FindEffect(key), [&](const Effect& effect) {
+        CopyName(effect.category, category, AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE);
+    });
 }
 
 // ---- Layer
@@ -222,46 +209,31 @@ A_Err GetActiveLayer(AEGP_LayerH* layer) {
 }
 
 A_Err GetLayerSourceItem(AEGP_LayerH handle, AEGP_ItemH* item) {
-    Layer* layer = LayerOf(handle);
-    if (layer == nullptr)
-        return A_Err_PARAMETER;
-    *item = reinterpret_cast<AEGP_ItemH>(Host().FindItem(layer->sourceItem));
-    return A_Err_NONE;
+    return Answer(LayerOf(handle), [&](Layer& layer) {
+        *item = reinterpret_cast<AEGP_ItemH>(Host().FindItem(layer.sourceItem));
+    });
 }
 
 A_Err GetLayerParentComp(AEGP_LayerH handle, AEGP_CompH* comp) {
-    Layer* layer = LayerOf(handle);
-    if (layer == nullptr)
-        return A_Err_PARAMETER;
-    *comp = reinterpret_cast<AEGP_CompH>(Host().ParentComp(layer));
-    return A_Err_NONE;
+    return Answer(LayerOf(handle),
+                  [&](Layer& layer) { *comp = reinterpret_cast<AEGP_CompH>(Host().ParentComp(&layer)); });
 }
 
 A_Err GetLayerNameOld(AEGP_LayerH handle, A_char* layerName, A_char* sourceName) {
-    Layer* layer = LayerOf(handle);
-    if (layer == nullptr)
-        return A_Err_PARAMETER;
-    CopyName(Utf8ToMacRoman(layer->name), layerName, AEGP_MAX_LAYER_NAME_SIZE);
-    const Item* source = Host().FindItem(layer->sourceItem);
-    CopyName(source != nullptr ? Utf8ToMacRoman(source->name) : std::string(), sourceName,
-             AEGP_MAX_LAYER_NAME_SIZE);
-    return A_Err_NONE;
+    return Answer(LayerOf(handle), [&](Layer& layer) {
+        CopyName(Utf8ToMacRoman(layer.name), layerName, AEGP_MAX_LAYER_NAME_SIZE);
+        const Item* source = Host().FindItem(layer.sourceItem);
+        CopyName(source != nullptr ? Utf8ToMacRoman(source->name) : std::string(), sourceName,
+                 AEGP_MAX_LAYER_NAME_SIZE);
+    });
 }
 
 A_Err GetLayerCurrentTime(AEGP_LayerH handle, AEGP_LTimeMode, A_Time* time) {
-    Layer* layer = LayerOf(handle);
-    if (layer == nullptr)
-        return A_Err_PARAMETER;
-    *time = layer->time;
-    return A_Err_NONE;
+    return Answer(LayerOf(handle), [&](Layer& layer) { *time = layer.time; });
 }
 
 A_Err GetLayerObjectType(AEGP_LayerH handle, AEGP_ObjectType* type) {
-    Layer* layer = LayerOf(handle);
-    if (layer == nullptr)
-        return A_Err_PARAMETER;
-    *type = layer->type;
-    return A_Err_NONE;
+    return Answer(LayerOf(handle), [&](Layer& layer) { *type = layer.type; });
 }
 
 // ---- Item
@@ -272,44 +244,27 @@ A_Err GetActiveItem(AEGP_ItemH* item) {
 }
 
 A_Err GetItemType(AEGP_ItemH handle, AEGP_ItemType* type) {
-    Item* item = ItemOf(handle);
-    if (item == nullptr)
-        return A_Err_PARAMETER;
-    *type = item->type;
-    return A_Err_NONE;
+    return Answer(ItemOf(handle), [&](Item& item) { *type = item.type; });
 }
 
 A_Err GetItemNameOld(AEGP_ItemH handle, A_char* name) {
-    Item* item = ItemOf(handle);
-    if (item == nullptr)
-        return A_Err_PARAMETER;
-    CopyName(Utf8ToMacRoman(item->name), name, AEGP_MAX_ITEM_NAME_SIZE);
-    return A_Err_NONE;
+    return Answer(ItemOf(handle),
+                  [&](Item& item) { CopyName(Utf8ToMacRoman(item.name), name, AEGP_MAX_ITEM_NAME_SIZE); });
 }
 
 A_Err GetItemCurrentTime(AEGP_ItemH handle, A_Time* time) {
-    Item* item = ItemOf(handle);
-    if (item == nullptr)
-        return A_Err_PARAMETER;
-    *time = item->time;
-    return A_Err_NONE;
+    return Answer(ItemOf(handle), [&](Item& item) { *time = item.time; });
 }
 
 A_Err GetItemDimensions(AEGP_ItemH handle, A_long* width, A_long* height) {
-    Item* item = ItemOf(handle);
-    if (item == nullptr)
-        return A_Err_PARAMETER;
-    *width = item->width;
-    *height = item->height;
-    return A_Err_NONE;
+    return Answer(ItemOf(handle), [&](Item& item) {
+        *width = item.width;
+        *height = item.height;
+    });
 }
 
 A_Err GetItemPixelAspectRatio(AEGP_ItemH handle, A_Ratio* ratio) {
-    Item* item = ItemOf(handle);
-    if (item == nullptr)
-        return A_Err_PARAMETER;
-    *ratio = item->pixelAspect;
-    return A_Err_NONE;
+    return Answer(ItemOf(handle), [&](Item& item) { *ratio = item.pixelAspect; });
 }
 
 // ---- Comp
@@ -323,11 +278,7 @@ A_Err GetCompFromItem(AEGP_ItemH handle, AEGP_CompH* comp) {
 }
 
 A_Err GetItemFromComp(AEGP_CompH comp, AEGP_ItemH* item) {
-    Item* found = ItemOf(comp);
-    if (found == nullptr)
-        return A_Err_PARAMETER;
-    *item = reinterpret_cast<AEGP_ItemH>(found);
-    return A_Err_NONE;
+    return Answer(ItemOf(comp), [&](Item& found) { *item = reinterpret_cast<AEGP_ItemH>(&found); });
 }
 
 // ---- Project
@@ -346,19 +297,13 @@ A_Err GetProjectByIndex(A_long index, AEGP_ProjectH* project) {
 }
 
 A_Err GetProjectName(AEGP_ProjectH handle, A_char* name) {
-    Project* project = ProjectOf(handle);
-    if (project == nullptr)
-        return A_Err_PARAMETER;
-    CopyName(Utf8ToMacRoman(project->name), name, AEGP_MAX_PROJ_NAME_SIZE);
-    return A_Err_NONE;
+    return Answer(ProjectOf(handle), [&](Project& project) {
+        CopyName(Utf8ToMacRoman(project.name), name, AEGP_MAX_PROJ_NAME_SIZE);
+    });
 }
 
 A_Err GetProjectBitDepth(AEGP_ProjectH handle, AEGP_ProjBitDepth* depth) {
-    Project* project = ProjectOf(handle);
-    if (project == nullptr)
-        return A_Err_PARAMETER;
-    *depth = project->bitDepth;
-    return A_Err_NONE;
+    return Answer(ProjectOf(handle), [&](Project& project) { *depth = project.bitDepth; });
 }
 
 // ---- Memory
@@ -369,18 +314,15 @@ A_Err NewMemHandle(AEGP_PluginID, const A_char*, AEGP_MemSize size, AEGP_MemFlag
 }
 
 A_Err FreeMemHandle(AEGP_MemHandle handle) {
-    if (handle == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<MemBlock*>(handle);
-    --Host().liveMemHandles;
-    return A_Err_NONE;
+    return Dispose<MemBlock>(handle, Host().liveMemHandles);
+}
+
+MemBlock* MemOf(AEGP_MemHandle handle) {
+    return reinterpret_cast<MemBlock*>(handle);
 }
 
 A_Err LockMemHandle(AEGP_MemHandle handle, void** pointer) {
-    if (handle == nullptr)
-        return A_Err_PARAMETER;
-    *pointer = reinterpret_cast<MemBlock*>(handle)->bytes.data();
-    return A_Err_NONE;
+    return Answer(MemOf(handle), [&](MemBlock& block) { *pointer = block.bytes.data(); });
 }
 
 A_Err UnlockMemHandle(AEGP_MemHandle handle) {
@@ -388,27 +330,21 @@ A_Err UnlockMemHandle(AEGP_MemHandle handle) {
 }
 
 A_Err GetMemHandleSize(AEGP_MemHandle handle, AEGP_MemSize* size) {
-    if (handle == nullptr)
-        return A_Err_PARAMETER;
-    *size = static_cast<AEGP_MemSize>(reinterpret_cast<MemBlock*>(handle)->bytes.size());
-    return A_Err_NONE;
+    return Answer(MemOf(handle),
+                  [&](MemBlock& block) { *size = static_cast<AEGP_MemSize>(block.bytes.size()); });
 }
 
 // ---- The suite tables. Members the plug-in never calls stay null, so an unexpected call fails
 // loudly in a test instead of answering something invented.
 
-AEGP_UtilitySuite5 utility11 = [] {
-    AEGP_UtilitySuite5 s{};
+template <typename Suite> Suite UtilitySuite() {
+    Suite s{};
     s.AEGP_GetSuppressInteractiveUI = GetSuppressInteractiveUI;
     s.AEGP_ExecuteScript = ExecuteScript;
     return s;
-}();
-AEGP_UtilitySuite4 utility10 = [] {
-    AEGP_UtilitySuite4 s{};
-    s.AEGP_GetSuppressInteractiveUI = GetSuppressInteractiveUI;
-    s.AEGP_ExecuteScript = ExecuteScript;
-    return s;
-}();
+}
+AEGP_UtilitySuite5 utility11 = UtilitySuite<AEGP_UtilitySuite5>();
+AEGP_UtilitySuite4 utility10 = UtilitySuite<AEGP_UtilitySuite4>();
 AEGP_RegisterSuite5 register6 = [] {
     AEGP_RegisterSuite5 s{};
     s.AEGP_RegisterCommandHook = RegisterCommandHook;
@@ -439,17 +375,15 @@ template <typename Suite> Suite LayerSuite() {
     s.AEGP_GetLayerObjectType = GetLayerObjectType;
     return s;
 }
+// The older layer suites also answer a layer's name, into fixed buffers.
+template <typename Suite> Suite OldLayerSuite() {
+    Suite s = LayerSuite<Suite>();
+    s.AEGP_GetLayerName = GetLayerNameOld;
+    return s;
+}
 AEGP_LayerSuite8 layer14 = LayerSuite<AEGP_LayerSuite8>();
-AEGP_LayerSuite5 layer11 = [] {
-    AEGP_LayerSuite5 s = LayerSuite<AEGP_LayerSuite5>();
-    s.AEGP_GetLayerName = GetLayerNameOld;
-    return s;
-}();
-AEGP_LayerSuite1 layer5 = [] {
-    AEGP_LayerSuite1 s = LayerSuite<AEGP_LayerSuite1>();
-    s.AEGP_GetLayerName = GetLayerNameOld;
-    return s;
-}();
+AEGP_LayerSuite5 layer11 = OldLayerSuite<AEGP_LayerSuite5>();
+AEGP_LayerSuite1 layer5 = OldLayerSuite<AEGP_LayerSuite1>();
 template <typename Suite> Suite ItemSuite() {
     Suite s{};
     s.AEGP_GetActiveItem = GetActiveItem;

@@ -1,6 +1,7 @@
 #include "hostsim/sim_render.h"
 
 #include "hostsim/sim_host.h"
+#include "hostsim/suite_calls.h"
 
 #include <cstring>
 
@@ -93,11 +94,7 @@ A_Err NewFromItem(AEGP_PluginID, AEGP_ItemH itemH, AEGP_RenderOptionsH* options)
 }
 
 A_Err DisposeOptions(AEGP_RenderOptionsH options) {
-    if (options == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<SimRenderOptions*>(options);
-    --Host().liveRenderOptions;
-    return A_Err_NONE;
+    return Dispose<SimRenderOptions>(options, Host().liveRenderOptions);
 }
 
 A_Err SetTime(AEGP_RenderOptionsH options, A_Time time) {
@@ -175,10 +172,8 @@ A_Err CheckinFrame(AEGP_FrameReceiptH receipt) {
 }
 
 A_Err GetReceiptWorld(AEGP_FrameReceiptH receipt, AEGP_WorldH* world) {
-    if (receipt == nullptr)
-        return A_Err_PARAMETER;
-    *world = reinterpret_cast<AEGP_WorldH>(reinterpret_cast<SimFrame*>(receipt)->world);
-    return A_Err_NONE;
+    return Answer(reinterpret_cast<SimFrame*>(receipt),
+                  [&](SimFrame& frame) { *world = reinterpret_cast<AEGP_WorldH>(frame.world); });
 }
 
 // ---- Worlds
@@ -191,11 +186,7 @@ A_Err WorldNew(AEGP_PluginID, AEGP_WorldType type, A_long width, A_long height, 
 }
 
 A_Err WorldDispose(AEGP_WorldH world) {
-    if (world == nullptr)
-        return A_Err_PARAMETER;
-    delete WorldOf(world);
-    --Host().liveWorlds;
-    return A_Err_NONE;
+    return Dispose<SimWorld>(world, Host().liveWorlds);
 }
 
 A_Err WorldGetType(AEGP_WorldH world, AEGP_WorldType* type) {
@@ -282,11 +273,7 @@ A_Err GetNewColorProfileDescription(AEGP_PluginID, AEGP_ConstColorProfileP profi
 }
 
 A_Err DisposeColorProfile(AEGP_ColorProfileP profile) {
-    if (profile == nullptr)
-        return A_Err_PARAMETER;
-    delete reinterpret_cast<SimProfile*>(profile);
-    --Host().liveProfiles;
-    return A_Err_NONE;
+    return Dispose<SimProfile>(profile, Host().liveProfiles);
 }
 
 } // namespace

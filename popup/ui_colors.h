@@ -4,7 +4,12 @@
 #include "nimbit/ui/image_stream.h"
 #include "popup/ui_color_theme.h"
 
+#include <initializer_list>
 #include <vector>
+
+namespace nimbit::ui {
+class theme;
+}
 
 // The colours and icons of one colour theme, shared by pointer with every window of the plug-in.
 // The popup builds one record per theme when it starts and pushes the current one into its widgets
@@ -100,3 +105,12 @@ std::vector<UIColors> BuildColorThemes();
 // Row highlight colours: the same in every theme, so that presets and effects read apart at a glance.
 inline constexpr nimbit::vec4 PresetHighlightColor{0.753f, 0.09f, 0.082f, 1.0f};
 inline constexpr nimbit::vec4 EffectHighlightColor{0.0f, 0.443f, 0.737f, 1.0f};
+
+// One theme key of a widget and the colour of the record that fills it.
+struct ThemeColorKey {
+    const char* key;
+    nimbit::vec4 UIColors::*color;
+};
+
+// Writes each listed colour of `colours` under its key into the widget theme `t`.
+void SetThemeColors(nimbit::ui::theme& t, UIColors const& colours, std::initializer_list<ThemeColorKey> keys);

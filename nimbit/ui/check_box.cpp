@@ -1,5 +1,6 @@
 #include "nimbit/ui/check_box.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
@@ -13,11 +14,11 @@ check_box::check_box() {
     set_name("CheckBox");
     set_tab_stop(true);
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &check_box::draw);
+    add_paint_handler(*this, &check_box::draw);
     ev.add_event(this, this, event_type::theme_changed, &check_box::on_theme);
     ev.add_event(this, this, event_type::create, &check_box::on_theme);
-    for (event_type t :
-         {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down, event_type::mouse_up})
+    for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down,
+                         event_type::mouse_up, event_type::mouse_move})
         ev.add_event(this, this, t, &check_box::on_mouse);
     // The release that ends a double click is never delivered: the second click counts now.
     ev.add_event(this, this, event_type::mouse_dbl_click, [this](const event_info&) { toggle(); });
@@ -30,8 +31,7 @@ check_box::check_box() {
 }
 
 check_box::~check_box() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 void check_box::set_selected(bool on, bool notify) {
@@ -73,52 +73,17 @@ ivec4 check_box::box_rect() const {
 }
 
 void check_box::on_theme(const event_info&) {
-    const image_stream stream = get_theme().get<image_stream>("checkbox_image");
-    image.unload();
-    if (!stream.empty() && image.load_image(stream))
-        image_frames = std::max<int>(1, stream.frames);
+    if (const int frames = load_theme_image(image, get_theme(), "checkbox_image"))
+        image_frames = frames;
     update(false);
 }
 
 void check_box::on_mouse(const event_info& e) {
-    const bool left = e.data == static_cast<uint32_t>(mouse::button::left);
-    switch (e.type) {
-    case event_type::mouse_enter:
-        hovered = true;
-        break;
-    case event_type::mouse_leave:
-        hovered = false;
-        break;
-    case event_type::mouse_down:
-        if (!left)
-            return;
-        pushed = true;
-        mouse::capture_widget(*this);
-        break;
-    case event_type::mouse_up: {
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
-        const bool inside = ivec4{0, 0, get_rect().w, get_rect().h}.contains(mouse::get_position(this));
-        const bool was_pushed = pushed;
-        pushed = false;
-        hovered = inside;
-        if (was_pushed && left && inside) {
-            toggle();
-            return;
-        }
-        break;
-    }
-    default:
-        return;
-    }
-    update(false);
+    if (clicks.on_mouse(*this, e))
+        toggle();
 }
 
-void check_box::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void check_box::draw(drawer& d, const ivec4&) {
     const nimbit::ui::theme& t = get_theme();
     const ivec4 box = box_rect();
     const bool on = is_selected();
@@ -129,9 +94,7 @@ void check_box::draw(const event_info&) {
         d.draw_image({box.x + (box.w - size.x) / 2, box.y + (box.h - size.y) / 2, size.x, size.y}, image,
                      frame_source(image, image_frames, on ? 1 : 0), false);
     } else {
-        const vec4 border = t.get<vec4>(has_focus() ? "checkbox_border_color_focus"
-                                        : hovered   ? "checkbox_border_color_hover"
-                                                    : "checkbox_border_color_normal");
+        const vec4 border = border_color(t, "checkbox_", has_focus(), clicks.hovered);
         const float border_width = t.get<float>("checkbox_border_width");
         const _vec2<int> centre{box.x + box.w / 2, box.y + box.h / 2};
         d.set_brush_color(t.get<vec4>("checkbox_back_color"));
@@ -158,8 +121,7 @@ void check_box::draw(const event_info&) {
     }
 
     if (!text.empty()) {
-        d.set_text_font(t.get<std::string>("checkbox_font_name"), t.get<float>("checkbox_font_size"),
-                        t.get<font_weight>("checkbox_font_weight"), t.get<font_style>("checkbox_font_style"));
+        set_theme_font(d, t, "checkbox_");
         d.set_text_color(mark);
         d.set_text_format(text_align::left, text_valign::center);
         const int x = box.x + box.w + 6;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/widget.h"
 
 #include <string>
@@ -33,15 +34,14 @@ public:
     ivec4 box_rect() const;
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_theme(const event_info&);
     void on_mouse(const event_info&);
 
     std::string text;
     bool selected = false;
     bool* bound = nullptr;
-    bool hovered = false;
-    bool pushed = false;
+    click_state clicks;
     check_box_type type = check_box_type::square;
     int box_size = 14;
     bitmap image;

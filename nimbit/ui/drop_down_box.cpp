@@ -1,5 +1,6 @@
 #include "nimbit/ui/drop_down_box.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
@@ -24,7 +25,7 @@ drop_down_box::drop_down_box() {
     set_name("DropDown");
     set_tab_stop(true);
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &drop_down_box::draw);
+    add_paint_handler(*this, &drop_down_box::draw);
     ev.add_event(this, this, event_type::theme_changed, &drop_down_box::on_theme);
     ev.add_event(this, this, event_type::create, &drop_down_box::on_theme);
     for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down})
@@ -209,20 +210,12 @@ void drop_down_box::open_menu() {
 }
 
 void drop_down_box::on_theme(const event_info&) {
-    const image_stream stream = get_theme().get<image_stream>("dropdown_button_image");
-    arrow.unload();
-    if (!stream.empty())
-        arrow.load_image(stream);
+    load_theme_image(arrow, get_theme(), "dropdown_button_image");
     update(false);
 }
 
-void drop_down_box::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void drop_down_box::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     const int button_w = std::min(area.h, area.w);
     const ivec4 text_part{0, 0, area.w - button_w, area.h};
     const ivec4 button_part{area.w - button_w, 0, button_w, area.h};
@@ -257,18 +250,14 @@ void drop_down_box::draw(const event_info&) {
     }
 
     if (selected >= 0) {
-        d.set_text_font(t.get<std::string>("dropdown_font_name"), t.get<float>("dropdown_font_size"),
-                        t.get<font_weight>("dropdown_font_weight"), t.get<font_style>("dropdown_font_style"));
+        set_theme_font(d, t, "dropdown_");
         d.set_text_color(font_color);
         d.set_text_format(t.get<text_align>("dropdown_text_align"), text_valign::center);
         const ivec4 text_rect{4, 0, std::max(0, text_part.w - 8), area.h};
         d.draw_clipped_text(text_rect, text_part, items[static_cast<size_t>(selected)].text);
     }
 
-    d.set_pen_color(t.get<vec4>(has_focus() ? "dropdown_border_color_focus"
-                                : hovered   ? "dropdown_border_color_hover"
-                                            : "dropdown_border_color_normal"),
-                    1.0f);
+    d.set_pen_color(border_color(t, "dropdown_", has_focus(), hovered), 1.0f);
     d.draw_rect_border(area);
 }
 

@@ -9,6 +9,8 @@
 
 namespace nimbit::ui {
 
+class drawer;
+
 // A closed list: shows the selected item; a click opens the items as a popup menu, the wheel and the
 // Up and Down keys step through them (separators are skipped, the ends do not wrap). A change of the
 // selection raises value_changed (data: the selected item's id) with the agent given to select_item.
@@ -53,7 +55,7 @@ private:
         bool separator;
     };
 
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_theme(const event_info&);
     void on_mouse(const event_info&);
     void on_wheel(const event_info&);

@@ -1,5 +1,6 @@
 #include "nimbit/ui/generic_button.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
@@ -13,7 +14,7 @@ generic_button::generic_button() {
     set_name("Button");
     set_tab_stop(true);
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &generic_button::draw);
+    add_paint_handler(*this, &generic_button::draw);
     ev.add_event(this, this, event_type::theme_changed, &generic_button::on_theme);
     ev.add_event(this, this, event_type::create, &generic_button::on_theme);
     for (event_type t : {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down,
@@ -25,8 +26,7 @@ generic_button::generic_button() {
 }
 
 generic_button::~generic_button() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 void generic_button::set_text(std::string_view utf8) {
@@ -52,54 +52,18 @@ void generic_button::press() {
 }
 
 void generic_button::on_theme(const event_info&) {
-    const image_stream stream = get_theme().get<image_stream>("button_back_image");
-    image.unload();
-    image_frames = 1;
-    if (!stream.empty() && image.load_image(stream))
-        image_frames = std::max<int>(1, stream.frames);
+    image_frames = std::max(1, load_theme_image(image, get_theme(), "button_back_image"));
     update(false);
 }
 
 void generic_button::on_mouse(const event_info& e) {
-    const bool left = e.data == static_cast<uint32_t>(mouse::button::left);
-    switch (e.type) {
-    case event_type::mouse_enter:
-        hovered = true;
-        break;
-    case event_type::mouse_leave:
-        hovered = false;
-        break;
-    case event_type::mouse_move:
-        if (pushed)
-            hovered = ivec4{0, 0, get_rect().w, get_rect().h}.contains(mouse::get_position(this));
-        break;
-    case event_type::mouse_down:
-        if (!left)
-            return;
-        pushed = true;
-        mouse::capture_widget(*this);
-        break;
-    case event_type::mouse_dbl_click:
+    if (e.type == event_type::mouse_dbl_click) {
         // The release that ends a double click is never delivered: the second click counts now.
         press();
         return;
-    case event_type::mouse_up: {
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
-        const bool was_pushed = pushed;
-        pushed = false;
-        const bool inside = ivec4{0, 0, get_rect().w, get_rect().h}.contains(mouse::get_position(this));
-        hovered = inside;
-        if (was_pushed && left && inside) {
-            press();
-            return;
-        }
-        break;
     }
-    default:
-        return;
-    }
-    update(false);
+    if (clicks.on_mouse(*this, e))
+        press();
 }
 
 void generic_button::on_key(const event_info& e) {
@@ -107,13 +71,8 @@ void generic_button::on_key(const event_info& e) {
         press();
 }
 
-void generic_button::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void generic_button::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     const bool hover = is_hovered();
 
     d.set_brush_color(t.get<vec4>(toggled ? "button_color_toggle"
@@ -122,7 +81,7 @@ void generic_button::draw(const event_info&) {
     d.draw_rect(area);
 
     if (image.is_loaded()) {
-        const int frame = std::min(pushed && hover ? 2 : hover ? 1 : 0, image_frames - 1);
+        const int frame = std::min(clicks.pushed && hover ? 2 : hover ? 1 : 0, image_frames - 1);
         const _vec2<int> size = frame_size(image, image_frames);
         const ivec4 source = frame_source(image, image_frames, frame);
         if (t.get<bool>("button_back_image_strech"))
@@ -133,19 +92,15 @@ void generic_button::draw(const event_info&) {
     }
 
     if (!text.empty()) {
-        d.set_text_font(t.get<std::string>("button_font_name"), t.get<float>("button_font_size"),
-                        t.get<font_weight>("button_font_weight"), t.get<font_style>("button_font_style"));
-        d.set_text_color(t.get<vec4>(pushed && hover ? "button_font_color_pressed"
-                                     : hover         ? "button_font_color_hover"
-                                                     : "button_font_color"));
+        set_theme_font(d, t, "button_");
+        d.set_text_color(t.get<vec4>(clicks.pushed && hover ? "button_font_color_pressed"
+                                     : hover                ? "button_font_color_hover"
+                                                            : "button_font_color"));
         d.set_text_format(text_align::center, text_valign::center);
         d.draw_clipped_text(area, area, text);
     }
 
-    d.set_pen_color(t.get<vec4>(has_focus() ? "button_border_color_focus"
-                                : hover     ? "button_border_color_hover"
-                                            : "button_border_color_normal"),
-                    1.0f);
+    d.set_pen_color(border_color(t, "button_", has_focus(), hover), 1.0f);
     d.draw_rect_border(area);
 }
 

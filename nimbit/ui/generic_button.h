@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/widget.h"
 
 #include <string>
@@ -25,13 +26,13 @@ public:
     bool is_toggled() const { return toggled; }
     // Draws the hover look whatever the pointer does (for keyboard-driven lists of buttons).
     void force_hover(bool on);
-    bool is_hovered() const { return hovered || forced_hover; }
-    bool is_pushed() const { return pushed; }
+    bool is_hovered() const { return clicks.hovered || forced_hover; }
+    bool is_pushed() const { return clicks.pushed; }
     // Raises pressed as a click would.
     void press();
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_theme(const event_info&);
     void on_mouse(const event_info&);
     void on_key(const event_info&);
@@ -39,9 +40,8 @@ private:
     std::string text;
     bool toggle_mode = false;
     bool toggled = false;
-    bool hovered = false;
+    click_state clicks;
     bool forced_hover = false;
-    bool pushed = false;
     bitmap image;
     int image_frames = 1;
 };

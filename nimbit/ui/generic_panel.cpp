@@ -1,5 +1,6 @@
 #include "nimbit/ui/generic_panel.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/window.h"
 
@@ -8,17 +9,13 @@ namespace nimbit::ui {
 generic_panel::generic_panel() {
     set_name("Panel");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &generic_panel::draw);
+    add_paint_handler(*this, &generic_panel::draw);
     ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
 }
 
 generic_panel::~generic_panel() = default;
 
-void generic_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void generic_panel::draw(drawer& d, const ivec4&) {
     d.set_brush_color(get_theme().get<vec4>("default_back_color"));
     d.draw_rect({0, 0, get_rect().w, get_rect().h});
 }

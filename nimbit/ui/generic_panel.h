@@ -4,6 +4,8 @@
 
 namespace nimbit::ui {
 
+class drawer;
+
 // A plain panel: fills itself with "default_back_color" (set it with set_background).
 class generic_panel : public widget {
 public:
@@ -11,7 +13,7 @@ public:
     ~generic_panel() override;
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
 };
 
 } // namespace nimbit::ui

@@ -1,5 +1,6 @@
 #include "nimbit/ui/image_panel.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/native_bitmap.h"
@@ -14,7 +15,7 @@ namespace nimbit::ui {
 image_panel::image_panel() {
     set_name("ImagePanel");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &image_panel::draw);
+    add_paint_handler(*this, &image_panel::draw);
     ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
     ev.add_event(this, this, event_type::mouse_wheel, &image_panel::on_wheel);
     for (event_type t : {event_type::mouse_down, event_type::mouse_up, event_type::mouse_move})
@@ -22,8 +23,7 @@ image_panel::image_panel() {
 }
 
 image_panel::~image_panel() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 bool image_panel::set_image(const unsigned char* bytes, unsigned long length) {
@@ -129,8 +129,7 @@ void image_panel::on_mouse(const event_info& e) {
         if (!dragging)
             return;
         dragging = false;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
         mouse::set_cursor(cursor::arrow);
         break;
     default:
@@ -138,12 +137,7 @@ void image_panel::on_mouse(const event_info& e) {
     }
 }
 
-void image_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
+void image_panel::draw(drawer& d, const ivec4& area) {
     d.set_brush_color(get_theme().get<vec4>("default_back_color"));
     d.draw_rect(area);
     const ivec4 full = image_rect();

@@ -9,6 +9,8 @@ class file_path;
 
 namespace nimbit::ui {
 
+class drawer;
+
 // Shows one image over "default_back_color": the image's top-left corner sits at the offset and its
 // size is the image's size times the zoom. Dragging with the left button moves it; the wheel zooms
 // about the pointer. A new image is fitted into the panel (never enlarged) and centred.
@@ -41,7 +43,7 @@ public:
     void on_wheel(const event_info& e);
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_mouse(const event_info&);
 
     bitmap image;

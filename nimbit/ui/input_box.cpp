@@ -1,5 +1,6 @@
 #include "nimbit/ui/input_box.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/window.h"
 
@@ -12,7 +13,7 @@ input_box::input_box() : inside(*this) {
     ev.add_event(this, this, event_type::create, &input_box::on_create);
     ev.add_event(this, this, event_type::focus_gained, &input_box::on_focus);
     ev.add_event(this, this, event_type::theme_changed, &input_box::on_theme);
-    ev.add_event(this, this, event_type::draw, &input_box::draw);
+    add_paint_handler(*this, &input_box::draw);
 }
 
 input_box::~input_box() = default;
@@ -34,13 +35,8 @@ void input_box::on_theme(const event_info& e) {
     update(false);
 }
 
-void input_box::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void input_box::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_brush_color(t.get<vec4>("default_back_color"));
     d.draw_rect(area);
     d.set_pen_color(t.get<vec4>("input_border_color"), 1.0f);

@@ -4,6 +4,8 @@
 
 namespace nimbit::ui {
 
+class drawer;
+
 // A single-line text field: the visible frame (background, border) around an input_inside_panel that
 // does the editing. Handlers for value_changed, pressed (Return), cancelled (Escape), key_char and
 // key_down are registered on the box; the look is set on the box's theme (input_... keys).
@@ -29,7 +31,7 @@ private:
     void on_create(const event_info&);
     void on_focus(const event_info&);
     void on_theme(const event_info&);
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
 
     input_inside_panel inside;
 };

@@ -1,6 +1,7 @@
 #include "nimbit/ui/input_inside_panel.h"
 
 #include "nimbit/ui/clipboard.h"
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/ime.h"
 #include "nimbit/ui/keyboard.h"
@@ -47,7 +48,7 @@ input_inside_panel::input_inside_panel(widget& box) : box(box) {
     ev.add_event(this, this, event_type::focus_lost, &input_inside_panel::focus_changed);
     ev.add_event(this, this, event_type::timer, &input_inside_panel::timer);
     ev.add_event(this, this, event_type::parent_resize, &input_inside_panel::parent_resize);
-    ev.add_event(this, this, event_type::draw, &input_inside_panel::draw);
+    add_paint_handler(*this, &input_inside_panel::draw);
     ev.add_event(this, this, event_type::theme_changed, &input_inside_panel::apply_theme);
     ev.add_event(this, this, event_type::create, &input_inside_panel::apply_theme);
     ev.add_event(this, this, event_type::resize, [this](const event_info&) { update_scroll(); });
@@ -60,8 +61,7 @@ input_inside_panel::input_inside_panel(widget& box) : box(box) {
 }
 
 input_inside_panel::~input_inside_panel() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 const nimbit::ui::theme& input_inside_panel::style() const {
@@ -518,8 +518,7 @@ void input_inside_panel::mouse_released(const event_info&) {
     if (!dragging)
         return;
     dragging = false;
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 void input_inside_panel::mouse_dbl_click(const event_info&) {
@@ -565,8 +564,7 @@ void input_inside_panel::focus_changed(const event_info& e) {
     pending_high = 0;
     if (dragging) {
         dragging = false;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
     }
     update(false);
     if (apply_focus_loss)
@@ -586,13 +584,8 @@ void input_inside_panel::timer(const event_info& e) {
 
 // --- painting -------------------------------------------------------------------------------------
 
-void input_inside_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void input_inside_panel::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = style();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_text_font(font_name, font_size, static_cast<font_weight>(font_weight_value),
                     static_cast<font_style>(font_style_value));
     d.set_text_format(text_align::left, text_valign::center);

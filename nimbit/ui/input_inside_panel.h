@@ -108,7 +108,7 @@ public:
     void focus_changed(const event_info& e);
     void timer(const event_info& e);
     void parent_resize(const event_info& e);
-    void draw(const event_info& e);
+    void draw(drawer& d, const ivec4& area);
 
 private:
     // The one path for every edit: replaces [index, index + count) by `inserted`.

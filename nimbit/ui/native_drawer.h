@@ -7,10 +7,11 @@
 #include <vector>
 
 // The platform side of drawing. A backend implements native_drawer for each window; the window
-// opens one drawing pass per widget (start_draw with the widget's origin in window coordinates and
-// the dirty rectangle as clip) and the widget paints in its own coordinates through a drawer, which
-// forwards here. Colours are r, g, b, a in 0..1. The state set by the set_* calls persists between
-// calls and passes until changed.
+// opens one drawing pass per widget (start_draw with the widget's origin in window coordinates and,
+// as clip, the part of the dirty rectangle that lies inside the widget and all its ancestors) and
+// the widget paints in its own coordinates through a drawer, which forwards here. Passes nest: a
+// child's pass opens inside its parent's, with a clip inside the parent's. Colours are r, g, b, a
+// in 0..1. The state set by the set_* calls persists between calls and passes until changed.
 //
 // Text: the paragraph wraps at word boundaries inside the rectangle's width and the last visible
 // line is truncated. text_align and text_valign place it (see text_style.h); the box starts one

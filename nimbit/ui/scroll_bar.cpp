@@ -1,5 +1,6 @@
 #include "nimbit/ui/scroll_bar.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
@@ -15,7 +16,7 @@ namespace nimbit::ui {
 scroll_bar::scroll_bar(scroll_type type, bool draw_buttons) : type(type), draw_buttons(draw_buttons) {
     set_name("ScrollBar");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &scroll_bar::draw);
+    add_paint_handler(*this, &scroll_bar::draw);
     ev.add_event(this, this, event_type::theme_changed, &scroll_bar::on_theme);
     ev.add_event(this, this, event_type::create, &scroll_bar::on_theme);
     for (event_type t :
@@ -27,8 +28,7 @@ scroll_bar::scroll_bar(scroll_type type, bool draw_buttons) : type(type), draw_b
 
 scroll_bar::~scroll_bar() {
     detach_panel();
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 void scroll_bar::detach_panel() {
@@ -62,6 +62,11 @@ void scroll_bar::set_scroll_panel(widget* new_panel) {
         }));
     }
     update_bar();
+}
+
+void scroll_bar::add_wheel_area(widget& area) {
+    if (&area != this)
+        event_manager::instance().add_event(&area, this, event_type::mouse_wheel, &scroll_bar::on_wheel);
 }
 
 void scroll_bar::set_step(int pixels) {
@@ -217,8 +222,7 @@ void scroll_bar::on_mouse(const event_info& e) {
     case event_type::mouse_up:
         dragging = false;
         pressed_part = 0;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
         update(false);
         break;
     default:
@@ -228,22 +232,14 @@ void scroll_bar::on_mouse(const event_info& e) {
 
 void scroll_bar::on_theme(const event_info&) {
     min_thumb = std::max(1, get_theme().get<int>("scroll_min_size"));
-    const image_stream stream = get_theme().get<image_stream>("scroll_button_arrow_image");
-    arrow.unload();
-    if (!stream.empty())
-        arrow.load_image(stream);
+    load_theme_image(arrow, get_theme(), "scroll_button_arrow_image");
     update(false);
 }
 
 // --- painting -------------------------------------------------------------------------------------
 
-void scroll_bar::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void scroll_bar::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.set_brush_color(t.get<vec4>("scroll_back_color"));
     d.draw_rect(area);
 

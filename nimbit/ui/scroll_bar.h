@@ -7,6 +7,8 @@
 
 namespace nimbit::ui {
 
+class drawer;
+
 enum class scroll_type : int { vertical = 0, horizontal = 1 };
 
 // Scrolls one panel by moving it inside its parent: the panel's top (or left) edge runs from 0 down
@@ -22,6 +24,10 @@ public:
 
     void set_scroll_panel(widget* panel);
     widget* get_scroll_panel() const { return panel; }
+    // The wheel bubbles up from the widget under the pointer through its parents, and the bar is
+    // usually the panel's sibling, not its ancestor: wheel turns that reach `area` (typically the
+    // view the panel scrolls in) scroll this bar as well. Lasts until the bar or the area goes.
+    void add_wheel_area(widget& area);
 
     // Scroll amounts other than exact ones are rounded down to whole steps.
     void set_step(int pixels);
@@ -43,7 +49,7 @@ public:
     ivec4 button_rect(bool at_end) const;
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_mouse(const event_info&);
     void on_wheel(const event_info&);
     void on_theme(const event_info&);

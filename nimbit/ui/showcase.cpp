@@ -127,6 +127,7 @@ showcase::showcase(window& w) : parts(std::make_unique<showcase_controls>()) {
     c.scroll.set_anchor(anchor_type::bottom, 0);
     c.scroll.set_step(line_height);
     c.scroll.set_scroll_panel(&c.list);
+    c.scroll.add_wheel_area(c.list_view);
     c.scroll.set_value(line_height);
 }
 

@@ -1,5 +1,6 @@
 #include "nimbit/ui/split_panel.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/window.h"
@@ -14,7 +15,7 @@ split_panel::split_panel(split_type type) : type(type) {
     pane_1.set_name("PanelA");
     pane_2.set_name("PanelB");
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &split_panel::draw);
+    add_paint_handler(*this, &split_panel::draw);
     ev.add_event(this, this, event_type::create, &split_panel::on_create);
     ev.add_event(this, this, event_type::resize, &split_panel::on_resize);
     ev.add_event(this, this, event_type::theme_changed, &split_panel::on_theme);
@@ -34,8 +35,7 @@ split_panel::split_panel(split_type type) : type(type) {
 }
 
 split_panel::~split_panel() {
-    if (mouse::get_captured_widget() == this)
-        mouse::release_widget(*this);
+    release_capture(*this);
 }
 
 int split_panel::length() const {
@@ -194,19 +194,14 @@ void split_panel::on_mouse(const event_info& e) {
         break;
     case event_type::mouse_up:
         dragging = false;
-        if (mouse::get_captured_widget() == this)
-            mouse::release_widget(*this);
+        release_capture(*this);
         break;
     default:
         break;
     }
 }
 
-void split_panel::draw(const event_info&) {
-    window* w = get_window();
-    if (!w)
-        return;
-    drawer& d = w->get_drawer();
+void split_panel::draw(drawer& d, const ivec4&) {
     const nimbit::ui::theme& t = get_theme();
     const ivec4 bar = bar_rect();
     d.set_brush_color(t.get<vec4>("splitpanel_back_color"));

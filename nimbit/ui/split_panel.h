@@ -4,6 +4,8 @@
 
 namespace nimbit::ui {
 
+class drawer;
+
 // side_by_side: panel A left, B right, a vertical bar between; stacked: A above B.
 enum class split_type : int { side_by_side = 0, stacked = 1 };
 
@@ -38,7 +40,7 @@ public:
     ivec4 bar_rect() const;
 
 private:
-    void draw(const event_info&);
+    void draw(drawer& d, const ivec4& area);
     void on_create(const event_info&);
     void on_resize(const event_info&);
     void on_mouse(const event_info&);

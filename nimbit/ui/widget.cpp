@@ -138,6 +138,12 @@ void widget::remove_child(widget* child) {
     if (!child)
         return;
     detach_child(child);
+    release_child(child);
+}
+
+// The child is already out of the list: it learns that it has no parent, takes the default
+// enabled and visible state of a root, and loses what this widget registered on it.
+void widget::release_child(widget* child) {
     child->parent = nullptr;
     events().fire_event(child, event_type::parent_changed, 0);
     child->set_parent_enabled(true);
@@ -166,12 +172,7 @@ void widget::remove_all_children() {
             continue;
         children[i] = nullptr;
         child->listings = child->listings > 0 ? child->listings - 1 : 0;
-        child->parent = nullptr;
-        events().fire_event(child, event_type::parent_changed, 0);
-        child->set_parent_enabled(true);
-        child->set_parent_visible(true);
-        events().fire_event(this, event_type::child_removed, address(child));
-        drop_child_subscriptions(child);
+        release_child(child);
     }
     --child_walks;
     // Whatever is left (callbacks may have subscribed meanwhile) is collected before anything is
@@ -195,40 +196,39 @@ uint32_t widget::add_child_event(widget& child, event_type type, event_manager::
     return id;
 }
 
-void widget::set_parent_enabled(bool value) {
-    parent_enabled = value;
+// Enabling and visibility travel down the tree the same way: a widget's inherited flag is true when
+// every ancestor has its own flag set.
+void widget::set_inherited(bool widget::*own, bool widget::*inherited, bool value) {
+    this->*inherited = value;
     for (widget* c : children)
         if (c)
-            c->set_parent_enabled(value && enabled);
+            c->set_inherited(own, inherited, value && this->*own);
+}
+
+void widget::set_own(bool widget::*own, bool widget::*inherited, bool value, event_type on, event_type off) {
+    if (this->*own == value)
+        return;
+    this->*own = value;
+    set_inherited(own, inherited, this->*inherited);
+    events().fire_event(this, value ? on : off, 0);
+    update(false);
+}
+
+void widget::set_parent_enabled(bool value) {
+    set_inherited(&widget::enabled, &widget::parent_enabled, value);
 }
 
 void widget::set_parent_visible(bool value) {
-    parent_visible = value;
-    for (widget* c : children)
-        if (c)
-            c->set_parent_visible(value && visible);
+    set_inherited(&widget::visible, &widget::parent_visible, value);
 }
 
 void widget::enable(bool enabled_now) {
-    if (enabled == enabled_now)
-        return;
-    enabled = enabled_now;
-    for (widget* c : children)
-        if (c)
-            c->set_parent_enabled(parent_enabled && enabled);
-    events().fire_event(this, enabled ? event_type::enabled : event_type::disabled, 0);
-    update(false);
+    set_own(&widget::enabled, &widget::parent_enabled, enabled_now, event_type::enabled,
+            event_type::disabled);
 }
 
 void widget::show(bool visible_now) {
-    if (visible == visible_now)
-        return;
-    visible = visible_now;
-    for (widget* c : children)
-        if (c)
-            c->set_parent_visible(parent_visible && visible);
-    events().fire_event(this, visible ? event_type::shown : event_type::hidden, 0);
-    update(false);
+    set_own(&widget::visible, &widget::parent_visible, visible_now, event_type::shown, event_type::hidden);
 }
 
 bool widget::is_visible(bool with_parents) const {
@@ -245,24 +245,12 @@ void widget::set_rect(const ivec4& r, bool also_target) {
     const bool resized = old.w != r.w || old.h != r.h;
     const bool moved = old.x != r.x || old.y != r.y;
     if (resized) {
-        const auto old_size = pack_pair(old.w, old.h);
-        events().fire_event(this, event_type::resize, old_size);
-        ++child_walks;
-        for (size_t i = 0; i < children.size(); ++i)
-            if (widget* c = children[i]) {
-                events().fire_event(c, event_type::parent_resize, old_size);
-                c->update_anchor(rect.size());
-            }
-        --child_walks;
+        events().fire_event(this, event_type::resize, pack_pair(old.w, old.h));
+        tell_children(event_type::parent_resize, old);
     }
     if (moved) {
-        const auto old_pos = pack_pair(old.x, old.y);
-        events().fire_event(this, event_type::move, old_pos);
-        ++child_walks;
-        for (size_t i = 0; i < children.size(); ++i)
-            if (widget* c = children[i])
-                events().fire_event(c, event_type::parent_move, old_pos);
-        --child_walks;
+        events().fire_event(this, event_type::move, pack_pair(old.x, old.y));
+        tell_children(event_type::parent_move, old);
     }
     if (!resized && !moved) {
         update(false);
@@ -331,9 +319,29 @@ void widget::update_anchor(const _vec2<int>& parent_size) {
             pos = low.distance;
         }
     };
+    const ivec4 old = rect;
     fit(anchors[2], anchors[3], parent_size.x, rect.x, rect.w);
     fit(anchors[0], anchors[1], parent_size.y, rect.y, rect.h);
+    // No resize or move is raised on this widget, but its children still learn of the change and
+    // follow it: a panel stretched by its anchors carries its own anchored contents along.
+    if (created && (old.w != rect.w || old.h != rect.h))
+        tell_children(event_type::parent_resize, old);
+    if (created && (old.x != rect.x || old.y != rect.y))
+        tell_children(event_type::parent_move, old);
     update(false);
+}
+
+void widget::tell_children(event_type type, const ivec4& old) {
+    const bool resize = type == event_type::parent_resize;
+    const auto data = resize ? pack_pair(old.w, old.h) : pack_pair(old.x, old.y);
+    ++child_walks;
+    for (size_t i = 0; i < children.size(); ++i)
+        if (widget* c = children[i]) {
+            events().fire_event(c, type, data);
+            if (resize)
+                c->update_anchor(rect.size());
+        }
+    --child_walks;
 }
 
 _vec2<int> widget::calc_absolute_pos() const {
@@ -408,19 +416,14 @@ void widget::remove_tooltips() {
 }
 
 void widget::bring_to_front() {
-    if (!parent)
-        return;
-    parent->compact_children();
-    auto& list = parent->children;
-    auto it = std::find(list.begin(), list.end(), this);
-    if (it == list.end())
-        return;
-    std::rotate(it, it + 1, list.end());
-    for (size_t i = 0; i < list.size(); ++i)
-        list[i]->parent_slot = static_cast<uint32_t>(i);
+    restack(true);
 }
 
 void widget::send_to_back() {
+    restack(false);
+}
+
+void widget::restack(bool to_front) {
     if (!parent)
         return;
     parent->compact_children();
@@ -428,7 +431,10 @@ void widget::send_to_back() {
     auto it = std::find(list.begin(), list.end(), this);
     if (it == list.end())
         return;
-    std::rotate(list.begin(), it, it + 1);
+    if (to_front)
+        std::rotate(it, it + 1, list.end());
+    else
+        std::rotate(list.begin(), it, it + 1);
     for (size_t i = 0; i < list.size(); ++i)
         list[i]->parent_slot = static_cast<uint32_t>(i);
 }

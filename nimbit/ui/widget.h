@@ -118,11 +118,19 @@ private:
     void common_create(const ivec4& r);
     void set_parent_enabled(bool value);
     void set_parent_visible(bool value);
+    // Moves this widget to the end (drawn last) or the start of its parent's list.
+    void restack(bool to_front);
+    void set_inherited(bool widget::*own, bool widget::*inherited, bool value);
+    void set_own(bool widget::*own, bool widget::*inherited, bool value, event_type on, event_type off);
     void detach_child(widget* child);
+    void release_child(widget* child);
     void compact_children() const;
     static ivec4 clip_to_ancestors(ivec4 area, const widget* from);
     void drop_child_subscriptions(widget* child);
     void invalidate(const ivec4& client_rect, bool flush);
+    // Raises parent_resize (then applies the child's anchors) or parent_move on every child, with the
+    // old size or position taken from `old`.
+    void tell_children(event_type type, const ivec4& old);
 
     struct anchor {
         bool on = false;

@@ -19,9 +19,15 @@ event_manager& events() {
 
 constexpr int max_client_size = 1 << 20;
 
-bool intersects(const ivec4& a, const ivec4& b) {
-    return a.w > 0 && a.h > 0 && b.w > 0 && b.h > 0 && a.x < b.x + b.w && b.x < a.x + a.w &&
-           a.y < b.y + b.h && b.y < a.y + a.h;
+// The common part of two rectangles; empty (w or h not positive) when they do not overlap.
+ivec4 intersection(const ivec4& a, const ivec4& b) {
+    const int left = std::max(a.x, b.x), top = std::max(a.y, b.y);
+    const int right = std::min(a.x + a.w, b.x + b.w), bottom = std::min(a.y + a.h, b.y + b.h);
+    return {left, top, right - left, bottom - top};
+}
+
+bool is_empty(const ivec4& r) {
+    return r.w <= 0 || r.h <= 0;
 }
 
 // Keeps `walks` raised while a loop indexes a widget's children, even if a callback throws.
@@ -647,19 +653,28 @@ void window::process_draw(widget& w, const ivec4& dirty) {
     if (!paint_drawer)
         return;
     _vec2<int> origin{};
-    for (const widget* a = w.get_parent(); a; a = a->get_parent())
-        origin = origin + a->get_rect().position();
-    draw_level(w, dirty, origin);
+    ivec4 clip = dirty;
+    if (const widget* p = w.get_parent()) {
+        origin = p->calc_absolute_pos();
+        // A widget shows only inside its ancestors.
+        clip = intersection(clip, widget::clip_to_ancestors(p->rect, p->parent));
+    }
+    draw_level(w, clip, origin);
 }
 
-void window::draw_level(widget& w, const ivec4& dirty, _vec2<int> origin) {
+// `clip` is what the parent may paint (window coordinates): the dirty rectangle within the
+// parent's visible area. Each widget paints within its own rectangle inside that, so a control that
+// draws past its edges cannot paint over its neighbours; the shadows of its children are painted in
+// its pass and so stay inside it too.
+void window::draw_level(widget& w, const ivec4& clip, _vec2<int> origin) {
     if (!w.is_visible(true))
         return;
     origin = origin + w.rect.position();
-    if (!intersects({origin.x, origin.y, w.rect.w, w.rect.h}, dirty))
+    const ivec4 own = intersection({origin.x, origin.y, w.rect.w, w.rect.h}, clip);
+    if (is_empty(own))
         return;
     native_drawer& nd = paint_drawer->get_native();
-    nd.start_draw(origin, dirty);
+    nd.start_draw(origin, own);
     events().fire_event(&w, event_type::draw, 0);
     w.compact_children();
     walk_guard guard(w.child_walks);
@@ -669,7 +684,7 @@ void window::draw_level(widget& w, const ivec4& dirty, _vec2<int> origin) {
             paint_drawer->draw_shadow(c->rect, c->shadow_offset, c->shadow_size);
     for (size_t i = 0; i < w.children.size(); ++i)
         if (widget* c = w.children[i])
-            draw_level(*c, dirty, origin);
+            draw_level(*c, own, origin);
     nd.end_draw();
 }
 

@@ -130,7 +130,7 @@ private:
         bool single_shot;
     };
 
-    void draw_level(widget& w, const ivec4& dirty, _vec2<int> origin);
+    void draw_level(widget& w, const ivec4& clip, _vec2<int> origin);
     void focus_step(int direction);
     void compact_widgets() const;
     void show_tooltip(_vec2<int> screen_pos, const std::string& title, const std::string& text);

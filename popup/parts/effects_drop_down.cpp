@@ -19,13 +19,14 @@ void EffectsDropDown::SwitchTheme(UIColors const* colours) {
     if (colours == nullptr)
         return;
     nimbit::ui::theme& t = get_theme();
-    t.set("dropdown_text_part_color", colours->dropDownBack);
-    t.set("dropdown_text_part_color_hover", colours->dropDownBackHover);
-    t.set("dropdown_button_part_color", colours->dropDownBack);
-    t.set("dropdown_button_part_color_hover", colours->dropDownBackHover);
-    t.set("dropdown_font_color", colours->dropDownFont);
-    t.set("dropdown_border_color_normal", colours->borderColor);
-    t.set("dropdown_border_color_hover", colours->buttonBorderHover);
-    t.set("dropdown_border_color_focus", colours->buttonBorderFocus);
+    SetThemeColors(t, *colours,
+                   {{"dropdown_text_part_color", &UIColors::dropDownBack},
+                    {"dropdown_text_part_color_hover", &UIColors::dropDownBackHover},
+                    {"dropdown_button_part_color", &UIColors::dropDownBack},
+                    {"dropdown_button_part_color_hover", &UIColors::dropDownBackHover},
+                    {"dropdown_font_color", &UIColors::dropDownFont},
+                    {"dropdown_border_color_normal", &UIColors::borderColor},
+                    {"dropdown_border_color_hover", &UIColors::buttonBorderHover},
+                    {"dropdown_border_color_focus", &UIColors::buttonBorderFocus}});
     t.set("dropdown_button_image", colours->dropDownArrow);
 }

@@ -1,5 +1,6 @@
 #include "popup/parts/effects_shortcuts_bar.h"
 
+#include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/window.h"
 #include "popup/effect_alias.h"
@@ -22,7 +23,7 @@ EffectsShorcutButton::EffectsShorcutButton(unsigned long number) : number(number
     t.set("button_font_color_numbers", vec4{0.447f, 0.447f, 0.447f, 1});
     t.set("button_back_color_hover", vec4{0.216f, 0.216f, 0.216f, 1});
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &EffectsShorcutButton::Draw);
+    add_paint_handler(*this, &EffectsShorcutButton::Draw);
     for (event_type t :
          {event_type::mouse_enter, event_type::mouse_leave, event_type::mouse_down, event_type::mouse_up})
         ev.add_event(this, this, t, &EffectsShorcutButton::OnMouse);
@@ -62,19 +63,14 @@ void EffectsShorcutButton::OnMouse(const event_info& e) {
     update(false);
 }
 
-void EffectsShorcutButton::Draw(const event_info&) {
-    window* w = get_window();
-    if (w == nullptr)
-        return;
-    drawer& d = w->get_drawer();
-    const ivec4& r = get_rect();
+void EffectsShorcutButton::Draw(drawer& d, const ivec4& r) {
     const nimbit::ui::theme& t = get_theme();
     vec4 font = t.get<vec4>("button_font_color");
     d.set_brush_color(t.get<vec4>("default_back_color"));
-    d.draw_rect({0, 0, r.w, r.h});
+    d.draw_rect(r);
     if (hovered) {
         d.set_brush_color(t.get<vec4>("button_back_color_hover"));
-        d.draw_rect({0, 0, r.w, r.h});
+        d.draw_rect(r);
         font = t.get<vec4>("button_font_color_hover");
     }
     if (pressed)
@@ -95,7 +91,7 @@ EffectsShortcutsBar::EffectsShortcutsBar() {
     t.set("other_border_color", vec4{0.231f, 0.231f, 0.231f, 1});
     t.set("separator_line_color", vec4{0.212f, 0.212f, 0.212f, 1});
     auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &EffectsShortcutsBar::Draw);
+    add_paint_handler(*this, &EffectsShortcutsBar::Draw);
     ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
 }
 
@@ -117,15 +113,14 @@ void EffectsShortcutsBar::UpdateList(std::vector<EffectAlias> const& shortcuts, 
         button->create(*this, {static_cast<int>(number - 1) * ButtonPitch + 1, 1, EffectsShorcutButton::Width,
                                EffectsShorcutButton::Height});
         button->SetLabel(shortcuts[i].alias);
-        if (colours != nullptr) {
-            nimbit::ui::theme& t = button->get_theme();
-            t.set("default_back_color", colours->panelBack);
-            t.set("button_font_color", colours->buttonFont);
-            t.set("button_font_color_hover", colours->buttonFontHover);
-            t.set("button_font_color_pressed", colours->buttonFontPressed);
-            t.set("button_font_color_numbers", colours->buttonFontNumbers);
-            t.set("button_back_color_hover", colours->buttonBackHover);
-        }
+        if (colours != nullptr)
+            SetThemeColors(button->get_theme(), *colours,
+                           {{"default_back_color", &UIColors::panelBack},
+                            {"button_font_color", &UIColors::buttonFont},
+                            {"button_font_color_hover", &UIColors::buttonFontHover},
+                            {"button_font_color_pressed", &UIColors::buttonFontPressed},
+                            {"button_font_color_numbers", &UIColors::buttonFontNumbers},
+                            {"button_back_color_hover", &UIColors::buttonBackHover}});
         button->show(true);
         add_child_event(*button, event_type::pressed, [this](const event_info& e) {
             event_manager::instance().fire_event(this, event_type::pressed, e.data);
@@ -135,15 +130,10 @@ void EffectsShortcutsBar::UpdateList(std::vector<EffectAlias> const& shortcuts, 
     update(false);
 }
 
-void EffectsShortcutsBar::Draw(const event_info&) {
-    window* w = get_window();
-    if (w == nullptr)
-        return;
-    drawer& d = w->get_drawer();
-    const ivec4& r = get_rect();
+void EffectsShortcutsBar::Draw(drawer& d, const ivec4& r) {
     const nimbit::ui::theme& t = get_theme();
     d.set_brush_color(t.get<vec4>("default_back_color"));
-    d.draw_rect({0, 0, r.w, r.h});
+    d.draw_rect(r);
     d.set_pen_color(t.get<vec4>("other_border_color"));
     d.draw_line({0, r.h - 1}, {r.w, r.h - 1});
     d.set_pen_color(t.get<vec4>("separator_line_color"));

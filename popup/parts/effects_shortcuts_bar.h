@@ -6,6 +6,10 @@
 #include <string>
 #include <vector>
 
+namespace nimbit::ui {
+class drawer;
+}
+
 struct EffectAlias;
 struct UIColors;
 
@@ -26,7 +30,7 @@ public:
     bool IsPressed() const { return pressed; }
 
 private:
-    void Draw(const nimbit::ui::event_info&);
+    void Draw(nimbit::ui::drawer& d, const nimbit::ivec4& area);
     void OnMouse(const nimbit::ui::event_info&);
 
     unsigned long number;
@@ -50,7 +54,7 @@ public:
     const std::vector<std::unique_ptr<EffectsShorcutButton>>& GetButtons() const { return buttons; }
 
 private:
-    void Draw(const nimbit::ui::event_info&);
+    void Draw(nimbit::ui::drawer& d, const nimbit::ivec4& area);
 
     std::vector<std::unique_ptr<EffectsShorcutButton>> buttons;
 };

@@ -23,9 +23,8 @@ void HeaderSlot::Draw(const event_info&) {
     if (w == nullptr)
         return;
     drawer& d = w->get_drawer();
+    // Over the panel's own background, which shows through a translucent colour.
     const ivec4& r = get_rect();
-    d.set_brush_color(get_theme().get<vec4>("default_back_color"));
-    d.draw_rect({0, 0, r.w, r.h});
     d.set_brush_color(backColor);
     d.draw_rect({0, 0, r.w, r.h});
     d.set_text_font("Arial", 10);

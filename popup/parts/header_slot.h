@@ -1,12 +1,12 @@
 #pragma once
 
-#include "nimbit/ui/widget.h"
+#include "nimbit/ui/generic_panel.h"
 
 #include <string>
 #include <string_view>
 
 // A group title in the popup's list: "Effects", "Presets" or "No Matches".
-class HeaderSlot : public nimbit::ui::widget {
+class HeaderSlot : public nimbit::ui::generic_panel {
 public:
     static constexpr int Width = 100;
     static constexpr int Height = 20;

@@ -8,9 +8,7 @@ using namespace nimbit::ui;
 
 IconView::IconView() {
     set_name("IconView");
-    auto& ev = event_manager::instance();
-    ev.add_event(this, this, event_type::draw, &IconView::Draw);
-    ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
+    event_manager::instance().add_event(this, this, event_type::draw, &IconView::Draw);
 }
 
 IconView::~IconView() = default;
@@ -27,9 +25,8 @@ void IconView::Draw(const event_info&) {
     if (w == nullptr)
         return;
     drawer& d = w->get_drawer();
+    // The panel has painted its background under the image.
     const ivec4& r = get_rect();
-    d.set_brush_color(get_theme().get<vec4>("default_back_color"));
-    d.draw_rect({0, 0, r.w, r.h});
     if (image.is_loaded())
         d.draw_image({0, 0, r.w, r.h}, image, true);
 }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "nimbit/ui/bitmap.h"
-#include "nimbit/ui/widget.h"
+#include "nimbit/ui/generic_panel.h"
 
 // A picture that does nothing but show itself: the search glass beside the popup's search field.
-class IconView : public nimbit::ui::widget {
+class IconView : public nimbit::ui::generic_panel {
 public:
     IconView();
     ~IconView() override;

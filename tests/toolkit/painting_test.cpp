@@ -1,6 +1,9 @@
 #include "toolkit_fixture.h"
 
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
+
+#include <algorithm>
 
 namespace toolkit_test {
 namespace {
@@ -54,8 +57,87 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
     const auto shadows = canvas.calls_named("draw_shadow");
     ASSERT_EQ(shadows.size(), 1u);
     EXPECT_EQ(shadows[0].rect, (ivec4{60, 0, 50, 50}));
-    EXPECT_EQ(shadows[0].clip, (ivec4{0, 0, 240, 140}));
+    EXPECT_EQ(shadows[0].clip, (ivec4{10, 10, 200, 100})) << "in the panel's pass, inside the panel";
     EXPECT_FALSE(canvas.in_pass());
+}
+
+// A widget that paints far past its own edges, as a list with more rows than room does.
+struct Spilling : widget {
+    int draws = 0;
+    Spilling() {
+        event_manager::instance().add_event(this, this, event_type::draw, [this](const event_info&) {
+            ++draws;
+            get_window()->get_drawer().draw_rect({-1000, -1000, 3000, 3000});
+        });
+    }
+};
+
+// Where a recorded call can leave paint: its rectangle moved to window coordinates, within its clip.
+ivec4 painted_area(const draw_call& c) {
+    const ivec4 r{c.rect.x + c.origin.x, c.rect.y + c.origin.y, c.rect.w, c.rect.h};
+    const int left = std::max(r.x, c.clip.x), top = std::max(r.y, c.clip.y);
+    const int right = std::min(r.x + r.w, c.clip.x + c.clip.w),
+              bottom = std::min(r.y + r.h, c.clip.y + c.clip.h);
+    return {left, top, std::max(0, right - left), std::max(0, bottom - top)};
+}
+
+// The painted area of each widget's draw_rect, keyed by the widget's order of painting.
+std::vector<ivec4> painted_rects(offscreen_drawer& canvas) {
+    std::vector<ivec4> out;
+    for (const auto& c : canvas.calls_named("draw_rect"))
+        out.push_back(painted_area(c));
+    return out;
+}
+
+TEST_F(PaintingTest, EachWidgetPaintsOnlyInsideItselfAndItsAncestorsWithinTheDirtyArea) {
+    TestWindow win({0, 0, 300, 200});
+    Spilling panel, child, grandchild, beside, outside;
+    panel.create(win.get_root(), {10, 10, 100, 60});
+    child.create(panel, {80, 40, 50, 50});            // hangs over the panel's bottom-right corner
+    grandchild.create(child, {10, 10, 100, 100});     // and further still
+    outside.create(panel, {150, 0, 20, 20});          // wholly outside its parent
+    beside.create(win.get_root(), {120, 10, 50, 50}); // the neighbour the spill must not reach
+    auto& canvas = win.os().get_canvas();
+
+    canvas.clear_calls();
+    win.paint({0, 0, 300, 200});
+    EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{
+                                         {10, 10, 100, 60}, // panel
+                                         {90, 50, 20, 20},  // child, cut by the panel
+                                         {100, 60, 10, 10}, // grandchild, cut by both
+                                         {120, 10, 50, 50}, // beside
+                                     }));
+    EXPECT_EQ(outside.draws, 0) << "a widget outside its parent is not seen";
+
+    // The dirty rectangle still limits every pass, and widgets it misses are not asked to paint.
+    canvas.clear_calls();
+    child.draws = grandchild.draws = beside.draws = 0;
+    win.paint({0, 0, 95, 55});
+    EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{{10, 10, 85, 45}, {90, 50, 5, 5}}));
+    EXPECT_EQ(grandchild.draws, 0);
+    EXPECT_EQ(beside.draws, 0);
+    for (const auto& c : canvas.calls_named("start_draw"))
+        EXPECT_TRUE(c.clip.w > 0 && c.clip.h > 0) << "no pass opens with nothing to paint";
+}
+
+TEST_F(PaintingTest, RepaintingOneWidgetKeepsItInsideItsAncestors) {
+    TestWindow win({0, 0, 300, 200});
+    Spilling panel, child;
+    panel.create(win.get_root(), {10, 10, 100, 60});
+    child.create(panel, {80, 40, 50, 50});
+    child.set_shadow(true, {4, 4}, 10);
+    auto& canvas = win.os().get_canvas();
+    canvas.clear_calls();
+    win.process_draw(child, {0, 0, 300, 200});
+    EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{{90, 50, 20, 20}}));
+    EXPECT_EQ(panel.draws, 0);
+
+    // A child's shadow is painted in its parent's pass, so it cannot leave the parent either.
+    canvas.clear_calls();
+    win.process_draw(panel, {0, 0, 300, 200});
+    const auto shadows = canvas.calls_named("draw_shadow");
+    ASSERT_EQ(shadows.size(), 1u);
+    EXPECT_EQ(shadows[0].clip, (ivec4{10, 10, 100, 60}));
 }
 
 TEST_F(PaintingTest, FlushPaintsTheMergedDirtyArea) {

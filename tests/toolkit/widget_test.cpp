@@ -238,6 +238,52 @@ TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowSilently) {
     EXPECT_TRUE(r.take().empty());
 }
 
+// A plain panel stretched by its anchors passes the change on: its anchored contents follow, and
+// they hear of it through parent_resize and parent_move, while the panel itself stays silent.
+TEST_F(WidgetTest, ChildrenOfAnAnchoredPanelFollowItThroughEveryLevel) {
+    TestWindow win;
+    widget frame, panel, inner, pinned, fixed;
+    frame.create(win.get_root(), {0, 0, 200, 100});
+    panel.create(frame, {0, 0, 180, 80});
+    panel.set_anchor(anchor_type::left, 10);
+    panel.set_anchor(anchor_type::right, 10);
+    panel.set_anchor(anchor_type::top, 10);
+    panel.set_anchor(anchor_type::bottom, 10);
+    inner.create(panel, {0, 0, 160, 60});
+    inner.set_anchor(anchor_type::left, 10);
+    inner.set_anchor(anchor_type::right, 10);
+    pinned.create(inner, {0, 0, 20, 20});
+    pinned.set_anchor(anchor_type::right, 5);
+    fixed.create(panel, {3, 4, 5, 6}); // no anchors: keeps its place in the panel
+    EXPECT_EQ(pinned.get_rect(), (ivec4{135, 0, 20, 20}));
+
+    Recorder r;
+    r.with_data = true;
+    r.watch(panel, "panel", {event_type::resize, event_type::move});
+    r.watch(inner, "inner",
+            {event_type::resize, event_type::move, event_type::parent_resize, event_type::parent_move});
+    r.watch(pinned, "pinned", {event_type::resize, event_type::move, event_type::parent_resize});
+    frame.set_rect({0, 0, 300, 150});
+    EXPECT_EQ(panel.get_rect(), (ivec4{10, 10, 280, 130}));
+    EXPECT_EQ(inner.get_rect(), (ivec4{10, 0, 260, 60}));
+    EXPECT_EQ(pinned.get_rect(), (ivec4{235, 0, 20, 20}));
+    EXPECT_EQ(fixed.get_rect(), (ivec4{3, 4, 5, 6}));
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("inner", event_type::parent_resize, pack_pair(180, 80)),
+                                        ev("pinned", event_type::parent_resize, pack_pair(160, 60))}));
+
+    // Anchors that move a panel without resizing it tell the children it moved, with the old place.
+    widget holder, corner, content;
+    holder.create(win.get_root(), {0, 0, 100, 100});
+    corner.create(holder, {0, 0, 30, 30});
+    corner.set_anchor(anchor_type::right, 0);
+    content.create(corner, {0, 0, 10, 10});
+    r.watch(content, "content", {event_type::parent_resize, event_type::parent_move});
+    holder.set_rect({0, 0, 120, 100});
+    EXPECT_EQ(corner.get_rect(), (ivec4{90, 0, 30, 30}));
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("content", event_type::parent_move, pack_pair(70, 0))}));
+}
+
 TEST_F(WidgetTest, UpdateRectanglesAreClippedByEveryAncestor) {
     TestWindow win;
     widget outer, inner, leaf;

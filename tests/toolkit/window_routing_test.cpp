@@ -11,6 +11,20 @@ using RoutingTest = ToolkitTest;
 constexpr auto mouse_types = {event_type::mouse_down, event_type::mouse_up,    event_type::mouse_dbl_click,
                               event_type::mouse_move, event_type::mouse_enter, event_type::mouse_leave};
 
+// A window and one recorder, with widgets created and watched in one step. Widgets declared after
+// the scene go before it.
+struct Scene {
+    TestWindow win;
+    Recorder r;
+
+    explicit Scene(bool with_data = false) { r.with_data = with_data; }
+    void add(widget& w, const ivec4& rect, const std::string& name, std::initializer_list<event_type> types,
+             widget* parent = nullptr) {
+        w.create(parent ? *parent : win.get_root(), rect);
+        r.watch(w, name, types);
+    }
+};
+
 TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesAndSkipsHiddenWidgets) {
     TestWindow win({0, 0, 200, 100});
     widget a, hidden, inner;
@@ -33,11 +47,11 @@ TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesAndSkipsHiddenWidgets) {
 }
 
 TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
-    TestWindow win;
+    Scene s;
+    auto& [win, r] = s;
     widget button;
-    button.create(win.get_root(), {10, 10, 50, 20});
-    Recorder r;
-    r.watch(button, "b", {event_type::mouse_down, event_type::mouse_up, event_type::mouse_dbl_click});
+    s.add(button, {10, 10, 50, 20}, "b",
+          {event_type::mouse_down, event_type::mouse_up, event_type::mouse_dbl_click});
     r.watch(win, "w", {event_type::mouse_down, event_type::mouse_up, event_type::mouse_dbl_click});
     offscreen::double_click(win, {15, 15});
     EXPECT_EQ(r.take(), (std::vector<std::string>{
@@ -51,13 +65,11 @@ TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
 }
 
 TEST_F(RoutingTest, CapturedWidgetAloneGetsMovesAndReleases) {
-    TestWindow win;
+    Scene s;
+    auto& [win, r] = s;
     widget slider, other;
-    slider.create(win.get_root(), {0, 0, 50, 50});
-    other.create(win.get_root(), {100, 100, 50, 50});
-    Recorder r;
-    r.watch(slider, "s", mouse_types);
-    r.watch(other, "o", mouse_types);
+    s.add(slider, {0, 0, 50, 50}, "s", mouse_types);
+    s.add(other, {100, 100, 50, 50}, "o", mouse_types);
     r.watch(win, "w", {event_type::mouse_move, event_type::mouse_up});
     offscreen::press_mouse(win, {10, 10});
     mouse::capture_widget(slider);
@@ -133,13 +145,11 @@ TEST_F(RoutingTest, WheelBubblesToTheFirstWidgetWithAWheelList) {
 }
 
 TEST_F(RoutingTest, EnterAndLeaveComeInOrderAndLeavingTheWindowKeepsTheHoveredWidget) {
-    TestWindow win;
+    Scene s;
+    auto& [win, r] = s;
     widget a, b;
-    a.create(win.get_root(), {0, 0, 50, 50});
-    b.create(win.get_root(), {50, 0, 50, 50});
-    Recorder r;
-    r.watch(a, "a", mouse_types);
-    r.watch(b, "b", mouse_types);
+    s.add(a, {0, 0, 50, 50}, "a", mouse_types);
+    s.add(b, {50, 0, 50, 50}, "b", mouse_types);
     r.watch(win, "w", {event_type::mouse_move, event_type::mouse_leave});
     offscreen::move_mouse(win, {10, 10});
     offscreen::move_mouse(win, {11, 10});
@@ -194,12 +204,12 @@ TEST_F(RoutingTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTak
 }
 
 TEST_F(RoutingTest, DisabledAncestorsBlockInputUntilReEnabled) {
-    TestWindow win;
+    Scene s;
+    auto& [win, r] = s;
     widget panel, button;
-    panel.create(win.get_root(), {0, 0, 100, 100});
-    button.create(panel, {10, 10, 20, 20});
-    Recorder r;
-    r.watch(button, "b", {event_type::mouse_down, event_type::key_down, event_type::focus_gained});
+    s.add(panel, {0, 0, 100, 100}, "panel", {});
+    s.add(button, {10, 10, 20, 20}, "b",
+          {event_type::mouse_down, event_type::key_down, event_type::focus_gained}, &panel);
     r.watch(win, "w", {event_type::mouse_down});
     panel.enable(false);
     offscreen::press_mouse(win, {15, 15});
@@ -215,14 +225,12 @@ TEST_F(RoutingTest, DisabledAncestorsBlockInputUntilReEnabled) {
 }
 
 TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowWithTheirPayloads) {
-    TestWindow win;
+    Scene s(true);
+    auto& [win, r] = s;
     widget field;
-    field.create(win.get_root(), {0, 0, 10, 10});
+    s.add(field, {0, 0, 10, 10}, "f",
+          {event_type::key_down_raw, event_type::key_down, event_type::key_char, event_type::key_up});
     field.focus(focus_cause::keyboard);
-    Recorder r;
-    r.with_data = true;
-    r.watch(field, "f",
-            {event_type::key_down_raw, event_type::key_down, event_type::key_char, event_type::key_up});
     r.watch(win, "w", {event_type::key_down});
     offscreen::type_key(win, 0, u'a');
     const unsigned long long upper = 'A';
@@ -233,14 +241,11 @@ TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowWithTheirPayloads) {
 }
 
 TEST_F(RoutingTest, FocusChangesCarryTheirCauseAndSkipGainOnDeadWidgets) {
-    TestWindow win;
+    Scene s(true);
+    auto& [win, r] = s;
     widget a, b;
-    a.create(win.get_root(), {0, 0, 10, 10});
-    b.create(win.get_root(), {0, 0, 10, 10});
-    Recorder r;
-    r.with_data = true;
-    r.watch(a, "a", {event_type::focus_gained, event_type::focus_lost});
-    r.watch(b, "b", {event_type::focus_gained, event_type::focus_lost});
+    s.add(a, {0, 0, 10, 10}, "a", {event_type::focus_gained, event_type::focus_lost});
+    s.add(b, {0, 0, 10, 10}, "b", {event_type::focus_gained, event_type::focus_lost});
     win.set_focus(&a, focus_cause::keyboard);
     win.set_focus(&a, focus_cause::mouse); // already focused: nothing
     b.enable(false);
@@ -257,16 +262,14 @@ TEST_F(RoutingTest, FocusChangesCarryTheirCauseAndSkipGainOnDeadWidgets) {
 }
 
 TEST_F(RoutingTest, ClientResizeSetsTheRootAndReachesAnchoredChildren) {
-    TestWindow win({0, 0, 300, 200});
+    Scene s(true);
+    auto& [win, r] = s;
     widget footer;
-    footer.create(win.get_root(), {0, 170, 300, 30});
+    s.add(footer, {0, 270, 400, 30}, "footer", {event_type::resize, event_type::move});
     footer.set_anchor(anchor_type::left, 0);
     footer.set_anchor(anchor_type::right, 0);
     footer.set_anchor(anchor_type::bottom, 0);
-    Recorder r;
-    r.with_data = true;
     r.watch(win, "w", {event_type::resize});
-    r.watch(footer, "footer", {event_type::resize, event_type::move});
     win.set_rect({0, 0, 500, 400}); // the platform reports the new client size
     EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 500, 400}));
     EXPECT_EQ(footer.get_rect(), (ivec4{0, 370, 500, 30}));
@@ -274,15 +277,12 @@ TEST_F(RoutingTest, ClientResizeSetsTheRootAndReachesAnchoredChildren) {
 }
 
 TEST_F(RoutingTest, PointerEventsAndInputMethodUpdatesGoToOneWidgetOnly) {
-    TestWindow win;
+    Scene s(true);
+    auto& [win, r] = s;
     widget under, field;
-    under.create(win.get_root(), {0, 0, 50, 50});
-    field.create(win.get_root(), {100, 100, 50, 50});
+    s.add(under, {0, 0, 50, 50}, "under", {event_type::pointer_event, event_type::input_ime});
+    s.add(field, {100, 100, 50, 50}, "field", {event_type::pointer_event, event_type::input_ime});
     field.focus();
-    Recorder r;
-    r.with_data = true;
-    for (auto* w : {&under, &field})
-        r.watch(*w, w == &under ? "under" : "field", {event_type::pointer_event, event_type::input_ime});
     r.watch(win, "w", {event_type::pointer_event, event_type::input_ime});
     offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{5, 5});
     win.process_event(event_type::pointer_event, 9);

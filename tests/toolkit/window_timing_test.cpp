@@ -104,18 +104,32 @@ void tooltip_ticks(int n) {
     offscreen::advance_ms(100 * static_cast<uint64_t>(n));
 }
 
-TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
+// A window and one widget that carries tooltips. The widget goes before the window.
+struct TooltipScene {
     TestWindow win;
     widget w;
-    w.create(win.get_root(), {10, 10, 100, 50});
+    explicit TooltipScene(const ivec4& rect) { w.create(win.get_root(), rect); }
+};
+
+// The tooltip stays hidden for `ticks` - 1 more ticks and shows at the next one.
+::testing::AssertionResult shows_at_tick(window& win, int ticks) {
+    tooltip_ticks(ticks - 1);
+    if (win.is_tooltip_shown())
+        return ::testing::AssertionFailure() << "shown too early";
+    tooltip_ticks(1);
+    if (!win.is_tooltip_shown())
+        return ::testing::AssertionFailure() << "not shown at tick " << ticks;
+    return ::testing::AssertionSuccess();
+}
+
+TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
+    TooltipScene s({10, 10, 100, 50});
+    auto& [win, w] = s;
     w.add_tooltip("Applies the effect", "Apply");
     offscreen::move_mouse(win, {20, 20});
     // The first tick sees a new widget under the pointer and resets the counter.
     tooltip_ticks(1);
-    tooltip_ticks(7);
-    EXPECT_FALSE(win.is_tooltip_shown());
-    tooltip_ticks(1);
-    ASSERT_TRUE(win.is_tooltip_shown());
+    ASSERT_TRUE(shows_at_tick(win, 8));
     tooltip* tip = win.get_tooltip_window();
     EXPECT_EQ(tip->get_title(), "Apply");
     EXPECT_EQ(tip->get_text(), "Applies the effect");
@@ -128,27 +142,20 @@ TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
 }
 
 TEST_F(TimingTest, TooltipAreasAreInclusiveAndMovingBetweenThemRestartsTheDelay) {
-    TestWindow win;
-    widget w;
-    w.create(win.get_root(), {0, 0, 100, 50});
+    TooltipScene s({0, 0, 100, 50});
+    auto& [win, w] = s;
     w.add_tooltip({0, 0, 40, 50}, "left");
     w.add_tooltip({60, 0, 40, 50}, "right");
     offscreen::move_mouse(win, {40, 10}); // the right edge of the first area counts
     tooltip_ticks(1);                     // new widget: reset
     tooltip_ticks(1);                     // first area found, differs from the remembered one: reset
-    tooltip_ticks(7);
-    EXPECT_FALSE(win.is_tooltip_shown());
-    tooltip_ticks(1);
-    ASSERT_TRUE(win.is_tooltip_shown());
+    ASSERT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "left");
 
     offscreen::move_mouse(win, {70, 10});
     tooltip_ticks(1); // another area: hidden, counting again
     EXPECT_FALSE(win.is_tooltip_shown());
-    tooltip_ticks(7);
-    EXPECT_FALSE(win.is_tooltip_shown());
-    tooltip_ticks(1);
-    EXPECT_TRUE(win.is_tooltip_shown());
+    EXPECT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "right");
 
     // Between the areas no entry matches: hidden.
@@ -160,9 +167,8 @@ TEST_F(TimingTest, TooltipAreasAreInclusiveAndMovingBetweenThemRestartsTheDelay)
 }
 
 TEST_F(TimingTest, TooltipPaintsItsTitleAndTextInTheTooltipColours) {
-    TestWindow win;
-    widget w;
-    w.create(win.get_root(), {0, 0, 100, 50});
+    TooltipScene s({0, 0, 100, 50});
+    auto& [win, w] = s;
     w.add_tooltip("text", "title");
     offscreen::move_mouse(win, {5, 5});
     tooltip_ticks(9);

@@ -341,6 +341,53 @@ TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
         EXPECT_NE(call.color, (vec4{1, 0, 1, 1})) << call.op;
 }
 
+// Where the window lets a recorded call paint: the pass's clip, in window coordinates.
+bool inside(const ivec4& inner, const ivec4& outer) {
+    return inner.x >= outer.x && inner.y >= outer.y && inner.x + inner.w <= outer.x + outer.w &&
+           inner.y + inner.h <= outer.y + outer.h;
+}
+
+TEST_F(ShowcaseTest, TheListScrollsUnderTheWheelAndPaintsOnlyInsideItsView) {
+    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
+    auto show = build_showcase(win);
+    showcase_controls& c = show->controls();
+    const int before = c.scroll.get_value();
+    const _vec2<int> over_line = c.lines[2].calc_absolute_pos() + _vec2<int>{5, 5};
+    ASSERT_EQ(win.get_widget_at_pos(over_line), &c.lines[2]);
+    offscreen::wheel(win, over_line, -1.0);
+    EXPECT_EQ(c.scroll.get_value(), before + 40);
+    EXPECT_EQ(c.list.get_rect().y, -(before + 40));
+
+    const ivec4 view{c.list_view.calc_absolute_pos().x, c.list_view.calc_absolute_pos().y,
+                     c.list_view.get_rect().w, c.list_view.get_rect().h};
+    std::vector<_vec2<int>> line_origins;
+    for (const text_label& line : c.lines)
+        line_origins.push_back(line.calc_absolute_pos());
+    int line_passes = 0;
+    for (const auto& call : repaint())
+        if (call.op == "start_draw" &&
+            std::find(line_origins.begin(), line_origins.end(), call.origin) != line_origins.end()) {
+            ++line_passes;
+            EXPECT_TRUE(inside(call.clip, view)) << call.origin.x << "," << call.origin.y;
+        }
+    EXPECT_GT(line_passes, 0);
+    EXPECT_LT(line_passes, static_cast<int>(c.lines.size())) << "rows out of view are not painted";
+}
+
+TEST_F(ShowcaseTest, EveryControlFollowsTheWindowWhenItGrows) {
+    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
+    auto show = build_showcase(win);
+    showcase_controls& c = show->controls();
+    const ivec4 column = c.column.get_rect(), split = c.split.get_rect(), view = c.list_view.get_rect();
+    const int overflow = c.scroll.get_max_scroll();
+    win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
+    EXPECT_EQ(c.column.get_rect(), (ivec4{column.x, column.y, column.w + 100, column.h + 60}));
+    EXPECT_EQ(c.split.get_rect().w, split.w + 100);
+    EXPECT_EQ(c.split.get_rect().h, split.h + 60) << "the flexible split takes the new height";
+    EXPECT_EQ(c.list_view.get_rect().h, view.h + 60);
+    EXPECT_EQ(c.scroll.get_max_scroll(), overflow - 60) << "the bar sees the taller view";
+    EXPECT_EQ(c.scroll.get_rect().h, c.list_view.get_rect().h);
+}
 } // namespace
 
 namespace {

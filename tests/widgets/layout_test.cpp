@@ -5,6 +5,7 @@
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/scroll_bar.h"
 #include "nimbit/ui/split_panel.h"
+#include "nimbit/ui/text_label.h"
 
 #include <bit>
 
@@ -161,6 +162,38 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(bar.get_value(), 300);
     offscreen::release_mouse(win, {300, 200});
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+}
+
+TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInside) {
+    text_label row;
+    row.create(content, {0, 0, 100, 20});
+    bar.add_wheel_area(view);
+    offscreen::wheel(win, {50, 10}, -1.0); // over a row of the scrolled panel
+    EXPECT_EQ(bar.get_value(), 40);
+    offscreen::wheel(win, {50, 50}, -2.0); // over the panel itself
+    EXPECT_EQ(bar.get_value(), 120);
+    offscreen::wheel(win, {105, 50}, 1.0); // the bar's own wheel still works, once
+    EXPECT_EQ(bar.get_value(), 80);
+    offscreen::wheel(win, {300, 50}, -1.0); // outside the area
+    EXPECT_EQ(bar.get_value(), 80);
+}
+
+TEST_F(ScrollBarTest, AWheelAreaOutlivingItsBarIsLeftAlone) {
+    generic_panel area;
+    area.create(win.get_root(), {200, 0, 100, 100});
+    generic_panel inner;
+    inner.create(area, {0, 0, 50, 300});
+    {
+        scroll_bar temporary{scroll_type::vertical, false};
+        temporary.create(win.get_root(), {300, 0, 14, 100});
+        temporary.set_scroll_panel(&inner);
+        temporary.add_wheel_area(area);
+        offscreen::wheel(win, {250, 50}, -1.0);
+        EXPECT_EQ(temporary.get_value(), 40);
+    }
+    offscreen::wheel(win, {250, 50}, -1.0); // must not reach the destroyed bar
+    EXPECT_EQ(inner.get_rect().y, -40);
+    EXPECT_EQ(bar.get_value(), 0);
 }
 
 TEST_F(ScrollBarTest, ThumbKeepsTheMinimumLength) {

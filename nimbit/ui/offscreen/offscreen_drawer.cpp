@@ -240,6 +240,30 @@ void offscreen_drawer::end_draw() {
     passes.pop_back();
 }
 
+offscreen_drawer::entry& offscreen_drawer::record_modes(std::string_view op, int mode_1, int mode_2) {
+    entry& c = record(op);
+    c.mode_1 = mode_1;
+    c.mode_2 = mode_2;
+    return c;
+}
+
+offscreen_drawer::entry& offscreen_drawer::record_pen(std::string_view op) {
+    entry& c = record(op);
+    c.color = current.pen;
+    c.value = current.pen_width;
+    return c;
+}
+
+offscreen_drawer::entry& offscreen_drawer::record_gradient(std::string_view op, const ivec4& bounds,
+                                                           const vec4& from, const vec4& to, orientation o) {
+    entry& c = record(op);
+    c.rect = bounds;
+    c.color = from;
+    more(c).color_2 = to;
+    c.mode_1 = static_cast<int>(o);
+    return c;
+}
+
 void offscreen_drawer::set_brush_color(const vec4& color) {
     current.brush = color;
     record("set_brush_color").color = color;
@@ -248,17 +272,13 @@ void offscreen_drawer::set_brush_color(const vec4& color) {
 void offscreen_drawer::set_pen_color(const vec4& color, float width) {
     current.pen = color;
     current.pen_width = width;
-    entry& c = record("set_pen_color");
-    c.color = color;
-    c.value = width;
+    record_pen("set_pen_color");
 }
 
 void offscreen_drawer::set_pen_style(pen_style style, draw_aliasing aliasing) {
     current.pen_kind = style;
     current.aliasing = aliasing;
-    entry& c = record("set_pen_style");
-    c.mode_1 = static_cast<int>(style);
-    c.mode_2 = static_cast<int>(aliasing);
+    record_modes("set_pen_style", static_cast<int>(style), static_cast<int>(aliasing));
 }
 
 void offscreen_drawer::set_text_color(const vec4& color) {
@@ -273,27 +293,21 @@ void offscreen_drawer::set_text_font(std::string_view name, float font_size, fon
     current.weight = weight;
     current.style = style;
     current.underline = underline;
-    entry& c = record("set_text_font");
+    entry& c = record_modes("set_text_font", static_cast<int>(weight), static_cast<int>(style));
     keep_text(c, current.font_name);
     c.value = font_size;
-    c.mode_1 = static_cast<int>(weight);
-    c.mode_2 = static_cast<int>(style);
 }
 
 void offscreen_drawer::set_text_format(text_align align, text_valign valign) {
     current.align = align;
     current.valign = valign;
-    entry& c = record("set_text_format");
-    c.mode_1 = static_cast<int>(align);
-    c.mode_2 = static_cast<int>(valign);
+    record_modes("set_text_format", static_cast<int>(align), static_cast<int>(valign));
 }
 
 void offscreen_drawer::set_image_extend(image_extend horizontal, image_extend vertical) {
     current.extend_h = horizontal;
     current.extend_v = vertical;
-    entry& c = record("set_image_extend");
-    c.mode_1 = static_cast<int>(horizontal);
-    c.mode_2 = static_cast<int>(vertical);
+    record_modes("set_image_extend", static_cast<int>(horizontal), static_cast<int>(vertical));
 }
 
 void offscreen_drawer::draw_rect(const ivec4& rect) {
@@ -303,34 +317,23 @@ void offscreen_drawer::draw_rect(const ivec4& rect) {
 }
 
 void offscreen_drawer::draw_rect(const ivec4& rect, const native_bitmap& image) {
-    entry& c = record("draw_rect_image");
+    entry& c = record_modes("draw_rect_image", static_cast<int>(current.extend_h),
+                            static_cast<int>(current.extend_v));
     c.rect = rect;
     more(c).image_size = image.get_size();
-    c.mode_1 = static_cast<int>(current.extend_h);
-    c.mode_2 = static_cast<int>(current.extend_v);
 }
 
 void offscreen_drawer::draw_rect_gradient(const ivec4& rect, const vec4& from, const vec4& to,
                                           orientation o) {
-    entry& c = record("draw_rect_gradient");
-    c.rect = rect;
-    c.color = from;
-    more(c).color_2 = to;
-    c.mode_1 = static_cast<int>(o);
+    record_gradient("draw_rect_gradient", rect, from, to, o);
 }
 
 void offscreen_drawer::draw_rect_border(const ivec4& rect) {
-    entry& c = record("draw_rect_border");
-    c.rect = rect;
-    c.color = current.pen;
-    c.value = current.pen_width;
+    record_pen("draw_rect_border").rect = rect;
 }
 
 void offscreen_drawer::draw_line(_vec2<int> from, _vec2<int> to) {
-    entry& c = record("draw_line");
-    more(c).points = {from, to};
-    c.color = current.pen;
-    c.value = current.pen_width;
+    more(record_pen("draw_line")).points = {from, to};
 }
 
 void offscreen_drawer::draw_circle(_vec2<int> centre, float radius) {
@@ -354,49 +357,30 @@ void offscreen_drawer::draw_geometry(const std::vector<_vec2<int>>& points) {
 }
 
 void offscreen_drawer::draw_geometry_border(const std::vector<_vec2<int>>& points, bool closed) {
-    entry& c = record("draw_geometry_border");
+    entry& c = record_pen("draw_geometry_border");
     more(c).points = points;
-    c.color = current.pen;
-    c.value = current.pen_width;
     c.mode_1 = closed;
 }
 
 void offscreen_drawer::draw_geometry_gradient(const ivec4& bounds, const std::vector<_vec2<int>>& points,
                                               const vec4& from, const vec4& to, orientation o) {
-    entry& c = record("draw_geometry_gradient");
-    c.rect = bounds;
-    more(c).points = points;
-    c.color = from;
-    more(c).color_2 = to;
-    c.mode_1 = static_cast<int>(o);
+    more(record_gradient("draw_geometry_gradient", bounds, from, to, o)).points = points;
 }
 
 void offscreen_drawer::draw_geometry_gradient(const ivec4& bounds, const std::vector<bezier_segment>& path,
                                               const vec4& from, const vec4& to, orientation o) {
-    entry& c = record("draw_geometry_gradient");
-    c.rect = bounds;
-    more(c).path = path;
-    c.color = from;
-    more(c).color_2 = to;
-    c.mode_1 = static_cast<int>(o);
+    more(record_gradient("draw_geometry_gradient", bounds, from, to, o)).path = path;
 }
 
 void offscreen_drawer::draw_bezier(const std::vector<bezier_segment>& path, bool closed) {
-    entry& c = record("draw_bezier");
+    entry& c = record_pen("draw_bezier");
     more(c).path = path;
-    c.color = current.pen;
-    c.value = current.pen_width;
     c.mode_1 = closed;
 }
 
 void offscreen_drawer::draw_bezier_gradient(const ivec4& bounds, const std::vector<bezier_segment>& path,
                                             const vec4& from, const vec4& to, orientation o) {
-    entry& c = record("draw_bezier_gradient");
-    c.rect = bounds;
-    more(c).path = path;
-    c.color = from;
-    more(c).color_2 = to;
-    c.mode_1 = static_cast<int>(o);
+    more(record_gradient("draw_bezier_gradient", bounds, from, to, o)).path = path;
 }
 
 void offscreen_drawer::clear(const vec4& color) {
@@ -474,31 +458,27 @@ ivec4 place_text(const ivec4& rect, _vec2<int> text, text_align align, text_vali
 
 } // namespace
 
-void offscreen_drawer::draw_text(const ivec4& rect, std::string_view text,
-                                 const std::vector<text_full_format>& runs) {
+offscreen_drawer::entry& offscreen_drawer::record_text(std::string_view op, const ivec4& rect,
+                                                       std::string_view text,
+                                                       const std::vector<text_full_format>& runs) {
     const _vec2<int> text_size = calc_text_size(text, {rect.w, rect.h}, runs);
-    entry& c = record("draw_text");
+    entry& c = record_modes(op, static_cast<int>(current.align), static_cast<int>(current.valign));
     c.rect = rect;
     keep_text(c, text);
     c.color = current.text_color;
     c.value = current.font_size;
-    c.mode_1 = static_cast<int>(current.align);
-    c.mode_2 = static_cast<int>(current.valign);
     c.layout = place_text(rect, text_size, current.align, current.valign);
+    return c;
+}
+
+void offscreen_drawer::draw_text(const ivec4& rect, std::string_view text,
+                                 const std::vector<text_full_format>& runs) {
+    record_text("draw_text", rect, text, runs);
 }
 
 void offscreen_drawer::draw_clipped_text(const ivec4& rect, const ivec4& clip, std::string_view text,
                                          const std::vector<text_full_format>& runs) {
-    const _vec2<int> text_size = calc_text_size(text, {rect.w, rect.h}, runs);
-    entry& c = record("draw_clipped_text");
-    c.rect = rect;
-    more(c).source = clip;
-    keep_text(c, text);
-    c.color = current.text_color;
-    c.value = current.font_size;
-    c.mode_1 = static_cast<int>(current.align);
-    c.mode_2 = static_cast<int>(current.valign);
-    c.layout = place_text(rect, text_size, current.align, current.valign);
+    more(record_text("draw_clipped_text", rect, text, runs)).source = clip;
 }
 
 void offscreen_drawer::draw_shadow(const ivec4& rect, _vec2<int> offset, unsigned shadow_size) {

@@ -148,6 +148,14 @@ private:
     };
 
     entry& record(std::string_view op);
+    entry& record_modes(std::string_view op, int mode_1, int mode_2);
+    // Drawn with the pen: its colour and width.
+    entry& record_pen(std::string_view op);
+    entry& record_gradient(std::string_view op, const ivec4& bounds, const vec4& from, const vec4& to,
+                           orientation o);
+    // Drawn with the text state, laid out by the fixed metric.
+    entry& record_text(std::string_view op, const ivec4& rect, std::string_view text,
+                       const std::vector<text_full_format>& runs);
     extra& more(entry& e);
     void keep_text(entry& e, std::string_view text);
     draw_call expand(const entry& e) const;
