@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # The scripted walkthrough of the simulated host: its own Xvfb, the host with the plug-in and the
-# sample project, xdotool as the artist. Every step is written to a transcript as "ok", "failed" or
-# "not available" (with the reason); screenshots, the transcript and the host's session record go
-# to a folder named at the end. Expects the release build (scripts/run.sh makes it).
+# sample project, xdotool as the artist. Every step is written to a transcript as "ok" or "failed";
+# screenshots (popup-dark.png and popup-light.png: the popup open in each theme), the transcript with
+# the measured latencies, and the host's session record go to a folder named at the end. Expects
+# the release build (scripts/run.sh makes it).
 set -uo pipefail
 cd "$(dirname "$0")/.."
 repo=$(pwd)
@@ -20,7 +21,6 @@ say() { echo "$*" | tee -a "$transcript"; }
 failures=0
 step_ok() { say "ok: $*"; }
 step_failed() { say "failed: $*"; failures=$((failures + 1)); }
-step_na() { say "not available: $*"; }
 
 # ---- An X server of our own: the first free display from 90 on. No reset when a client leaves,
 # since every xdotool call is a client that comes and goes.
