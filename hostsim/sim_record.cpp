@@ -94,6 +94,25 @@ std::string SessionRecord(SimHost& host, const SessionState& state) {
     json console = json::array();
     for (const ConsoleCall& call : state.console)
         console.push_back({{"word", call.word}, {"status", call.status}, {"result", call.result}});
+    json keys = json::array();
+    for (const KeyTiming& key : state.keys)
+        keys.push_back({{"characters", key.characters},
+                        {"keyCode", key.keyCode},
+                        {"window", key.window},
+                        {"latencyMs", key.latencyMs},
+                        {"queuedMs", key.queuedMs},
+                        {"pressedAtMs", key.pressedAtMs}});
+    json shown = json::array();
+    for (const WindowShown& w : state.shownWindows)
+        shown.push_back({{"title", w.title}, {"paintedAtMs", w.paintedAtMs}});
+    json windows = json::array();
+    for (const VisibleWindow& w : state.windows)
+        windows.push_back({{"title", w.title},
+                           {"x", w.x},
+                           {"y", w.y},
+                           {"width", w.width},
+                           {"height", w.height},
+                           {"key", w.key}});
     const json record = {
         {"project", project != nullptr ? project->name : ""},
         {"compositions", comps},
@@ -107,6 +126,9 @@ std::string SessionRecord(SimHost& host, const SessionState& state) {
         {"scripts", host.scripts},
         {"console", console},
         {"suitesOutstanding", host.Outstanding()},
+        {"keys", keys},
+        {"shownWindows", shown},
+        {"windows", windows},
     };
     // Replacement characters instead of an exception for a name that is not valid UTF-8.
     return record.dump(2, ' ', false, json::error_handler_t::replace) + "\n";

@@ -21,12 +21,40 @@ struct ConsoleCall {
     std::string result; // DescribeResult of the tagged value
 };
 
+// One key press that reached a window of the on-screen host, and the repaint after it.
+struct KeyTiming {
+    std::string characters; // what the key typed, "" for keys without characters
+    unsigned short keyCode = 0;
+    std::string window;      // the title of the window it went to
+    double latencyMs = -1;   // press to repainted; negative when the press time is not comparable
+    double queuedMs = -1;    // of which waiting to be dispatched (the loop busy with something else)
+    double pressedAtMs = -1; // the press on the monotonic clock (see WindowShown); -1 when unknown
+};
+
+// A window that became visible, and when its first paint was done (milliseconds on the monotonic
+// clock, the one time.monotonic() reads in a script).
+struct WindowShown {
+    std::string title;
+    double paintedAtMs = 0;
+};
+
+// A visible window of the application, in screen coordinates with y down (as X reports them).
+struct VisibleWindow {
+    std::string title;
+    int x = 0, y = 0, width = 0, height = 0;
+    bool key = false;
+};
+
 // The host application's own part of the record.
 struct SessionState {
     long idleTicks = 0;
     bool active = false;
     int deathHooksRun = 0;
     std::vector<ConsoleCall> console;
+    // The on-screen host's timings (the latest ones) and its windows as they are now.
+    std::vector<KeyTiming> keys;
+    std::vector<WindowShown> shownWindows;
+    std::vector<VisibleWindow> windows;
 };
 
 // A tagged script value as a script panel would print it: "undefined", "integer -1", "double 2.5",

@@ -1,14 +1,17 @@
 #!/usr/bin/env bash
 # The scripted walkthrough of the simulated host: its own Xvfb, the host with the plug-in and the
-# sample project, xdotool as the artist. Every step is written to a transcript as "ok", "failed" or
-# "not available" (with the reason); screenshots, the transcript and the host's session record go
-# to a folder named at the end. Expects the release build (scripts/run.sh makes it).
+# sample project, xdotool as the artist. Every step is written to a transcript as "ok" or "failed";
+# screenshots (popup-dark.png and popup-light.png: the popup open in each theme), the transcript with
+# the measured latencies, and the host's session record go to a folder named at the end. Expects
+# the release build (scripts/run.sh makes it).
 set -uo pipefail
 cd "$(dirname "$0")/.."
 repo=$(pwd)
 app=$repo/build/release/hostsim/app/hostsim-app
 project=$repo/hostsim/sample_project.json
-[ -x "$app" ] || { echo "walkthrough: $app is missing; run scripts/run.sh" >&2; exit 1; }
+# The plug-in whose windows are real (AppKit over GNUstep); see host/CMakeLists.txt.
+plugin=$repo/build/release/host/Quillo.appkit.so
+[ -x "$app" ] && [ -f "$plugin" ] || { echo "walkthrough: $app or $plugin is missing; run scripts/run.sh" >&2; exit 1; }
 
 out=$repo/build/walkthrough/$(date -u +%Y%m%d-%H%M%S)
 mkdir -p "$out" "$out/run/home"
@@ -18,7 +21,6 @@ say() { echo "$*" | tee -a "$transcript"; }
 failures=0
 step_ok() { say "ok: $*"; }
 step_failed() { say "failed: $*"; failures=$((failures + 1)); }
-step_na() { say "not available: $*"; }
 
 # ---- An X server of our own: the first free display from 90 on. No reset when a client leaves,
 # since every xdotool call is a client that comes and goes.
@@ -113,18 +115,43 @@ else:
 PY
 }
 
-# ---- The host.
-mkfifo "$out/run/control"
-exec 7<>"$out/run/control"
-HOME=$out/run/home "$app" --project "$project" --root "$out/run/disk" --record "$record" \
-    --news-url http://127.0.0.1:9/news --control <"$out/run/control" >"$out/host.log" 2>&1 &
-app_pid=$!
+# ---- The artist's files, laid down before the first start as an installation would seed them
+# (machine-wide; the plug-in copies them into the user's folder when it saves): an alias and two
+# shortcut slots.
+common=$out/run/disk/Library/Common/Tarvelo
+user=$out/run/disk/Library/Application\ Support/Tarvelo
+mkdir -p "$common"
+printf 'blurry = Glow\n' >"$common/effects_search.txt"
+printf 'Box = Box Blur\nGlow = Glow\n' >"$common/effects_shortcuts.txt"
+
+# ---- The host: started again (same disk) for the second theme.
+title="Simulated Host - Launch Teaser.aep"
+start_host() {
+    rm -f "$record"
+    [ -p "$out/run/control" ] || mkfifo "$out/run/control"
+    exec 7<>"$out/run/control"
+    HOME=$out/run/home "$app" --plugin "$plugin" --project "$project" --root "$out/run/disk" --record "$record" \
+        --news-url http://127.0.0.1:9/news --control <"$out/run/control" >>"$out/host.log" 2>&1 &
+    app_pid=$!
+    xdotool search --sync --onlyvisible --name "$title" >/dev/null 2>&1 &&
+        wait_record "'compositions' in r and r['active'] and r['idleTicks'] > 0"
+}
+quit_host() { # through the application menu's Quit; true when the host ended
+    local x1
+    x1=$(menu_open 0 0) && click $((x1 + 30)) 31
+    for _ in $(seq 100); do kill -0 "$app_pid" 2>/dev/null || break; sleep 0.05; done
+    kill -0 "$app_pid" 2>/dev/null && return 1
+    wait "$app_pid"
+    quit_status=$?
+    app_pid=""
+    return 0
+}
 say "Walkthrough of the simulated host on $DISPLAY ($(date -u +%FT%TZ))"
 say "host: $app"
 say "project: $project"
+say "plug-in: $plugin"
 
-title="Simulated Host - Launch Teaser.aep"
-if xdotool search --sync --onlyvisible --name "$title" >/dev/null 2>&1 && wait_record "'compositions' in r"; then
+if start_host; then
     step_ok "host window \"$title\" is up; idle hooks $(query "r['idleHooks']"), death hooks $(query "r['deathHooks']"), host active: $(query "r['active']")"
     shot 01-host
 else
@@ -133,35 +160,128 @@ else
 fi
 
 # ---- The search popup: chord, typing, navigation, application, preset, shortcut digit, theme.
-before=$(windows | awk '{print $1}' | sort)
-xdotool key ctrl+space
-popup=""
-for _ in $(seq 40); do
-    popup=$(comm -13 <(echo "$before") <(windows | awk '{print $1}' | sort) | head -1)
-    [ -n "$popup" ] && break
-    sleep 0.05
-done
-if [ -z "$popup" ]; then
-    step_na "Ctrl+Space: no popup window appeared within 2 s; the search popup is not part of this build"
-    for s in "typing \"blur\"" "Down and Return to apply the second row" "applying a preset" \
-             "a shortcut digit" "switching the theme"; do
-        step_na "$s (needs the search popup)"
-    done
-else
-    step_ok "Ctrl+Space opened window $popup"
-    shot 02-popup-open
-    xdotool type --delay 40 blur
-    sleep 0.3 # let the rows repaint before the picture; the record does not show them
-    shot 03-popup-blur
-    effects_before=$(active_layer_effects Headline)
-    xdotool key Down Return
-    if wait_record "', '.join(next(l['effects'] for c in r['compositions'] if c['active'] for l in c['layers'] if l['name'] == 'Headline')) != '$effects_before'" 5; then
-        step_ok "Down, Return: Headline now has $(active_layer_effects Headline)"
+# Key presses are X events (xdotool); the chord is read by the plug-in's idle hook from the X
+# server's key state. The host records when each window's first paint was done and, for every key
+# press that reached a window, the press time as the X server stamped it and the time its repaint
+# ended (see hostsim/app/event_timing.h).
+popup_shown() { wait_record "any(w['title'] == 'Effects Popup' for w in r['windows'])" "${1:-5}"; }
+popup_hidden() { wait_record "all(w['title'] != 'Effects Popup' for w in r['windows'])" "${1:-5}"; }
+# chord: plays Ctrl+Space as fingers do (both held for a moment); prints the monotonic time in ms
+# just before the keys were sent.
+chord() {
+    python3 -c '
+import subprocess, time
+t = time.monotonic() * 1000
+subprocess.run(["xdotool", "keydown", "ctrl", "keydown", "space", "sleep", "0.1", "keyup", "space", "keyup", "ctrl"])
+print(t)'
+}
+# chord_latency <sent ms>: from the Space press (as the X server stamped it, or the sending time when
+# the press went to no window of the host) to the first paint of the popup shown after it.
+chord_latency() {
+    python3 - "$record" "$1" <<'PY'
+import json, sys
+r, sent = json.load(open(sys.argv[1])), float(sys.argv[2])
+painted = [w["paintedAtMs"] for w in r["shownWindows"] if w["title"] == "Effects Popup" and w["paintedAtMs"] > sent]
+presses = [k["pressedAtMs"] for k in r["keys"] if k["keyCode"] == 65 and k["pressedAtMs"] >= sent - 1]
+if painted:
+    start = presses[0] if presses else sent
+    print("%.1f %s" % (painted[0] - start, "x" if presses else "s"))
+PY
+}
+median() { python3 -c 'import statistics,sys; v=[float(x) for x in sys.argv[1:]]; print("%.1f" % statistics.median(v) if v else "n/a")' "$@"; }
+headline() { active_layer_effects Headline; }
+effects_changed_from() { wait_record "', '.join(next(l['effects'] for c in r['compositions'] if c['active'] for l in c['layers'] if l['name'] == 'Headline')) != '$1'" 5; }
+
+# Chord to visible popup, repeated: open, then the chord again closes it. The pointer rests over
+# the host's project outline, where the popup opens.
+xdotool mousemove 560 330
+chord_times=()
+kinds=""
+for i in $(seq 8); do
+    sent=$(chord)
+    if popup_shown; then
+        read -r ms kind < <(chord_latency "$sent")
+        [ -n "$ms" ] && chord_times+=("$ms") && kinds="$kinds$kind"
+        [ "$i" -eq 1 ] && { step_ok "Ctrl+Space opened the popup at the pointer: $(query "[(w['x'], w['y'], w['width'], w['height']) for w in r['windows'] if w['title'] == 'Effects Popup'][0]") (x, y, width, height)"; shot 02-popup-open; }
+        chord >/dev/null
+        popup_hidden || { step_failed "Ctrl+Space again did not hide the popup"; break; }
+        [ "$i" -eq 1 ] && step_ok "Ctrl+Space again hid it"
     else
-        step_failed "Down, Return: Headline's effects did not change ($effects_before)"
+        step_failed "Ctrl+Space: no popup within 5 s"
+        break
     fi
-    step_na "applying a preset, a shortcut digit and switching the theme are not scripted yet"
+    sleep 0.2
+done
+chord_median=$(median "${chord_times[@]}")
+say "   chord to popup painted over ${#chord_times[@]} runs: ${chord_times[*]} ms, measured from $(grep -o x <<<"$kinds" | wc -l) X-stamped presses and $(grep -o s <<<"$kinds" | wc -l) sending times"
+
+# Typing filters; Down and Return apply the second row through the Effect menu.
+open_popup() { chord >/dev/null && popup_shown && sleep 0.35; } # the search field takes focus after 250 ms
+if open_popup; then
+    xdotool type --delay 80 blur
+    sleep 0.3
+    shot popup-dark
+    step_ok "typed \"blur\": the alias's effect (Glow) first, then the effects containing it"
+    before=$(headline); menu_before=$(query "r['menuActionsSent']")
+    xdotool key --delay 80 Down Return
+    if effects_changed_from "$before"; then
+        sleep 0.3
+        step_ok "Down, Return: Headline now has $(headline); menu actions $menu_before -> $(query "r['menuActionsSent']"), direct applications $(query "r['suiteApplications']")"
+    else
+        step_failed "Down, Return: Headline's effects did not change ($before)"
+    fi
+else
+    step_failed "the popup did not open for typing"
 fi
+
+# A preset: Tab jumps to the first preset row; the host runs the plug-in's script.
+if open_popup; then
+    xdotool type --delay 80 teal
+    sleep 0.2
+    shot 03-popup-preset
+    xdotool key --delay 80 Tab Return
+    if wait_record "any('Teal Orange' in p for c in r['compositions'] if c['active'] for l in c['layers'] if l['name'] == 'Headline' for p in l['presets'])" 5; then
+        step_ok "\"teal\", Tab, Return: preset applied by the host's script: $(query "r['scripts'][-1]")"
+    else
+        step_failed "the preset did not reach the layer"
+    fi
+fi
+
+# A shortcut digit: the bar shows the slots while the search text is empty; 2 applies slot 2.
+if open_popup; then
+    shot 04-popup-shortcuts
+    before=$(headline)
+    xdotool key 2
+    if effects_changed_from "$before"; then
+        step_ok "digit 2: slot 2 (Glow) applied; Headline has $(headline)"
+    else
+        step_failed "digit 2 applied nothing"
+    fi
+    popup_hidden 2 || chord >/dev/null
+fi
+
+# Keystroke to repainted rows, over a few searches typed at an artist's pace.
+measure_keys() {
+    local from
+    from=$(query "len(r['keys'])")
+    for word in gaussian blur glow sharpen; do
+        open_popup || continue
+        xdotool type --delay 90 "$word"
+        xdotool key --delay 90 BackSpace BackSpace BackSpace
+        sleep 0.1
+        chord >/dev/null
+        popup_hidden
+    done
+    python3 - "$record" "$from" <<'PY'
+import json, sys
+r = json.load(open(sys.argv[1]))
+keys = [k for k in r["keys"][int(sys.argv[2]):] if k["window"] == "Effects Popup" and k["latencyMs"] >= 0]
+print(" ".join("%.1f" % k["latencyMs"] for k in keys))
+PY
+}
+key_times=$(measure_keys)
+key_median=$(median $key_times)
+say "   keystroke to repainted rows, $(wc -w <<<"$key_times") presses: median $key_median ms"
 
 # ---- The Effect menu, as the artist uses it: Blur & Sharpen > Gaussian Blur.
 effects_before=$(active_layer_effects Headline)
@@ -202,20 +322,71 @@ for word in news preferences requeststatus Shortcut; do
 done
 shot 06-console
 
-# ---- Quit from the application menu: the death hook runs, every suite is back.
-if x1=$(menu_open 0 0); then
-    click $((x1 + 30)) 31
-fi
-for _ in $(seq 100); do kill -0 "$app_pid" 2>/dev/null || break; sleep 0.05; done
-if kill -0 "$app_pid" 2>/dev/null; then
-    step_failed "Quit did not end the host"
+# ---- Quit from the application menu: the death hook runs, every suite is back, the plug-in's
+# files are in the user's folder.
+if quit_host; then
+    step_ok "Quit: host exited with $quit_status; death hooks run $(query "r['deathHooksRun']"), suites outstanding $(query "r['suitesOutstanding']"); user files: $(cd "$user" 2>/dev/null && ls | tr '\n' ' ')"
 else
-    wait "$app_pid"
-    status=$?
-    app_pid=""
-    step_ok "Quit: host exited with $status; death hooks run $(query "r['deathHooksRun']"), suites outstanding $(query "r['suitesOutstanding']")"
+    step_failed "Quit did not end the host"
 fi
-say "figures: chord to popup and keystroke to repaint are measured once the search popup is part of the build"
+
+# ---- The other theme. The settings file holds the theme (the preferences window, which edits it,
+# comes later): it is switched to Light there, as that window would save it, and the host started
+# again; the popup reads it when the plug-in sets it up.
+if python3 - "$user/effects_settings" <<'PY'
+import struct, sys
+path = sys.argv[1]
+data = bytearray(open(path, "rb").read())
+pos, found = 8, False  # after the magic: chunks of (identifier, size, bytes), little-endian
+while pos + 8 <= len(data):
+    ident, size = struct.unpack_from("<II", data, pos)
+    if ident == 1 and size == 4:  # the theme: 0 Dark, 1 Light
+        struct.pack_into("<i", data, pos + 8, 1)
+        found = True
+    pos += 8 + size
+open(path + ".tmp", "wb").write(data)
+import os
+os.replace(path + ".tmp", path)
+sys.exit(0 if found else 1)
+PY
+then
+    say "settings: theme set to Light in $user/effects_settings"
+    if start_host; then
+        step_ok "host started again on the same disk"
+        shot 07-host-restarted
+        xdotool mousemove 560 330
+        if open_popup; then
+            xdotool type --delay 80 blur
+            sleep 0.3
+            shot popup-light
+            step_ok "Light theme: typed \"blur\""
+            chord >/dev/null
+            popup_hidden
+        else
+            step_failed "the popup did not open in the Light theme"
+        fi
+        if open_popup; then
+            before=$(headline)
+            xdotool key 1
+            if effects_changed_from "$before"; then
+                step_ok "digit 1 after the restart: slot 1 (Box Blur) read back from the user's files; Headline has $(headline)"
+            else
+                step_failed "digit 1 after the restart applied nothing"
+            fi
+        fi
+        light_keys=$(measure_keys)
+        key_times="$key_times $light_keys"
+        key_median=$(median $key_times)
+        quit_host || step_failed "Quit did not end the restarted host"
+    else
+        step_failed "the host did not start again"
+    fi
+else
+    step_failed "no settings file with a theme in $user"
+fi
+
+say "figures (medians): chord to popup visible $chord_median ms over ${#chord_times[@]} runs; keystroke to repainted rows $key_median ms over $(wc -w <<<"$key_times") presses (both themes)"
+say "screenshots of the popup: popup-dark.png, popup-light.png"
 say "steps failed: $failures"
 echo
 echo "walkthrough folder: $out"

@@ -2,6 +2,7 @@
 
 #import <AppKit/AppKit.h>
 
+#include "hostsim/app/event_timing.h"
 #include "hostsim/sim_host.h"
 
 #include <cstdlib>
@@ -9,17 +10,21 @@
 
 // The target of the Effect menu's items: applies the item's effect (its tag) as the host does.
 @interface HostMenuTarget : NSObject {
-    hostsim::SimHost* host;
-    void (*changed)(void*);
-    void* context;
+    hostsim::SimHost *host;
+    void (*changed)(void *);
+    void *context;
 }
-- (id)initWithHost:(hostsim::SimHost*)simHost changed:(void (*)(void*))callback context:(void*)callbackContext;
+- (id)initWithHost:(hostsim::SimHost *)simHost
+           changed:(void (*)(void *))callback
+           context:(void *)callbackContext;
 - (void)chooseEffect:(id)sender;
 @end
 
 @implementation HostMenuTarget
 
-- (id)initWithHost:(hostsim::SimHost*)simHost changed:(void (*)(void*))callback context:(void*)callbackContext {
+- (id)initWithHost:(hostsim::SimHost *)simHost
+           changed:(void (*)(void *))callback
+           context:(void *)callbackContext {
     self = [super init];
     if (self != nil) {
         host = simHost;
@@ -39,18 +44,19 @@
 
 namespace {
 
-NSString* ToNS(const std::string& text) {
-    NSString* s = [NSString stringWithUTF8String:text.c_str()];
+NSString *ToNS(const std::string &text) {
+    NSString *s = [NSString stringWithUTF8String:text.c_str()];
     return s != nil ? s : @"?";
 }
 
-NSMenu* MenuFrom(const hostsim::MenuItem& model, NSString* title, HostMenuTarget* target) {
-    NSMenu* menu = [[[NSMenu alloc] initWithTitle:title] autorelease];
+NSMenu *MenuFrom(const hostsim::MenuItem &model, NSString *title, HostMenuTarget *target) {
+    NSMenu *menu = [[[NSMenu alloc] initWithTitle:title] autorelease];
     // Enabled states come from the project, not from validation.
     [menu setAutoenablesItems:NO];
-    for (const auto& child : model.submenu) {
-        NSString* childTitle = ToNS(child->title);
-        NSMenuItem* item = [[[NSMenuItem alloc] initWithTitle:childTitle action:NULL keyEquivalent:@""] autorelease];
+    for (const auto &child : model.submenu) {
+        NSString *childTitle = ToNS(child->title);
+        NSMenuItem *item = [[[NSMenuItem alloc] initWithTitle:childTitle action:NULL
+                                                keyEquivalent:@""] autorelease];
         if (child->hasSubmenu)
             [item setSubmenu:MenuFrom(*child, childTitle, target)];
         else if (child->effectKey != 0) {
@@ -67,28 +73,29 @@ NSMenu* MenuFrom(const hostsim::MenuItem& model, NSString* title, HostMenuTarget
 } // namespace
 
 bool StartAppKitApplication() {
-    const char* display = std::getenv("DISPLAY");
+    const char *display = std::getenv("DISPLAY");
     if (display == nullptr || *display == '\0')
         return false;
     @try {
-        [NSApplication sharedApplication];
-    } @catch (NSException* e) {
+        [HostApplication sharedApplication];
+    } @catch (NSException *e) {
         return false; // no window server
     }
     return NSApp != nil;
 }
 
-void InstallHostMainMenu(hostsim::SimHost& host, void (*changed)(void*), void* context) {
+void InstallHostMainMenu(hostsim::SimHost &host, void (*changed)(void *), void *context) {
     // The menu's items hold their target weakly; it lives as long as the application.
-    static HostMenuTarget* target = nil;
+    static HostMenuTarget *target = nil;
     [target release];
     target = [[HostMenuTarget alloc] initWithHost:&host changed:changed context:context];
-    NSMenu* mainMenu = MenuFrom(host.MainMenu(), @"Simulated Host", target);
+    NSMenu *mainMenu = MenuFrom(host.MainMenu(), @"Simulated Host", target);
     if ([mainMenu numberOfItems] > 0) {
-        NSMenuItem* appItem = [mainMenu itemAtIndex:0];
+        NSMenuItem *appItem = [mainMenu itemAtIndex:0];
         if (![appItem hasSubmenu])
             [appItem setSubmenu:[[[NSMenu alloc] initWithTitle:[appItem title]] autorelease]];
-        NSMenuItem* quit = [[[NSMenuItem alloc] initWithTitle:@"Quit" action:@selector(terminate:)
+        NSMenuItem *quit = [[[NSMenuItem alloc] initWithTitle:@"Quit"
+                                                       action:@selector(terminate:)
                                                 keyEquivalent:@"q"] autorelease];
         [quit setTarget:NSApp];
         [[appItem submenu] addItem:quit];

@@ -12,12 +12,14 @@
 //   console <word> [number]    runs the word in the script console
 //   select <layer>             selects that layer of the active composition (alone)
 //   activate                   asks to become the active application
+//   deactivate                 gives up being the active one, as when the artist switches away
 //   quit                       quits (death hooks, record written)
 
 #import <AppKit/AppKit.h>
 
 #include "hostsim/app/appkit_application.h"
 #include "hostsim/app/appkit_host.h"
+#include "hostsim/app/event_timing.h"
 #include "hostsim/app/host_app_options.h"
 #include "hostsim/sim_host.h"
 #include "hostsim/sim_record.h"
@@ -26,6 +28,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <string>
 
@@ -36,29 +39,34 @@ namespace {
 
 volatile std::sig_atomic_t quitRequested = 0;
 
-void RequestQuit(int) {
-    quitRequested = 1;
-}
+void RequestQuit(int) { quitRequested = 1; }
 
-NSString* ToNS(const std::string& text) {
-    NSString* s = [NSString stringWithUTF8String:text.c_str()];
+NSString *ToNS(const std::string &text) {
+    NSString *s = [NSString stringWithUTF8String:text.c_str()];
     return s != nil ? s : @"?";
 }
 
-std::string FromNS(NSString* text) {
-    const char* utf8 = text != nil ? [text UTF8String] : nullptr;
+std::string FromNS(NSString *text) {
+    const char *utf8 = text != nil ? [text UTF8String] : nullptr;
     return utf8 != nullptr ? utf8 : "";
 }
 
 // The item of menu titled title, or nil.
-NSMenuItem* ItemTitled(NSMenu* menu, const std::string& title) {
+NSMenuItem *ItemTitled(NSMenu *menu, const std::string &title) {
     NSInteger count = [menu numberOfItems];
     for (NSInteger i = 0; i < count; ++i) {
-        NSMenuItem* item = [menu itemAtIndex:i];
+        NSMenuItem *item = [menu itemAtIndex:i];
         if (FromNS([item title]) == title)
             return item;
     }
     return nil;
+}
+
+// Keeps the latest of list, up to limit entries.
+template <typename T> void AppendBounded(std::vector<T> &list, std::vector<T> &&more, size_t limit) {
+    list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+    if (list.size() > limit)
+        list.erase(list.begin(), list.begin() + static_cast<std::ptrdiff_t>(list.size() - limit));
 }
 
 } // namespace
@@ -75,14 +83,14 @@ struct HostAppSession {
 };
 
 @interface HostAppController : NSObject {
-    HostAppSession* s;
-    NSWindow* window;
-    NSTextView* outlineView;
-    NSTextField* consoleField;
-    NSTextView* consoleOutput;
-    NSTimer* idleTimer;
+    HostAppSession *s;
+    NSWindow *window;
+    NSTextView *outlineView;
+    NSTextField *consoleField;
+    NSTextView *consoleOutput;
+    NSTimer *idleTimer;
 }
-- (id)initWithHostOptions:(const HostAppOptions&)hostOptions;
+- (id)initWithHostOptions:(const HostAppOptions &)hostOptions;
 - (BOOL)startSession;
 - (void)buildMainMenu;
 - (void)refresh;
@@ -90,14 +98,12 @@ struct HostAppSession {
 
 namespace {
 // Menu choices change the project: the window and the record follow.
-void RefreshController(void* controller) {
-    [static_cast<HostAppController*>(controller) refresh];
-}
+void RefreshController(void *controller) { [static_cast<HostAppController *>(controller) refresh]; }
 } // namespace
 
 @implementation HostAppController
 
-- (id)initWithHostOptions:(const HostAppOptions&)hostOptions {
+- (id)initWithHostOptions:(const HostAppOptions &)hostOptions {
     self = [super init];
     if (self != nil) {
         s = new HostAppSession;
@@ -116,8 +122,9 @@ void RefreshController(void* controller) {
 
 - (BOOL)startSession {
     try {
-        s->host = std::make_unique<hostsim::SimHost>(hostsim::LoadModelFile(s->options.project), s->options.root);
-    } catch (const std::exception& e) {
+        s->host =
+            std::make_unique<hostsim::SimHost>(hostsim::LoadModelFile(s->options.project), s->options.root);
+    } catch (const std::exception &e) {
         std::fprintf(stderr, "hostsim-app: %s\n", e.what());
         return NO;
     }
@@ -152,12 +159,14 @@ void RefreshController(void* controller) {
                                                    NSMiniaturizableWindowMask | NSResizableWindowMask
                                            backing:NSBackingStoreBuffered
                                              defer:NO];
-    const hostsim::Project* project = s->host->CurrentProject();
-    [window setTitle:ToNS("Simulated Host - " + (project != nullptr ? project->name : std::string("no project")))];
+    const hostsim::Project *project = s->host->CurrentProject();
+    [window setTitle:ToNS("Simulated Host - " +
+                          (project != nullptr ? project->name : std::string("no project")))];
     [window setReleasedWhenClosed:NO];
-    NSView* content = [window contentView];
+    NSView *content = [window contentView];
 
-    NSScrollView* outlineScroll = [[[NSScrollView alloc] initWithFrame:NSMakeRect(10, 170, 600, 380)] autorelease];
+    NSScrollView *outlineScroll =
+        [[[NSScrollView alloc] initWithFrame:NSMakeRect(10, 170, 600, 380)] autorelease];
     [outlineScroll setHasVerticalScroller:YES];
     [outlineScroll setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
     outlineView = [[[NSTextView alloc] initWithFrame:[[outlineScroll contentView] bounds]] autorelease];
@@ -166,7 +175,7 @@ void RefreshController(void* controller) {
     [outlineScroll setDocumentView:outlineView];
     [content addSubview:outlineScroll];
 
-    NSTextField* label = [[[NSTextField alloc] initWithFrame:NSMakeRect(10, 140, 110, 22)] autorelease];
+    NSTextField *label = [[[NSTextField alloc] initWithFrame:NSMakeRect(10, 140, 110, 22)] autorelease];
     [label setStringValue:@"Script console:"];
     [label setEditable:NO];
     [label setBezeled:NO];
@@ -180,14 +189,15 @@ void RefreshController(void* controller) {
     [consoleField setAutoresizingMask:NSViewWidthSizable | NSViewMaxYMargin];
     [content addSubview:consoleField];
 
-    NSButton* run = [[[NSButton alloc] initWithFrame:NSMakeRect(530, 138, 80, 26)] autorelease];
+    NSButton *run = [[[NSButton alloc] initWithFrame:NSMakeRect(530, 138, 80, 26)] autorelease];
     [run setTitle:@"execute"];
     [run setTarget:self];
     [run setAction:@selector(runConsole:)];
     [run setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
     [content addSubview:run];
 
-    NSScrollView* outputScroll = [[[NSScrollView alloc] initWithFrame:NSMakeRect(10, 10, 600, 120)] autorelease];
+    NSScrollView *outputScroll =
+        [[[NSScrollView alloc] initWithFrame:NSMakeRect(10, 10, 600, 120)] autorelease];
     [outputScroll setHasVerticalScroller:YES];
     [outputScroll setAutoresizingMask:NSViewWidthSizable | NSViewMaxYMargin];
     consoleOutput = [[[NSTextView alloc] initWithFrame:[[outputScroll contentView] bounds]] autorelease];
@@ -203,7 +213,7 @@ void RefreshController(void* controller) {
 
 // ---- The script console: a word (and an optional number) handed to the plug-in's execute.
 
-- (void)runConsoleLine:(const std::string&)line {
+- (void)runConsoleLine:(const std::string &)line {
     const size_t space = line.find(' ');
     const std::string word = line.substr(0, space);
     if (word.empty())
@@ -211,10 +221,11 @@ void RefreshController(void* controller) {
     std::vector<TaggedData> args{hostsim::ScriptString(word.c_str())};
     if (space != std::string::npos) {
         const std::string rest = line.substr(space + 1);
-        char* end = nullptr;
+        char *end = nullptr;
         const long number = std::strtol(rest.c_str(), &end, 10);
-        args.push_back(end != rest.c_str() && *end == '\0' ? hostsim::ScriptInteger(static_cast<int32_t>(number))
-                                                           : hostsim::ScriptString(rest.c_str()));
+        args.push_back(end != rest.c_str() && *end == '\0'
+                           ? hostsim::ScriptInteger(static_cast<int32_t>(number))
+                           : hostsim::ScriptString(rest.c_str()));
     }
     TaggedData result{};
     const long status = s->host->ScriptExecute(args, result);
@@ -225,11 +236,12 @@ void RefreshController(void* controller) {
 
     std::string shown = "execute(\"" + word + "\") -> " + std::to_string(status) + ", ";
     // A status script holds long hexadecimal image strings: its first lines tell enough.
-    shown += call.result.size() > 400 ? call.result.substr(0, 400) + "... (" + std::to_string(call.result.size()) +
-                                            " characters)"
-                                      : call.result;
-    NSString* text = ToNS(shown + "\n");
-    [[consoleOutput textStorage] appendAttributedString:[[[NSAttributedString alloc] initWithString:text] autorelease]];
+    shown += call.result.size() > 400
+                 ? call.result.substr(0, 400) + "... (" + std::to_string(call.result.size()) + " characters)"
+                 : call.result;
+    NSString *text = ToNS(shown + "\n");
+    [[consoleOutput textStorage]
+        appendAttributedString:[[[NSAttributedString alloc] initWithString:text] autorelease]];
     [consoleOutput scrollRangeToVisible:NSMakeRange([[consoleOutput string] length], 0)];
     [self refresh];
 }
@@ -243,15 +255,15 @@ void RefreshController(void* controller) {
 
 // ---- Control lines from standard input.
 
-- (void)performMenuPath:(const std::string&)path {
+- (void)performMenuPath:(const std::string &)path {
     const size_t slash = path.find('/');
-    NSMenu* mainMenu = [NSApp mainMenu];
+    NSMenu *mainMenu = [NSApp mainMenu];
     if (slash == std::string::npos || [mainMenu numberOfItems] < 6)
         return;
-    NSMenuItem* effectItem = ItemTitled(mainMenu, "Effect");
-    NSMenuItem* category = effectItem != nil ? ItemTitled([effectItem submenu], path.substr(0, slash)) : nil;
-    NSMenu* categoryMenu = [category hasSubmenu] ? [category submenu] : nil;
-    NSMenuItem* item = categoryMenu != nil ? ItemTitled(categoryMenu, path.substr(slash + 1)) : nil;
+    NSMenuItem *effectItem = ItemTitled(mainMenu, "Effect");
+    NSMenuItem *category = effectItem != nil ? ItemTitled([effectItem submenu], path.substr(0, slash)) : nil;
+    NSMenu *categoryMenu = [category hasSubmenu] ? [category submenu] : nil;
+    NSMenuItem *item = categoryMenu != nil ? ItemTitled(categoryMenu, path.substr(slash + 1)) : nil;
     if (item == nil || ![category isEnabled]) {
         std::fprintf(stderr, "hostsim-app: no enabled menu item %s\n", path.c_str());
         return;
@@ -259,18 +271,19 @@ void RefreshController(void* controller) {
     [categoryMenu performActionForItemAtIndex:[categoryMenu indexOfItem:item]];
 }
 
-- (void)selectLayer:(const std::string&)name {
-    hostsim::Item* comp = s->host->ActiveItem();
+- (void)selectLayer:(const std::string &)name {
+    hostsim::Item *comp = s->host->ActiveItem();
     if (comp == nullptr)
         return;
-    for (auto& layer : comp->layers) {
-        const hostsim::Item* source = s->host->FindItem(layer->sourceItem);
-        layer->selected = layer->name == name || (layer->name.empty() && source != nullptr && source->name == name);
+    for (auto &layer : comp->layers) {
+        const hostsim::Item *source = s->host->FindItem(layer->sourceItem);
+        layer->selected =
+            layer->name == name || (layer->name.empty() && source != nullptr && source->name == name);
     }
     [self refresh];
 }
 
-- (void)runControlLine:(const std::string&)line {
+- (void)runControlLine:(const std::string &)line {
     const size_t space = line.find(' ');
     const std::string command = line.substr(0, space);
     const std::string argument = space == std::string::npos ? "" : line.substr(space + 1);
@@ -282,6 +295,8 @@ void RefreshController(void* controller) {
         [self selectLayer:argument];
     else if (command == "activate")
         [NSApp activateIgnoringOtherApps:YES];
+    else if (command == "deactivate")
+        [NSApp deactivate];
     else if (command == "quit")
         [NSApp terminate:nil];
     else if (!command.empty())
@@ -307,6 +322,9 @@ void RefreshController(void* controller) {
 
 - (void)refresh {
     s->state.active = [NSApp isActive];
+    AppendBounded(s->state.keys, TakeKeyTimings(), 200);
+    AppendBounded(s->state.shownWindows, TakeShownWindows(), 100);
+    s->state.windows = ListVisibleWindows();
     const std::string outline = hostsim::ProjectOutline(*s->host);
     if (outline != s->shownOutline) {
         s->shownOutline = outline;
@@ -317,7 +335,7 @@ void RefreshController(void* controller) {
         s->writtenRecord = record;
 }
 
-- (void)idle:(NSTimer*)timer {
+- (void)idle:(NSTimer *)timer {
     (void)timer;
     if (quitRequested) {
         quitRequested = 0;
@@ -333,7 +351,7 @@ void RefreshController(void* controller) {
     [self refresh];
 }
 
-- (void)applicationDidFinishLaunching:(NSNotification*)note {
+- (void)applicationDidFinishLaunching:(NSNotification *)note {
     (void)note;
     [self buildWindow];
     [NSApp activateIgnoringOtherApps:YES];
@@ -345,16 +363,17 @@ void RefreshController(void* controller) {
                                                 userInfo:nil
                                                  repeats:YES] retain];
     [self refresh];
-    std::printf("hostsim-app: session record %s, files under %s\n", s->options.record.c_str(), s->options.root.c_str());
+    std::printf("hostsim-app: session record %s, files under %s\n", s->options.record.c_str(),
+                s->options.root.c_str());
     std::fflush(stdout);
 }
 
-- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication*)app {
+- (BOOL)applicationShouldTerminateAfterLastWindowClosed:(NSApplication *)app {
     (void)app;
     return YES;
 }
 
-- (void)applicationWillTerminate:(NSNotification*)note {
+- (void)applicationWillTerminate:(NSNotification *)note {
     (void)note;
     [idleTimer invalidate];
     s->host->RunDeath();
@@ -365,8 +384,8 @@ void RefreshController(void* controller) {
 
 @end
 
-int main(int argc, char** argv) {
-    NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+int main(int argc, char **argv) {
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     const HostAppOptions options = ParseHostAppOptions(argc, argv);
     if (!options.ok)
         return 2;
@@ -376,7 +395,7 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "hostsim-app: no window server (is DISPLAY set?)\n");
         return 1;
     }
-    HostAppController* controller = [[HostAppController alloc] initWithHostOptions:options];
+    HostAppController *controller = [[HostAppController alloc] initWithHostOptions:options];
     if (![controller startSession])
         return 1;
     [controller buildMainMenu];

@@ -47,13 +47,23 @@ bool Expired(Clock::time_point start, double timeout) {
 
 } // namespace
 
-HostAppSession::HostAppSession(const std::string& project) {
-    char pattern[] = "/tmp/quillo-e2e-XXXXXX";
-    if (mkdtemp(pattern) == nullptr)
-        return;
-    root = pattern;
+HostAppSession::HostAppSession(const SessionOptions& options) {
+    if (options.root.empty()) {
+        char pattern[] = "/tmp/quillo-e2e-XXXXXX";
+        if (mkdtemp(pattern) == nullptr)
+            return;
+        root = pattern;
+        ownRoot = true;
+    } else {
+        root = options.root;
+    }
     recordPath = root + "/session.json";
+    std::filesystem::remove(recordPath); // a record left by an earlier session is not this one's
     std::filesystem::create_directories(root + "/home");
+    std::filesystem::create_directories(root + "/disk");
+    if (options.prepare)
+        options.prepare(root + "/disk");
+    const std::string& project = options.project;
 
     if (!screen.Start())
         return;
@@ -155,7 +165,7 @@ HostAppSession::~HostAppSession() {
             waitpid(app, nullptr, 0);
         }
     }
-    if (!root.empty() && !std::getenv("QUILLO_E2E_KEEP")) {
+    if (ownRoot && !std::getenv("QUILLO_E2E_KEEP")) {
         std::error_code ignored;
         std::filesystem::remove_all(root, ignored);
     }
@@ -358,6 +368,44 @@ void HostAppSession::Control(const std::string& line) const {
     const std::string text = line + "\n";
     if (control >= 0 && write(control, text.data(), text.size()) < 0)
         return;
+}
+
+bool HostAppSession::Chord(const std::vector<std::string>& keys) const {
+    // Held long enough for the host's 30 ms idle routine to see all of them down together.
+    std::vector<std::string> args;
+    for (const std::string& key : keys)
+        args.insert(args.end(), {"keydown", key});
+    args.insert(args.end(), {"sleep", "0.12"});
+    for (auto key = keys.rbegin(); key != keys.rend(); ++key)
+        args.insert(args.end(), {"keyup", *key});
+    bool ok = false;
+    Xdotool(args, &ok);
+    return ok;
+}
+
+bool HostAppSession::Keys(const std::vector<std::string>& keys) const {
+    std::vector<std::string> args = {"key", "--delay", "40"};
+    args.insert(args.end(), keys.begin(), keys.end());
+    bool ok = false;
+    Xdotool(args, &ok);
+    return ok;
+}
+
+bool HostAppSession::Type(const std::string& text) const {
+    bool ok = false;
+    Xdotool({"type", "--delay", "40", text}, &ok);
+    return ok;
+}
+
+nlohmann::json HostAppSession::WindowInRecord(const std::string& title) const {
+    const nlohmann::json record = Record();
+    if (!record.is_object() || !record.contains("windows"))
+        return {};
+    for (const nlohmann::json& w : record["windows"]) {
+        if (w.value("title", "") == title)
+            return w;
+    }
+    return {};
 }
 
 void HostAppSession::Signal(int signal) const {

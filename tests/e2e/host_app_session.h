@@ -39,10 +39,19 @@ private:
 // Runs xdotool on display with the arguments (one per element); its standard output.
 std::string Xdotool(const std::string& display, const std::vector<std::string>& args, bool* ok = nullptr);
 
+struct SessionOptions {
+    std::string project; // the sample project when empty
+    // The run's folder (the simulated disk is its "disk" folder): a fresh one, removed with the
+    // session, when empty; a given one is kept, so that a second session finds the first one's files.
+    std::string root;
+    // Called with the simulated disk's folder before the application starts, to lay down files.
+    std::function<void(const std::string& disk)> prepare;
+};
+
 class HostAppSession {
 public:
-    // Starts Xvfb and the application with project (the sample project when empty). Check Started().
-    explicit HostAppSession(const std::string& project = {});
+    // Starts Xvfb and the application. Check Started().
+    explicit HostAppSession(const SessionOptions& options = {});
     ~HostAppSession();
     HostAppSession(const HostAppSession&) = delete;
     HostAppSession& operator=(const HostAppSession&) = delete;
@@ -74,6 +83,16 @@ public:
     bool TypeLine(const std::string& text) const;
     // Sends a control line to the application (see hostsim/app/main.mm).
     void Control(const std::string& line) const;
+    // Holds the keys down in order (X key symbol names: "ctrl", "shift", "super", "space", "k"), then
+    // lets them go in reverse order, as fingers play a chord.
+    bool Chord(const std::vector<std::string>& keys) const;
+    // Presses and releases each key in turn (X key symbol names).
+    bool Keys(const std::vector<std::string>& keys) const;
+    // Types text as key presses.
+    bool Type(const std::string& text) const;
+
+    // The application's visible window titled title in the latest record (null json when none).
+    nlohmann::json WindowInRecord(const std::string& title) const;
 
     // Sends a signal to the application.
     void Signal(int signal) const;
@@ -83,6 +102,7 @@ public:
 private:
     VirtualDisplay screen;
     std::string root, display, recordPath;
+    bool ownRoot = false;
     pid_t app = -1;
     int control = -1;
 };
