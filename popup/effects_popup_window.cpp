@@ -3,8 +3,10 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_shell.h"
 #include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/drawer.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/widget_themes.h"
 #include "nimbit/utils/timer.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
@@ -84,6 +86,12 @@ void EffectsPopupWindow::Build() {
     ev.add_event(this, this, event_type::focus_gained, &EffectsPopupWindow::OnFocusGained);
     ev.add_event(this, this, event_type::focus_lost, &EffectsPopupWindow::OnFocusLost);
     ev.add_event(&root, this, event_type::timer, &EffectsPopupWindow::Timer);
+    // The root is a plain widget: the theme's window colour shows wherever no control covers it.
+    ev.add_event(&root, this, event_type::draw, [this](const event_info&) {
+        drawer& d = get_drawer();
+        d.set_brush_color(get_root().get_theme().get<vec4>("default_back_color"));
+        d.draw_rect({0, 0, get_root().get_rect().w, get_root().get_rect().h});
+    });
     ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed,
                  &EffectsPopupWindow::OnScreenshotButton);
     for (int b = GalleryButton; b <= LogoButton; ++b)
@@ -281,6 +289,12 @@ void EffectsPopupWindow::OnKeyDown(const event_info& e) {
 
 void EffectsPopupWindow::OnKeyChar(const event_info& e) {
     const unsigned long long unit = e.data & 0xFFFFFFFFu;
+    // Escape closes the popup. Its key press has already emptied the search field and handed the
+    // focus to the root, so the field's own cancel never fires: the command arrives here instead.
+    if (unit == 27) {
+        hide();
+        return;
+    }
     // A digit picks a shortcut slot unless it continues a search: once the search field holds other
     // text, the digit is part of what the user types ("3d", "cc 2").
     const bool typing = searchMode && searchField.get_inside().has_focus() &&

@@ -103,7 +103,7 @@ std::string ProjectWithBlurPreset() {
     return path;
 }
 
-TEST(PopupOnScreen, ChordOpensAtThePointerOnlyWhileTheHostIsActiveAndClosesAgain) {
+TEST(PopupOnScreen, ChordOpensAtThePointerOnlyWhileTheHostIsActiveAndEscapeClicksOrTheChordClose) {
     HostAppSession session;
     WaitUntilReady(session);
 
@@ -133,6 +133,12 @@ TEST(PopupOnScreen, ChordOpensAtThePointerOnlyWhileTheHostIsActiveAndClosesAgain
 
     // The chord again hides it.
     ASSERT_TRUE(session.Chord({"ctrl", "space"}));
+    EXPECT_TRUE(WaitPopupHidden(session));
+
+    // Escape empties the search and closes, even with a row selected.
+    ASSERT_TRUE(OpenPopup(session));
+    ASSERT_TRUE(session.Type("glow"));
+    ASSERT_TRUE(session.Keys({"Down", "Escape"}));
     EXPECT_TRUE(WaitPopupHidden(session));
 
     // A click elsewhere (on the host's window, away from the popup) closes it.

@@ -1,6 +1,8 @@
 // The popup window: opening layouts, placement, keys, applying, the list, resizing and themes.
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
+#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "nimbit/ui/widget_themes.h"
 #include "popup/preferences_file.h"
 #include "tests/popup/popup_fixture.h"
@@ -274,6 +276,26 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHide) {
     EXPECT_FALSE(popup->is_shown());
 }
 
+TEST_F(PopupTest, EscapeEmptiesTheSearchAndClosesWithoutApplying) {
+    // As the platform delivers it: the key press to the focused field, then the cancel command.
+    for (const bool withSelection : {false, true}) {
+        Open();
+        Search("blur");
+        if (withSelection)
+            InputKey(EffectsPopupWindow::KeyDown);
+        InputKey(27);
+        EXPECT_EQ(popup->GetSearchField().get_text(), "");
+        EXPECT_TRUE(popup->GetRows().empty());
+        popup->process_event(event_type::key_char, 27);
+        EXPECT_FALSE(popup->is_shown());
+    }
+    // Outside search mode as well.
+    Open("Comp 1", "");
+    popup->process_event(event_type::key_char, 27);
+    EXPECT_FALSE(popup->is_shown());
+    EXPECT_TRUE(applied.empty());
+}
+
 TEST_F(PopupTest, OverridesAreAppliedInPlaceOfTheEntry) {
     popup->GetAliases().push_back({"soft", Named("Gaussian Blur"), Named("Fast Box Blur")});
     Open();
@@ -409,7 +431,18 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     popup->SwitchTheme(UIColorTheme::Light, true);
     EXPECT_EQ(theme::plugin_map.count("tooltip_back_color"), 1u);
 
+    // The window colour fills the whole popup first, under every control.
     Open();
+    offscreen::offscreen_window& native = offscreen::native_of(*popup);
+    popup->get_root().update(false);
+    native.get_canvas().clear_calls();
+    native.paint_pending();
+    const std::vector<draw_call> fills = native.get_canvas().calls_named("draw_rect");
+    ASSERT_FALSE(fills.empty());
+    EXPECT_EQ(fills.front().color, light.windowBack);
+    EXPECT_EQ(fills.front().rect,
+              (ivec4{0, 0, popup->get_root().get_rect().w, popup->get_root().get_rect().h}));
+
     Search("glow");
     popup->SwitchTheme(static_cast<UIColorTheme>(7), false); // unknown: the first theme
     EXPECT_EQ(popup->GetColors(), &dark);
