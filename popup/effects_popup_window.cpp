@@ -61,6 +61,7 @@ void EffectsPopupWindow::Build() {
     listContent.show(true);
     scrollBar.create(root, {SearchWidth - 18, SearchTopHeight, ScrollBarWidth, 0});
     scrollBar.set_scroll_panel(&listContent);
+    scrollBar.add_wheel_area(listFrame); // the wheel over the rows scrolls them
     scrollBar.set_step(RowHeight);
     shortcutsBar.create(root, {0, 44, SearchWidth, EffectsShortcutsBar::Height});
     for (generic_button& b : toolButtons)

@@ -241,6 +241,16 @@ TEST_F(PopupTest, ResizeFollowsTheContentUpToTheMaximum) {
     EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{397 - 18, 45, 16, EffectsPopupWindow::MaxListHeight}));
     EXPECT_EQ(popup->GetRows()[0]->get_rect().w, 397 - 20);
     EXPECT_EQ(popup->get_rect().h, 45 + EffectsPopupWindow::MaxListHeight + 1);
+
+    // The wheel over a row scrolls the list, within its range.
+    const ivec2 row = popup->GetRows()[2]->calc_absolute_pos() + ivec2{40, 10};
+    offscreen::wheel(*popup, row, -1.0);
+    EXPECT_GT(popup->GetScrollBar().get_value(), 0);
+    for (int i = 0; i < 100; ++i)
+        offscreen::wheel(*popup, row, -1.0);
+    EXPECT_EQ(popup->GetScrollBar().get_value(), popup->GetScrollBar().get_max_scroll());
+    offscreen::wheel(*popup, row, 200.0);
+    EXPECT_EQ(popup->GetScrollBar().get_value(), 0);
 }
 
 TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHide) {
