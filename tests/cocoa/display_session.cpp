@@ -2,6 +2,7 @@
 
 #include "nimbit/ui/cocoa/native_app.h"
 #include "nimbit/ui/native_bitmap.h"
+#include "tests/support/private_xvfb.h"
 
 #include <gtest/gtest.h>
 // After gtest: Xlib defines macros (None, Status) that clash with its names.
@@ -16,7 +17,6 @@
 #include <fstream>
 #include <spawn.h>
 #include <sstream>
-#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -34,24 +34,6 @@ pid_t spawn(const std::vector<std::string>& args) {
     pid_t pid = 0;
     if (posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
         return -1;
-    return pid;
-}
-
-// The X server goes down with the test process even when ctest kills it on a timeout.
-pid_t spawn_server(const std::vector<std::string>& args) {
-    std::vector<char*> argv;
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    const pid_t parent = getpid();
-    const pid_t pid = fork();
-    if (pid == 0) {
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        if (getppid() != parent)
-            _exit(1);
-        execvp(argv[0], argv.data());
-        _exit(127);
-    }
     return pid;
 }
 
@@ -74,28 +56,11 @@ public:
             ASSERT_TRUE(nimbit::ui::cocoa::start_application()) << "cannot reach DISPLAY=" << display;
             return;
         }
-        int fds[2];
-        ASSERT_EQ(pipe(fds), 0);
-        const std::string fd = std::to_string(fds[1]);
-        server = spawn_server({"Xvfb", "-displayfd", fd, "-screen", "0", "1280x800x24", "-nolisten", "tcp"});
-        close(fds[1]);
-        ASSERT_GT(server, 0) << "Xvfb is not installed";
-        std::string number;
-        char c;
-        while (read(fds[0], &c, 1) == 1 && c != '\n')
-            number += c;
-        close(fds[0]);
-        ASSERT_FALSE(number.empty()) << "Xvfb did not start";
-        setenv("DISPLAY", (":" + number).c_str(), 1);
+        server = quillo_test::start_private_xvfb();
+        ASSERT_GT(server, 0) << "Xvfb did not start (is it installed?)";
         ASSERT_TRUE(nimbit::ui::cocoa::start_application());
     }
-    void TearDown() override {
-        if (server > 0) {
-            kill(server, SIGTERM);
-            int status = 0;
-            waitpid(server, &status, 0);
-        }
-    }
+    void TearDown() override { quillo_test::stop_private_xvfb(server); }
 
 private:
     pid_t server = -1;

@@ -73,7 +73,7 @@ void unpremultiply(unsigned char *p, size_t count) {
 // Bilinear scaling of straight RGBA pixels, weighting colours by alpha so that transparent pixels
 // do not darken the edges. Done here rather than by drawing into a bitmap context, which GNUstep's
 // back-end cannot do without a window server.
-std::vector<unsigned char> scale_rgba(const std::vector<unsigned char>& in, _vec2<int> from, _vec2<int> to) {
+std::vector<unsigned char> scale_rgba(const std::vector<unsigned char> &in, _vec2<int> from, _vec2<int> to) {
     std::vector<unsigned char> out(static_cast<size_t>(to.x) * to.y * 4);
     const double sx = double(from.x) / to.x, sy = double(from.y) / to.y;
     for (int y = 0; y < to.y; ++y) {
@@ -84,8 +84,9 @@ std::vector<unsigned char> scale_rgba(const std::vector<unsigned char>& in, _vec
             const double fx = std::clamp((x + 0.5) * sx - 0.5, 0.0, double(from.x - 1));
             const int x0 = static_cast<int>(fx), x1 = std::min(x0 + 1, from.x - 1);
             const double wx = fx - x0;
-            const unsigned char* p[4] = {&in[(size_t(y0) * from.x + x0) * 4], &in[(size_t(y0) * from.x + x1) * 4],
-                                         &in[(size_t(y1) * from.x + x0) * 4], &in[(size_t(y1) * from.x + x1) * 4]};
+            const unsigned char *p[4] = {
+                &in[(size_t(y0) * from.x + x0) * 4], &in[(size_t(y0) * from.x + x1) * 4],
+                &in[(size_t(y1) * from.x + x0) * 4], &in[(size_t(y1) * from.x + x1) * 4]};
             const double w[4] = {(1 - wx) * (1 - wy), wx * (1 - wy), (1 - wx) * wy, wx * wy};
             double a = 0, c[3] = {0, 0, 0};
             for (int i = 0; i < 4; ++i) {
@@ -94,7 +95,7 @@ std::vector<unsigned char> scale_rgba(const std::vector<unsigned char>& in, _vec
                 for (int k = 0; k < 3; ++k)
                     c[k] += wa * p[i][k];
             }
-            unsigned char* o = &out[(size_t(y) * to.x + x) * 4];
+            unsigned char *o = &out[(size_t(y) * to.x + x) * 4];
             for (int k = 0; k < 3; ++k)
                 o[k] = a > 0 ? static_cast<unsigned char>(std::lround(std::min(255.0, c[k] / a))) : 0;
             o[3] = static_cast<unsigned char>(std::lround(std::min(255.0, a)));
@@ -104,21 +105,25 @@ std::vector<unsigned char> scale_rgba(const std::vector<unsigned char>& in, _vec
 }
 
 // Any other layout (16-bit or float samples, planes, CMYK): one colour at a time through AppKit.
-bool read_by_color(NSBitmapImageRep* rep, _vec2<int> s, std::vector<unsigned char>& out) {
+bool read_by_color(NSBitmapImageRep *rep, _vec2<int> s, std::vector<unsigned char> &out) {
     out.resize(static_cast<size_t>(s.x) * s.y * 4);
     for (int y = 0; y < s.y; ++y) {
-        NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+        NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
         for (int x = 0; x < s.x; ++x) {
-            NSColor* c = [[rep colorAtX:x y:y] colorUsingColorSpaceName:NSDeviceRGBColorSpace];
-            unsigned char* o = &out[(static_cast<size_t>(y) * s.x + x) * 4];
+            NSColor *c = [[rep colorAtX:x y:y] colorUsingColorSpaceName:NSDeviceRGBColorSpace];
+            unsigned char *o = &out[(static_cast<size_t>(y) * s.x + x) * 4];
             if (c == nil) {
                 o[0] = o[1] = o[2] = o[3] = 0;
                 continue;
             }
-            o[0] = static_cast<unsigned char>(std::lround(std::clamp([c redComponent], CGFloat(0), CGFloat(1)) * 255));
-            o[1] = static_cast<unsigned char>(std::lround(std::clamp([c greenComponent], CGFloat(0), CGFloat(1)) * 255));
-            o[2] = static_cast<unsigned char>(std::lround(std::clamp([c blueComponent], CGFloat(0), CGFloat(1)) * 255));
-            o[3] = static_cast<unsigned char>(std::lround(std::clamp([c alphaComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[0] = static_cast<unsigned char>(
+                std::lround(std::clamp([c redComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[1] = static_cast<unsigned char>(
+                std::lround(std::clamp([c greenComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[2] = static_cast<unsigned char>(
+                std::lround(std::clamp([c blueComponent], CGFloat(0), CGFloat(1)) * 255));
+            o[3] = static_cast<unsigned char>(
+                std::lround(std::clamp([c alphaComponent], CGFloat(0), CGFloat(1)) * 255));
         }
         [pool release];
     }
@@ -251,19 +256,16 @@ static NSBitmapImageRep *new_export_rep(const std::vector<unsigned char> &pixels
     return rep;
 }
 
-std::vector<unsigned char> cocoa_bitmap::encode(int format) const {
-    if ((format != 1 && format != 2) || pixels.empty())
-        return {};
+// The bytes of an export rep over the pixels, in the form `write` makes of it (nil: none).
+static std::vector<unsigned char> export_bytes(const std::vector<unsigned char> &pixels, _vec2<int> s,
+                                               bool with_alpha, NSData *(*write)(NSBitmapImageRep *)) {
     std::vector<unsigned char> bytes;
+    if (pixels.empty())
+        return bytes;
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    NSBitmapImageRep *rep = new_export_rep(pixels, size, format == 1 && alpha);
+    NSBitmapImageRep *rep = new_export_rep(pixels, s, with_alpha);
     if (rep != nil) {
-        NSDictionary *properties = nil;
-        if (format == 2)
-            properties = [NSDictionary dictionaryWithObject:[NSNumber numberWithFloat:best_jpeg_quality]
-                                                     forKey:NSImageCompressionFactor];
-        NSData *data = [rep representationUsingType:format == 1 ? NSPNGFileType : NSJPEGFileType
-                                         properties:properties];
+        NSData *data = write(rep);
         if (data != nil) {
             const auto *p = static_cast<const unsigned char *>([data bytes]);
             bytes.assign(p, p + [data length]);
@@ -274,22 +276,28 @@ std::vector<unsigned char> cocoa_bitmap::encode(int format) const {
     return bytes;
 }
 
+static NSData *write_png(NSBitmapImageRep *rep) {
+    return [rep representationUsingType:NSPNGFileType properties:nil];
+}
+
+static NSData *write_jpg(NSBitmapImageRep *rep) {
+    NSDictionary *properties = [NSDictionary dictionaryWithObject:[NSNumber numberWithFloat:best_jpeg_quality]
+                                                           forKey:NSImageCompressionFactor];
+    return [rep representationUsingType:NSJPEGFileType properties:properties];
+}
+
+static NSData *write_tiff(NSBitmapImageRep *rep) { return [rep TIFFRepresentation]; }
+
+std::vector<unsigned char> cocoa_bitmap::encode(int format) const {
+    if (format == 1)
+        return export_bytes(pixels, size, alpha, write_png);
+    if (format == 2)
+        return export_bytes(pixels, size, false, write_jpg);
+    return {};
+}
+
 std::vector<unsigned char> cocoa_bitmap::encode_tiff() const {
-    if (pixels.empty())
-        return {};
-    std::vector<unsigned char> bytes;
-    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    NSBitmapImageRep *rep = new_export_rep(pixels, size, alpha);
-    if (rep != nil) {
-        NSData *data = [rep TIFFRepresentation];
-        if (data != nil) {
-            const auto *p = static_cast<const unsigned char *>([data bytes]);
-            bytes.assign(p, p + [data length]);
-        }
-        [rep release];
-    }
-    [pool release];
-    return bytes;
+    return export_bytes(pixels, size, alpha, write_tiff);
 }
 
 unsigned char *cocoa_bitmap::lock_pixels(unsigned &pitch) {
