@@ -10,6 +10,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
 namespace {
 
@@ -37,11 +38,13 @@ int main(int argc, char** argv) {
     pid_t server = -1;
     const char* display = std::getenv("DISPLAY");
     if (!display || !*display) {
-        server = quillo_test::start_private_xvfb();
+        std::string name;
+        server = quillo_test::start_private_xvfb(name);
         if (server < 0) {
             std::fprintf(stderr, "cocoa_bench: no display and Xvfb did not start\n");
             return 1;
         }
+        setenv("DISPLAY", name.c_str(), 1);
     }
     if (!nimbit::ui::cocoa::start_application()) {
         std::fprintf(stderr, "cocoa_bench: cannot reach the display\n");

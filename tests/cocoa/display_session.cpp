@@ -56,8 +56,10 @@ public:
             ASSERT_TRUE(nimbit::ui::cocoa::start_application()) << "cannot reach DISPLAY=" << display;
             return;
         }
-        server = quillo_test::start_private_xvfb();
+        std::string name;
+        server = quillo_test::start_private_xvfb(name);
         ASSERT_GT(server, 0) << "Xvfb did not start (is it installed?)";
+        setenv("DISPLAY", name.c_str(), 1);
         ASSERT_TRUE(nimbit::ui::cocoa::start_application());
     }
     void TearDown() override { quillo_test::stop_private_xvfb(server); }

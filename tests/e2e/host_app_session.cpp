@@ -1,4 +1,5 @@
 #include "host_app_session.h"
+#include "tests/support/private_xvfb.h"
 
 #include "hostsim/sim_host.h"
 
@@ -102,57 +103,15 @@ HostAppSession::HostAppSession(const SessionOptions& options) {
     fcntl(control, F_SETFD, FD_CLOEXEC);
 }
 
-bool VirtualDisplay::TryStart(int attempt) {
-    // A display number from this process's own range, so that parallel tests rarely meet.
-    const int number = 200 + static_cast<int>((getpid() * 7 + attempt * 3) % 700);
-    if (access(("/tmp/.X" + std::to_string(number) + "-lock").c_str(), F_OK) == 0)
-        return true; // taken: try another
-    const std::vector<std::string> xvfb = {"Xvfb", ":" + std::to_string(number), "-screen", "0",
-                                           "1280x800x24", "-nolisten", "tcp",
-                                           // No reset when the last client leaves: the probes below
-                                           // connect and leave before the application arrives.
-                                           "-noreset"};
-    posix_spawn_file_actions_t quiet;
-    posix_spawn_file_actions_init(&quiet);
-    posix_spawn_file_actions_addopen(&quiet, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    const bool spawned = posix_spawnp(&server, "Xvfb", &quiet, nullptr, Argv(xvfb).data(), environ) == 0;
-    posix_spawn_file_actions_destroy(&quiet);
-    if (!spawned)
-        return false; // no Xvfb on this machine
-    // Ready when a client can talk to it; a server that ends at once lost the number to another.
-    name = ":" + std::to_string(number);
-    const auto start = Clock::now();
-    for (bool ok = false; !Expired(start, 5.0);) {
-        if (waitpid(server, nullptr, WNOHANG) == server) {
-            server = -1;
-            name.clear();
-            return true;
-        }
-        Xdotool(name, {"getmouselocation"}, &ok);
-        if (ok)
-            return true;
-        std::this_thread::sleep_for(Poll);
-    }
-    name.clear();
-    kill(server, SIGTERM);
-    waitpid(server, nullptr, 0);
-    server = -1;
-    return true;
-}
-
 bool VirtualDisplay::Start() {
-    for (int attempt = 0; attempt < 20 && name.empty(); ++attempt) {
-        if (!TryStart(attempt))
-            return false;
-    }
-    return !name.empty();
+    // No reset when the last client leaves: xdotool probes connect and leave before the application
+    // arrives.
+    server = quillo_test::start_private_xvfb(name, true);
+    return server > 0;
 }
 
 VirtualDisplay::~VirtualDisplay() {
-    if (server > 0) {
-        kill(server, SIGTERM);
-        waitpid(server, nullptr, 0);
-    }
+    quillo_test::stop_private_xvfb(server);
 }
 
 HostAppSession::~HostAppSession() {

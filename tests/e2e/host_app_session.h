@@ -30,8 +30,6 @@ public:
     const std::string& Name() const { return name; } // ":N", empty until started
 
 private:
-    // One try at a display number chosen by attempt; false when Xvfb cannot be run at all.
-    bool TryStart(int attempt);
     std::string name;
     pid_t server = -1;
 };

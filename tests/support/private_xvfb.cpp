@@ -1,7 +1,7 @@
 #include "tests/support/private_xvfb.h"
 
 #include <csignal>
-#include <cstdlib>
+#include <fcntl.h>
 #include <string>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -9,7 +9,7 @@
 
 namespace quillo_test {
 
-pid_t start_private_xvfb() {
+pid_t start_private_xvfb(std::string& display, bool no_reset) {
     int fds[2];
     if (pipe(fds) != 0)
         return -1;
@@ -21,8 +21,12 @@ pid_t start_private_xvfb() {
         if (getppid() != parent)
             _exit(1);
         close(fds[0]);
+        // Its complaints (fonts, extensions) are not the test's output.
+        const int null = open("/dev/null", O_WRONLY);
+        if (null >= 0)
+            dup2(null, STDERR_FILENO);
         execlp("Xvfb", "Xvfb", "-displayfd", fd.c_str(), "-screen", "0", "1280x800x24", "-nolisten", "tcp",
-               static_cast<char*>(nullptr));
+               no_reset ? "-noreset" : static_cast<char*>(nullptr), static_cast<char*>(nullptr));
         _exit(127);
     }
     close(fds[1]);
@@ -37,7 +41,7 @@ pid_t start_private_xvfb() {
         stop_private_xvfb(pid);
         return -1;
     }
-    setenv("DISPLAY", (":" + number).c_str(), 1);
+    display = ":" + number;
     return pid;
 }
 
