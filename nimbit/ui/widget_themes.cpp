@@ -65,7 +65,8 @@ const std::pair<std::string_view, theme_style> default_table[] = {
     {"dropdown_font_name", "tahoma"},
     {"dropdown_font_style", font_style::normal},
     {"dropdown_font_weight", font_weight::regular},
-    {"dropdown_font_color", vec4{0.85f, 0.85f, 0.85f, 1.0f}},
+    // Dark text: the closed box shows its choice over the light grey gradient above.
+    {"dropdown_font_color", vec4{0.094f, 0.094f, 0.102f, 1.0f}},
     {"dropdown_font_color_extra", vec4{0.655f, 0.655f, 0.655f, 1.0f}},
     {"dropdown_font_size", 12.0f},
     {"dropdown_font_size_extra", 11.0f},
