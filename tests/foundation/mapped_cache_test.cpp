@@ -1,11 +1,12 @@
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/utils/mapped_cache.h"
 
+#include "temp_folder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -61,16 +62,6 @@ bool set(mapped_cache& cache, const std::string& name, const bytes& value) {
 
 class MappedCacheTest : public testing::Test {
 protected:
-    void SetUp() override {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base && *base ? base : "/tmp") + "/mapped_cache_test.XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-        data_path = folder + "/effects_cache";
-        header_path = data_path + ".header";
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
     void open(mapped_cache& cache, bool read_only = false) const {
         cache.load(nimbit::file_path(data_path), read_only);
     }
@@ -84,7 +75,9 @@ protected:
         return UINT64_MAX;
     }
 
-    std::string folder, data_path, header_path;
+    temp_folder tmp;
+    std::string folder = tmp.path().to_string(), data_path = folder + "/effects_cache",
+                header_path = data_path + ".header";
 };
 
 TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInSteps) {
