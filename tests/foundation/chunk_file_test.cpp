@@ -43,13 +43,8 @@ std::vector<uint32_t> ids_in(const bytes& image) {
 class ChunkFileTest : public testing::Test {
 protected:
     nimbit::file_path path(const char* name) const { return tmp / name; }
-    bytes read_all(const char* name) const {
-        const std::string text = read_text(path(name));
-        return bytes(text.begin(), text.end());
-    }
-    void write_all(const char* name, const bytes& content) const {
-        write_text(path(name), std::string(content.begin(), content.end()));
-    }
+    bytes read_all(const char* name) const { return read_bytes(path(name)); }
+    void write_all(const char* name, const bytes& content) const { write_bytes(path(name), content); }
 
     temp_folder tmp;
 };

@@ -9,7 +9,6 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <random>
@@ -26,15 +25,10 @@ using nimbit::cache_status;
 using nimbit::mapped_cache;
 
 bytes read_all(const std::string& p) {
-    std::ifstream in(p, std::ios::binary | std::ios::ate);
-    bytes content(in ? static_cast<size_t>(in.tellg()) : 0);
-    in.seekg(0);
-    in.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size()));
-    return content;
+    return read_bytes(nimbit::file_path(p));
 }
 void write_all(const std::string& p, const bytes& content) {
-    std::ofstream(p, std::ios::binary)
-        .write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    write_bytes(nimbit::file_path(p), content);
 }
 uint64_t u64_at(const bytes& b, size_t at) {
     uint64_t v = 0;

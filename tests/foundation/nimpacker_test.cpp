@@ -1,6 +1,5 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_stats.h"
-#include "nimbit/filesystem/folder_iterator.h"
 #include "nimbit/filesystem/nimpacker.h"
 
 #include "temp_folder.h"
@@ -77,18 +76,6 @@ struct pack_builder {
 unsigned unpack(const std::string& pack, const file_path& destination) {
     return nimpacker::unpack_files(reinterpret_cast<const unsigned char*>(pack.data()), pack.size(),
                                    destination);
-}
-
-// Every path below root other than "." and "..", relative to root.
-std::vector<std::string> tree(const file_path& root) {
-    std::vector<std::string> out;
-    for (const auto& entry : nimbit::folder_enumerator{root, true}) {
-        const std::string leaf = entry.path.leaf(true);
-        if (leaf != "." && leaf != "..")
-            out.push_back(entry.path.to_string().substr(root.to_string().size() + 1));
-    }
-    std::sort(out.begin(), out.end());
-    return out;
 }
 
 std::string noise(size_t n, uint32_t seed) {
