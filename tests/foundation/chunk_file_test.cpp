@@ -2,13 +2,12 @@
 #include "nimbit/utils/chunk_file.h"
 #include "nimbit/utils/chunk_helper.h"
 
+#include "temp_folder.h"
+
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <sys/resource.h>
 #include <tuple>
@@ -43,26 +42,11 @@ std::vector<uint32_t> ids_in(const bytes& image) {
 
 class ChunkFileTest : public testing::Test {
 protected:
-    void SetUp() override {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base && *base ? base : "/tmp") + "/chunk_file_test.XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
+    nimbit::file_path path(const char* name) const { return tmp / name; }
+    bytes read_all(const char* name) const { return read_bytes(path(name)); }
+    void write_all(const char* name, const bytes& content) const { write_bytes(path(name), content); }
 
-    nimbit::file_path path(const std::string& name) const { return nimbit::file_path(folder + "/" + name); }
-    bytes read_all(const std::string& name) const {
-        std::ifstream in(folder + "/" + name, std::ios::binary);
-        return bytes(std::istreambuf_iterator<char>(in), {});
-    }
-    void write_all(const std::string& name, const bytes& content) const {
-        std::ofstream(folder + "/" + name, std::ios::binary)
-            .write(reinterpret_cast<const char*>(content.data()),
-                   static_cast<std::streamsize>(content.size()));
-    }
-
-    std::string folder;
+    temp_folder tmp;
 };
 
 struct record {
@@ -157,7 +141,7 @@ TEST_F(ChunkFileTest, EmptyUnknownShortAndMissingFilesLeaveDefaults) {
                   std::make_tuple(11, true, 12LL, std::string("keep")));
     }
     EXPECT_FALSE(chunk_file(path("nothing here"), chunk_file_access::read).is_valid());
-    EXPECT_FALSE(chunk_file(nimbit::file_path(folder), chunk_file_access::read).is_valid());
+    EXPECT_FALSE(chunk_file(tmp.path(), chunk_file_access::read).is_valid());
     EXPECT_FALSE(chunk_file(static_cast<const unsigned char*>(nullptr), 100).is_valid());
 
     chunk_file unwritable(path("no/such/folder/s"), chunk_file_access::write);

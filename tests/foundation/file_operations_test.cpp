@@ -17,7 +17,7 @@ using nimbit::file_stats;
 
 namespace {
 
-TEST(FileStats, ReportsTypeSizeAndMissingPaths) {
+TEST(FileStats, ReportsTypeSizeDatesAndMissingPaths) {
     temp_folder tmp;
     const file_stats missing(tmp / "nothing/here");
     EXPECT_FALSE(missing.exists);
@@ -33,13 +33,9 @@ TEST(FileStats, ReportsTypeSizeAndMissingPaths) {
     const file_stats folder(tmp.path());
     EXPECT_TRUE(folder.exists);
     EXPECT_EQ(folder.type, 1);
-}
 
-TEST(FileOperations, SetFileDatesChangesTheModificationDate) {
-    temp_folder tmp;
-    ASSERT_TRUE(write_text(tmp / "f", "x"));
-    EXPECT_TRUE(nimbit::set_file_dates(tmp / "f", 1000000000, 1234567890));
-    EXPECT_EQ(file_stats(tmp / "f").modified, 1234567890);
+    EXPECT_TRUE(nimbit::set_file_dates(tmp / "f.txt", 1000000000, 1234567890));
+    EXPECT_EQ(file_stats(tmp / "f.txt").modified, 1234567890);
     EXPECT_FALSE(nimbit::set_file_dates(tmp / "missing", 0, 0));
 }
 
@@ -150,10 +146,8 @@ TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
     EXPECT_EQ(all.size(), seen.size() + 10);
 
     EXPECT_EQ(walk(tmp.path(), false, false).size(), 3u) << "without recursion only the top level";
-}
 
-TEST(FolderIterator, MissingFolderEndsAtOnce) {
-    temp_folder tmp;
+    // A missing folder ends at once.
     nimbit::folder_iterator it(nimbit::folder_enumerator{tmp / "missing", true});
     EXPECT_TRUE(it.at_end());
     EXPECT_TRUE(it == nimbit::folder_iterator());

@@ -39,8 +39,9 @@ TEST_F(KnownFolders, OverridesReplaceThePlatformFolders) {
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
 }
 
-TEST_F(KnownFolders, DocsModeZeroPrefersAssetsPathThenVariableThenDocuments) {
+TEST_F(KnownFolders, ModesChooseAssetsPathVariableOrPlatformFolder) {
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
+    EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), tmp / "common");
 
     ::setenv("QUILLO_TEST_ASSETS", "/from/variable", 1);
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
@@ -52,11 +53,8 @@ TEST_F(KnownFolders, DocsModeZeroPrefersAssetsPathThenVariableThenDocuments) {
     ASSERT_TRUE(write_text(tmp / "common/Tarvelo/Quillo", "Other=1\r\nAssetsPath=/opt/assets\r\n"));
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), file_path("/opt/assets"));
     EXPECT_EQ(nimbit::get_docs_data_path("Other", "QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
-}
 
-TEST_F(KnownFolders, CommonModesChooseVariableMachineOrUser) {
-    EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), tmp / "common");
-    ::setenv("QUILLO_TEST_ASSETS", "/from/variable", 1);
+    // The common folder's modes: the variable, then the user's or the machine's folder.
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 1), tmp / "user");
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 2), tmp / "common");

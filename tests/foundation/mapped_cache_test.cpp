@@ -1,14 +1,14 @@
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/utils/mapped_cache.h"
 
+#include "temp_folder.h"
+
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <csignal>
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <map>
 #include <optional>
 #include <random>
@@ -25,15 +25,10 @@ using nimbit::cache_status;
 using nimbit::mapped_cache;
 
 bytes read_all(const std::string& p) {
-    std::ifstream in(p, std::ios::binary | std::ios::ate);
-    bytes content(in ? static_cast<size_t>(in.tellg()) : 0);
-    in.seekg(0);
-    in.read(reinterpret_cast<char*>(content.data()), static_cast<std::streamsize>(content.size()));
-    return content;
+    return read_bytes(nimbit::file_path(p));
 }
 void write_all(const std::string& p, const bytes& content) {
-    std::ofstream(p, std::ios::binary)
-        .write(reinterpret_cast<const char*>(content.data()), static_cast<std::streamsize>(content.size()));
+    write_bytes(nimbit::file_path(p), content);
 }
 uint64_t u64_at(const bytes& b, size_t at) {
     uint64_t v = 0;
@@ -61,16 +56,6 @@ bool set(mapped_cache& cache, const std::string& name, const bytes& value) {
 
 class MappedCacheTest : public testing::Test {
 protected:
-    void SetUp() override {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base && *base ? base : "/tmp") + "/mapped_cache_test.XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-        data_path = folder + "/effects_cache";
-        header_path = data_path + ".header";
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
     void open(mapped_cache& cache, bool read_only = false) const {
         cache.load(nimbit::file_path(data_path), read_only);
     }
@@ -84,7 +69,9 @@ protected:
         return UINT64_MAX;
     }
 
-    std::string folder, data_path, header_path;
+    temp_folder tmp;
+    std::string folder = tmp.path().to_string(), data_path = folder + "/effects_cache",
+                header_path = data_path + ".header";
 };
 
 TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInSteps) {

@@ -1,9 +1,10 @@
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/utils/memory_map.h"
 
+#include "temp_folder.h"
+
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
@@ -18,16 +19,8 @@ using nimbit::memory_map_access;
 
 class MemoryMapTest : public testing::Test {
 protected:
-    void SetUp() override {
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base && *base ? base : "/tmp") + "/memory_map_test.XXXXXX";
-        ASSERT_NE(::mkdtemp(pattern.data()), nullptr);
-        folder = pattern;
-        file = folder + "/f";
-    }
-    void TearDown() override { std::filesystem::remove_all(folder); }
-
-    std::string folder, file;
+    temp_folder tmp;
+    std::string folder = tmp.path().to_string(), file = folder + "/f";
 };
 
 TEST_F(MemoryMapTest, RemapShowsAPageAlignedWindowAndNeverPassesTheEnd) {

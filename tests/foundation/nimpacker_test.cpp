@@ -1,6 +1,5 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_stats.h"
-#include "nimbit/filesystem/folder_iterator.h"
 #include "nimbit/filesystem/nimpacker.h"
 
 #include "temp_folder.h"
@@ -77,18 +76,6 @@ struct pack_builder {
 unsigned unpack(const std::string& pack, const file_path& destination) {
     return nimpacker::unpack_files(reinterpret_cast<const unsigned char*>(pack.data()), pack.size(),
                                    destination);
-}
-
-// Every path below root other than "." and "..", relative to root.
-std::vector<std::string> tree(const file_path& root) {
-    std::vector<std::string> out;
-    for (const auto& entry : nimbit::folder_enumerator{root, true}) {
-        const std::string leaf = entry.path.leaf(true);
-        if (leaf != "." && leaf != "..")
-            out.push_back(entry.path.to_string().substr(root.to_string().size() + 1));
-    }
-    std::sort(out.begin(), out.end());
-    return out;
 }
 
 std::string noise(size_t n, uint32_t seed) {
@@ -251,24 +238,29 @@ TEST(Nimpacker, StreamFaults) {
     EXPECT_TRUE(file_stats(tmp / "empty").exists);
     EXPECT_EQ(file_stats(tmp / "empty").size, 0u);
 
-    pack_builder short_length;
-    short_length.files.push_back({"f", stream, static_cast<long>(stream.size() / 2)});
-    EXPECT_EQ(unpack(short_length.build(), tmp.path()), nimpacker::stream_truncated);
-
-    pack_builder past_end;
-    past_end.files.push_back({"f", stream, static_cast<long>(stream.size() + 100)});
-    EXPECT_EQ(unpack(past_end.build(), tmp.path()), nimpacker::stream_truncated);
-
-    pack_builder far_offset;
-    far_offset.files.push_back({"f", stream, -1, 0x7FFFFFF0});
-    EXPECT_EQ(unpack(far_offset.build(), tmp.path()), nimpacker::stream_truncated);
-
-    pack_builder garbage;
-    garbage.files.push_back({"f", noise(3000, 11)});
-    EXPECT_EQ(unpack(garbage.build(), tmp.path()), nimpacker::corrupt_stream);
+    const struct {
+        const char* what;
+        pack_builder::file_entry entry;
+        unsigned code;
+    } faults[] = {
+        {"length cut short",
+         {"f", stream, static_cast<long>(stream.size() / 2)},
+         nimpacker::stream_truncated},
+        {"length past the end",
+         {"f", stream, static_cast<long>(stream.size() + 100)},
+         nimpacker::stream_truncated},
+        {"offset far beyond", {"f", stream, -1, 0x7FFFFFF0}, nimpacker::stream_truncated},
+        {"not a stream", {"f", noise(3000, 11)}, nimpacker::corrupt_stream},
+    };
+    pack_builder fault;
+    for (const auto& f : faults) {
+        fault.files = {f.entry};
+        EXPECT_EQ(unpack(fault.build(), tmp.path()), f.code) << f.what;
+    }
 
     // The file form bounds its reads by the file's size in the same way.
-    ASSERT_TRUE(write_text(tmp / "p.kvs", past_end.build()));
+    fault.files = {faults[1].entry};
+    ASSERT_TRUE(write_text(tmp / "p.kvs", fault.build()));
     EXPECT_EQ(nimpacker::unpack_files(tmp / "p.kvs", tmp.path()), nimpacker::stream_truncated);
 }
 

@@ -36,20 +36,9 @@ uint16_t ref16(float v) {
 }
 
 // Channel values that probe clamping, NaN, rounding ties and both ends of the range.
-const float probes[] = {0.0f,
-                        1.0f,
-                        0.5f,
-                        -0.25f,
-                        1.75f,
-                        std::numeric_limits<float>::quiet_NaN(),
-                        std::numeric_limits<float>::infinity(),
-                        -std::numeric_limits<float>::infinity(),
-                        0.25f,
-                        0.999f,
-                        1.0f / 255.0f,
-                        0.5f / 255.0f,
-                        1.5f / 255.0f,
-                        0.5f / 32768.0f};
+constexpr float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeric_limits<float>::infinity();
+const float probes[] = {0.0f, 1.0f,  0.5f,   -0.25f,        1.75f,         nan,           inf,
+                        -inf, 0.25f, 0.999f, 1.0f / 255.0f, 0.5f / 255.0f, 1.5f / 255.0f, 0.5f / 32768.0f};
 
 // A width x height buffer whose channels cycle through the probes, offset per row.
 pixel_buffer probe_buffer(int width, int height) {
@@ -196,7 +185,6 @@ TEST(PixelBuffer, SamplesBilinearlyAndClampsToTheEdges) {
     EXPECT_EQ(buffer.sample_pixel({1.0f, 0.0f}), buffer[1]);
     EXPECT_EQ(buffer.sample_pixel({-5.0f, 9.0f}), buffer[2]);
     EXPECT_EQ(buffer.sample_pixel({1e30f, 1e30f}), buffer[3]);
-    const float nan = std::numeric_limits<float>::quiet_NaN();
     EXPECT_EQ(buffer.sample_pixel({nan, nan}), buffer[0]);
     EXPECT_EQ(pixel_buffer().sample_pixel({0, 0}), vec4{});
 }

@@ -2,10 +2,13 @@
 
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
+#include "nimbit/filesystem/folder_iterator.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <vector>
 
 // A fresh folder under the system's temporary folder, removed with everything in it at the end of
 // the test.
@@ -51,5 +54,25 @@ inline std::string read_text(const nimbit::file_path& path) {
             out.append(buffer, n);
         std::fclose(f);
     }
+    return out;
+}
+
+inline std::vector<unsigned char> read_bytes(const nimbit::file_path& path) {
+    const std::string text = read_text(path);
+    return std::vector<unsigned char>(text.begin(), text.end());
+}
+inline bool write_bytes(const nimbit::file_path& path, const std::vector<unsigned char>& content) {
+    return write_text(path, std::string(content.begin(), content.end()));
+}
+
+// Every path below root other than "." and "..", relative to root, sorted.
+inline std::vector<std::string> tree(const nimbit::file_path& root, bool recursive = true) {
+    std::vector<std::string> out;
+    for (const auto& entry : nimbit::folder_enumerator{root, recursive}) {
+        const std::string leaf = entry.path.leaf(true);
+        if (leaf != "." && leaf != "..")
+            out.push_back(entry.path.to_string().substr(root.to_string().size() + 1));
+    }
+    std::sort(out.begin(), out.end());
     return out;
 }

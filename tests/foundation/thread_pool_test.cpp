@@ -37,21 +37,25 @@ TEST(ThreadPool, ShareGivesTheRemainderToTheLastWorkers) {
     EXPECT_EQ(big[1].first, big[0].second);
 }
 
+// A pool asked for no concurrency falls back to one worker.
 TEST(ThreadPool, EveryWorkerRunsItsShareOnceEvenWhenEmpty) {
-    thread_pool pool(4);
-    ASSERT_EQ(pool.get_worker_count(), 4u);
-    for (uint32_t count : {10u, 2u, 0u}) {
-        std::vector<thread_worker_data> seen(4, thread_worker_data{99, 99, 99});
-        std::atomic<int> calls{0};
-        pool.enqueue(count, [&](const thread_worker_data& d) {
-            seen[d.thread_index] = d;
-            ++calls;
-        });
-        EXPECT_EQ(calls.load(), 4);
-        for (uint32_t i = 0; i < 4; ++i) {
-            const thread_worker_data expected = thread_pool::share(count, 4, i);
-            EXPECT_EQ(seen[i].begin, expected.begin) << count << " " << i;
-            EXPECT_EQ(seen[i].end, expected.end) << count << " " << i;
+    for (uint32_t asked : {4u, 0u}) {
+        thread_pool pool(asked);
+        const uint32_t workers = asked ? asked : 1;
+        ASSERT_EQ(pool.get_worker_count(), workers);
+        for (uint32_t count : {10u, 2u, 0u}) {
+            std::vector<thread_worker_data> seen(workers, thread_worker_data{99, 99, 99});
+            std::atomic<uint32_t> calls{0};
+            pool.enqueue(count, [&](const thread_worker_data& d) {
+                seen[d.thread_index] = d;
+                ++calls;
+            });
+            EXPECT_EQ(calls.load(), workers);
+            for (uint32_t i = 0; i < workers; ++i) {
+                const thread_worker_data expected = thread_pool::share(count, workers, i);
+                EXPECT_EQ(seen[i].begin, expected.begin) << count << " " << i;
+                EXPECT_EQ(seen[i].end, expected.end) << count << " " << i;
+            }
         }
     }
 }
@@ -66,18 +70,6 @@ TEST(ThreadPool, ManyRunsCoverEveryItemExactlyOnce) {
         });
     for (auto& h : hits)
         ASSERT_EQ(h.load(), 200);
-}
-
-TEST(ThreadPool, ZeroConcurrencyFallsBackToOneWorker) {
-    thread_pool pool(0);
-    EXPECT_EQ(pool.get_worker_count(), 1u);
-    uint32_t begin = 99, end = 0;
-    pool.enqueue(5, [&](const thread_worker_data& d) {
-        begin = d.begin;
-        end = d.end;
-    });
-    EXPECT_EQ(begin, 0u);
-    EXPECT_EQ(end, 5u);
 }
 
 TEST(ThreadPool, NestedRunsFromAJobCompleteInsteadOfDeadlocking) {

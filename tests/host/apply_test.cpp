@@ -1,36 +1,15 @@
-#include "host/effects_popup.h"
 #include "host_session.h"
 
 #include <gtest/gtest.h>
 
 namespace {
 
-// A session with the controller built straight on the simulated host, and the catalogue collected.
-struct ApplySession : HostSession {
-    EffectsPopup& Controller() {
-        if (!controller) {
-            if (!host)
-                Start();
-            controller = std::make_unique<EffectsPopup>(host->Basic(), 7, AeVersionCC2018);
-            catalogue = controller->CollectEffectList();
-        }
-        return *controller;
-    }
-    const EffectData& Entry(const std::string& name, bool preset = false) {
-        Controller();
-        for (const EffectData& e : catalogue) {
-            if (e.name == name && e.is_preset == preset)
-                return e;
-        }
-        throw std::runtime_error("no entry " + name);
-    }
-    // Chooses entry, as the popup would, and lets one idle tick apply it.
+// Chooses entry, as the popup would, and lets one idle tick apply it.
+struct ApplySession : ControllerSession {
     void Apply(const EffectData& entry) {
         Controller().ApplyEffect(&entry);
         Controller().IdleHook();
     }
-    std::unique_ptr<EffectsPopup> controller;
-    std::vector<EffectData> catalogue;
 };
 
 TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
@@ -50,33 +29,23 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
 }
 
 TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {
-    struct Case {
-        const char* what;
-        void (*edit)(hostsim::Model&);
-    } cases[] = {
-        {"disabled category",
-         [](hostsim::Model& m) {
-             m.disabledCategories = {"Stylize"};
-         }},
-        {"effect menu elsewhere",
-         [](hostsim::Model& m) {
-             m.effectMenuIndex = 6;
-         }},
-        {"menu item changes nothing",
-         [](hostsim::Model& m) {
-             m.menuActionsApply = false;
-         }},
-        {"category not in the menu",
-         [](hostsim::Model& m) {
-             m.effects[2].category = "Renamed";
-         }},
+    using Edit = void (*)(hostsim::Model&);
+    const std::pair<const char*, Edit> cases[] = {
+        std::make_pair(
+            "disabled category", +[](hostsim::Model& m) { m.disabledCategories = {"Stylize"}; }),
+        std::make_pair(
+            "effect menu elsewhere", +[](hostsim::Model& m) { m.effectMenuIndex = 6; }),
+        std::make_pair(
+            "menu item changes nothing", +[](hostsim::Model& m) { m.menuActionsApply = false; }),
+        std::make_pair(
+            "category not in the menu", +[](hostsim::Model& m) { m.effects[2].category = "Renamed"; }),
     };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.what);
+    for (const auto& [what, edit] : cases) {
+        SCOPED_TRACE(what);
         ApplySession s;
         hostsim::SimHost& host = s.Start();
         EffectData glow = s.Entry("Glow");
-        c.edit(host.GetModel());
+        edit(host.GetModel());
         host.BuildMenu();
         s.Apply(glow);
         EXPECT_EQ(LayerNamed(host, "Title")->effects, (std::vector<AEGP_InstalledEffectKey>{3}));

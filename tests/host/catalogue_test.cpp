@@ -1,4 +1,3 @@
-#include "host/effects_popup.h"
 #include "host_session.h"
 
 #include <gtest/gtest.h>
@@ -27,11 +26,9 @@ std::vector<Row> Rows(const std::vector<EffectData>& catalogue) {
 }
 
 TEST(Catalogue, OrderAndFilteringRules) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-
-    const std::vector<EffectData> catalogue = controller.CollectEffectList();
+    ControllerSession s;
+    EffectsPopup& controller = s.Controller();
+    const hostsim::SimHost& host = *s.host;
     const std::vector<Row> expected = {
         {-1, "Wiggle-position", "Animation Preset", true}, // host presets first
         {1, "Gaussian Blur", "Blur & Sharpen", false},
@@ -44,8 +41,8 @@ TEST(Catalogue, OrderAndFilteringRules) {
         {8, "Orphan Preset", "Animation Preset", true},
         {-2, "Glow", "Animation Preset", true}, // user presets last
     };
-    EXPECT_EQ(Rows(catalogue), expected);
-    for (const EffectData& e : catalogue) {
+    EXPECT_EQ(Rows(s.catalogue), expected);
+    for (const EffectData& e : s.catalogue) {
         std::string lower = e.name;
         std::transform(lower.begin(), lower.end(), lower.begin(), ::tolower);
         EXPECT_EQ(e.search_name, lower);
@@ -53,15 +50,15 @@ TEST(Catalogue, OrderAndFilteringRules) {
     ASSERT_EQ(controller.PresetPaths().size(), 2u);
     EXPECT_EQ(controller.PresetPaths()[0], host.HostPresetsFolder() + "/Behaviors/Wiggle-position.ffx");
     EXPECT_EQ(controller.PresetPaths()[1], host.UserPresetsFolder() + "/Glow.ffx");
+    EXPECT_EQ(controller.GetAEPresetsPath().to_string(), host.HostPresetsFolder());
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
 TEST(Catalogue, EmptyCategoryDuplicateCheckIgnoresCase) {
-    HostSession session;
-    session.model.hostPresets = {"WIGGLE-Position.ffx"};
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    const auto catalogue = controller.CollectEffectList();
+    ControllerSession s;
+    s.model.hostPresets = {"WIGGLE-Position.ffx"};
+    s.Controller();
+    const auto& catalogue = s.catalogue;
     const auto wiggles = std::count_if(catalogue.begin(), catalogue.end(), [](const EffectData& e) {
         return e.search_name == "wiggle-position";
     });
@@ -70,20 +67,18 @@ TEST(Catalogue, EmptyCategoryDuplicateCheckIgnoresCase) {
 }
 
 TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
-    HostSession session;
-    session.model.effects.clear();
-    session.model.hostPresets = {"Glow.FFX",
-                                 "Glow.Ffx",
-                                 "Glow.ffx",
-                                 "notes.txt",
-                                 "A/Fade.ffx",
-                                 "B/Fade.ffx",
-                                 "A/Deep/Deeper/Spin.ffx"};
-    session.model.userPresets.clear();
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    const auto catalogue = controller.CollectEffectList();
-
+    ControllerSession s;
+    s.model.effects.clear();
+    s.model.hostPresets = {"Glow.FFX",
+                           "Glow.Ffx",
+                           "Glow.ffx",
+                           "notes.txt",
+                           "A/Fade.ffx",
+                           "B/Fade.ffx",
+                           "A/Deep/Deeper/Spin.ffx"};
+    s.model.userPresets.clear();
+    EffectsPopup& controller = s.Controller();
+    const auto& catalogue = s.catalogue;
     std::vector<std::string> names;
     for (const EffectData& e : catalogue)
         names.push_back(e.name);
@@ -101,10 +96,9 @@ TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
 }
 
 TEST(Catalogue, SecondCollectionGrowsThePathList) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    const auto first = controller.CollectEffectList();
+    ControllerSession s;
+    EffectsPopup& controller = s.Controller();
+    const auto& first = s.catalogue;
     const auto second = controller.CollectEffectList();
     ASSERT_EQ(controller.PresetPaths().size(), 4u);
     EXPECT_EQ(controller.PresetPaths()[2], controller.PresetPaths()[0]);
@@ -129,13 +123,6 @@ TEST(Catalogue, MissingPresetFoldersGiveNoEntries) {
     EXPECT_TRUE(controller.PresetPaths().empty());
 }
 
-TEST(Catalogue, HostPresetFolderIsBesideTheBundle) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    EXPECT_EQ(controller.GetAEPresetsPath().to_string(), host.HostPresetsFolder());
-}
-
 TEST(Catalogue, UserPresetFolderFollowsTheHostVersion) {
     HostSession session;
     session.model.userPresetsFolder = "After Effects CC 2015";
@@ -152,27 +139,25 @@ TEST(Catalogue, UserPresetFolderFollowsTheHostVersion) {
 }
 
 TEST(Catalogue, NewerHostFindsNoUserPresetsWithTheUsualBundle) {
-    HostSession session;
-    session.model.installFolder = "Applications/Adobe After Effects 2020";
-    session.model.bundle = "Adobe After Effects 2020.app";
-    session.model.userPresetsFolder = "After Effects 2020";
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionFromApi(116, 0));
+    ControllerSession s;
+    s.model.installFolder = "Applications/Adobe After Effects 2020";
+    s.model.bundle = "Adobe After Effects 2020.app";
+    s.model.userPresetsFolder = "After Effects 2020";
+    EffectsPopup& controller = s.Controller(AeVersionFromApi(116, 0));
     EXPECT_EQ(controller.Version(), AeVersionOther);
     // The bundle's Contents folder is taken for the bundle: "Contents" without its first six letters.
-    EXPECT_EQ(controller.GetUserPresetsPath().to_string(), host.Root() + "/Documents/Adobe/ts/User Presets");
-    const auto catalogue = controller.CollectEffectList();
-    EXPECT_EQ(catalogue.back().name, "Orphan Preset");
+    EXPECT_EQ(controller.GetUserPresetsPath().to_string(),
+              s.host->Root() + "/Documents/Adobe/ts/User Presets");
+    EXPECT_EQ(s.catalogue.back().name, "Orphan Preset");
 }
 
 TEST(Catalogue, NamesComeFromMacRomanAndAreCutToTheHostBuffer) {
-    HostSession session;
-    session.model.effects = {{1, "Caf\xC3\xA9 Glow \xE2\x80\x94 Soft", "Stylize", ""},
-                             {2, std::string(60, 'x'), "Stylize", ""},
-                             {3, "Short", std::string(40, 'c'), ""}};
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    auto catalogue = controller.CollectEffectList();
+    ControllerSession s;
+    s.model.effects = {{1, "Caf\xC3\xA9 Glow \xE2\x80\x94 Soft", "Stylize", ""},
+                       {2, std::string(60, 'x'), "Stylize", ""},
+                       {3, "Short", std::string(40, 'c'), ""}};
+    s.Controller();
+    const auto& catalogue = s.catalogue;
     ASSERT_GE(catalogue.size(), 4u);
     EXPECT_EQ(catalogue[1].name, "Caf\xC3\xA9 Glow \xE2\x80\x94 Soft");
     EXPECT_EQ(catalogue[1].search_name, "caf\xC3\xA9 glow \xE2\x80\x94 soft");
@@ -183,23 +168,21 @@ TEST(Catalogue, NamesComeFromMacRomanAndAreCutToTheHostBuffer) {
 TEST(Catalogue, FixtureEffectsAllListedInHostOrder) {
     std::vector<hostsim::Effect> effects =
         hostsim::LoadEffectsTable(std::string(QUILLO_SHARED_DIR) + "/fixtures/host-effects.tsv");
-    HostSession session("{}");
+    ControllerSession s("{}");
     if (effects.empty()) {
         // A clone without the shared fixtures: the sample project's catalogue stands in.
         std::cout << "host-effects.tsv not found; using the sample project's effects\n";
         effects = hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT).effects;
     }
-    session.model.effects = effects;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    const auto catalogue = controller.CollectEffectList();
+    s.model.effects = effects;
+    s.Controller();
     std::vector<int32_t> expected;
     for (const auto& e : effects) {
         if (e.category != "_Obsolete")
             expected.push_back(e.key);
     }
     std::vector<int32_t> listed;
-    for (const auto& e : catalogue)
+    for (const auto& e : s.catalogue)
         listed.push_back(e.id);
     EXPECT_EQ(listed, expected);
 }

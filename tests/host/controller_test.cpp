@@ -1,8 +1,9 @@
-#include "host/effects_popup.h"
 #include "host/popup_window.h"
 #include "host_session.h"
 
 #include <gtest/gtest.h>
+
+#include <tuple>
 
 namespace {
 
@@ -42,7 +43,14 @@ struct RecordingWindow : PopupWindow {
     }
 };
 
-struct WindowedController : ::testing::Test {
+// A started session with a controller on it.
+struct ControllerTest : ::testing::Test {
+    HostSession session;
+    hostsim::SimHost& host = session.Start();
+    EffectsPopup c{host.Basic(), 7, AeVersionCC2018};
+};
+
+struct WindowedController : ControllerTest {
     void SetUp() override {
         RecordingWindow::Reset();
         SetPopupWindowFactory(&RecordingWindow::Make);
@@ -62,26 +70,21 @@ TEST(Controller, RegistersIdleThenDeathHookUnlessUiIsSuppressed) {
     host.GetModel().suppressInteractiveUI = true;
     EffectsPopup inert(host.Basic(), 7, AeVersionCC2018);
     EXPECT_EQ(host.idleHooks.size(), 1u);
+    EXPECT_EQ(host.deathHooks.size(), 1u);
     EXPECT_EQ(host.acquired["AEGP Register Suite/6"], 1);
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
-TEST(Controller, WithoutAWindowCommandsAnswerAllOnes) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    controller.IdleHook(); // no window factory: nothing to create
-    EXPECT_FALSE(controller.HasPopupWindow());
+TEST_F(ControllerTest, WithoutAWindowCommandsAnswerAllOnes) {
+    c.IdleHook(); // no window factory: nothing to create
+    EXPECT_FALSE(c.HasPopupWindow());
     for (uint32_t kind = 0; kind <= 8; ++kind)
-        EXPECT_EQ(controller.Execute(PopupCommand{kind}), NoCommandResult);
-    controller.DeathHook(); // nothing to save, nothing to fail
+        EXPECT_EQ(c.Execute(PopupCommand{kind}), NoCommandResult);
+    c.DeathHook(); // nothing to save, nothing to fail
     EXPECT_FALSE(nimbit::file_stats(session.folder / "Library/Application Support/Tarvelo").exists);
 }
 
-TEST(Controller, HostNames) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup c(host.Basic(), 7, AeVersionCC2018);
+TEST_F(ControllerTest, HostNames) {
     hostsim::Project& project = *host.GetModel().projects[0];
     auto projectName = [&](const std::string& name) {
         project.name = name;
@@ -106,30 +109,22 @@ TEST(Controller, HostNames) {
     EXPECT_EQ(c.GetLayerName(nullptr), "");
     EXPECT_EQ(c.GetCompName(nullptr), "");
 
+    // Lights and cameras are no active layer.
+    for (auto [name, isLayer] : {std::pair{"Title", true},
+                                 {"Burst", true},
+                                 {"Camera 1", false},
+                                 {"Key Light", false},
+                                 {"", false}}) {
+        SelectOnly(host, name);
+        EXPECT_EQ(c.GetActiveLayer() != nullptr, isLayer) << name;
+    }
     host.GetModel().projects[0]->activeItem = 1; // footage is not a composition
     EXPECT_EQ(c.GetActiveComp(), nullptr);
     EXPECT_EQ(c.GetActiveLayer(), nullptr);
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
-TEST(Controller, ActiveLayerFiltersLightsAndCameras) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup c(host.Basic(), 7, AeVersionCC2018);
-    for (const char* name : {"Title", "Burst"}) {
-        SelectOnly(host, name);
-        EXPECT_NE(c.GetActiveLayer(), nullptr) << name;
-    }
-    for (const char* name : {"Camera 1", "Key Light", ""}) {
-        SelectOnly(host, name);
-        EXPECT_EQ(c.GetActiveLayer(), nullptr) << name;
-    }
-}
-
-TEST(Controller, ProjectBitDepth) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup c(host.Basic(), 7, AeVersionCC2018);
+TEST_F(ControllerTest, ProjectBitDepth) {
     EXPECT_EQ(c.GetProjectBitDepth(), 1);
     host.GetModel().projects.clear(); // no project: the script engine answers
     for (auto [answer, depth] : {std::pair{"32", 2}, {"16", 1}, {"8", 0}, {"", 2}, {"8 bits", 2}}) {
@@ -141,9 +136,6 @@ TEST(Controller, ProjectBitDepth) {
 }
 
 TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup c(host.Basic(), 7, AeVersionCC2018);
     c.IdleHook();
     c.IdleHook();
     EXPECT_EQ(RecordingWindow::windowsMade, 1);
@@ -164,9 +156,6 @@ TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
 }
 
 TEST_F(WindowedController, ExecuteHandsTheHostNamesToTheWindow) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EffectsPopup c(host.Basic(), 7, AeVersionCC2018);
     c.IdleHook();
     EXPECT_EQ(c.Execute(PopupCommand{PopupCommand::NewsCount}), 12u);
     SelectOnly(host, "Camera 1");
@@ -181,13 +170,13 @@ TEST_F(WindowedController, ExecuteHandsTheHostNamesToTheWindow) {
 }
 
 TEST(Controller, VersionMapping) {
-    EXPECT_EQ(AeVersionFromApi(115, 0), AeVersionCC2018);
-    EXPECT_EQ(AeVersionFromApi(114, 9), AeVersionCC2017);
-    EXPECT_EQ(AeVersionFromApi(113, 5), AeVersionCC2015);
-    EXPECT_EQ(AeVersionFromApi(113, 4), AeVersionCC2014);
-    EXPECT_EQ(AeVersionFromApi(112, 0), AeVersionCC);
-    EXPECT_EQ(AeVersionFromApi(116, 0), AeVersionOther);
-    EXPECT_EQ(AeVersionFromApi(110, 0), AeVersionOther); // never CS6 or CS5
+    const std::tuple<A_long, A_long, AeVersion> cases[] = {
+        {115, 0, AeVersionCC2018}, {114, 9, AeVersionCC2017}, {113, 5, AeVersionCC2015},
+        {113, 4, AeVersionCC2014}, {112, 0, AeVersionCC},     {116, 0, AeVersionOther},
+        {110, 0, AeVersionOther}, // never CS6 or CS5
+    };
+    for (auto [major, minor, version] : cases)
+        EXPECT_EQ(AeVersionFromApi(major, minor), version) << major << "." << minor;
     EXPECT_TRUE(IsExcludedHostApi(111));
     EXPECT_TRUE(IsExcludedHostApi(17));
     EXPECT_FALSE(IsExcludedHostApi(116));

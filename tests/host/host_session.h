@@ -4,11 +4,14 @@
 // the disk (installation, documents, settings), and the host serving both.
 
 #include "../foundation/temp_folder.h"
+#include "host/effects_popup.h"
 #include "hostsim/sim_host.h"
 #include "nimbit/filesystem/file_stats.h"
 
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 // A small project: one composition with one layer of each kind, a handful of installed effects,
 // host and user presets. Tests edit the model before the session starts.
@@ -52,6 +55,31 @@ struct HostSession {
     temp_folder folder;
     hostsim::Model model;
     std::unique_ptr<hostsim::SimHost> host;
+};
+
+// A session with the controller built straight on the simulated host (started on first use, so tests
+// edit the model before) and its catalogue collected.
+struct ControllerSession : HostSession {
+    using HostSession::HostSession;
+    EffectsPopup& Controller(AeVersion version = AeVersionCC2018) {
+        if (!controller) {
+            if (!host)
+                Start();
+            controller = std::make_unique<EffectsPopup>(host->Basic(), 7, version);
+            catalogue = controller->CollectEffectList();
+        }
+        return *controller;
+    }
+    const EffectData& Entry(const std::string& name, bool preset = false) {
+        Controller();
+        for (const EffectData& e : catalogue) {
+            if (e.name == name && e.is_preset == preset)
+                return e;
+        }
+        throw std::runtime_error("no entry " + name);
+    }
+    std::unique_ptr<EffectsPopup> controller;
+    std::vector<EffectData> catalogue;
 };
 
 // Selects exactly the named layer of the active composition (none for "").

@@ -94,15 +94,11 @@ TEST(EffectSearch, BlacklistBeatsAliasesAndEmptyOrUnmatchedTextsGiveTheirHeaders
     EXPECT_TRUE(empty.Rows().empty());
 }
 
-TEST(EffectSearch, TrailingBlankIsPartOfTheText) {
-    Catalogue catalogue({"Blur In", "Soft Blur"});
+TEST(EffectSearch, TrailingBlankIsPartOfTheTextAndPresetsAloneKeepTheEffectsHeader) {
+    Catalogue catalogue({"Blur In", "Soft Blur", "Fade Up Characters"}, {"Fade Out Slow"});
     // "Gaussian Blur" ends with "blur": without a blank after it, it does not match.
     EXPECT_EQ(Names(catalogue.Search("blur ", {}, {})),
               (std::vector<std::string>{"Fast Blur (Legacy)", "Gaussian Blur (Legacy)", "Blur In"}));
-}
-
-TEST(EffectSearch, OnlyPresetsFoundStillOpensWithEffectsHeader) {
-    Catalogue catalogue({"Fade Up Characters"}, {"Fade Out Slow"});
     EXPECT_EQ(catalogue.Search("fade", {}, {}).Rows(),
               (std::vector<SearchRow>{{SearchRowKind::EffectsHeader, 0},
                                       {SearchRowKind::PresetsHeader, 0},
