@@ -229,15 +229,12 @@ TEST(CocoaDrawer, TextIsMeasuredPlacedAndKeptInItsRectangle) {
     EXPECT_EQ(ink(shot, {box.x + box.w, 0, 200 - box.x - box.w, 120}), 0);
 }
 
-TEST(CocoaPlatform, FontsNamedByTheThemeMapToInstalledFaces) {
+TEST(CocoaPlatform, ThemeFontsMapToInstalledFacesAndDialogFiltersTakeBothCases) {
     EXPECT_EQ(nimbit::ui::cocoa::installed_font_family("Arial"), "Liberation Sans");
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("tahoma").empty());
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("Trebuchet MS").empty());
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("").empty());
-}
-
-TEST(CocoaPlatform, DialogFiltersAcceptBothCases) {
-    using nimbit::file_browser::file_filter;
+    // Dialog filters accept both cases.
     const auto types = nimbit::ui::cocoa::allowed_file_types({{"PNG files (*.png)", "*.png"},
                                                               {"JPG", "*.jpg"},
                                                               {"again", "*.PNG"},

@@ -78,7 +78,7 @@ TEST(OffscreenDrawer, TheRecordStaysCompleteAcrossReadsAndClearsInsideAPass) {
     EXPECT_EQ(native.calls_named("draw_text").at(0).text, "third");
 }
 
-TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
+TEST(OffscreenDrawerDeathTest, ImagesAreDrawnAtTheirSizeInPointsAndMustBeLoaded) {
     offscreen_drawer native;
     drawer d(native);
     bitmap b;
@@ -101,16 +101,11 @@ TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
     const auto tiled = native.calls_named("draw_rect_image").at(0);
     EXPECT_EQ(tiled.mode_1, int(image_extend::repeat));
     EXPECT_EQ(tiled.mode_2, int(image_extend::stretch));
-}
-
-TEST(OffscreenDrawerDeathTest, DrawingAnUnloadedImageIsFatal) {
-    offscreen_drawer native;
-    drawer d(native);
     bitmap empty;
     EXPECT_DEATH(d.draw_image({0, 0}, empty), "isLoaded");
 }
 
-TEST(OffscreenDrawer, TextMetricIsFixed) {
+TEST(OffscreenDrawer, TextMetricIsFixedAndWrapsAtSpacesThenMidWord) {
     offscreen_drawer native;
     drawer d(native);
     d.set_text_font("tahoma", 12.0f);
@@ -130,11 +125,7 @@ TEST(OffscreenDrawer, TextMetricIsFixed) {
     big.start = 1;
     big.end = 2;
     EXPECT_EQ(d.calc_text_size("abc", {}, {big}), (_vec2<int>{6 + 10 + 6, 25}));
-}
-
-TEST(OffscreenDrawer, TextWrapsAtSpacesThenMidWordAndStopsAtTheHeight) {
-    offscreen_drawer native;
-    drawer d(native);
+    // Wrapping breaks at spaces, then mid-word, and stops at the height.
     d.set_text_font("tahoma", 10.0f); // 5 wide, 13 tall
     EXPECT_EQ(d.calc_text_size("hello world", {40, 0}), (_vec2<int>{25, 26}));
     EXPECT_EQ(d.calc_text_size("hello world", {55, 0}), (_vec2<int>{55, 13}));

@@ -28,13 +28,14 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
     TestWindow win({0, 0, 300, 200});
     Painted panel, a, b, hidden, outside;
     std::vector<std::string> order;
-    for (auto* w : {&panel, &a, &b, &hidden, &outside})
+    for (auto [w, name] : {std::pair<Painted*, const char*>{&panel, "panel"},
+                           {&a, "a"},
+                           {&b, "b"},
+                           {&hidden, "hidden"},
+                           {&outside, "outside"}}) {
         w->hook(order);
-    panel.set_name("panel");
-    a.set_name("a");
-    b.set_name("b");
-    hidden.set_name("hidden");
-    outside.set_name("outside");
+        w->set_name(name);
+    }
     panel.create(win.get_root(), {10, 10, 200, 100});
     a.create(panel, {0, 0, 50, 50});
     b.create(panel, {60, 0, 50, 50});
@@ -59,6 +60,14 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
     EXPECT_EQ(shadows[0].rect, (ivec4{60, 0, 50, 50}));
     EXPECT_EQ(shadows[0].clip, (ivec4{10, 10, 200, 100})) << "in the panel's pass, inside the panel";
     EXPECT_FALSE(canvas.in_pass());
+
+    // A flush paints the dirty area and leaves nothing behind.
+    win.os().paint_pending();
+    order.clear();
+    a.update(true);
+    EXPECT_EQ(order, (std::vector<std::string>{"panel", "a"}));
+    EXPECT_EQ(win.os().get_dirty(), ivec4{});
+    EXPECT_FALSE(win.os().paint_pending());
 }
 
 // A widget that paints far past its own edges, as a list with more rows than room does.
@@ -138,20 +147,6 @@ TEST_F(PaintingTest, RepaintingOneWidgetKeepsItInsideItsAncestors) {
     const auto shadows = canvas.calls_named("draw_shadow");
     ASSERT_EQ(shadows.size(), 1u);
     EXPECT_EQ(shadows[0].clip, (ivec4{10, 10, 100, 60}));
-}
-
-TEST_F(PaintingTest, FlushPaintsTheMergedDirtyArea) {
-    TestWindow win({0, 0, 300, 200});
-    Painted a;
-    std::vector<std::string> order;
-    a.hook(order);
-    a.create(win.get_root(), {10, 10, 20, 20});
-    win.os().paint_pending();
-    order.clear();
-    a.update(true);
-    EXPECT_EQ(order, std::vector<std::string>{"Widget"});
-    EXPECT_EQ(win.os().get_dirty(), ivec4{});
-    EXPECT_FALSE(win.os().paint_pending()); // nothing left
 }
 
 } // namespace
