@@ -67,7 +67,7 @@ rgba pattern(int x, int y) {
 
 } // namespace
 
-TEST(Bitmap, LockGivesThirtyTwoBitRowsAndKeepsWrites) {
+TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
     bitmap b = make({5, 3}, image_alpha::alpha, pattern);
     bitmap_data d = b.lock();
     EXPECT_TRUE(b.is_locked());
@@ -85,11 +85,8 @@ TEST(Bitmap, LockGivesThirtyTwoBitRowsAndKeepsWrites) {
     bitmap opaque;
     ASSERT_TRUE(opaque.create({2, 2}, image_alpha::no_alpha));
     EXPECT_EQ(pixel(opaque, 1, 1).a, 255);
-}
-
-TEST(BitmapDeathTest, LockingTwiceOrUnlockingUnlockedIsFatal) {
-    bitmap b = make({2, 2}, image_alpha::alpha, pattern);
-    bitmap_data d = b.lock();
+    // Locking twice, unlocking what is not locked, or locking nothing stops.
+    d = b.lock();
     EXPECT_DEATH(b.lock(), "isLocked == false");
     b.unlock(d);
     EXPECT_DEATH(b.unlock(d), "isLocked == true");
@@ -253,7 +250,7 @@ TEST(Bitmap, SetSizeResamples) {
         }
 }
 
-TEST(Bitmap, SetSizeWithoutResamplingCutsOrPads) {
+TEST(Bitmap, SetSizeWithoutResamplingCutsOrPadsAndClonesAreIndependent) {
     bitmap b = make({3, 3}, image_alpha::alpha, pattern);
     ASSERT_TRUE(b.set_size({5, 2}, false));
     EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
@@ -265,20 +262,17 @@ TEST(Bitmap, SetSizeWithoutResamplingCutsOrPads) {
     EXPECT_FALSE(b.set_size({100000, 100000}, true)) << "beyond the pixel cap";
     EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
     EXPECT_FALSE(bitmap().set_size({2, 2}, true));
-}
-
-TEST(Bitmap, CloneIsIndependentAndUnloadEmpties) {
-    bitmap a = make({3, 2}, image_alpha::alpha, pattern);
-    bitmap b = a.clone();
-    bitmap_data d = b.lock();
+    // A clone is independent, and unloading empties.
+    bitmap a = b.clone();
+    bitmap_data d = a.lock();
     d.bits[0] = 7;
-    b.unlock(d);
-    EXPECT_EQ(pixel(a, 0, 0).r, 0);
-    EXPECT_EQ(pixel(b, 0, 0).r, 7);
-    b.unload();
-    EXPECT_FALSE(b.is_loaded());
-    EXPECT_EQ(b.get_size(), (_vec2<int>{0, 0}));
-    EXPECT_EQ(b.get_native(), nullptr);
+    a.unlock(d);
+    EXPECT_EQ(pixel(b, 0, 0).r, 0);
+    EXPECT_EQ(pixel(a, 0, 0).r, 7);
+    a.unload();
+    EXPECT_FALSE(a.is_loaded());
+    EXPECT_EQ(a.get_size(), (_vec2<int>{0, 0}));
+    EXPECT_EQ(a.get_native(), nullptr);
     EXPECT_FALSE(bitmap().clone().is_loaded());
 }
 

@@ -27,7 +27,7 @@ TEST(EventManager, FirstIdInAFreshProcessIsZeroAndIdsCountUp) {
         ::testing::ExitedWithCode(0), "");
 }
 
-TEST(EventManager, FireReportsWhetherAListExistsEvenWhenEmpty) {
+TEST(EventManager, FireReportsWhetherAListExistsAndCallbacksRunInOrderOnASnapshot) {
     Source s;
     EXPECT_FALSE(em().fire_event(&s, event_type::custom, 0));
     EXPECT_FALSE(em().has_event(&s, event_type::custom));
@@ -45,10 +45,8 @@ TEST(EventManager, FireReportsWhetherAListExistsEvenWhenEmpty) {
     // Removing again, or an id never handed out, is ignored.
     em().remove_event(id);
     em().remove_event(0xFFFFFFF0u);
-}
 
-TEST(EventManager, CallbacksRunInRegistrationOrderOnASnapshot) {
-    Source s;
+    // Callbacks run in registration order on a snapshot.
     std::vector<int> order;
     uint32_t second = 0, late = 0;
     // The first removes itself and the second and adds a fourth: the running dispatch is unchanged.

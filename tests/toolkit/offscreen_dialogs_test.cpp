@@ -8,7 +8,7 @@
 using namespace nimbit;
 using namespace nimbit::ui;
 
-TEST(OffscreenDialogs, AnswerFromTheScriptInOrderThenCancel) {
+TEST(OffscreenDialogs, DialogsAnswerFromTheScriptAndTheShellRecordsHandOffs) {
     offscreen_file_browser& script = offscreen_file_browser::instance();
     script.reset();
     script.answer({file_path("/tmp/a.png")});
@@ -49,9 +49,8 @@ TEST(OffscreenDialogs, AnswerFromTheScriptInOrderThenCancel) {
               file_path("/out/pics"));
     EXPECT_EQ(script.requests().back().start_folder, file_path("/start"));
     script.reset();
-}
 
-TEST(OffscreenShell, RecordsHandOffsAndAnswersAsTold) {
+    // The shell records hand-offs and answers as told.
     offscreen_file_shell& shell = offscreen_file_shell::instance();
     shell.reset();
     EXPECT_TRUE(file_shell::show_in_explorer(file_path("/c/x.png"), true));

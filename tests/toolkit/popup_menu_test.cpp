@@ -6,6 +6,7 @@ namespace toolkit_test {
 namespace {
 
 using PopupMenuTest = ToolkitTest;
+using PopupMenuDeathTest = ToolkitTest;
 
 TEST_F(PopupMenuTest, ReturnsTheChosenIdOrAllBitsWhenDismissed) {
     TestWindow win({100, 50, 400, 300});
@@ -35,7 +36,7 @@ TEST_F(PopupMenuTest, ReturnsTheChosenIdOrAllBitsWhenDismissed) {
     EXPECT_TRUE(shown[0].items[3].checked);
 }
 
-TEST_F(PopupMenuTest, DisabledOrRemovedItemsCannotBeChosen) {
+TEST_F(PopupMenuDeathTest, DisabledOrRemovedItemsCannotBeChosenAndIdsAreUnique) {
     TestWindow win;
     popup_menu menu, sub;
     sub.add_item(21, "Inner");
@@ -56,9 +57,6 @@ TEST_F(PopupMenuTest, DisabledOrRemovedItemsCannotBeChosen) {
     offscreen::push_menu_answer(1);
     EXPECT_EQ(menu.show(win, {0, 0}, false), 0u) << "an empty menu is not shown";
     EXPECT_EQ(offscreen::shown_menus().size(), shown);
-}
-
-TEST_F(PopupMenuTest, DuplicateIdsAreAnError) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
         {

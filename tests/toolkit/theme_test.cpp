@@ -60,7 +60,7 @@ TEST(Theme, DefaultTableHasEveryKeyOnceAndValuesFollowTheKeyFamilies) {
     }
 }
 
-TEST(Theme, OwnStylesWinOverPluginMapWhichWinsOverDefaults) {
+TEST(Theme, OwnStylesWinOverPluginMapOverDefaultsAndLinksReadOneStepDeep) {
     plugin_guard guard;
     theme t;
     EXPECT_EQ(t.get<vec4>("button_font_color"), (vec4{1, 1, 1, 1}));
@@ -74,27 +74,24 @@ TEST(Theme, OwnStylesWinOverPluginMapWhichWinsOverDefaults) {
     // A plugin-only key (not in the default table) is found through the second level.
     theme::plugin_map.insert_or_assign("app_row_color", theme_style(vec4{0.1f, 0.2f, 0.3f, 1}));
     EXPECT_EQ(other.get<vec4>("app_row_color"), (vec4{0.1f, 0.2f, 0.3f, 1}));
-}
 
-TEST(Theme, LinksReadTheTargetThroughAllLevelsOneStepDeep) {
-    plugin_guard guard;
+    // Links read the target through all levels, one step deep.
     theme::plugin_map.insert_or_assign("app_label_color", theme_style(vec4{0.2f, 0.4f, 0.6f, 1}));
-    listener owner;
-    theme t(&owner);
-    t.link("label_font_color", "app_label_color");
-    EXPECT_EQ(t.translate("label_font_color"), "app_label_color");
-    EXPECT_EQ(t.translate("label_font_size"), "label_font_size");
-    EXPECT_EQ(t.get<vec4>("label_font_color"), (vec4{0.2f, 0.4f, 0.6f, 1}));
+    theme l;
+    l.link("label_font_color", "app_label_color");
+    EXPECT_EQ(l.translate("label_font_color"), "app_label_color");
+    EXPECT_EQ(l.translate("label_font_size"), "label_font_size");
+    EXPECT_EQ(l.get<vec4>("label_font_color"), (vec4{0.2f, 0.4f, 0.6f, 1}));
     // An own style of the target wins, as for any look-up.
-    t.set("app_label_color", vec4{1, 0, 0, 1});
-    EXPECT_EQ(t.get<vec4>("label_font_color"), (vec4{1, 0, 0, 1}));
+    l.set("app_label_color", vec4{1, 0, 0, 1});
+    EXPECT_EQ(l.get<vec4>("label_font_color"), (vec4{1, 0, 0, 1}));
     // One level only: a link to a linked key reads the intermediate key itself.
-    t.link("button_font_color", "label_font_color");
-    EXPECT_EQ(t.get<vec4>("button_font_color"), theme().get<vec4>("label_font_color"));
-    EXPECT_NE(t.get<vec4>("button_font_color"), (vec4{1, 0, 0, 1}));
+    l.link("button_font_color", "label_font_color");
+    EXPECT_EQ(l.get<vec4>("button_font_color"), theme().get<vec4>("label_font_color"));
+    EXPECT_NE(l.get<vec4>("button_font_color"), (vec4{1, 0, 0, 1}));
 }
 
-TEST(Theme, ChangesAreAnnouncedWithTheKeyAddress) {
+TEST(Theme, ChangesAreAnnouncedWithTheKeyAddressAndCopiesKeepTheirOwner) {
     listener owner;
     theme t(&owner);
     static constexpr const char* key = "label_font_size";
@@ -117,9 +114,8 @@ TEST(Theme, ChangesAreAnnouncedWithTheKeyAddress) {
     theme lone;
     lone.set("label_font_size", 9.0f);
     EXPECT_EQ(lone.get<float>("label_font_size"), 9.0f);
-}
 
-TEST(Theme, CopyTakesStylesAndLinksButNotTheOwner) {
+    // A copy takes styles and links but not the owner.
     listener a, b;
     theme first(&a);
     first.set("label_font_name", std::string("courier"));
