@@ -69,7 +69,7 @@ TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
     EXPECT_EQ(by_index, 2);
 }
 
-TEST_F(DropDownTest, ClickingOpensTheItemsAndTheChoiceSelects) {
+TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
     event_log changed(box, event_type::value_changed);
     box.set_selected_item(12);
     EXPECT_EQ(changed.count, 0);
@@ -87,10 +87,8 @@ TEST_F(DropDownTest, ClickingOpensTheItemsAndTheChoiceSelects) {
     offscreen::click(win, {40, 30});
     EXPECT_EQ(box.get_selected_id(), 13u);
     EXPECT_EQ(changed.count, 1);
-}
 
-TEST_F(DropDownTest, EditingItemsKeepsTheSelectionRight) {
-    box.set_selected_item(13);
+    // Editing items keeps the selection right.
     box.remove_item(10);
     EXPECT_EQ(box.get_selected_item(), 2);
     EXPECT_EQ(box.get_selected_id(), 13u);
@@ -113,7 +111,7 @@ TEST_F(DropDownTest, EditingItemsKeepsTheSelectionRight) {
 
 using CheckBoxTest = WidgetTest;
 
-TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
+TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     check_box box;
     box.create(win.get_root(), {10, 10, 120, 20});
     bool value = true;
@@ -136,18 +134,15 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
     box.set_pointer(nullptr);
     box.set_selected(true);
     EXPECT_FALSE(value);
-}
 
-TEST_F(CheckBoxTest, PaintsATickOnlyWhenCheckedAndTheFocusBorder) {
-    check_box box;
-    box.create(win.get_root(), {10, 10, 120, 20});
+    // A tick is painted only when checked, and the focus border with the focus.
     box.set_text("Option");
     auto ticks = [&] {
         return count_painted([](const draw_call& c) { return c.op == "draw_geometry_border"; });
     };
-    EXPECT_EQ(ticks(), 0);
-    box.set_selected(true);
     EXPECT_EQ(ticks(), 1);
+    box.set_selected(false);
+    EXPECT_EQ(ticks(), 0);
     box.focus();
     const vec4 focus = box.get_theme().get<vec4>("checkbox_border_color_focus");
     EXPECT_GT(
@@ -156,7 +151,7 @@ TEST_F(CheckBoxTest, PaintsATickOnlyWhenCheckedAndTheFocusBorder) {
 
 using ButtonTest = WidgetTest;
 
-TEST_F(ButtonTest, PressesFromClicksAndKeysAndToggles) {
+TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     generic_button button;
     button.create(win.get_root(), {10, 10, 80, 24});
     event_log pressed(button, event_type::pressed);
@@ -177,6 +172,17 @@ TEST_F(ButtonTest, PressesFromClicksAndKeysAndToggles) {
     EXPECT_EQ(pressed.last.data, 1u);
     offscreen::click(win, {20, 20});
     EXPECT_FALSE(button.is_toggled());
+
+    // A double click counts as two presses and leaves no capture behind.
+    button.set_toggle_mode(false);
+    check_box box;
+    box.create(win.get_root(), {0, 200, 50, 20});
+    offscreen::double_click(win, {20, 20});
+    EXPECT_EQ(pressed.count, 7);
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::double_click(win, {5, 210});
+    EXPECT_FALSE(box.is_selected()) << "toggled twice";
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
 }
 
 TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
@@ -204,7 +210,7 @@ TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
 
 using LabelTest = WidgetTest;
 
-TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
+TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
     text_label label;
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
@@ -223,12 +229,10 @@ TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     EXPECT_EQ(label.get_text(), "<b>");
     EXPECT_TRUE(label.get_runs().empty());
     EXPECT_EQ(label.get_rect().w, 20);
-}
 
-TEST_F(LabelTest, DrawsWithTheLabelKeysAndFollowsTheirChanges) {
-    text_label label;
-    label.create(win.get_root(), {0, 0, 100, 20});
-    label.set_text("hello");
+    // It draws with the label keys and follows their changes.
+    label.set_rect({0, 0, 100, 20});
+    label.set_text("hello", false, false);
     label.get_theme().set("label_font_color", vec4{1, 0, 0, 1});
     label.get_theme().set("label_text_align", text_align::right);
     EXPECT_GT(count_painted([](const draw_call& c) {
@@ -378,25 +382,4 @@ TEST_F(ShowcaseTest, EveryControlFollowsTheWindowWhenItGrows) {
     EXPECT_EQ(c.scroll.get_max_scroll(), overflow - 60) << "the bar sees the taller view";
     EXPECT_EQ(c.scroll.get_rect().h, c.list_view.get_rect().h);
 }
-} // namespace
-
-namespace {
-
-using DoubleClickTest = WidgetTest;
-
-// The release that ends a double click is swallowed by the window: no control may keep the mouse.
-TEST_F(DoubleClickTest, ControlsCountTheSecondClickAndKeepNoCapture) {
-    generic_button button;
-    button.create(win.get_root(), {0, 0, 50, 20});
-    check_box box;
-    box.create(win.get_root(), {0, 30, 50, 20});
-    event_log pressed(button, event_type::pressed);
-    offscreen::double_click(win, {10, 10});
-    EXPECT_EQ(pressed.count, 2);
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-    offscreen::double_click(win, {5, 40});
-    EXPECT_FALSE(box.is_selected()) << "toggled twice";
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-}
-
 } // namespace
