@@ -24,7 +24,7 @@ struct timed_window {
 
 } // namespace
 
-TEST(CocoaTimers, RepeatingTimersRepeatAndSingleShotsFireOnce) {
+TEST(CocoaTimers, RepeatingTimersRepeatSingleShotsFireOnceAndATimerMayDestroyItsWindow) {
     timed_window t;
     t.root.add_timer(7, 20, false);
     t.root.add_timer(8, 20, true);
@@ -38,17 +38,16 @@ TEST(CocoaTimers, RepeatingTimersRepeatAndSingleShotsFireOnce) {
     t.root.received.clear();
     pump(0.1);
     EXPECT_EQ(t.root.count(event_type::timer), 0u);
-}
 
-TEST(CocoaTimers, ATimerMayDestroyItsOwnWindow) {
-    auto t = std::make_unique<timed_window>();
+    // A timer may destroy its own window.
+    auto doomed = std::make_unique<timed_window>();
     bool gone = false;
-    nimbit::ui::event_manager::instance().add_event(&t->root, &gone, event_type::timer,
+    nimbit::ui::event_manager::instance().add_event(&doomed->root, &gone, event_type::timer,
                                                     [&](const nimbit::ui::event_info&) {
-                                                        t.reset();
+                                                        doomed.reset();
                                                         gone = true;
                                                     });
-    t->root.add_timer(1, 10, false);
+    doomed->root.add_timer(1, 10, false);
     ASSERT_TRUE(wait_for([&] { return gone; }));
     pump(0.05); // nothing fires into the destroyed window
 }
