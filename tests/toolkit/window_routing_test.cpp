@@ -55,7 +55,7 @@ TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesChildOrderAndSkipsHiddenWidg
     EXPECT_EQ(win.get_widget_at_pos({15, 15}), nullptr);
 }
 
-TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
+TEST_F(RoutingTest, DoubleClickSwallowsTheClosingReleaseAndACapturedWidgetAloneGetsMoves) {
     Scene s;
     auto& [win, r] = s;
     widget button;
@@ -71,15 +71,12 @@ TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
     offscreen::click(win, {15, 15});
     EXPECT_EQ(r.take().size(), 4u);
     EXPECT_EQ(win.get_focus(), &button);
-}
 
-TEST_F(RoutingTest, CapturedWidgetAloneGetsMovesAndReleases) {
-    Scene s;
-    auto& [win, r] = s;
+    // A captured widget alone gets moves and releases.
     widget slider, other;
     s.add(slider, {0, 0, 50, 50}, "s", mouse_types);
     s.add(other, {100, 100, 50, 50}, "o", mouse_types);
-    r.watch(win, "w", {event_type::mouse_move, event_type::mouse_up});
+    r.watch(win, "w", {event_type::mouse_move}); // the window hears mouse_up already
     offscreen::press_mouse(win, {10, 10});
     mouse::capture_widget(slider);
     EXPECT_TRUE(win.os().is_capturing());

@@ -56,7 +56,7 @@ TEST_F(InputBoxTest, TypingInsertsAtTheCaretAndRaisesEventsOnTheBox) {
     EXPECT_EQ(changed.last.agent, event_agent::user);
 }
 
-TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSign) {
+TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSignAndDeletesTakeIt) {
     box.set_text("abcdefg");
     // The caret starts at the end; Shift+Left twice selects "fg" to the right of the caret.
     key_with(shift_key, panel::key_left);
@@ -84,9 +84,8 @@ TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSign) {
     EXPECT_EQ(in().get_selection(), -5);
     key(panel::key_end);
     EXPECT_EQ(in().get_selection(), 0);
-}
 
-TEST_F(InputBoxTest, DeletingBackwardForwardAndOverASelection) {
+    // Deleting backward, forward and over a selection.
     box.set_text("abcdef");
     type(u"\x7f"); // delete backward at the end
     EXPECT_EQ(box.get_text(), "abcde");
