@@ -115,7 +115,7 @@ TEST(CocoaBitmap, PngKeepsEveryPixelAndJpgStaysClose) {
     EXPECT_TRUE(nimbit::ui::create_native_bitmap()->encode(1).empty());
 }
 
-TEST(CocoaBitmap, DamagedInputFailsAndLeavesTheImage) {
+TEST(CocoaBitmap, DamagedInputFailsAndLeavesTheImageAndResizeCutsOrScales) {
     auto b = sample();
     std::vector<unsigned char> png = b->encode(1);
     const std::vector<std::vector<unsigned char>> bad = {
@@ -137,10 +137,9 @@ TEST(CocoaBitmap, DamagedInputFailsAndLeavesTheImage) {
     }
     EXPECT_FALSE(b->create({0, 10}, true));
     EXPECT_FALSE(b->create({70000, 70000}, true));
-}
 
-TEST(CocoaBitmap, ResizeCutsOrScales) {
-    auto b = sample();
+    // Resizing cuts or scales.
+    b = sample();
     ASSERT_TRUE(b->resize({20, 10}, false));
     unsigned pitch = 0;
     EXPECT_EQ(b->read_pixels(pitch)[(2 * pitch) + 3 * 4 + 1], 255); // the green pixel kept its place
@@ -229,15 +228,12 @@ TEST(CocoaDrawer, TextIsMeasuredPlacedAndKeptInItsRectangle) {
     EXPECT_EQ(ink(shot, {box.x + box.w, 0, 200 - box.x - box.w, 120}), 0);
 }
 
-TEST(CocoaPlatform, FontsNamedByTheThemeMapToInstalledFaces) {
+TEST(CocoaPlatform, ThemeFontsMapToInstalledFacesAndDialogFiltersTakeBothCases) {
     EXPECT_EQ(nimbit::ui::cocoa::installed_font_family("Arial"), "Liberation Sans");
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("tahoma").empty());
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("Trebuchet MS").empty());
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("").empty());
-}
-
-TEST(CocoaPlatform, DialogFiltersAcceptBothCases) {
-    using nimbit::file_browser::file_filter;
+    // Dialog filters accept both cases.
     const auto types = nimbit::ui::cocoa::allowed_file_types({{"PNG files (*.png)", "*.png"},
                                                               {"JPG", "*.jpg"},
                                                               {"again", "*.PNG"},

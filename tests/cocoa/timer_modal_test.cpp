@@ -24,7 +24,7 @@ struct timed_window {
 
 } // namespace
 
-TEST(CocoaTimers, RepeatingTimersRepeatAndSingleShotsFireOnce) {
+TEST(CocoaTimers, RepeatingTimersRepeatSingleShotsFireOnceAndATimerMayDestroyItsWindow) {
     timed_window t;
     t.root.add_timer(7, 20, false);
     t.root.add_timer(8, 20, true);
@@ -38,22 +38,21 @@ TEST(CocoaTimers, RepeatingTimersRepeatAndSingleShotsFireOnce) {
     t.root.received.clear();
     pump(0.1);
     EXPECT_EQ(t.root.count(event_type::timer), 0u);
-}
 
-TEST(CocoaTimers, ATimerMayDestroyItsOwnWindow) {
-    auto t = std::make_unique<timed_window>();
+    // A timer may destroy its own window.
+    auto doomed = std::make_unique<timed_window>();
     bool gone = false;
-    nimbit::ui::event_manager::instance().add_event(&t->root, &gone, event_type::timer,
+    nimbit::ui::event_manager::instance().add_event(&doomed->root, &gone, event_type::timer,
                                                     [&](const nimbit::ui::event_info&) {
-                                                        t.reset();
+                                                        doomed.reset();
                                                         gone = true;
                                                     });
-    t->root.add_timer(1, 10, false);
+    doomed->root.add_timer(1, 10, false);
     ASSERT_TRUE(wait_for([&] { return gone; }));
     pump(0.05); // nothing fires into the destroyed window
 }
 
-TEST(CocoaModal, ShowModalReturnsTheEndModalCode) {
+TEST(CocoaModal, ShowModalReturnsTheEndModalCodeOrZeroWhenClosed) {
     timed_window t;
     nimbit::ui::event_manager::instance().add_event(
         &t.root, &t, event_type::timer, [&](const nimbit::ui::event_info&) { t.w.end_modal(42); });
@@ -61,16 +60,14 @@ TEST(CocoaModal, ShowModalReturnsTheEndModalCode) {
     EXPECT_EQ(t.w.show_modal(), 42);
     EXPECT_FALSE(t.w.is_modal());
     EXPECT_FALSE(t.w.is_shown());
-}
-
-TEST(CocoaModal, ClosingTheWindowOtherwiseReturnsZero) {
-    timed_window t;
-    t.w.set_modal_code(9); // show_modal starts again from 0
-    nimbit::ui::event_manager::instance().add_event(&t.root, &t, event_type::timer,
-                                                    [&](const nimbit::ui::event_info&) { t.w.hide(); });
-    t.root.add_timer(3, 50, true);
-    EXPECT_EQ(t.w.show_modal(), 0);
-    EXPECT_FALSE(t.w.is_modal());
+    // Closed otherwise, the session returns 0: show_modal starts again from 0.
+    timed_window other;
+    other.w.set_modal_code(9);
+    nimbit::ui::event_manager::instance().add_event(&other.root, &t, event_type::timer,
+                                                    [&](const nimbit::ui::event_info&) { other.w.hide(); });
+    other.root.add_timer(3, 50, true);
+    EXPECT_EQ(other.w.show_modal(), 0);
+    EXPECT_FALSE(other.w.is_modal());
 }
 
 TEST(CocoaModal, OtherWindowsKeepWorkingDuringTheSession) {

@@ -63,7 +63,7 @@ TEST(CocoaWindow, PaintsWidgetsWhereTheyAreOnScreen) {
     EXPECT_TRUE(looks(img, 199, 99, blue));
 }
 
-TEST(CocoaWindow, ClicksReachTheWidgetUnderThePointer) {
+TEST(CocoaWindow, ClicksAndTheWheelReachTheWidgetUnderThePointer) {
     painted_window p({100, 120, 200, 100});
     ASSERT_TRUE(wait_for([&] { return p.w.has_focus(); }));
     ASSERT_TRUE(click_at(p.at(30, 40)));
@@ -78,9 +78,20 @@ TEST(CocoaWindow, ClicksReachTheWidgetUnderThePointer) {
     ASSERT_TRUE(click_at(p.at(150, 80)));
     ASSERT_TRUE(wait_for([&] { return p.root.count(event_type::mouse_up) == 1; }));
     EXPECT_EQ(p.child.count(event_type::mouse_down), 2u);
+
+    // The wheel goes to the widget under the pointer, forty per line.
+    ASSERT_TRUE(xdotool("mousemove " + std::to_string(p.at(30, 40).x) + " " + std::to_string(p.at(30, 40).y) +
+                        " click 4"));
+    ASSERT_TRUE(wait_for([&] { return p.child.count(event_type::mouse_wheel) >= 1; }));
+    const double up = std::bit_cast<double>(p.child.data_of(event_type::mouse_wheel).at(0));
+    EXPECT_GT(up, 0.0);
+    EXPECT_EQ(std::fmod(up, 40.0), 0.0);
+    ASSERT_TRUE(xdotool("click 5"));
+    ASSERT_TRUE(wait_for([&] { return p.child.count(event_type::mouse_wheel) >= 2; }));
+    EXPECT_LT(std::bit_cast<double>(p.child.data_of(event_type::mouse_wheel).back()), 0.0);
 }
 
-TEST(CocoaWindow, KeysArriveAsRawKeyCharacterAndUp) {
+TEST(CocoaWindow, KeysArriveAsRawKeyCharacterAndUpAndModifiersAreSeen) {
     painted_window p({100, 120, 200, 100});
     ASSERT_TRUE(wait_for([&] { return p.w.has_focus(); }));
     p.child.focus();
@@ -109,12 +120,9 @@ TEST(CocoaWindow, KeysArriveAsRawKeyCharacterAndUp) {
     EXPECT_EQ(p.child.data_of(event_type::key_down), std::vector<unsigned long long>{63234});
     EXPECT_EQ(p.child.data_of(event_type::key_down_raw).at(0) & 0xFFFFFFFFu, 123u);
     EXPECT_EQ(p.child.count(event_type::key_char), 0u);
-}
 
-TEST(CocoaWindow, CommandShortcutsAreKeysNotText) {
-    painted_window p({100, 120, 200, 100});
-    ASSERT_TRUE(wait_for([&] { return p.w.has_focus(); }));
-    p.child.focus();
+    // Command shortcuts are keys, not text.
+    p.child.received.clear();
     bool command_seen = false;
     nimbit::ui::event_manager::instance().add_event(
         &p.child, &p, event_type::key_down, [&](const nimbit::ui::event_info& e) {
@@ -130,11 +138,9 @@ TEST(CocoaWindow, CommandShortcutsAreKeysNotText) {
     EXPECT_TRUE(command_seen);
     EXPECT_EQ(p.child.count(event_type::key_char), 0u);
     EXPECT_TRUE(wait_for([] { return !nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::command); }));
-}
 
-TEST(CocoaWindow, KeyStateSeesHeldModifiers) {
+    // The key state sees held modifiers.
     using nimbit::ui::keyboard;
-    painted_window p({100, 120, 200, 100});
     ASSERT_FALSE(keyboard::is_key_down(keyboard::control));
     ASSERT_TRUE(xdotool("keydown ctrl"));
     EXPECT_TRUE(wait_for([] { return keyboard::is_key_down(keyboard::control); }));
@@ -150,20 +156,6 @@ TEST(CocoaWindow, KeyStateSeesHeldModifiers) {
     EXPECT_EQ(keyboard::get_key_name(96), "F5");
     EXPECT_EQ(keyboard::get_key_name(-5), "");
     EXPECT_EQ(keyboard::get_key_name(100000), "");
-}
-
-TEST(CocoaWindow, WheelDeltaIsFortyPerLine) {
-    painted_window p({100, 120, 200, 100});
-    ASSERT_TRUE(wait_for([&] { return p.w.has_focus(); }));
-    ASSERT_TRUE(xdotool("mousemove " + std::to_string(p.at(30, 40).x) + " " + std::to_string(p.at(30, 40).y) +
-                        " click 4"));
-    ASSERT_TRUE(wait_for([&] { return p.child.count(event_type::mouse_wheel) >= 1; }));
-    const double up = std::bit_cast<double>(p.child.data_of(event_type::mouse_wheel).at(0));
-    EXPECT_GT(up, 0.0);
-    EXPECT_EQ(std::fmod(up, 40.0), 0.0);
-    ASSERT_TRUE(xdotool("click 5"));
-    ASSERT_TRUE(wait_for([&] { return p.child.count(event_type::mouse_wheel) >= 2; }));
-    EXPECT_LT(std::bit_cast<double>(p.child.data_of(event_type::mouse_wheel).back()), 0.0);
 }
 
 TEST(CocoaWindow, DoubleClickReplacesTheSecondPress) {

@@ -77,8 +77,7 @@ protected:
     }
     static std::string Lower(std::string s) {
         for (char& c : s)
-            if (c >= 'A' && c <= 'Z')
-                c = static_cast<char>(c - 'A' + 'a');
+            c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
         return s;
     }
 

@@ -71,7 +71,7 @@ struct SlotTest : ::testing::Test {
     std::vector<std::string> labels;
 };
 
-TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllow) {
+TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
     std::vector<menu_item> items = Menu(false, 0);
     EXPECT_EQ(Ids(items), (std::vector<uint32_t>{1, 2, 3, 5, 4}));
     EXPECT_EQ(items[0].text, "Gaussian Blur");
@@ -90,9 +90,8 @@ TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllow) {
     EXPECT_EQ(items[2].submenu[8].id, 69u);
     EXPECT_EQ(items[2].submenu[8].text, "9. S9");
     EXPECT_TRUE(popup.calls.empty()); // dismissed
-}
 
-TEST_F(SlotTest, MenuChoicesReachThePopup) {
+    // Choices reach the popup.
     Menu(false, 2, 62u); // the second submenu item
     Menu(false, 2, 3u);
     Menu(false, 2, 4u);
@@ -145,7 +144,7 @@ struct MessageTest : ::testing::Test {
     UIColors colours = BuildColorThemes()[0];
 };
 
-TEST_F(MessageTest, QuestionEndsWithOneForConfirmAndZeroOtherwise) {
+TEST_F(MessageTest, QuestionAndWarningEndWithOneForConfirmAndZeroOtherwise) {
     window parent;
     parent.create("parent", {0, 0, 400, 300});
     int turn = 0;
@@ -163,9 +162,8 @@ TEST_F(MessageTest, QuestionEndsWithOneForConfirmAndZeroOtherwise) {
     offscreen::offscreen_window::set_modal_driver(
         [&](window&) { ask.process_event(event_type::key_down, 27); });
     EXPECT_EQ(ask.Run(), 0);
-}
 
-TEST_F(MessageTest, WarningEndsWithOneForItsButtonAndZeroForEscape) {
+    // A warning ends with one for its button and zero for Escape.
     EffectsWarningPopup warn(nullptr, {0, 0}, &colours, "The file could not be read.", "OK");
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);

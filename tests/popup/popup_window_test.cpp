@@ -24,13 +24,6 @@ std::vector<int> ButtonLefts(EffectsPopupWindow& w) {
     return lefts;
 }
 
-TEST_F(PopupTest, FirstRunWritesTheSettingsFileButNotTheLists) {
-    const file_path folder = root / "user/Tarvelo";
-    EXPECT_TRUE(SettingsFileExists(folder));
-    EXPECT_FALSE(file_stats(folder.append(file_path("effects_search.txt"))).exists);
-    EXPECT_EQ(offscreen::native_of(*popup).get_title(), "Effects Popup");
-}
-
 TEST_F(PopupTest, OpeningLayoutsInBothModes) {
     Open("Comp 1", "Layer 1");
     EXPECT_TRUE(popup->is_shown());
@@ -90,7 +83,7 @@ TEST_F(PopupTest, ShortcutsBarShowsOnlyInSearchModeWithAnOccupiedSlot) {
     EXPECT_EQ(popup->get_rect().h, 68);
 }
 
-TEST_F(PopupTest, FocusCentresOnThePointerAndStaysOnScreen) {
+TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
     offscreen::set_pointer({600, 500});
     Open();
     EXPECT_EQ(popup->get_rect(), (ivec4{600 - 397 / 2, 500 - 45, 397, 45}));
@@ -106,10 +99,8 @@ TEST_F(PopupTest, FocusCentresOnThePointerAndStaysOnScreen) {
     EXPECT_FALSE(popup->GetSearchField().get_inside().has_focus());
     offscreen::advance_ms(250);
     EXPECT_TRUE(popup->GetSearchField().get_inside().has_focus());
-}
 
-TEST_F(PopupTest, ReopeningEmptiesTheSearchAndLosingFocusHides) {
-    Open();
+    // Losing the focus hides; reopening empties the search.
     Search("blur");
     EXPECT_FALSE(popup->GetRows().empty());
     popup->process_event(event_type::focus_lost, 0);
@@ -119,7 +110,7 @@ TEST_F(PopupTest, ReopeningEmptiesTheSearchAndLosingFocusHides) {
     EXPECT_TRUE(popup->GetRows().empty());
 }
 
-TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeaders) {
+TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersAndHighlightsThem) {
     Open();
     Search("blur");
     // Names containing the text, in catalogue order, effects before presets.
@@ -146,10 +137,8 @@ TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeaders) {
     EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "Effects");
     EXPECT_EQ(popup->GetPresetsHeader()->get_rect().y, 20);
     EXPECT_EQ(SelectedName(), "Glow Pulse");
-}
 
-TEST_F(PopupTest, RowsHighlightRedForPresetsAndBlueForEffects) {
-    Open();
+    // Rows highlight red for presets and blue for effects.
     Search("glow");
     const auto& rows = popup->GetRows();
     ASSERT_EQ(rows.size(), 2u);
@@ -253,7 +242,7 @@ TEST_F(PopupTest, ResizeFollowsTheContentUpToTheMaximum) {
     EXPECT_EQ(popup->GetScrollBar().get_value(), 0);
 }
 
-TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHide) {
+TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     Open();
     Search("gauss");
     InputKey(EffectsPopupWindow::KeyReturn);
@@ -284,10 +273,9 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHide) {
     popup->ApplySelectedEffect();
     EXPECT_EQ(applied.size(), 3u);
     EXPECT_FALSE(popup->is_shown());
-}
 
-TEST_F(PopupTest, EscapeEmptiesTheSearchAndClosesWithoutApplying) {
-    // As the platform delivers it: the key press to the focused field, then the cancel command.
+    // Escape empties the search and closes without applying, as the platform delivers it: the key press to
+    // the focused field, then the cancel command.
     for (const bool withSelection : {false, true}) {
         Open();
         Search("blur");
@@ -303,26 +291,10 @@ TEST_F(PopupTest, EscapeEmptiesTheSearchAndClosesWithoutApplying) {
     Open("Comp 1", "");
     popup->process_event(event_type::key_char, 27);
     EXPECT_FALSE(popup->is_shown());
-    EXPECT_TRUE(applied.empty());
+    EXPECT_EQ(applied.size(), 3u);
 }
 
-TEST_F(PopupTest, OverridesAreAppliedInPlaceOfTheEntry) {
-    popup->GetAliases().push_back({"soft", Named("Gaussian Blur"), Named("Fast Box Blur")});
-    Open();
-    Search("soft");
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    popup->ApplySelectedEffect();
-    ASSERT_EQ(applied.size(), 1u);
-    EXPECT_EQ(applied[0], Named("Fast Box Blur"));
-
-    SetSlot(0, "Gaussian Blur", "Gau");
-    Open("", "");
-    popup->process_event(event_type::key_char, '1');
-    ASSERT_EQ(applied.size(), 2u);
-    EXPECT_EQ(applied[1], Named("Fast Box Blur"));
-}
-
-TEST_F(PopupTest, DigitsPickOccupiedShortcutSlots) {
+TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) {
     SetSlot(1, "Glow", "Glo");
     Open();
     popup->process_event(event_type::key_char, '5'); // slot 5 is empty: nothing, and still shown
@@ -352,9 +324,28 @@ TEST_F(PopupTest, DigitsPickOccupiedShortcutSlots) {
     Open("", "");
     popup->process_event(event_type::key_char, 'x');
     EXPECT_FALSE(popup->is_shown());
+
+    // An override is applied in place of its entry, from the list and from a slot.
+    popup->GetAliases().push_back({"soft", Named("Gaussian Blur"), Named("Fast Box Blur")});
+    Open();
+    Search("soft");
+    EXPECT_EQ(SelectedName(), "Gaussian Blur");
+    popup->ApplySelectedEffect();
+    ASSERT_EQ(applied.size(), 3u);
+    EXPECT_EQ(applied[2], Named("Fast Box Blur"));
+    SetSlot(0, "Gaussian Blur", "Gau");
+    Open("", "");
+    popup->process_event(event_type::key_char, '1');
+    ASSERT_EQ(applied.size(), 4u);
+    EXPECT_EQ(applied[3], Named("Fast Box Blur"));
 }
 
-TEST_F(PopupTest, WindowKeys) {
+TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndWindowKeysAndCommandsReachTheirTools) {
+    const file_path folder = root / "user/Tarvelo";
+    EXPECT_TRUE(SettingsFileExists(folder));
+    EXPECT_FALSE(file_stats(folder.append(file_path("effects_search.txt"))).exists);
+    EXPECT_EQ(offscreen::native_of(*popup).get_title(), "Effects Popup");
+
     Open();
     popup->process_event(event_type::key_down, EffectsPopupWindow::KeyF5);
     EXPECT_EQ(popup->gallery, 1);
@@ -372,9 +363,9 @@ TEST_F(PopupTest, WindowKeys) {
     EXPECT_TRUE(popup->is_shown());
     popup->process_event(event_type::key_down, 'A');
     EXPECT_FALSE(popup->is_shown());
-}
 
-TEST_F(PopupTest, CommandsReachTheirTools) {
+    // Commands from the host reach the same tools.
+    popup->gallery = popup->screenshots = 0;
     EXPECT_EQ(Command(*popup, PopupCommand{PopupCommand::Gallery}), NoCommandResult);
     EXPECT_EQ(popup->gallery, 1);
     Command(*popup, PopupCommand{PopupCommand::Screenshot});

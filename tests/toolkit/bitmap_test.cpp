@@ -67,7 +67,7 @@ rgba pattern(int x, int y) {
 
 } // namespace
 
-TEST(Bitmap, LockGivesThirtyTwoBitRowsAndKeepsWrites) {
+TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
     bitmap b = make({5, 3}, image_alpha::alpha, pattern);
     bitmap_data d = b.lock();
     EXPECT_TRUE(b.is_locked());
@@ -85,11 +85,8 @@ TEST(Bitmap, LockGivesThirtyTwoBitRowsAndKeepsWrites) {
     bitmap opaque;
     ASSERT_TRUE(opaque.create({2, 2}, image_alpha::no_alpha));
     EXPECT_EQ(pixel(opaque, 1, 1).a, 255);
-}
-
-TEST(BitmapDeathTest, LockingTwiceOrUnlockingUnlockedIsFatal) {
-    bitmap b = make({2, 2}, image_alpha::alpha, pattern);
-    bitmap_data d = b.lock();
+    // Locking twice, unlocking what is not locked, or locking nothing stops.
+    d = b.lock();
     EXPECT_DEATH(b.lock(), "isLocked == false");
     b.unlock(d);
     EXPECT_DEATH(b.unlock(d), "isLocked == true");
@@ -106,6 +103,14 @@ TEST(Bitmap, PngRoundTripIsExactWithAlpha) {
     ASSERT_TRUE(back.load_image(png.data(), png.size()));
     EXPECT_EQ(back.get_size(), (_vec2<int>{7, 5}));
     EXPECT_EQ(pixels_of(back), pixels_of(b));
+    // A stream carries its scale: the size is in points, locking reports pixels.
+    const auto wide = make({8, 4}, image_alpha::alpha, pattern).save_image_stream(image_format::png);
+    ASSERT_TRUE(back.load_image(image_stream(wide.data(), static_cast<uint32_t>(wide.size()), 3, 4.0f)));
+    EXPECT_FLOAT_EQ(back.get_scale(), 4.0f);
+    EXPECT_EQ(back.get_size(), (_vec2<int>{2, 1}));
+    bitmap_data d = back.lock();
+    EXPECT_EQ(d.size, (_vec2<int>{8, 4}));
+    back.unlock(d);
 }
 
 TEST(Bitmap, JpgRoundTripIsCloseAndOpaque) {
@@ -129,19 +134,6 @@ TEST(Bitmap, JpgRoundTripIsCloseAndOpaque) {
     EXPECT_LE(worst, 6);
 }
 
-TEST(Bitmap, UnknownFormatGivesNothing) {
-    bitmap b = make({2, 2}, image_alpha::alpha, pattern);
-    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(3)).empty());
-    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(0)).empty());
-    const auto dir = temp_dir();
-    const auto target = dir / "x.img";
-    EXPECT_FALSE(b.save_image(file_path(target.string()), static_cast<image_format>(7)));
-    EXPECT_TRUE(std::filesystem::is_empty(dir));
-    EXPECT_TRUE(bitmap().save_image_stream(image_format::png).empty())
-        << "an empty bitmap encodes to nothing";
-    std::filesystem::remove_all(dir);
-}
-
 TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
     const auto dir = temp_dir();
     bitmap b = make({4, 4}, image_alpha::alpha, pattern);
@@ -163,6 +155,13 @@ TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
     EXPECT_FALSE(back.load_image(file_path((dir / "none.png").string())));
     EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
     EXPECT_FALSE(back.load_image(file_path(dir.string()))) << "a folder is not an image";
+    // Unknown formats give nothing and leave no file.
+    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(3)).empty());
+    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(0)).empty());
+    EXPECT_FALSE(b.save_image(file_path((dir / "x.img").string()), static_cast<image_format>(7)));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
+    EXPECT_TRUE(bitmap().save_image_stream(image_format::png).empty())
+        << "an empty bitmap encodes to nothing";
     std::filesystem::remove_all(dir);
 }
 
@@ -205,19 +204,6 @@ TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
     EXPECT_FALSE(keeper.load_image(image_stream{}));
     EXPECT_EQ(keeper.get_size(), (_vec2<int>{1, 1}));
     EXPECT_EQ(pixels_of(keeper), before);
-}
-
-TEST(Bitmap, ImageStreamCarriesItsScale) {
-    const std::vector<unsigned char> png =
-        make({8, 4}, image_alpha::alpha, pattern).save_image_stream(image_format::png);
-    const image_stream stream(png.data(), static_cast<uint32_t>(png.size()), 3, 4.0f);
-    bitmap b;
-    ASSERT_TRUE(b.load_image(stream));
-    EXPECT_FLOAT_EQ(b.get_scale(), 4.0f);
-    EXPECT_EQ(b.get_size(), (_vec2<int>{2, 1}));
-    bitmap_data d = b.lock();
-    EXPECT_EQ(d.size, (_vec2<int>{8, 4})) << "locking reports pixels";
-    b.unlock(d);
 }
 
 TEST(Bitmap, SetSizeResamples) {
@@ -264,7 +250,7 @@ TEST(Bitmap, SetSizeResamples) {
         }
 }
 
-TEST(Bitmap, SetSizeWithoutResamplingCutsOrPads) {
+TEST(Bitmap, SetSizeWithoutResamplingCutsOrPadsAndClonesAreIndependent) {
     bitmap b = make({3, 3}, image_alpha::alpha, pattern);
     ASSERT_TRUE(b.set_size({5, 2}, false));
     EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
@@ -276,20 +262,17 @@ TEST(Bitmap, SetSizeWithoutResamplingCutsOrPads) {
     EXPECT_FALSE(b.set_size({100000, 100000}, true)) << "beyond the pixel cap";
     EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
     EXPECT_FALSE(bitmap().set_size({2, 2}, true));
-}
-
-TEST(Bitmap, CloneIsIndependentAndUnloadEmpties) {
-    bitmap a = make({3, 2}, image_alpha::alpha, pattern);
-    bitmap b = a.clone();
-    bitmap_data d = b.lock();
+    // A clone is independent, and unloading empties.
+    bitmap a = b.clone();
+    bitmap_data d = a.lock();
     d.bits[0] = 7;
-    b.unlock(d);
-    EXPECT_EQ(pixel(a, 0, 0).r, 0);
-    EXPECT_EQ(pixel(b, 0, 0).r, 7);
-    b.unload();
-    EXPECT_FALSE(b.is_loaded());
-    EXPECT_EQ(b.get_size(), (_vec2<int>{0, 0}));
-    EXPECT_EQ(b.get_native(), nullptr);
+    a.unlock(d);
+    EXPECT_EQ(pixel(b, 0, 0).r, 0);
+    EXPECT_EQ(pixel(a, 0, 0).r, 7);
+    a.unload();
+    EXPECT_FALSE(a.is_loaded());
+    EXPECT_EQ(a.get_size(), (_vec2<int>{0, 0}));
+    EXPECT_EQ(a.get_native(), nullptr);
     EXPECT_FALSE(bitmap().clone().is_loaded());
 }
 

@@ -48,7 +48,7 @@ TEST_F(InputStateTest, ModifierMembersTestTheirKeysWithTheKeptAsymmetries) {
     }
 }
 
-TEST_F(InputStateTest, WasKeyPressedReportsEachPressOnce) {
+TEST_F(InputStateTest, KeyPressesReportOnceAndThePointerIsRelativeToTheWidget) {
     constexpr int key_q = 12;
     EXPECT_FALSE(keyboard::was_key_pressed(key_q));
     offscreen::set_key_down(key_q, true);
@@ -60,9 +60,7 @@ TEST_F(InputStateTest, WasKeyPressedReportsEachPressOnce) {
     EXPECT_TRUE(keyboard::was_key_pressed(key_q));
     EXPECT_EQ(keyboard::get_key_name(49), "Space");
     EXPECT_EQ(keyboard::get_key_name(-97), "");
-}
-
-TEST_F(InputStateTest, PointerPositionIsRelativeToTheWidget) {
+    // The pointer position is relative to the widget asked about.
     TestWindow win({100, 200, 300, 300});
     widget panel, item;
     panel.create(win.get_root(), {10, 20, 100, 100});

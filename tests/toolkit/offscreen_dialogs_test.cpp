@@ -8,7 +8,7 @@
 using namespace nimbit;
 using namespace nimbit::ui;
 
-TEST(OffscreenDialogs, AnswerFromTheScriptInOrderThenCancel) {
+TEST(OffscreenDialogs, DialogsAnswerFromTheScriptAndTheShellRecordsHandOffs) {
     offscreen_file_browser& script = offscreen_file_browser::instance();
     script.reset();
     script.answer({file_path("/tmp/a.png")});
@@ -31,12 +31,8 @@ TEST(OffscreenDialogs, AnswerFromTheScriptInOrderThenCancel) {
     EXPECT_EQ(first.filters[0].pattern, "*.png");
     EXPECT_EQ(script.requests()[2].what, dialog_request::kind::folder);
     EXPECT_EQ(script.pending_answers(), 0u);
-    script.reset();
-}
 
-TEST(OffscreenDialogs, SingleChoiceDialogsReturnOneItemAndRespondersSeeTheRequest) {
-    offscreen_file_browser& script = offscreen_file_browser::instance();
-    script.reset();
+    // Single-choice dialogs return one item; a responder sees the request.
     const std::vector<file_path> two{file_path("/a"), file_path("/b")};
     script.answer(two);
     script.answer(two);
@@ -53,9 +49,8 @@ TEST(OffscreenDialogs, SingleChoiceDialogsReturnOneItemAndRespondersSeeTheReques
               file_path("/out/pics"));
     EXPECT_EQ(script.requests().back().start_folder, file_path("/start"));
     script.reset();
-}
 
-TEST(OffscreenShell, RecordsHandOffsAndAnswersAsTold) {
+    // The shell records hand-offs and answers as told.
     offscreen_file_shell& shell = offscreen_file_shell::instance();
     shell.reset();
     EXPECT_TRUE(file_shell::show_in_explorer(file_path("/c/x.png"), true));

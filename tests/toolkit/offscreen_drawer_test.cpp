@@ -42,13 +42,10 @@ TEST(OffscreenDrawer, RecordsCallsWithTheStateTheyUsedAndTheirPass) {
     EXPECT_FALSE(native.in_pass());
     native.end_draw(); // unbalanced: ignored
     EXPECT_EQ(native.calls().back().op, "clear");
-}
 
-// The record is read while painting goes on and may be cleared in the middle of a pass (a test
-// that only wants one widget's calls): what is read must stay complete and keep its pass.
-TEST(OffscreenDrawer, TheRecordStaysCompleteAcrossReadsAndClearsInsideAPass) {
-    offscreen_drawer native({100, 100});
-    drawer d(native);
+    // The record is read while painting goes on and may be cleared in the middle of a pass (a test
+    // that only wants one widget's calls): what is read must stay complete and keep its pass.
+    native.clear_calls();
     native.start_draw({5, 6}, {0, 0, 40, 40});
     d.draw_text({0, 0, 50, 10}, "first");
     EXPECT_EQ(native.calls().size(), 2u);
@@ -78,7 +75,7 @@ TEST(OffscreenDrawer, TheRecordStaysCompleteAcrossReadsAndClearsInsideAPass) {
     EXPECT_EQ(native.calls_named("draw_text").at(0).text, "third");
 }
 
-TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
+TEST(OffscreenDrawerDeathTest, ImagesAreDrawnAtTheirSizeInPointsAndMustBeLoaded) {
     offscreen_drawer native;
     drawer d(native);
     bitmap b;
@@ -101,16 +98,11 @@ TEST(OffscreenDrawer, ImagesAreDrawnAtTheirSizeInPoints) {
     const auto tiled = native.calls_named("draw_rect_image").at(0);
     EXPECT_EQ(tiled.mode_1, int(image_extend::repeat));
     EXPECT_EQ(tiled.mode_2, int(image_extend::stretch));
-}
-
-TEST(OffscreenDrawerDeathTest, DrawingAnUnloadedImageIsFatal) {
-    offscreen_drawer native;
-    drawer d(native);
     bitmap empty;
     EXPECT_DEATH(d.draw_image({0, 0}, empty), "isLoaded");
 }
 
-TEST(OffscreenDrawer, TextMetricIsFixed) {
+TEST(OffscreenDrawer, TextMetricIsFixedAndWrapsAtSpacesThenMidWord) {
     offscreen_drawer native;
     drawer d(native);
     d.set_text_font("tahoma", 12.0f);
@@ -130,11 +122,7 @@ TEST(OffscreenDrawer, TextMetricIsFixed) {
     big.start = 1;
     big.end = 2;
     EXPECT_EQ(d.calc_text_size("abc", {}, {big}), (_vec2<int>{6 + 10 + 6, 25}));
-}
-
-TEST(OffscreenDrawer, TextWrapsAtSpacesThenMidWordAndStopsAtTheHeight) {
-    offscreen_drawer native;
-    drawer d(native);
+    // Wrapping breaks at spaces, then mid-word, and stops at the height.
     d.set_text_font("tahoma", 10.0f); // 5 wide, 13 tall
     EXPECT_EQ(d.calc_text_size("hello world", {40, 0}), (_vec2<int>{25, 26}));
     EXPECT_EQ(d.calc_text_size("hello world", {55, 0}), (_vec2<int>{55, 13}));

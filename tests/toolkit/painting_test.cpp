@@ -28,13 +28,14 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
     TestWindow win({0, 0, 300, 200});
     Painted panel, a, b, hidden, outside;
     std::vector<std::string> order;
-    for (auto* w : {&panel, &a, &b, &hidden, &outside})
+    for (auto [w, name] : {std::pair<Painted*, const char*>{&panel, "panel"},
+                           {&a, "a"},
+                           {&b, "b"},
+                           {&hidden, "hidden"},
+                           {&outside, "outside"}}) {
         w->hook(order);
-    panel.set_name("panel");
-    a.set_name("a");
-    b.set_name("b");
-    hidden.set_name("hidden");
-    outside.set_name("outside");
+        w->set_name(name);
+    }
     panel.create(win.get_root(), {10, 10, 200, 100});
     a.create(panel, {0, 0, 50, 50});
     b.create(panel, {60, 0, 50, 50});
@@ -59,6 +60,14 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
     EXPECT_EQ(shadows[0].rect, (ivec4{60, 0, 50, 50}));
     EXPECT_EQ(shadows[0].clip, (ivec4{10, 10, 200, 100})) << "in the panel's pass, inside the panel";
     EXPECT_FALSE(canvas.in_pass());
+
+    // A flush paints the dirty area and leaves nothing behind.
+    win.os().paint_pending();
+    order.clear();
+    a.update(true);
+    EXPECT_EQ(order, (std::vector<std::string>{"panel", "a"}));
+    EXPECT_EQ(win.os().get_dirty(), ivec4{});
+    EXPECT_FALSE(win.os().paint_pending());
 }
 
 // A widget that paints far past its own edges, as a list with more rows than room does.
@@ -118,18 +127,13 @@ TEST_F(PaintingTest, EachWidgetPaintsOnlyInsideItselfAndItsAncestorsWithinTheDir
     EXPECT_EQ(beside.draws, 0);
     for (const auto& c : canvas.calls_named("start_draw"))
         EXPECT_TRUE(c.clip.w > 0 && c.clip.h > 0) << "no pass opens with nothing to paint";
-}
 
-TEST_F(PaintingTest, RepaintingOneWidgetKeepsItInsideItsAncestors) {
-    TestWindow win({0, 0, 300, 200});
-    Spilling panel, child;
-    panel.create(win.get_root(), {10, 10, 100, 60});
-    child.create(panel, {80, 40, 50, 50});
+    // Repainting one widget keeps it inside its ancestors.
     child.set_shadow(true, {4, 4}, 10);
-    auto& canvas = win.os().get_canvas();
     canvas.clear_calls();
+    panel.draws = 0;
     win.process_draw(child, {0, 0, 300, 200});
-    EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{{90, 50, 20, 20}}));
+    EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{{90, 50, 20, 20}, {100, 60, 10, 10}}));
     EXPECT_EQ(panel.draws, 0);
 
     // A child's shadow is painted in its parent's pass, so it cannot leave the parent either.
@@ -138,20 +142,6 @@ TEST_F(PaintingTest, RepaintingOneWidgetKeepsItInsideItsAncestors) {
     const auto shadows = canvas.calls_named("draw_shadow");
     ASSERT_EQ(shadows.size(), 1u);
     EXPECT_EQ(shadows[0].clip, (ivec4{10, 10, 100, 60}));
-}
-
-TEST_F(PaintingTest, FlushPaintsTheMergedDirtyArea) {
-    TestWindow win({0, 0, 300, 200});
-    Painted a;
-    std::vector<std::string> order;
-    a.hook(order);
-    a.create(win.get_root(), {10, 10, 20, 20});
-    win.os().paint_pending();
-    order.clear();
-    a.update(true);
-    EXPECT_EQ(order, std::vector<std::string>{"Widget"});
-    EXPECT_EQ(win.os().get_dirty(), ivec4{});
-    EXPECT_FALSE(win.os().paint_pending()); // nothing left
 }
 
 } // namespace

@@ -6,14 +6,7 @@ namespace toolkit_test {
 namespace {
 
 using PopupMenuTest = ToolkitTest;
-
-TEST_F(PopupMenuTest, EmptyMenuReturnsZeroWithoutShowing) {
-    TestWindow win;
-    popup_menu menu;
-    offscreen::push_menu_answer(1);
-    EXPECT_EQ(menu.show(win, {0, 0}, false), 0u);
-    EXPECT_TRUE(offscreen::shown_menus().empty());
-}
+using PopupMenuDeathTest = ToolkitTest;
 
 TEST_F(PopupMenuTest, ReturnsTheChosenIdOrAllBitsWhenDismissed) {
     TestWindow win({100, 50, 400, 300});
@@ -43,7 +36,7 @@ TEST_F(PopupMenuTest, ReturnsTheChosenIdOrAllBitsWhenDismissed) {
     EXPECT_TRUE(shown[0].items[3].checked);
 }
 
-TEST_F(PopupMenuTest, DisabledOrRemovedItemsCannotBeChosen) {
+TEST_F(PopupMenuDeathTest, DisabledOrRemovedItemsCannotBeChosenAndIdsAreUnique) {
     TestWindow win;
     popup_menu menu, sub;
     sub.add_item(21, "Inner");
@@ -60,10 +53,10 @@ TEST_F(PopupMenuTest, DisabledOrRemovedItemsCannotBeChosen) {
     EXPECT_EQ(menu.show(win, {0, 0}, false), popup_menu::dismissed);
     menu.add_item(2, "Two again"); // the id is free again
     menu.remove_all_items();
-    EXPECT_EQ(menu.show(win, {0, 0}, false), 0u);
-}
-
-TEST_F(PopupMenuTest, DuplicateIdsAreAnError) {
+    const size_t shown = offscreen::shown_menus().size();
+    offscreen::push_menu_answer(1);
+    EXPECT_EQ(menu.show(win, {0, 0}, false), 0u) << "an empty menu is not shown";
+    EXPECT_EQ(offscreen::shown_menus().size(), shown);
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(
         {

@@ -92,7 +92,7 @@ TEST_F(WidgetTest, DisablingAndHidingReachEveryDescendantWithoutTouchingTheirOwn
     EXPECT_TRUE(d.is_live());
 }
 
-TEST_F(WidgetTest, RemovingAChildDropsTheParentsSubscriptionsOnIt) {
+TEST_F(WidgetTest, RemovingChildrenDropsTheParentsSubscriptionsOnThem) {
     TestWindow win;
     widget parent, child;
     parent.create(win.get_root(), {0, 0, 100, 100});
@@ -113,6 +113,20 @@ TEST_F(WidgetTest, RemovingAChildDropsTheParentsSubscriptionsOnIt) {
     EXPECT_EQ(other, 1);
     EXPECT_EQ(child.get_parent(), nullptr);
     EXPECT_TRUE(parent.get_children().empty());
+
+    // remove_all_children survives callbacks that destroy children.
+    auto a = std::make_unique<widget>(), b = std::make_unique<widget>(), c = std::make_unique<widget>();
+    for (widget* w : {a.get(), b.get(), c.get()})
+        w->create(parent, {0, 0, 1, 1});
+    int removed = 0;
+    event_manager::instance().add_event(&parent, &win, event_type::child_removed, [&](const event_info&) {
+        ++removed;
+        c.reset(); // a later child dies while the list is walked
+    });
+    parent.remove_all_children();
+    EXPECT_EQ(removed, 3); // a and b, then c removing itself from its destructor
+    EXPECT_TRUE(parent.get_children().empty());
+    EXPECT_EQ(a->get_parent(), nullptr);
 }
 
 TEST_F(WidgetTest, DestroyingAWidgetDetachesItEverywhere) {
@@ -175,27 +189,6 @@ TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
     EXPECT_EQ(parent.get_children().front(), expected.back());
     EXPECT_EQ(parent.get_children().back(), &extra);
     EXPECT_TRUE(parent.has_child(&extra));
-}
-
-TEST_F(WidgetTest, RemoveAllChildrenSurvivesCallbacksThatDestroyChildren) {
-    TestWindow win;
-    widget parent;
-    parent.create(win.get_root(), {0, 0, 100, 100});
-    auto a = std::make_unique<widget>();
-    auto b = std::make_unique<widget>();
-    auto c = std::make_unique<widget>();
-    a->create(parent, {0, 0, 1, 1});
-    b->create(parent, {0, 0, 1, 1});
-    c->create(parent, {0, 0, 1, 1});
-    int removed = 0;
-    event_manager::instance().add_event(&parent, &win, event_type::child_removed, [&](const event_info&) {
-        ++removed;
-        c.reset(); // a later child dies while the list is walked
-    });
-    parent.remove_all_children();
-    EXPECT_EQ(removed, 3); // a and b, then c removing itself from its destructor
-    EXPECT_TRUE(parent.get_children().empty());
-    EXPECT_EQ(a->get_parent(), nullptr);
 }
 
 TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowSilently) {
@@ -302,20 +295,6 @@ TEST_F(WidgetTest, UpdateRectanglesAreClippedByEveryAncestor) {
     // Moving invalidates the old area as well as the new one.
     outer.set_rect({20, 10, 100, 100});
     EXPECT_EQ(win.os().get_dirty(), (ivec4{10, 10, 110, 100}));
-}
-
-TEST_F(WidgetTest, ChildOrderDecidesPaintingAndHitting) {
-    TestWindow win;
-    widget a, b, c;
-    a.create(win.get_root(), {0, 0, 50, 50});
-    b.create(win.get_root(), {0, 0, 50, 50});
-    c.create(win.get_root(), {0, 0, 50, 50});
-    EXPECT_EQ(win.get_widget_at_pos({5, 5}), &c);
-    a.bring_to_front();
-    EXPECT_EQ(win.get_root().get_children(), (std::vector<widget*>{&b, &c, &a}));
-    EXPECT_EQ(win.get_widget_at_pos({5, 5}), &a);
-    c.send_to_back();
-    EXPECT_EQ(win.get_root().get_children(), (std::vector<widget*>{&c, &b, &a}));
 }
 
 } // namespace

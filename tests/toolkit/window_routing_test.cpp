@@ -25,7 +25,7 @@ struct Scene {
     }
 };
 
-TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesAndSkipsHiddenWidgets) {
+TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesChildOrderAndSkipsHiddenWidgets) {
     TestWindow win({0, 0, 200, 100});
     widget a, hidden, inner;
     a.create(win.get_root(), {10, 10, 50, 40});
@@ -42,11 +42,20 @@ TEST_F(RoutingTest, HitTestingUsesHalfOpenRectanglesAndSkipsHiddenWidgets) {
     EXPECT_EQ(win.get_widget_at_pos({20, 19}), &a);
     EXPECT_EQ(win.get_widget_at_pos({59, 49}), &a);
     EXPECT_EQ(win.get_widget_at_pos({60, 49}), root);
+    // The last child is on top until the order changes.
+    widget b, c;
+    b.create(win.get_root(), {100, 0, 50, 50});
+    c.create(win.get_root(), {100, 0, 50, 50});
+    EXPECT_EQ(win.get_widget_at_pos({105, 5}), &c);
+    b.bring_to_front();
+    EXPECT_EQ(win.get_widget_at_pos({105, 5}), &b);
+    c.send_to_back();
+    EXPECT_EQ(win.get_root().get_children(), (std::vector<widget*>{&c, &a, &hidden, &b}));
     win.get_root().hide();
     EXPECT_EQ(win.get_widget_at_pos({15, 15}), nullptr);
 }
 
-TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
+TEST_F(RoutingTest, DoubleClickSwallowsTheClosingReleaseAndACapturedWidgetAloneGetsMoves) {
     Scene s;
     auto& [win, r] = s;
     widget button;
@@ -62,15 +71,12 @@ TEST_F(RoutingTest, DoubleClickSwallowsTheClosingRelease) {
     offscreen::click(win, {15, 15});
     EXPECT_EQ(r.take().size(), 4u);
     EXPECT_EQ(win.get_focus(), &button);
-}
 
-TEST_F(RoutingTest, CapturedWidgetAloneGetsMovesAndReleases) {
-    Scene s;
-    auto& [win, r] = s;
+    // A captured widget alone gets moves and releases.
     widget slider, other;
     s.add(slider, {0, 0, 50, 50}, "s", mouse_types);
     s.add(other, {100, 100, 50, 50}, "o", mouse_types);
-    r.watch(win, "w", {event_type::mouse_move, event_type::mouse_up});
+    r.watch(win, "w", {event_type::mouse_move}); // the window hears mouse_up already
     offscreen::press_mouse(win, {10, 10});
     mouse::capture_widget(slider);
     EXPECT_TRUE(win.os().is_capturing());
@@ -85,6 +91,14 @@ TEST_F(RoutingTest, CapturedWidgetAloneGetsMovesAndReleases) {
     offscreen::move_mouse(win, {121, 121});
     EXPECT_EQ(r.take(),
               (std::vector<std::string>{ev("o", event_type::mouse_enter), ev("w", event_type::mouse_move)}));
+    // A captured widget that is destroyed is forgotten.
+    {
+        widget gone;
+        gone.create(win.get_root(), {0, 0, 5, 5});
+        mouse::capture_widget(gone);
+    }
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::move_mouse(win, {1, 1}); // must not reach the dead widget
 }
 
 TEST_F(RoutingTest, ReleasingAnotherWidgetThanTheCapturedOneIsAnError) {
@@ -102,17 +116,6 @@ TEST_F(RoutingTest, ReleasingAnotherWidgetThanTheCapturedOneIsAnError) {
         "nimbit/ui/mouse.cpp:[0-9]+: assertion failed: get_captured_widget\\(\\) == &widgetToRelease && "
         "\"The widget to "
         "be released is different from the captured widget\"");
-}
-
-TEST_F(RoutingTest, DestroyedCapturedWidgetIsForgotten) {
-    TestWindow win;
-    {
-        widget w;
-        w.create(win.get_root(), {0, 0, 5, 5});
-        mouse::capture_widget(w);
-    }
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-    offscreen::move_mouse(win, {1, 1}); // must not reach the dead widget
 }
 
 TEST_F(RoutingTest, WheelBubblesToTheFirstWidgetWithAWheelList) {
@@ -224,7 +227,7 @@ TEST_F(RoutingTest, DisabledAncestorsBlockInputUntilReEnabled) {
                                         ev("w", event_type::mouse_down), ev("b", event_type::key_down)}));
 }
 
-TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowWithTheirPayloads) {
+TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowAndPointerEventsToOneWidget) {
     Scene s(true);
     auto& [win, r] = s;
     widget field;
@@ -238,6 +241,18 @@ TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowWithTheirPayloads) {
                             ev("f", event_type::key_down_raw, upper << 32),
                             ev("f", event_type::key_down, upper), ev("w", event_type::key_down, upper),
                             ev("f", event_type::key_char, 'a'), ev("f", event_type::key_up, upper)}));
+
+    // Pointer events go to the widget under the pointer, input method updates to the focused one.
+    widget under;
+    s.add(under, {50, 50, 50, 50}, "under", {event_type::pointer_event, event_type::input_ime});
+    r.watch(field, "f", {event_type::pointer_event, event_type::input_ime});
+    r.watch(win, "w", {event_type::pointer_event, event_type::input_ime});
+    offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{55, 55});
+    win.process_event(event_type::pointer_event, 9);
+    win.process_event(event_type::input_ime, 4);
+    win.process_event(event_type::draw, 0); // ignored by the router
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("under", event_type::pointer_event, 9),
+                                                  ev("f", event_type::input_ime, 4)}));
 }
 
 TEST_F(RoutingTest, FocusChangesCarryTheirCauseAndSkipGainOnDeadWidgets) {
@@ -274,22 +289,6 @@ TEST_F(RoutingTest, ClientResizeSetsTheRootAndReachesAnchoredChildren) {
     EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 500, 400}));
     EXPECT_EQ(footer.get_rect(), (ivec4{0, 370, 500, 30}));
     EXPECT_EQ(r.take(), std::vector<std::string>{ev("w", event_type::resize, 0)});
-}
-
-TEST_F(RoutingTest, PointerEventsAndInputMethodUpdatesGoToOneWidgetOnly) {
-    Scene s(true);
-    auto& [win, r] = s;
-    widget under, field;
-    s.add(under, {0, 0, 50, 50}, "under", {event_type::pointer_event, event_type::input_ime});
-    s.add(field, {100, 100, 50, 50}, "field", {event_type::pointer_event, event_type::input_ime});
-    field.focus();
-    r.watch(win, "w", {event_type::pointer_event, event_type::input_ime});
-    offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{5, 5});
-    win.process_event(event_type::pointer_event, 9);
-    win.process_event(event_type::input_ime, 4);
-    win.process_event(event_type::draw, 0); // ignored by the router
-    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("under", event_type::pointer_event, 9),
-                                                  ev("field", event_type::input_ime, 4)}));
 }
 
 } // namespace

@@ -36,67 +36,63 @@ TEST_F(TimingTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
     EXPECT_FALSE(w.has_timer(7));
     offscreen::advance_ms(500);
     EXPECT_EQ(fired.size(), 4u);
-}
-
-TEST_F(TimingTest, TimersUseTheirOwnNativeIdsAndDieWithTheirWidget) {
-    TestWindow win;
-    auto w = std::make_unique<widget>();
-    w->create(win.get_root(), {0, 0, 10, 10});
-    w->add_timer(1, 50);
-    w->add_timer(2, 50);
-    EXPECT_TRUE(win.os().is_timer_running(1)); // native ids count from 1
-    EXPECT_TRUE(win.os().is_timer_running(2));
-    w.reset();
-    EXPECT_FALSE(win.os().is_timer_running(1));
+    // Native ids count from 1, and a widget's timers die with it.
+    TestWindow fresh;
+    auto doomed = std::make_unique<widget>();
+    doomed->create(fresh.get_root(), {0, 0, 10, 10});
+    doomed->add_timer(1, 50);
+    doomed->add_timer(2, 50);
+    EXPECT_TRUE(fresh.os().is_timer_running(1));
+    EXPECT_TRUE(fresh.os().is_timer_running(2));
+    doomed.reset();
+    EXPECT_FALSE(fresh.os().is_timer_running(1));
     offscreen::advance_ms(100); // nothing may reach the destroyed widget
-}
 
-TEST_F(TimingTest, ASingleShotHandlerMayRestartItsTimer) {
-    TestWindow win;
-    widget w;
-    w.create(win.get_root(), {0, 0, 10, 10});
-    int fired = 0;
-    event_manager::instance().add_event(&w, &win, event_type::timer, [&](const event_info&) {
-        if (++fired < 3)
+    // A single-shot handler may restart its timer.
+    int restarts = 0;
+    event_manager::instance().add_event(&w, &win, event_type::timer, [&](const event_info& e) {
+        if (e.data == 1 && ++restarts < 3)
             w.add_timer(1, 10, true);
     });
     w.add_timer(1, 10, true);
     offscreen::advance_ms(100);
-    EXPECT_EQ(fired, 3);
+    EXPECT_EQ(restarts, 3);
 }
 
+// The animation halves the distance at each tick and snaps once every component is within its step.
 TEST_F(TimingTest, AnimationHalvesTheDistanceAndSnapsAtTheStep) {
-    TestWindow win;
-    widget w;
-    w.create(win.get_root(), {0, 0, 10, 10});
-    w.set_rect_target({100, 0, 10, 10});
-    EXPECT_EQ(w.get_animation_step(), (ivec4{10, 0, 0, 0}));
-    EXPECT_TRUE(win.os().is_timer_running(window::animation_timer_id));
-    std::vector<int> xs;
-    for (int tick = 0; tick < 5; ++tick) {
-        offscreen::advance_ms(25);
-        xs.push_back(w.get_rect().x);
+    struct Case {
+        ivec4 from, to, step;
+        std::vector<ivec4> ticks;
+    };
+    const std::vector<Case> cases = {
+        {{0, 0, 10, 10},
+         {100, 0, 10, 10},
+         {10, 0, 0, 0},
+         {{50, 0, 10, 10}, {75, 0, 10, 10}, {88, 0, 10, 10}, {100, 0, 10, 10}, {100, 0, 10, 10}}},
+        // Backwards and growing: at the fourth tick x has 12 left (within 20) and w 3 (within 6).
+        {{200, 0, 40, 10},
+         {0, 0, 100, 10},
+         {-20, 0, 6, 0},
+         {{100, 0, 70, 10}, {50, 0, 85, 10}, {25, 0, 93, 10}, {0, 0, 100, 10}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.from.x);
+        TestWindow win;
+        widget w;
+        w.create(win.get_root(), c.from);
+        w.set_rect_target(c.to);
+        EXPECT_EQ(w.get_animation_step(), c.step);
+        EXPECT_TRUE(win.os().is_timer_running(window::animation_timer_id));
+        std::vector<ivec4> seen;
+        for (size_t tick = 0; tick < c.ticks.size(); ++tick) {
+            offscreen::advance_ms(25);
+            seen.push_back(w.get_rect());
+        }
+        EXPECT_EQ(seen, c.ticks);
+        EXPECT_EQ(w.get_rect_target(), c.to);
+        EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
     }
-    EXPECT_EQ(xs, (std::vector<int>{50, 75, 88, 100, 100}));
-    EXPECT_EQ(w.get_rect_target(), (ivec4{100, 0, 10, 10}));
-    EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
-}
-
-TEST_F(TimingTest, AnimationMovesBackwardsAndResizes) {
-    TestWindow win;
-    widget w;
-    w.create(win.get_root(), {200, 0, 40, 10});
-    w.set_rect_target({0, 0, 100, 10});
-    EXPECT_EQ(w.get_animation_step(), (ivec4{-20, 0, 6, 0}));
-    std::vector<ivec4> steps;
-    for (int tick = 0; tick < 4; ++tick) {
-        offscreen::advance_ms(25);
-        steps.push_back(w.get_rect());
-    }
-    // Every component must be within its step before the snap: at the fourth tick x has 12 left
-    // (within 20) and w 3 (within 6).
-    EXPECT_EQ(steps,
-              (std::vector<ivec4>{{100, 0, 70, 10}, {50, 0, 85, 10}, {25, 0, 93, 10}, {0, 0, 100, 10}}));
 }
 
 // Ticks of the tooltip timer, one per 0.1 s of clock.
@@ -135,6 +131,16 @@ TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
     EXPECT_EQ(tip->get_text(), "Applies the effect");
     const _vec2<int> pointer = win.get_client_rect().position() + _vec2<int>{20, 20};
     EXPECT_EQ(tip->get_rect().position(), (pointer + _vec2<int>{5, 20}));
+    auto& canvas = offscreen::native_of(*tip).get_canvas();
+    canvas.clear_calls();
+    offscreen::native_of(*tip).paint_pending();
+    const auto texts = canvas.calls_named("draw_text");
+    ASSERT_EQ(texts.size(), 2u);
+    EXPECT_EQ(texts[0].text, "Apply");
+    EXPECT_EQ(texts[1].text, "Applies the effect");
+    const auto rects = canvas.calls_named("draw_rect");
+    ASSERT_FALSE(rects.empty());
+    EXPECT_EQ(rects[0].color, theme::default_map.at("tooltip_back_color").get<vec4>());
     tooltip_ticks(52); // the sixtieth tick after the reset: still shown
     EXPECT_TRUE(win.is_tooltip_shown());
     tooltip_ticks(1);
@@ -166,40 +172,15 @@ TEST_F(TimingTest, TooltipAreasAreInclusiveAndMovingBetweenThemRestartsTheDelay)
     EXPECT_FALSE(win.os().is_timer_running(window::tooltip_timer_id));
 }
 
-TEST_F(TimingTest, TooltipPaintsItsTitleAndTextInTheTooltipColours) {
-    TooltipScene s({0, 0, 100, 50});
-    auto& [win, w] = s;
-    w.add_tooltip("text", "title");
-    offscreen::move_mouse(win, {5, 5});
-    tooltip_ticks(9);
-    ASSERT_TRUE(win.is_tooltip_shown());
-    auto& canvas = offscreen::native_of(*win.get_tooltip_window()).get_canvas();
-    canvas.clear_calls();
-    offscreen::native_of(*win.get_tooltip_window()).paint_pending();
-    const auto texts = canvas.calls_named("draw_text");
-    ASSERT_EQ(texts.size(), 2u);
-    EXPECT_EQ(texts[0].text, "title");
-    EXPECT_EQ(texts[1].text, "text");
-    const auto rects = canvas.calls_named("draw_rect");
-    ASSERT_FALSE(rects.empty());
-    EXPECT_EQ(rects[0].color, theme::default_map.at("tooltip_back_color").get<vec4>());
-}
-
-TEST_F(TimingTest, ShowRaisesShownOnlyOnAChange) {
-    TestWindow win;
-    Recorder r;
-    r.watch(win, "w", {event_type::shown, event_type::hidden});
-    win.show(true);
-    win.show(true);
-    win.hide();
-    win.hide();
-    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("w", event_type::shown), ev("w", event_type::hidden)}));
-}
-
-TEST_F(TimingTest, ShowModalReturnsTheEndCodeAndHidesTwice) {
-    TestWindow dialog;
+TEST_F(TimingTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
+    TestWindow dialog({10, 10, 100, 100});
     Recorder r;
     r.watch(dialog, "d", {event_type::shown, event_type::hidden});
+    dialog.show(true);
+    dialog.show(true);
+    dialog.hide();
+    dialog.hide();
+    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("d", event_type::shown), ev("d", event_type::hidden)}));
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
         EXPECT_EQ(&w, &dialog);
         EXPECT_TRUE(dialog.is_modal());
@@ -210,10 +191,6 @@ TEST_F(TimingTest, ShowModalReturnsTheEndCodeAndHidesTwice) {
     EXPECT_FALSE(dialog.is_shown());
     EXPECT_EQ(r.take(), (std::vector<std::string>{ev("d", event_type::shown), ev("d", event_type::hidden),
                                                   ev("d", event_type::hidden)}));
-}
-
-TEST_F(TimingTest, ShowModalReturnsZeroWhenClosedOtherwiseAndFillsTheScreen) {
-    TestWindow dialog({10, 10, 100, 100});
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
         EXPECT_EQ(w.get_rect(), offscreen::get_screen_rect());
         w.set_modal_code(5); // a code set and then the window closed: the code is kept
@@ -222,10 +199,9 @@ TEST_F(TimingTest, ShowModalReturnsZeroWhenClosedOtherwiseAndFillsTheScreen) {
     EXPECT_EQ(dialog.show_modal(true), 5);
     offscreen::offscreen_window::set_modal_driver([&](window& w) { w.hide(); });
     EXPECT_EQ(dialog.show_modal(), 0);
-}
 
-TEST_F(TimingTest, ModalLoopIsDrivenByWidgetTimers) {
-    TestWindow dialog;
+    // Without a driver, widget timers drive the modal loop.
+    offscreen::offscreen_window::set_modal_driver({});
     widget w;
     w.create(dialog.get_root(), {0, 0, 10, 10});
     int ticks = 0;

@@ -69,7 +69,7 @@ TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
     EXPECT_EQ(by_index, 2);
 }
 
-TEST_F(DropDownTest, ClickingOpensTheItemsAndTheChoiceSelects) {
+TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
     event_log changed(box, event_type::value_changed);
     box.set_selected_item(12);
     EXPECT_EQ(changed.count, 0);
@@ -87,10 +87,8 @@ TEST_F(DropDownTest, ClickingOpensTheItemsAndTheChoiceSelects) {
     offscreen::click(win, {40, 30});
     EXPECT_EQ(box.get_selected_id(), 13u);
     EXPECT_EQ(changed.count, 1);
-}
 
-TEST_F(DropDownTest, EditingItemsKeepsTheSelectionRight) {
-    box.set_selected_item(13);
+    // Editing items keeps the selection right.
     box.remove_item(10);
     EXPECT_EQ(box.get_selected_item(), 2);
     EXPECT_EQ(box.get_selected_id(), 13u);
@@ -113,7 +111,7 @@ TEST_F(DropDownTest, EditingItemsKeepsTheSelectionRight) {
 
 using CheckBoxTest = WidgetTest;
 
-TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
+TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     check_box box;
     box.create(win.get_root(), {10, 10, 120, 20});
     bool value = true;
@@ -136,32 +134,24 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
     box.set_pointer(nullptr);
     box.set_selected(true);
     EXPECT_FALSE(value);
-}
 
-TEST_F(CheckBoxTest, PaintsATickOnlyWhenCheckedAndTheFocusBorder) {
-    check_box box;
-    box.create(win.get_root(), {10, 10, 120, 20});
+    // A tick is painted only when checked, and the focus border with the focus.
     box.set_text("Option");
     auto ticks = [&] {
-        int n = 0;
-        for (const auto& c : repaint())
-            n += c.op == "draw_geometry_border";
-        return n;
+        return count_painted([](const draw_call& c) { return c.op == "draw_geometry_border"; });
     };
-    EXPECT_EQ(ticks(), 0);
-    box.set_selected(true);
     EXPECT_EQ(ticks(), 1);
+    box.set_selected(false);
+    EXPECT_EQ(ticks(), 0);
     box.focus();
-    bool focus_border = false;
-    for (const auto& c : repaint())
-        focus_border |=
-            c.op == "draw_rect_border" && c.color == box.get_theme().get<vec4>("checkbox_border_color_focus");
-    EXPECT_TRUE(focus_border);
+    const vec4 focus = box.get_theme().get<vec4>("checkbox_border_color_focus");
+    EXPECT_GT(
+        count_painted([&](const draw_call& c) { return c.op == "draw_rect_border" && c.color == focus; }), 0);
 }
 
 using ButtonTest = WidgetTest;
 
-TEST_F(ButtonTest, PressesFromClicksAndKeysAndToggles) {
+TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     generic_button button;
     button.create(win.get_root(), {10, 10, 80, 24});
     event_log pressed(button, event_type::pressed);
@@ -182,6 +172,17 @@ TEST_F(ButtonTest, PressesFromClicksAndKeysAndToggles) {
     EXPECT_EQ(pressed.last.data, 1u);
     offscreen::click(win, {20, 20});
     EXPECT_FALSE(button.is_toggled());
+
+    // A double click counts as two presses and leaves no capture behind.
+    button.set_toggle_mode(false);
+    check_box box;
+    box.create(win.get_root(), {0, 200, 50, 20});
+    offscreen::double_click(win, {20, 20});
+    EXPECT_EQ(pressed.count, 7);
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    offscreen::double_click(win, {5, 210});
+    EXPECT_FALSE(box.is_selected()) << "toggled twice";
+    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
 }
 
 TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
@@ -209,7 +210,7 @@ TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
 
 using LabelTest = WidgetTest;
 
-TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
+TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
     text_label label;
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
@@ -228,21 +229,16 @@ TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     EXPECT_EQ(label.get_text(), "<b>");
     EXPECT_TRUE(label.get_runs().empty());
     EXPECT_EQ(label.get_rect().w, 20);
-}
 
-TEST_F(LabelTest, DrawsWithTheLabelKeysAndFollowsTheirChanges) {
-    text_label label;
-    label.create(win.get_root(), {0, 0, 100, 20});
-    label.set_text("hello");
+    // It draws with the label keys and follows their changes.
+    label.set_rect({0, 0, 100, 20});
+    label.set_text("hello", false, false);
     label.get_theme().set("label_font_color", vec4{1, 0, 0, 1});
     label.get_theme().set("label_text_align", text_align::right);
-    bool drawn = false;
-    for (const auto& c : repaint())
-        if (c.op == "draw_clipped_text" && c.text == "hello") {
-            drawn = true;
-            EXPECT_EQ(c.color, (vec4{1, 0, 0, 1}));
-        }
-    EXPECT_TRUE(drawn);
+    EXPECT_GT(count_painted([](const draw_call& c) {
+                  return c.op == "draw_clipped_text" && c.text == "hello" && c.color == vec4{1, 0, 0, 1};
+              }),
+              0);
     EXPECT_EQ(canvas().get_state().align, text_align::right);
 }
 
@@ -284,19 +280,14 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
         }
     panel.set_zoom(0.0f);
     EXPECT_FLOAT_EQ(panel.get_zoom(), image_panel::min_zoom);
-}
 
-TEST_F(ImagePanelTest, LoadsFromAFile) {
+    // From a file: a small image is not enlarged, but centred.
     const std::string path = ::testing::TempDir() + "image_panel_test.png";
-    const auto bytes = png({30, 20});
-    {
-        std::ofstream out(path, std::ios::binary);
-        out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
-    }
-    image_panel panel;
-    panel.create(win.get_root(), {0, 0, 100, 100});
+    const auto small = png({30, 20});
+    std::ofstream(path, std::ios::binary)
+        .write(reinterpret_cast<const char*>(small.data()), static_cast<std::streamsize>(small.size()));
     EXPECT_TRUE(panel.set_image(file_path(path)));
-    EXPECT_EQ(panel.image_rect(), (ivec4{35, 40, 30, 20})) << "not enlarged, centred";
+    EXPECT_EQ(panel.image_rect(), (ivec4{85, 40, 30, 20}));
     std::remove(path.c_str());
     EXPECT_FALSE(panel.set_image(file_path(path)));
 }
@@ -317,12 +308,19 @@ TEST_F(PanelTest, AnUnstyledPanelIsMagentaAndFollowsItsBackground) {
     EXPECT_EQ(fill(), (vec4{0.1f, 0.2f, 0.3f, 1}));
 }
 
-using ShowcaseTest = WidgetTest;
+class ShowcaseTest : public WidgetTest {
+protected:
+    void SetUp() override {
+        WidgetTest::SetUp();
+        win.set_rect({0, 0, showcase_size.x, showcase_size.y});
+        show = build_showcase(win);
+    }
+    std::unique_ptr<showcase> show;
+    showcase_controls& c() { return show->controls(); }
+};
 
 TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
-    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
-    auto show = build_showcase(win);
-    showcase_controls& c = show->controls();
+    showcase_controls& c = this->c();
     const ivec4 client{0, 0, showcase_size.x, showcase_size.y};
     for (widget* w : std::initializer_list<widget*>{&c.title, &c.search, &c.password, &c.button, &c.toggle,
                                                     &c.check, &c.drop_down, &c.split, &c.image, &c.scroll}) {
@@ -348,9 +346,7 @@ bool inside(const ivec4& inner, const ivec4& outer) {
 }
 
 TEST_F(ShowcaseTest, TheListScrollsUnderTheWheelAndPaintsOnlyInsideItsView) {
-    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
-    auto show = build_showcase(win);
-    showcase_controls& c = show->controls();
+    showcase_controls& c = this->c();
     const int before = c.scroll.get_value();
     const _vec2<int> over_line = c.lines[2].calc_absolute_pos() + _vec2<int>{5, 5};
     ASSERT_EQ(win.get_widget_at_pos(over_line), &c.lines[2]);
@@ -375,9 +371,7 @@ TEST_F(ShowcaseTest, TheListScrollsUnderTheWheelAndPaintsOnlyInsideItsView) {
 }
 
 TEST_F(ShowcaseTest, EveryControlFollowsTheWindowWhenItGrows) {
-    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
-    auto show = build_showcase(win);
-    showcase_controls& c = show->controls();
+    showcase_controls& c = this->c();
     const ivec4 column = c.column.get_rect(), split = c.split.get_rect(), view = c.list_view.get_rect();
     const int overflow = c.scroll.get_max_scroll();
     win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
@@ -388,25 +382,4 @@ TEST_F(ShowcaseTest, EveryControlFollowsTheWindowWhenItGrows) {
     EXPECT_EQ(c.scroll.get_max_scroll(), overflow - 60) << "the bar sees the taller view";
     EXPECT_EQ(c.scroll.get_rect().h, c.list_view.get_rect().h);
 }
-} // namespace
-
-namespace {
-
-using DoubleClickTest = WidgetTest;
-
-// The release that ends a double click is swallowed by the window: no control may keep the mouse.
-TEST_F(DoubleClickTest, ControlsCountTheSecondClickAndKeepNoCapture) {
-    generic_button button;
-    button.create(win.get_root(), {0, 0, 50, 20});
-    check_box box;
-    box.create(win.get_root(), {0, 30, 50, 20});
-    event_log pressed(button, event_type::pressed);
-    offscreen::double_click(win, {10, 10});
-    EXPECT_EQ(pressed.count, 2);
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-    offscreen::double_click(win, {5, 40});
-    EXPECT_FALSE(box.is_selected()) << "toggled twice";
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-}
-
 } // namespace

@@ -110,7 +110,7 @@ protected:
     scroll_bar bar{scroll_type::vertical, true};
 };
 
-TEST_F(ScrollBarTest, ScrollRoundsToStepsAndClampsToTheOverflow) {
+TEST_F(ScrollBarTest, ScrollRoundsToStepsAndClampsToTheOverflowAsItChanges) {
     EXPECT_EQ(content.get_rect().position(), (_vec2<int>{0, 0})) << "moved to the parent's origin";
     EXPECT_EQ(bar.get_max_scroll(), 300);
     bar.scroll(-37, false);
@@ -127,9 +127,8 @@ TEST_F(ScrollBarTest, ScrollRoundsToStepsAndClampsToTheOverflow) {
     EXPECT_EQ(content.get_rect().y, -250);
     bar.change_scroll(-2);
     EXPECT_EQ(content.get_rect().y, -230);
-}
 
-TEST_F(ScrollBarTest, FollowsSizeChangesOfThePanelAndItsParent) {
+    // Size changes of the panel and of its parent move the limit.
     bar.set_value(300);
     content.set_rect({0, content.get_rect().y, 100, 250});
     EXPECT_EQ(bar.get_max_scroll(), 150);
@@ -162,6 +161,13 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(bar.get_value(), 300);
     offscreen::release_mouse(win, {300, 200});
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    // A very long panel still gets a thumb of the minimum length, ending at the lower arrow.
+    content.set_rect({0, 0, 100, 100000});
+    EXPECT_EQ(bar.thumb_rect().h, bar.get_theme().get<int>("scroll_min_size"));
+    bar.get_theme().set("scroll_min_size", 30);
+    EXPECT_EQ(bar.thumb_rect().h, 30);
+    bar.set_value(bar.get_max_scroll());
+    EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14);
 }
 
 TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInside) {
@@ -178,7 +184,16 @@ TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInside) {
     EXPECT_EQ(bar.get_value(), 80);
 }
 
-TEST_F(ScrollBarTest, AWheelAreaOutlivingItsBarIsLeftAlone) {
+TEST_F(ScrollBarTest, APanelOrAWheelAreaOutlivingTheOtherIsLeftAlone) {
+    {
+        generic_panel temporary;
+        temporary.create(view, {0, 0, 100, 500});
+        bar.set_scroll_panel(&temporary);
+        EXPECT_EQ(bar.get_max_scroll(), 400);
+    }
+    EXPECT_EQ(bar.get_scroll_panel(), nullptr);
+    bar.scroll(-50, false);
+    EXPECT_EQ(bar.get_value(), 0);
     generic_panel area;
     area.create(win.get_root(), {200, 0, 100, 100});
     generic_panel inner;
@@ -193,28 +208,6 @@ TEST_F(ScrollBarTest, AWheelAreaOutlivingItsBarIsLeftAlone) {
     }
     offscreen::wheel(win, {250, 50}, -1.0); // must not reach the destroyed bar
     EXPECT_EQ(inner.get_rect().y, -40);
-    EXPECT_EQ(bar.get_value(), 0);
-}
-
-TEST_F(ScrollBarTest, ThumbKeepsTheMinimumLength) {
-    content.set_rect({0, 0, 100, 100000});
-    EXPECT_EQ(bar.thumb_rect().h, bar.get_theme().get<int>("scroll_min_size"));
-    bar.get_theme().set("scroll_min_size", 30);
-    EXPECT_EQ(bar.thumb_rect().h, 30);
-    bar.set_value(bar.get_max_scroll());
-    EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14) << "ends at the lower arrow";
-}
-
-TEST_F(ScrollBarTest, APanelDestroyedFirstIsForgotten) {
-    {
-        generic_panel temporary;
-        temporary.create(view, {0, 0, 100, 500});
-        bar.set_scroll_panel(&temporary);
-        EXPECT_EQ(bar.get_max_scroll(), 400);
-    }
-    EXPECT_EQ(bar.get_scroll_panel(), nullptr);
-    bar.scroll(-50, false);
-    EXPECT_EQ(bar.get_value(), 0);
 }
 
 using ScrollBarDeathTest = ScrollBarTest;

@@ -39,6 +39,13 @@ protected:
         native().paint_pending();
         return canvas().calls();
     }
+    // Repaints and counts the calls that match.
+    template <typename Match> int count_painted(Match match) {
+        int n = 0;
+        for (const auto& c : repaint())
+            n += match(c) ? 1 : 0;
+        return n;
+    }
 
     // key_down as the platform sends it for a key: the upper-cased character or function-key code.
     void key(uint32_t code) { win.process_event(nimbit::ui::event_type::key_down, code); }
