@@ -99,6 +99,19 @@ struct HostAppSession {
 namespace {
 // Menu choices change the project: the window and the record follow.
 void RefreshController(void *controller) { [static_cast<HostAppController *>(controller) refresh]; }
+
+// A read-only text view in a scroll view that the window's content owns.
+NSTextView *AddTextPane(NSView *content, NSRect frame, unsigned int resizing, CGFloat fontSize) {
+    NSScrollView *scroll = [[[NSScrollView alloc] initWithFrame:frame] autorelease];
+    [scroll setHasVerticalScroller:YES];
+    [scroll setAutoresizingMask:resizing];
+    NSTextView *text = [[[NSTextView alloc] initWithFrame:[[scroll contentView] bounds]] autorelease];
+    [text setEditable:NO];
+    [text setFont:[NSFont userFixedPitchFontOfSize:fontSize]];
+    [scroll setDocumentView:text];
+    [content addSubview:scroll];
+    return text;
+}
 } // namespace
 
 @implementation HostAppController
@@ -165,15 +178,8 @@ void RefreshController(void *controller) { [static_cast<HostAppController *>(con
     [window setReleasedWhenClosed:NO];
     NSView *content = [window contentView];
 
-    NSScrollView *outlineScroll =
-        [[[NSScrollView alloc] initWithFrame:NSMakeRect(10, 170, 600, 380)] autorelease];
-    [outlineScroll setHasVerticalScroller:YES];
-    [outlineScroll setAutoresizingMask:NSViewWidthSizable | NSViewHeightSizable];
-    outlineView = [[[NSTextView alloc] initWithFrame:[[outlineScroll contentView] bounds]] autorelease];
-    [outlineView setEditable:NO];
-    [outlineView setFont:[NSFont userFixedPitchFontOfSize:12]];
-    [outlineScroll setDocumentView:outlineView];
-    [content addSubview:outlineScroll];
+    outlineView =
+        AddTextPane(content, NSMakeRect(10, 170, 600, 380), NSViewWidthSizable | NSViewHeightSizable, 12);
 
     NSTextField *label = [[[NSTextField alloc] initWithFrame:NSMakeRect(10, 140, 110, 22)] autorelease];
     [label setStringValue:@"Script console:"];
@@ -196,15 +202,8 @@ void RefreshController(void *controller) { [static_cast<HostAppController *>(con
     [run setAutoresizingMask:NSViewMinXMargin | NSViewMaxYMargin];
     [content addSubview:run];
 
-    NSScrollView *outputScroll =
-        [[[NSScrollView alloc] initWithFrame:NSMakeRect(10, 10, 600, 120)] autorelease];
-    [outputScroll setHasVerticalScroller:YES];
-    [outputScroll setAutoresizingMask:NSViewWidthSizable | NSViewMaxYMargin];
-    consoleOutput = [[[NSTextView alloc] initWithFrame:[[outputScroll contentView] bounds]] autorelease];
-    [consoleOutput setEditable:NO];
-    [consoleOutput setFont:[NSFont userFixedPitchFontOfSize:11]];
-    [outputScroll setDocumentView:consoleOutput];
-    [content addSubview:outputScroll];
+    consoleOutput =
+        AddTextPane(content, NSMakeRect(10, 10, 600, 120), NSViewWidthSizable | NSViewMaxYMargin, 11);
 
     [window setInitialFirstResponder:consoleField];
     [window makeKeyAndOrderFront:nil];
