@@ -356,6 +356,11 @@ NSTextView *AddTextPane(NSView *content, NSRect frame, unsigned int resizing, CG
     [NSApp activateIgnoringOtherApps:YES];
     if (s->options.control)
         fcntl(STDIN_FILENO, F_SETFL, fcntl(STDIN_FILENO, F_GETFL) | O_NONBLOCK);
+    // GNUstep installs handlers of its own while the application starts, which quit from inside the
+    // signal handler: a death hook run there can deadlock on the X connection the interrupted code
+    // held. Ours only note the request; the idle routine quits.
+    std::signal(SIGTERM, RequestQuit);
+    std::signal(SIGINT, RequestQuit);
     idleTimer = [[NSTimer scheduledTimerWithTimeInterval:0.03
                                                   target:self
                                                 selector:@selector(idle:)
