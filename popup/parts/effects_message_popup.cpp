@@ -11,6 +11,22 @@ namespace {
 constexpr unsigned long long EscapeKey = 27;
 constexpr int ButtonWidth = 80, ButtonHeight = 24;
 
+// Creates the popup with an inside of MessagePopupSize: the frame grows by whatever decoration the
+// platform gives a titled window. Returns the size of the inside as the window reports it.
+ivec2 CreatePopup(window& w, std::string_view title, ivec2 const& position, window* parent) {
+    const ivec2 size = MessagePopupSize;
+    w.create(title, {position.x, position.y, size.x, size.y}, window_style_titled, parent);
+    const ivec4 frame = w.get_rect(), client = w.get_client_rect();
+    w.set_rect({frame.x, frame.y, size.x + frame.w - client.w, size.y + frame.h - client.h});
+    return w.get_client_rect().size();
+}
+
+// The buttons sit in the bottom right corner of the inside, right to left.
+ivec4 ButtonRect(ivec2 const& inside, int fromRight) {
+    return {inside.x - (fromRight + 1) * ButtonWidth - 14 - fromRight * 8, inside.y - ButtonHeight - 12,
+            ButtonWidth, ButtonHeight};
+}
+
 void StyleWindow(window& w, UIColors const* colours) {
     if (colours != nullptr)
         w.get_root().set_background(colours->messageBack);
@@ -55,20 +71,18 @@ EffectsMessagePopupButton::~EffectsMessagePopupButton() = default;
 EffectsMessagePopup::EffectsMessagePopup(window* parent, ivec2 const& position, UIColors const* colours,
                                          std::string_view const& message, std::string_view const& caption)
     : confirm(colours), cancel(colours), message(message) {
-    create("Message", {position.x, position.y, Width, Height}, window_style_titled, parent);
+    const ivec2 inside = CreatePopup(*this, "Message", position, parent);
     StyleWindow(*this, colours);
     const vec4 font = colours != nullptr ? colours->messageFont : vec4{1, 1, 1, 1};
-    text.create(get_root(), {14, 8, Width - 28, 40});
+    text.create(get_root(), {14, 8, inside.x - 28, 40});
     text.show(true);
     auto& ev = event_manager::instance();
     ev.add_event(&text, this, event_type::draw,
                  [this, font](const event_info&) { DrawMessage(text, this->message, font, nullptr); });
-    confirm.create(get_root(),
-                   {Width - 2 * ButtonWidth - 22, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    confirm.create(get_root(), ButtonRect(inside, 1));
     confirm.set_text(caption);
     confirm.show(true);
-    cancel.create(get_root(),
-                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    cancel.create(get_root(), ButtonRect(inside, 0));
     cancel.set_text("Cancel");
     cancel.show(true);
     ev.add_event(&confirm, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
@@ -91,18 +105,17 @@ void EffectsMessagePopup::OnFocusGained(const event_info&) {
 EffectsWarningPopup::EffectsWarningPopup(window* parent, ivec2 const& position, UIColors const* colours,
                                          std::string_view const& message, std::string_view const& caption)
     : button(colours), message(message) {
-    create("Warning", {position.x, position.y, Width, Height}, window_style_titled, parent);
+    const ivec2 inside = CreatePopup(*this, "Warning", position, parent);
     StyleWindow(*this, colours);
     if (colours != nullptr) {
         fontColor = colours->messageFont;
         icon.load_image(colours->warningIcon);
     }
-    text.create(get_root(), {14, 8, Width - 28, 40});
+    text.create(get_root(), {14, 8, inside.x - 28, 40});
     text.show(true);
     auto& ev = event_manager::instance();
     ev.add_event(&text, this, event_type::draw, &EffectsWarningPopup::DrawText);
-    button.create(get_root(),
-                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
+    button.create(get_root(), ButtonRect(inside, 0));
     button.set_text(caption);
     button.show(true);
     ev.add_event(&button, this, event_type::pressed, [this](const event_info&) { end_modal(1); });

@@ -9,6 +9,9 @@
 struct UIColors;
 class IconView;
 
+// The inside of the message popups; their frame adds the platform's title bar.
+inline constexpr nimbit::ivec2 MessagePopupSize{320, 90};
+
 // A flat button of the message popups, in the theme's colours.
 class EffectsMessagePopupButton : public nimbit::ui::generic_button {
 public:
@@ -21,9 +24,6 @@ public:
 // confirming button's caption.
 class EffectsMessagePopup : public nimbit::ui::window {
 public:
-    static constexpr int Width = 320;
-    static constexpr int Height = 90;
-
     EffectsMessagePopup(nimbit::ui::window* parent, nimbit::ivec2 const& position, UIColors const* colours,
                         std::string_view const& message, std::string_view const& caption);
     ~EffectsMessagePopup() override;
@@ -48,9 +48,6 @@ private:
 // text is the message, the second the button's caption.
 class EffectsWarningPopup : public nimbit::ui::window {
 public:
-    static constexpr int Width = 320;
-    static constexpr int Height = 90;
-
     EffectsWarningPopup(nimbit::ui::window* parent, nimbit::ivec2 const& position, UIColors const* colours,
                         std::string_view const& message, std::string_view const& caption);
     ~EffectsWarningPopup() override;

@@ -141,6 +141,15 @@ TEST_F(SlotTest, EnteringARowAsksToSelectItUnlessSelected) {
 struct MessageTest : ::testing::Test {
     void SetUp() override { offscreen::reset_input(); }
     void TearDown() override { offscreen::offscreen_window::set_modal_driver({}); }
+    // The popup's inside is the agreed size under a title bar, and the button lies wholly in it.
+    static void ExpectLaidOutInside(window& popup, widget& button) {
+        const ivec4 frame = popup.get_rect(), client = popup.get_client_rect();
+        EXPECT_EQ(client.size(), MessagePopupSize);
+        EXPECT_EQ(frame.h, client.h + offscreen::offscreen_window::title_bar_height);
+        const ivec4 r = button.get_rect();
+        EXPECT_TRUE(r.x >= 0 && r.y >= 0 && r.x + r.w <= client.w && r.y + r.h <= client.h)
+            << button.get_name() << " at " << r.x << "," << r.y << " size " << r.w << "x" << r.h;
+    }
     UIColors colours = BuildColorThemes()[0];
 };
 
@@ -149,7 +158,9 @@ TEST_F(MessageTest, QuestionAndWarningEndWithOneForConfirmAndZeroOtherwise) {
     parent.create("parent", {0, 0, 400, 300});
     int turn = 0;
     EffectsMessagePopup ask(&parent, {40, 50}, &colours, "Replace the settings?", "Import");
-    EXPECT_EQ(ask.get_rect(), (ivec4{40, 50, 320, 90}));
+    EXPECT_EQ(ask.get_rect().position(), (ivec2{40, 50}));
+    ExpectLaidOutInside(ask, ask.GetConfirmButton());
+    ExpectLaidOutInside(ask, ask.GetCancelButton());
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
         if (++turn == 1)
             ask.GetConfirmButton().press();
@@ -165,6 +176,7 @@ TEST_F(MessageTest, QuestionAndWarningEndWithOneForConfirmAndZeroOtherwise) {
 
     // A warning ends with one for its button and zero for Escape.
     EffectsWarningPopup warn(nullptr, {0, 0}, &colours, "The file could not be read.", "OK");
+    ExpectLaidOutInside(warn, warn.GetButton());
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
     offscreen::offscreen_window::set_modal_driver(
