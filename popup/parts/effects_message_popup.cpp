@@ -69,9 +69,9 @@ EffectsMessagePopupButton::EffectsMessagePopupButton(UIColors const* colours) {
 EffectsMessagePopupButton::~EffectsMessagePopupButton() = default;
 
 EffectsMessagePopup::EffectsMessagePopup(window* parent, ivec2 const& position, UIColors const* colours,
-                                         std::string_view const& message, std::string_view const& caption)
-    : confirm(colours), cancel(colours), message(message) {
-    const ivec2 inside = CreatePopup(*this, "Message", position, parent);
+                                         MessagePopupTexts const& texts)
+    : confirm(colours), cancel(colours), message(texts.message) {
+    const ivec2 inside = CreatePopup(*this, texts.title, position, parent);
     StyleWindow(*this, colours);
     const vec4 font = colours != nullptr ? colours->messageFont : vec4{1, 1, 1, 1};
     text.create(get_root(), {14, 8, inside.x - 28, 40});
@@ -80,10 +80,10 @@ EffectsMessagePopup::EffectsMessagePopup(window* parent, ivec2 const& position, 
     ev.add_event(&text, this, event_type::draw,
                  [this, font](const event_info&) { DrawMessage(text, this->message, font, nullptr); });
     confirm.create(get_root(), ButtonRect(inside, 1));
-    confirm.set_text(caption);
+    confirm.set_text(texts.confirm);
     confirm.show(true);
     cancel.create(get_root(), ButtonRect(inside, 0));
-    cancel.set_text("Cancel");
+    cancel.set_text(texts.cancel);
     cancel.show(true);
     ev.add_event(&confirm, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
     ev.add_event(&cancel, this, event_type::pressed, &EffectsMessagePopup::Close);
@@ -103,9 +103,9 @@ void EffectsMessagePopup::OnFocusGained(const event_info&) {
 }
 
 EffectsWarningPopup::EffectsWarningPopup(window* parent, ivec2 const& position, UIColors const* colours,
-                                         std::string_view const& message, std::string_view const& caption)
-    : button(colours), message(message) {
-    const ivec2 inside = CreatePopup(*this, "Warning", position, parent);
+                                         MessagePopupTexts const& texts)
+    : button(colours), message(texts.message) {
+    const ivec2 inside = CreatePopup(*this, texts.title, position, parent);
     StyleWindow(*this, colours);
     if (colours != nullptr) {
         fontColor = colours->messageFont;
@@ -116,7 +116,7 @@ EffectsWarningPopup::EffectsWarningPopup(window* parent, ivec2 const& position, 
     auto& ev = event_manager::instance();
     ev.add_event(&text, this, event_type::draw, &EffectsWarningPopup::DrawText);
     button.create(get_root(), ButtonRect(inside, 0));
-    button.set_text(caption);
+    button.set_text(texts.confirm);
     button.show(true);
     ev.add_event(&button, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
     ev.add_event(this, this, event_type::key_down, &EffectsWarningPopup::KeyDown);
