@@ -6,6 +6,7 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 #include "nimbit/utils/timer.h"
 #include "popup/preferences_data.h"
@@ -55,7 +56,7 @@ void EffectsPopupWindow::Build() {
     widget& root = get_root();
     searchIcon.create(root, {14, 8, 30, 30});
     searchField.create(root, {51, 8, SearchWidth - 281, 30});
-    searchField.get_theme().set("input_font_name", std::string("Arial"));
+    searchField.get_theme().set(theme_keys::input_font_name, std::string("Arial"));
     listFrame.create(root, {1, SearchTopHeight, SearchWidth - 2, 0});
     listContent.create(listFrame, {0, 0, SearchWidth - 2, 0});
     listContent.show(true);
@@ -71,7 +72,7 @@ void EffectsPopupWindow::Build() {
     toolButtons[ExportButton].add_tooltip("Export");
     toolButtons[SettingsButton].add_tooltip("Settings");
     newsBadge.create(root, {SearchWidth - 19, 1, NewsSize, NewsSize});
-    newsBadge.get_theme().set("button_font_size", 9.0f);
+    newsBadge.get_theme().set(theme_keys::button_font_size, 9.0f);
     newsBadge.hide(); // until the news check reports something new
 
     auto& ev = event_manager::instance();
@@ -90,7 +91,7 @@ void EffectsPopupWindow::Build() {
     // The root is a plain widget: the theme's window colour shows wherever no control covers it.
     ev.add_event(&root, this, event_type::draw, [this](const event_info&) {
         drawer& d = get_drawer();
-        d.set_brush_color(get_root().get_theme().get<vec4>("default_back_color"));
+        d.set_brush_color(get_root().get_theme().get<vec4>(theme_keys::default_back_color));
         d.draw_rect({0, 0, get_root().get_rect().w, get_root().get_rect().h});
     });
     ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed,
@@ -440,7 +441,7 @@ void EffectsPopupWindow::SearchChanged() {
                 header = std::make_unique<HeaderSlot>("No Matches", colors->noMatchesHeaderBack);
                 header->SetTextColor(colors->noMatchesHeaderText);
             }
-            header->get_theme().set("default_back_color", colors->listBack);
+            header->get_theme().set(theme_keys::default_back_color, colors->listBack);
             header->create(listContent, {0, y, width, HeaderHeight});
             header->show(true);
             y += HeaderHeight;
@@ -453,7 +454,7 @@ void EffectsPopupWindow::SearchChanged() {
         slot->SetIndex(rows.size());
         slot->SetTextColor(colors->rowText, colors->rowSecondText);
         slot->SetActivate(activate);
-        slot->get_theme().set("default_back_color", colors->listBack);
+        slot->get_theme().set(theme_keys::default_back_color, colors->listBack);
         slot->create(listContent, {0, y, width, RowHeight});
         slot->show(true);
         y += RowHeight;
@@ -528,59 +529,59 @@ void EffectsPopupWindow::SwitchTheme(UIColorTheme themeId, bool force) {
 
     // Tooltips and button borders are drawn by toolkit windows of their own: they read the shared table.
     theme::plugin_map = theme::style_map{
-        {"tooltip_back_color", theme_style(c.tooltipBack)},
-        {"tooltip_border_color", theme_style(c.tooltipBorder)},
-        {"tooltip_font_color", theme_style(c.tooltipFont)},
-        {"tooltip_border_color_1", theme_style(c.tooltipBorder1)},
-        {"button_border_color_hover", theme_style(c.buttonBorderHover)},
-        {"button_border_color_focus", theme_style(c.buttonBorderFocus)},
-        {"input_selection_color", theme_style(c.inputSelection)},
+        {theme_keys::tooltip_back_color, theme_style(c.tooltipBack)},
+        {theme_keys::tooltip_border_color, theme_style(c.tooltipBorder)},
+        {theme_keys::tooltip_font_color, theme_style(c.tooltipFont)},
+        {theme_keys::tooltip_border_color_1, theme_style(c.tooltipBorder1)},
+        {theme_keys::button_border_color_hover, theme_style(c.buttonBorderHover)},
+        {theme_keys::button_border_color_focus, theme_style(c.buttonBorderFocus)},
+        {theme_keys::input_selection_color, theme_style(c.inputSelection)},
     };
 
     get_root().set_background(c.windowBack);
     const image_stream icons[5] = {c.screenshotIcon, c.galleryIcon, c.exportIcon, c.prefIcon, c.logoIcon};
     for (int b = 0; b < 5; ++b) {
         nimbit::ui::theme& t = toolButtons[b].get_theme();
-        t.set("button_color_normal", c.windowBack);
-        t.set("button_color_hover", c.windowBack);
-        t.set("button_back_image", icons[b]);
+        t.set(theme_keys::button_color_normal, c.windowBack);
+        t.set(theme_keys::button_color_hover, c.windowBack);
+        t.set(theme_keys::button_back_image, icons[b]);
     }
     nimbit::ui::theme& news = newsBadge.get_theme();
-    news.set("button_color_normal", c.windowBack);
-    news.set("button_color_hover", c.windowBack);
-    news.set("button_font_color", c.newsFont);
-    news.set("button_back_image", c.newsIcon);
+    news.set(theme_keys::button_color_normal, c.windowBack);
+    news.set(theme_keys::button_color_hover, c.windowBack);
+    news.set(theme_keys::button_font_color, c.newsFont);
+    news.set(theme_keys::button_back_image, c.newsIcon);
 
     searchIcon.set_background(c.windowBack);
     searchIcon.SetImage(c.searchIcon);
     searchField.set_background(c.inputBack);
     nimbit::ui::theme& input = searchField.get_theme();
-    input.set("input_border_color", c.inputBorder);
-    input.set("input_font_color", c.inputFont);
-    input.set("input_font_default_text_color", c.inputDefaultText);
+    input.set(theme_keys::input_border_color, c.inputBorder);
+    input.set(theme_keys::input_font_color, c.inputFont);
+    input.set(theme_keys::input_font_default_text_color, c.inputDefaultText);
     searchField.set_default_text(SearchPlaceholder);
 
     shortcutsBar.set_background(c.panelBack);
     nimbit::ui::theme& bar = shortcutsBar.get_theme();
-    bar.set("default_border_color", c.borderColor);
-    bar.set("other_border_color", c.otherBorderColor);
-    bar.set("separator_line_color", c.separatorLineColor);
+    bar.set(theme_keys::default_border_color, c.borderColor);
+    bar.set(shortcuts_bar_keys::other_border_color, c.otherBorderColor);
+    bar.set(shortcuts_bar_keys::separator_line_color, c.separatorLineColor);
     if (shortcutsShown)
         shortcutsBar.UpdateList(shortcuts, colors);
 
     listFrame.set_background(c.listBack);
     listContent.set_background(c.listBack);
     for (auto& row : rows) {
-        row->get_theme().set("default_back_color", c.listBack);
+        row->get_theme().set(theme_keys::default_back_color, c.listBack);
         row->SetTextColor(c.rowText, c.rowSecondText);
     }
     if (effectsHeader != nullptr) {
         const bool none = effectsHeader->GetText() == "No Matches";
-        effectsHeader->get_theme().set("default_back_color", c.listBack);
+        effectsHeader->get_theme().set(theme_keys::default_back_color, c.listBack);
         effectsHeader->SetTextColor(none ? c.noMatchesHeaderText : c.effectsHeaderText);
     }
     if (presetsHeader != nullptr) {
-        presetsHeader->get_theme().set("default_back_color", c.listBack);
+        presetsHeader->get_theme().set(theme_keys::default_back_color, c.listBack);
         presetsHeader->SetTextColor(c.presetsHeaderText);
     }
     scrollBar.SwitchTheme(colors);

@@ -1,6 +1,7 @@
 #include "popup/parts/effects_message_popup.h"
 
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "popup/ui_colors.h"
 
 using namespace nimbit;
@@ -31,7 +32,7 @@ void StyleWindow(window& w, UIColors const* colours) {
     if (colours != nullptr)
         w.get_root().set_background(colours->messageBack);
     else
-        w.get_root().set_background(w.get_root().get_theme().get<vec4>("message_popup_back_color"));
+        w.get_root().set_background(w.get_root().get_theme().get<vec4>(theme_keys::message_popup_back_color));
 }
 
 // The message, wrapped inside the popup's upper part, in the popup's font colour.
@@ -59,11 +60,11 @@ EffectsMessagePopupButton::EffectsMessagePopupButton(UIColors const* colours) {
     if (colours == nullptr)
         return;
     nimbit::ui::theme& t = get_theme();
-    t.set("button_color_normal", colours->messageButtonBack);
-    t.set("button_color_hover", colours->messageButtonBackHover);
-    t.set("button_font_color", colours->messageFont);
-    t.set("button_border_color_hover", colours->buttonBorderHover);
-    t.set("button_border_color_focus", colours->buttonBorderFocus);
+    t.set(theme_keys::button_color_normal, colours->messageButtonBack);
+    t.set(theme_keys::button_color_hover, colours->messageButtonBackHover);
+    t.set(theme_keys::button_font_color, colours->messageFont);
+    t.set(theme_keys::button_border_color_hover, colours->buttonBorderHover);
+    t.set(theme_keys::button_border_color_focus, colours->buttonBorderFocus);
 }
 
 EffectsMessagePopupButton::~EffectsMessagePopupButton() = default;

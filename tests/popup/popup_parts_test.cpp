@@ -4,6 +4,7 @@
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/theme_keys.h"
 #include "popup/parts/effect_slot.h"
 #include "popup/parts/effects_drop_down.h"
 #include "popup/parts/effects_message_popup.h"
@@ -43,7 +44,7 @@ struct SlotTest : ::testing::Test {
         host.show();
         effect.name = "Gaussian Blur";
         effect.search_name = "gaussian blur";
-        slot.get_theme().set("default_back_color", vec4{0.1f, 0.1f, 0.1f, 1});
+        slot.get_theme().set(theme_keys::default_back_color, vec4{0.1f, 0.1f, 0.1f, 1});
         slot.create(host.get_root(), {0, 0, 300, 30});
         slot.show(true);
     }
