@@ -95,6 +95,7 @@ public:
     void OnShortcutButton(const nimbit::ui::event_info& e);
     void Paste();
     void Resize();
+    // Theme application (effects_popup_theme.cpp).
     void SwitchTheme(UIColorTheme theme, bool force);
     void InitThemes();
     void SavePreferences(bool writeLists);

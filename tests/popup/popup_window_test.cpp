@@ -450,6 +450,7 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     EXPECT_EQ(popup->GetColors(), &dark);
     EXPECT_EQ(popup->GetRows()[1]->BackgroundColor(), dark.listBack);
     EXPECT_EQ(popup->GetEffectsHeader()->GetTextColor(), dark.effectsHeaderText);
+    EXPECT_EQ(popup->GetEffectsHeader()->GetBackColor(), dark.effectsHeaderBack);
 }
 
 TEST_F(PopupTest, ListActionsSaveAndRefresh) {
