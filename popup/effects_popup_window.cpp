@@ -28,13 +28,6 @@ constexpr unsigned long long KeyOption = 18, KeyCommand = 55, KeyShift = 56;
 
 } // namespace
 
-EffectsPopupWindow::EffectsPopupWindow(window& parent, PreferencesData& prefs, std::function<int32_t()> poll)
-    : prefs(prefs), newsPoll(std::move(poll)) {
-    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},
-           window_style_borderless | window_style_floating, &parent);
-    Build();
-}
-
 EffectsPopupWindow::EffectsPopupWindow(PreferencesData& prefs, std::function<int32_t()> poll)
     : prefs(prefs), newsPoll(std::move(poll)) {
     create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},

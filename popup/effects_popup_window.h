@@ -57,10 +57,8 @@ public:
 
     enum ToolButton : int { ScreenshotButton = 0, GalleryButton, ExportButton, SettingsButton, LogoButton };
 
-    // newsPoll answers the news count, -1 while it is not known yet; it may be empty.
-    EffectsPopupWindow(nimbit::ui::window& parent, PreferencesData& prefs,
-                       std::function<int32_t()> newsPoll = {});
-    // A popup without a parent window (the host's windows are not ours).
+    // A popup without a parent window (the host's windows are not ours). newsPoll answers the news
+    // count, -1 while it is not known yet; it may be empty.
     explicit EffectsPopupWindow(PreferencesData& prefs, std::function<int32_t()> newsPoll = {});
     ~EffectsPopupWindow() override;
 
