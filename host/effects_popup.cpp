@@ -78,7 +78,7 @@ void EffectsPopup::SetUpPopupWindow() {
     nimbit::make_dir(UserSettingsFolder());
     LoadPreferences(prefs, ChooseReadFolder(SettingsFileName));
     popupWindow.reset();
-    popupWindow = popupWindowFactory(parentWindow.get(), prefs, *this);
+    popupWindow = popupWindowFactory(prefs, *this);
     if (popupWindow != nullptr)
         popupWindow->SetEffectData(CollectEffectList());
 }
@@ -88,7 +88,6 @@ void EffectsPopup::DeathHook() {
         popupWindow->WriteFile();
         popupWindow.reset();
     }
-    parentWindow.reset();
 }
 
 uint32_t EffectsPopup::Execute(PopupCommand command) {

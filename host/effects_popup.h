@@ -12,7 +12,6 @@
 #include <string>
 #include <vector>
 
-class ParentWindow;
 class PopupWindow;
 
 // The one host controller: created by the entry point, alive for the whole host session. It owns
@@ -73,7 +72,6 @@ private:
 
     SPBasicSuite* basic;
     AEGP_PluginID pluginId;
-    std::unique_ptr<ParentWindow> parentWindow;
     std::unique_ptr<PopupWindow> popupWindow;
     std::vector<std::string> presetPaths;
     AeVersion version;

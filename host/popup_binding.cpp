@@ -40,8 +40,7 @@ private:
     std::thread worker;
 };
 
-std::unique_ptr<PopupWindow> MakePopupWindow(ParentWindow*, PreferencesData& prefs,
-                                             EffectsPopup& controller) {
+std::unique_ptr<PopupWindow> MakePopupWindow(PreferencesData& prefs, EffectsPopup& controller) {
     auto news = std::make_shared<NewsRunner>(prefs.newsTime);
     auto window = std::make_unique<EffectsPopupWindow>(prefs, [news] { return news->Count(); });
     auto& events = nimbit::ui::event_manager::instance();

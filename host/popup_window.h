@@ -15,12 +15,6 @@ struct EffectData;
 struct PreferencesData;
 class EffectsPopup;
 
-// The window the popup is parented to. The controller only holds, passes on and destroys it.
-class ParentWindow {
-public:
-    virtual ~ParentWindow() = default;
-};
-
 class PopupWindow {
 public:
     virtual ~PopupWindow() = default;
@@ -38,11 +32,10 @@ public:
     virtual void SetEffectData(const std::vector<EffectData>& catalogue) = 0;
 };
 
-// Creates the popup window. The window keeps prefs and controller by reference for its lifetime and
-// reports a chosen entry with EffectsPopup::ApplyEffect and tool requests with
-// EffectsPopup::CustomEvent. parent may be null.
-using PopupWindowFactory = std::unique_ptr<PopupWindow> (*)(ParentWindow* parent, PreferencesData& prefs,
-                                                            EffectsPopup& controller);
+// Creates the popup window, which has no parent (the host's windows are not ours). The window keeps
+// prefs and controller by reference for its lifetime and reports a chosen entry with
+// EffectsPopup::ApplyEffect and tool requests with EffectsPopup::CustomEvent.
+using PopupWindowFactory = std::unique_ptr<PopupWindow> (*)(PreferencesData& prefs, EffectsPopup& controller);
 
 // Registers the factory that the controller's first idle tick uses. Until one is registered the
 // controller has no popup window: commands answer NoCommandResult and nothing is shown.

@@ -1,11 +1,14 @@
 #include "popup/effects_popup_window.h"
 
+#include "popup/effects_popup_theme.h"
+
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_shell.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 #include "nimbit/utils/timer.h"
 #include "popup/preferences_data.h"
@@ -21,19 +24,9 @@ using namespace nimbit::ui;
 
 namespace {
 
-// Placeholder of the empty search field: short enough to sit in the narrow compact field.
-constexpr std::string_view SearchPlaceholder = "fx";
-
 constexpr unsigned long long KeyOption = 18, KeyCommand = 55, KeyShift = 56;
 
 } // namespace
-
-EffectsPopupWindow::EffectsPopupWindow(window& parent, PreferencesData& prefs, std::function<int32_t()> poll)
-    : prefs(prefs), newsPoll(std::move(poll)) {
-    create("Effects Popup", {0, 0, SearchWidth, SearchTopHeight},
-           window_style_borderless | window_style_floating, &parent);
-    Build();
-}
 
 EffectsPopupWindow::EffectsPopupWindow(PreferencesData& prefs, std::function<int32_t()> poll)
     : prefs(prefs), newsPoll(std::move(poll)) {
@@ -55,7 +48,7 @@ void EffectsPopupWindow::Build() {
     widget& root = get_root();
     searchIcon.create(root, {14, 8, 30, 30});
     searchField.create(root, {51, 8, SearchWidth - 281, 30});
-    searchField.get_theme().set("input_font_name", std::string("Arial"));
+    searchField.get_theme().set(theme_keys::input_font_name, std::string("Arial"));
     listFrame.create(root, {1, SearchTopHeight, SearchWidth - 2, 0});
     listContent.create(listFrame, {0, 0, SearchWidth - 2, 0});
     listContent.show(true);
@@ -71,7 +64,7 @@ void EffectsPopupWindow::Build() {
     toolButtons[ExportButton].add_tooltip("Export");
     toolButtons[SettingsButton].add_tooltip("Settings");
     newsBadge.create(root, {SearchWidth - 19, 1, NewsSize, NewsSize});
-    newsBadge.get_theme().set("button_font_size", 9.0f);
+    newsBadge.get_theme().set(theme_keys::button_font_size, 9.0f);
     newsBadge.hide(); // until the news check reports something new
 
     auto& ev = event_manager::instance();
@@ -90,7 +83,7 @@ void EffectsPopupWindow::Build() {
     // The root is a plain widget: the theme's window colour shows wherever no control covers it.
     ev.add_event(&root, this, event_type::draw, [this](const event_info&) {
         drawer& d = get_drawer();
-        d.set_brush_color(get_root().get_theme().get<vec4>("default_back_color"));
+        d.set_brush_color(get_root().get_theme().get<vec4>(theme_keys::default_back_color));
         d.draw_rect({0, 0, get_root().get_rect().w, get_root().get_rect().h});
     });
     ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed,
@@ -429,18 +422,11 @@ void EffectsPopupWindow::SearchChanged() {
     };
     for (const SearchRow& row : results.Rows()) {
         if (row.kind != SearchRowKind::Entry) {
-            std::unique_ptr<HeaderSlot> header;
-            if (row.kind == SearchRowKind::PresetsHeader) {
-                header = std::make_unique<HeaderSlot>("Presets", colors->presetsHeaderBack);
-                header->SetTextColor(colors->presetsHeaderText);
-            } else if (row.kind == SearchRowKind::EffectsHeader) {
-                header = std::make_unique<HeaderSlot>("Effects", colors->effectsHeaderBack);
-                header->SetTextColor(colors->effectsHeaderText);
-            } else {
-                header = std::make_unique<HeaderSlot>("No Matches", colors->noMatchesHeaderBack);
-                header->SetTextColor(colors->noMatchesHeaderText);
-            }
-            header->get_theme().set("default_back_color", colors->listBack);
+            const HeaderKind kind = row.kind == SearchRowKind::PresetsHeader   ? HeaderKind::Presets
+                                    : row.kind == SearchRowKind::EffectsHeader ? HeaderKind::Effects
+                                                                               : HeaderKind::NoMatches;
+            auto header = std::make_unique<HeaderSlot>(kind);
+            StyleHeader(*header, *colors);
             header->create(listContent, {0, y, width, HeaderHeight});
             header->show(true);
             y += HeaderHeight;
@@ -451,9 +437,8 @@ void EffectsPopupWindow::SearchChanged() {
         auto slot = std::make_unique<EffectSlot>(*this, true);
         slot->SetEffect(entry.effect, entry.user_entry, &shortcutLabels);
         slot->SetIndex(rows.size());
-        slot->SetTextColor(colors->rowText, colors->rowSecondText);
         slot->SetActivate(activate);
-        slot->get_theme().set("default_back_color", colors->listBack);
+        StyleRow(*slot, *colors);
         slot->create(listContent, {0, y, width, RowHeight});
         slot->show(true);
         y += RowHeight;
@@ -509,82 +494,6 @@ void EffectsPopupWindow::ReplaceToShortcuts(const EffectData* effect, unsigned l
     if (effect != nullptr && ::ReplaceToShortcuts(shortcuts, effect, index))
         WriteFile();
     hide();
-}
-
-// --- theme -----------------------------------------------------------------------------------------
-
-void EffectsPopupWindow::InitThemes() {
-    themes = BuildColorThemes();
-    colors = nullptr;
-}
-
-void EffectsPopupWindow::SwitchTheme(UIColorTheme themeId, bool force) {
-    const auto index = static_cast<size_t>(static_cast<int32_t>(themeId));
-    const UIColors* next = index < themes.size() ? &themes[index] : &themes.front();
-    if (next == colors && !force)
-        return;
-    colors = next;
-    const UIColors& c = *colors;
-
-    // Tooltips and button borders are drawn by toolkit windows of their own: they read the shared table.
-    theme::plugin_map = theme::style_map{
-        {"tooltip_back_color", theme_style(c.tooltipBack)},
-        {"tooltip_border_color", theme_style(c.tooltipBorder)},
-        {"tooltip_font_color", theme_style(c.tooltipFont)},
-        {"tooltip_border_color_1", theme_style(c.tooltipBorder1)},
-        {"button_border_color_hover", theme_style(c.buttonBorderHover)},
-        {"button_border_color_focus", theme_style(c.buttonBorderFocus)},
-        {"input_selection_color", theme_style(c.inputSelection)},
-    };
-
-    get_root().set_background(c.windowBack);
-    const image_stream icons[5] = {c.screenshotIcon, c.galleryIcon, c.exportIcon, c.prefIcon, c.logoIcon};
-    for (int b = 0; b < 5; ++b) {
-        nimbit::ui::theme& t = toolButtons[b].get_theme();
-        t.set("button_color_normal", c.windowBack);
-        t.set("button_color_hover", c.windowBack);
-        t.set("button_back_image", icons[b]);
-    }
-    nimbit::ui::theme& news = newsBadge.get_theme();
-    news.set("button_color_normal", c.windowBack);
-    news.set("button_color_hover", c.windowBack);
-    news.set("button_font_color", c.newsFont);
-    news.set("button_back_image", c.newsIcon);
-
-    searchIcon.set_background(c.windowBack);
-    searchIcon.SetImage(c.searchIcon);
-    searchField.set_background(c.inputBack);
-    nimbit::ui::theme& input = searchField.get_theme();
-    input.set("input_border_color", c.inputBorder);
-    input.set("input_font_color", c.inputFont);
-    input.set("input_font_default_text_color", c.inputDefaultText);
-    searchField.set_default_text(SearchPlaceholder);
-
-    shortcutsBar.set_background(c.panelBack);
-    nimbit::ui::theme& bar = shortcutsBar.get_theme();
-    bar.set("default_border_color", c.borderColor);
-    bar.set("other_border_color", c.otherBorderColor);
-    bar.set("separator_line_color", c.separatorLineColor);
-    if (shortcutsShown)
-        shortcutsBar.UpdateList(shortcuts, colors);
-
-    listFrame.set_background(c.listBack);
-    listContent.set_background(c.listBack);
-    for (auto& row : rows) {
-        row->get_theme().set("default_back_color", c.listBack);
-        row->SetTextColor(c.rowText, c.rowSecondText);
-    }
-    if (effectsHeader != nullptr) {
-        const bool none = effectsHeader->GetText() == "No Matches";
-        effectsHeader->get_theme().set("default_back_color", c.listBack);
-        effectsHeader->SetTextColor(none ? c.noMatchesHeaderText : c.effectsHeaderText);
-    }
-    if (presetsHeader != nullptr) {
-        presetsHeader->get_theme().set("default_back_color", c.listBack);
-        presetsHeader->SetTextColor(c.presetsHeaderText);
-    }
-    scrollBar.SwitchTheme(colors);
-    get_root().update(false);
 }
 
 // --- tools ---------------------------------------------------------------------------------------

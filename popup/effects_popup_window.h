@@ -57,10 +57,8 @@ public:
 
     enum ToolButton : int { ScreenshotButton = 0, GalleryButton, ExportButton, SettingsButton, LogoButton };
 
-    // newsPoll answers the news count, -1 while it is not known yet; it may be empty.
-    EffectsPopupWindow(nimbit::ui::window& parent, PreferencesData& prefs,
-                       std::function<int32_t()> newsPoll = {});
-    // A popup without a parent window (the host's windows are not ours).
+    // A popup without a parent window (the host's windows are not ours). newsPoll answers the news
+    // count, -1 while it is not known yet; it may be empty.
     explicit EffectsPopupWindow(PreferencesData& prefs, std::function<int32_t()> newsPoll = {});
     ~EffectsPopupWindow() override;
 
@@ -95,6 +93,7 @@ public:
     void OnShortcutButton(const nimbit::ui::event_info& e);
     void Paste();
     void Resize();
+    // Theme application (effects_popup_theme.cpp).
     void SwitchTheme(UIColorTheme theme, bool force);
     void InitThemes();
     void SavePreferences(bool writeLists);

@@ -5,6 +5,7 @@
 #include "popup/ui_color_theme.h"
 
 #include <initializer_list>
+#include <string_view>
 #include <vector>
 
 namespace nimbit::ui {
@@ -108,7 +109,7 @@ inline constexpr nimbit::vec4 EffectHighlightColor{0.0f, 0.443f, 0.737f, 1.0f};
 
 // One theme key of a widget and the colour of the record that fills it.
 struct ThemeColorKey {
-    const char* key;
+    std::string_view key;
     nimbit::vec4 UIColors::*color;
 };
 

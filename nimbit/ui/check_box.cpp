@@ -4,6 +4,7 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
@@ -73,7 +74,7 @@ ivec4 check_box::box_rect() const {
 }
 
 void check_box::on_theme(const event_info&) {
-    if (const int frames = load_theme_image(image, get_theme(), "checkbox_image"))
+    if (const int frames = load_theme_image(image, get_theme(), theme_keys::checkbox_image))
         image_frames = frames;
     update(false);
 }
@@ -87,7 +88,7 @@ void check_box::draw(drawer& d, const ivec4&) {
     const nimbit::ui::theme& t = get_theme();
     const ivec4 box = box_rect();
     const bool on = is_selected();
-    const vec4 mark = t.get<vec4>("checkbox_font_color");
+    const vec4 mark = t.get<vec4>(theme_keys::checkbox_font_color);
 
     if (image.is_loaded()) {
         const _vec2<int> size = frame_size(image, image_frames);
@@ -95,9 +96,9 @@ void check_box::draw(drawer& d, const ivec4&) {
                      frame_source(image, image_frames, on ? 1 : 0), false);
     } else {
         const vec4 border = border_color(t, "checkbox_", has_focus(), clicks.hovered);
-        const float border_width = t.get<float>("checkbox_border_width");
+        const float border_width = t.get<float>(theme_keys::checkbox_border_width);
         const _vec2<int> centre{box.x + box.w / 2, box.y + box.h / 2};
-        d.set_brush_color(t.get<vec4>("checkbox_back_color"));
+        d.set_brush_color(t.get<vec4>(theme_keys::checkbox_back_color));
         d.set_pen_color(border, border_width);
         if (type == check_box_type::round) {
             d.draw_circle(centre, static_cast<float>(box.w) / 2.0f);

@@ -5,6 +5,7 @@
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/popup_menu.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
@@ -210,7 +211,7 @@ void drop_down_box::open_menu() {
 }
 
 void drop_down_box::on_theme(const event_info&) {
-    load_theme_image(arrow, get_theme(), "dropdown_button_image");
+    load_theme_image(arrow, get_theme(), theme_keys::dropdown_button_image);
     update(false);
 }
 
@@ -220,24 +221,24 @@ void drop_down_box::draw(drawer& d, const ivec4& area) {
     const ivec4 text_part{0, 0, area.w - button_w, area.h};
     const ivec4 button_part{area.w - button_w, 0, button_w, area.h};
 
-    if (t.get<bool>("dropdown_gradient_text")) {
-        d.draw_rect_gradient(text_part, t.get<vec4>("dropdown_gradient_text_1"),
-                             t.get<vec4>("dropdown_gradient_text_2"), orientation::vertical);
+    if (t.get<bool>(theme_keys::dropdown_gradient_text)) {
+        d.draw_rect_gradient(text_part, t.get<vec4>(theme_keys::dropdown_gradient_text_1),
+                             t.get<vec4>(theme_keys::dropdown_gradient_text_2), orientation::vertical);
     } else {
-        d.set_brush_color(
-            t.get<vec4>(hovered ? "dropdown_text_part_color_hover" : "dropdown_text_part_color"));
+        d.set_brush_color(t.get<vec4>(hovered ? theme_keys::dropdown_text_part_color_hover
+                                              : theme_keys::dropdown_text_part_color));
         d.draw_rect(text_part);
     }
-    if (t.get<bool>("dropdown_gradient_button")) {
-        d.draw_rect_gradient(button_part, t.get<vec4>("dropdown_gradient_button_1"),
-                             t.get<vec4>("dropdown_gradient_button_2"), orientation::vertical);
+    if (t.get<bool>(theme_keys::dropdown_gradient_button)) {
+        d.draw_rect_gradient(button_part, t.get<vec4>(theme_keys::dropdown_gradient_button_1),
+                             t.get<vec4>(theme_keys::dropdown_gradient_button_2), orientation::vertical);
     } else {
-        d.set_brush_color(
-            t.get<vec4>(hovered ? "dropdown_button_part_color_hover" : "dropdown_button_part_color"));
+        d.set_brush_color(t.get<vec4>(hovered ? theme_keys::dropdown_button_part_color_hover
+                                              : theme_keys::dropdown_button_part_color));
         d.draw_rect(button_part);
     }
 
-    const vec4 font_color = t.get<vec4>("dropdown_font_color");
+    const vec4 font_color = t.get<vec4>(theme_keys::dropdown_font_color);
     if (arrow.is_loaded()) {
         const _vec2<int> size = frame_size(arrow, 1);
         d.draw_image({button_part.x + (button_part.w - size.x) / 2, (area.h - size.y) / 2, size.x, size.y},
@@ -252,7 +253,7 @@ void drop_down_box::draw(drawer& d, const ivec4& area) {
     if (selected >= 0) {
         set_theme_font(d, t, "dropdown_");
         d.set_text_color(font_color);
-        d.set_text_format(t.get<text_align>("dropdown_text_align"), text_valign::center);
+        d.set_text_format(t.get<text_align>(theme_keys::dropdown_text_align), text_valign::center);
         const ivec4 text_rect{4, 0, std::max(0, text_part.w - 8), area.h};
         d.draw_clipped_text(text_rect, text_part, items[static_cast<size_t>(selected)].text);
     }

@@ -1,6 +1,7 @@
 #include "nimbit/ui/flow_panel.h"
 
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
@@ -152,7 +153,7 @@ void flow_panel::draw(const event_info&) {
     if (!w || !paint_background)
         return;
     drawer& d = w->get_drawer();
-    d.set_brush_color(get_theme().get<vec4>("default_back_color"));
+    d.set_brush_color(get_theme().get<vec4>(theme_keys::default_back_color));
     d.draw_rect({0, 0, get_rect().w, get_rect().h});
 }
 

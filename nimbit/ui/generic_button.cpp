@@ -4,6 +4,7 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
@@ -52,7 +53,7 @@ void generic_button::press() {
 }
 
 void generic_button::on_theme(const event_info&) {
-    image_frames = std::max(1, load_theme_image(image, get_theme(), "button_back_image"));
+    image_frames = std::max(1, load_theme_image(image, get_theme(), theme_keys::button_back_image));
     update(false);
 }
 
@@ -75,16 +76,16 @@ void generic_button::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
     const bool hover = is_hovered();
 
-    d.set_brush_color(t.get<vec4>(toggled ? "button_color_toggle"
-                                  : hover ? "button_color_hover"
-                                          : "button_color_normal"));
+    d.set_brush_color(t.get<vec4>(toggled ? theme_keys::button_color_toggle
+                                  : hover ? theme_keys::button_color_hover
+                                          : theme_keys::button_color_normal));
     d.draw_rect(area);
 
     if (image.is_loaded()) {
         const int frame = std::min(clicks.pushed && hover ? 2 : hover ? 1 : 0, image_frames - 1);
         const _vec2<int> size = frame_size(image, image_frames);
         const ivec4 source = frame_source(image, image_frames, frame);
-        if (t.get<bool>("button_back_image_strech"))
+        if (t.get<bool>(theme_keys::button_back_image_strech))
             d.draw_image(area, image, source, false);
         else
             d.draw_image({(area.w - size.x) / 2, (area.h - size.y) / 2, size.x, size.y}, image, source,
@@ -93,9 +94,9 @@ void generic_button::draw(drawer& d, const ivec4& area) {
 
     if (!text.empty()) {
         set_theme_font(d, t, "button_");
-        d.set_text_color(t.get<vec4>(clicks.pushed && hover ? "button_font_color_pressed"
-                                     : hover                ? "button_font_color_hover"
-                                                            : "button_font_color"));
+        d.set_text_color(t.get<vec4>(clicks.pushed && hover ? theme_keys::button_font_color_pressed
+                                     : hover                ? theme_keys::button_font_color_hover
+                                                            : theme_keys::button_font_color));
         d.set_text_format(text_align::center, text_valign::center);
         d.draw_clipped_text(area, area, text);
     }

@@ -2,6 +2,7 @@
 
 #include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 namespace nimbit::ui {
@@ -16,7 +17,7 @@ generic_panel::generic_panel() {
 generic_panel::~generic_panel() = default;
 
 void generic_panel::draw(drawer& d, const ivec4&) {
-    d.set_brush_color(get_theme().get<vec4>("default_back_color"));
+    d.set_brush_color(get_theme().get<vec4>(theme_keys::default_back_color));
     d.draw_rect({0, 0, get_rect().w, get_rect().h});
 }
 

@@ -4,6 +4,7 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/native_bitmap.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
@@ -138,7 +139,7 @@ void image_panel::on_mouse(const event_info& e) {
 }
 
 void image_panel::draw(drawer& d, const ivec4& area) {
-    d.set_brush_color(get_theme().get<vec4>("default_back_color"));
+    d.set_brush_color(get_theme().get<vec4>(theme_keys::default_back_color));
     d.draw_rect(area);
     const ivec4 full = image_rect();
     const native_bitmap* rep = image.get_native();

@@ -2,6 +2,7 @@
 
 #include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 namespace nimbit::ui {
@@ -37,9 +38,9 @@ void input_box::on_theme(const event_info& e) {
 
 void input_box::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    d.set_brush_color(t.get<vec4>("default_back_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::default_back_color));
     d.draw_rect(area);
-    d.set_pen_color(t.get<vec4>("input_border_color"), 1.0f);
+    d.set_pen_color(t.get<vec4>(theme_keys::input_border_color), 1.0f);
     d.draw_rect_border(area);
 }
 

@@ -6,6 +6,7 @@
 #include "nimbit/ui/ime.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/wide_text.h"
 #include "nimbit/ui/window.h"
 
@@ -250,10 +251,10 @@ void input_inside_panel::set_default_text(std::string_view utf8) {
 
 void input_inside_panel::apply_theme(const event_info&) {
     const nimbit::ui::theme& t = style();
-    font_name = t.get<std::string>("input_font_name");
-    font_size = t.get<float>("input_font_size");
-    font_weight_value = static_cast<int>(t.get<font_weight>("input_font_weight"));
-    font_style_value = static_cast<int>(t.get<font_style>("input_font_style"));
+    font_name = t.get<std::string>(theme_keys::input_font_name);
+    font_size = t.get<float>(theme_keys::input_font_size);
+    font_weight_value = static_cast<int>(t.get<font_weight>(theme_keys::input_font_weight));
+    font_style_value = static_cast<int>(t.get<font_style>(theme_keys::input_font_style));
     layout();
     refresh_metrics();
     update_scroll();
@@ -264,7 +265,7 @@ void input_inside_panel::layout() {
     const widget* parent = get_parent();
     if (!parent)
         return;
-    const _vec2<int> m = style().get<_vec2<int>>("input_inside_margins");
+    const _vec2<int> m = style().get<_vec2<int>>(theme_keys::input_inside_margins);
     const _vec2<int> size = parent->get_size();
     const ivec4 inner{m.x, m.y, std::max(0, size.x - 2 * m.x), std::max(0, size.y - 2 * m.y)};
     if (inner != get_rect())
@@ -594,13 +595,13 @@ void input_inside_panel::draw(drawer& d, const ivec4& area) {
     const bool composing = active && ime::is_composing();
     if (shown.empty() && !composing) {
         if (!default_text.empty()) {
-            d.set_text_color(t.get<vec4>("input_font_default_text_color"));
+            d.set_text_color(t.get<vec4>(theme_keys::input_font_default_text_color));
             d.draw_clipped_text(area, area, wide_to_utf8(default_text));
         }
     } else if (!shown.empty()) {
         const int width = offsets.empty() ? 0 : offsets.back();
         const ivec4 text_rect{-scroll, area.y, width + 2, area.h};
-        d.set_text_color(t.get<vec4>("input_font_color"));
+        d.set_text_color(t.get<vec4>(theme_keys::input_font_color));
         const std::string utf8 = wide_to_utf8(shown);
         d.draw_clipped_text(text_rect, area, utf8);
         if (selection != 0 && !offsets.empty()) {
@@ -610,10 +611,10 @@ void input_inside_panel::draw(drawer& d, const ivec4& area) {
             const int x0 = offsets[std::min(a, offsets.size() - 1)] - scroll;
             const int x1 = offsets[b] - scroll;
             const ivec4 band{x0, 0, x1 - x0, area.h};
-            d.set_brush_color(t.get<vec4>("input_selection_color"));
+            d.set_brush_color(t.get<vec4>(theme_keys::input_selection_color));
             d.draw_rect(band);
             // The selected characters again, clipped to the band, in their own colour.
-            d.set_text_color(t.get<vec4>("input_font_color_selected"));
+            d.set_text_color(t.get<vec4>(theme_keys::input_font_color_selected));
             const ivec4 clip{std::max(band.x, 0), 0, std::min(band.x + band.w, area.w) - std::max(band.x, 0),
                              area.h};
             if (clip.w > 0)
@@ -630,22 +631,22 @@ void input_inside_panel::draw(drawer& d, const ivec4& area) {
         if (count > 0) {
             const ime::highlight h = ime::get_highlight_style();
             const int hs = std::clamp(h.start, 0, count), he = std::clamp(h.start + h.length, hs, count);
-            d.set_brush_color(t.get<vec4>("input_ime_block_color"));
+            d.set_brush_color(t.get<vec4>(theme_keys::input_ime_block_color));
             d.draw_rect({caret_x + marks[0], 0, marks[static_cast<size_t>(count)] - marks[0], area.h});
             if (he > hs) {
-                d.set_pen_color(t.get<vec4>("input_ime_cursor_color"), 1.0f);
+                d.set_pen_color(t.get<vec4>(theme_keys::input_ime_cursor_color), 1.0f);
                 d.draw_line({caret_x + marks[static_cast<size_t>(hs)], area.h - 2},
                             {caret_x + marks[static_cast<size_t>(he)], area.h - 2});
             }
-            d.set_text_color(t.get<vec4>("input_font_color"));
+            d.set_text_color(t.get<vec4>(theme_keys::input_font_color));
             d.draw_clipped_text({caret_x, 0, marks.back() + 2, area.h}, area, marked);
             const int cursor = std::clamp(ime::get_cursor_position(), 0, count);
             const int cx = caret_x + marks[static_cast<size_t>(cursor)];
-            d.set_pen_color(t.get<vec4>("input_ime_cursor_color"), 1.0f);
+            d.set_pen_color(t.get<vec4>(theme_keys::input_ime_cursor_color), 1.0f);
             d.draw_line({cx, 2}, {cx, area.h - 2});
         }
     } else if (active && caret_visible) {
-        d.set_pen_color(t.get<vec4>("input_font_color"), 1.0f);
+        d.set_pen_color(t.get<vec4>(theme_keys::input_font_color), 1.0f);
         d.draw_line({caret_x, 2}, {caret_x, area.h - 2});
     }
 }

@@ -4,6 +4,7 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 #include "nimbit/utils/assert.h"
 
@@ -231,8 +232,8 @@ void scroll_bar::on_mouse(const event_info& e) {
 }
 
 void scroll_bar::on_theme(const event_info&) {
-    min_thumb = std::max(1, get_theme().get<int>("scroll_min_size"));
-    load_theme_image(arrow, get_theme(), "scroll_button_arrow_image");
+    min_thumb = std::max(1, get_theme().get<int>(theme_keys::scroll_min_size));
+    load_theme_image(arrow, get_theme(), theme_keys::scroll_button_arrow_image);
     update(false);
 }
 
@@ -240,22 +241,22 @@ void scroll_bar::on_theme(const event_info&) {
 
 void scroll_bar::draw(drawer& d, const ivec4& area) {
     const nimbit::ui::theme& t = get_theme();
-    d.set_brush_color(t.get<vec4>("scroll_back_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::scroll_back_color));
     d.draw_rect(area);
 
     const ivec4 thumb = thumb_rect();
-    d.set_brush_color(t.get<vec4>("scroll_bar_back_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::scroll_bar_back_color));
     d.draw_rect(thumb);
-    d.set_pen_color(t.get<vec4>("scroll_bar_line_color"), 1.0f);
+    d.set_pen_color(t.get<vec4>(theme_keys::scroll_bar_line_color), 1.0f);
     d.draw_rect_border(thumb);
 
     if (!draw_buttons)
         return;
     for (bool at_end : {false, true}) {
         const ivec4 b = button_rect(at_end);
-        d.set_brush_color(t.get<vec4>("scroll_button_back_color"));
+        d.set_brush_color(t.get<vec4>(theme_keys::scroll_button_back_color));
         d.draw_rect(b);
-        const vec4 line = t.get<vec4>("scroll_button_line_color");
+        const vec4 line = t.get<vec4>(theme_keys::scroll_button_line_color);
         d.set_pen_color(line, 1.0f);
         d.draw_rect_border(b);
         if (arrow.is_loaded()) {

@@ -3,6 +3,7 @@
 #include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
@@ -52,7 +53,7 @@ void split_panel::on_create(const event_info& e) {
 }
 
 void split_panel::on_theme(const event_info&) {
-    thickness = std::max(0, get_theme().get<int>("splitpanel_split_thickness"));
+    thickness = std::max(0, get_theme().get<int>(theme_keys::splitpanel_split_thickness));
     if (pane_1.is_created())
         place(position);
     update(false);
@@ -204,23 +205,23 @@ void split_panel::on_mouse(const event_info& e) {
 void split_panel::draw(drawer& d, const ivec4&) {
     const nimbit::ui::theme& t = get_theme();
     const ivec4 bar = bar_rect();
-    d.set_brush_color(t.get<vec4>("splitpanel_back_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::splitpanel_back_color));
     d.draw_rect(bar);
     if (bar.w <= 0 || bar.h <= 0)
         return;
     // A line along each edge of the bar and a grip of three dots in its middle.
     const bool vertical_bar = type == split_type::side_by_side;
-    d.set_pen_color(t.get<vec4>("splitpanel_border_color_1"), 1.0f);
+    d.set_pen_color(t.get<vec4>(theme_keys::splitpanel_border_color_1), 1.0f);
     if (vertical_bar)
         d.draw_line({bar.x, 0}, {bar.x, bar.h});
     else
         d.draw_line({0, bar.y}, {bar.w, bar.y});
-    d.set_pen_color(t.get<vec4>("splitpanel_border_color_2"), 1.0f);
+    d.set_pen_color(t.get<vec4>(theme_keys::splitpanel_border_color_2), 1.0f);
     if (vertical_bar)
         d.draw_line({bar.x + bar.w - 1, 0}, {bar.x + bar.w - 1, bar.h});
     else
         d.draw_line({0, bar.y + bar.h - 1}, {bar.w, bar.y + bar.h - 1});
-    d.set_brush_color(t.get<vec4>("splitpanel_mark_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::splitpanel_mark_color));
     const _vec2<int> mid{bar.x + bar.w / 2, bar.y + bar.h / 2};
     for (int k = -1; k <= 1; ++k) {
         const _vec2<int> c =

@@ -2,6 +2,7 @@
 
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/text_markup.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 namespace nimbit::ui {
@@ -19,10 +20,10 @@ text_label::~text_label() = default;
 text_full_format text_label::base_format() const {
     const nimbit::ui::theme& t = get_theme();
     text_full_format f;
-    f.font_name = t.get<std::string>("label_font_name");
-    f.size = t.get<float>("label_font_size");
-    f.weight = t.get<font_weight>("label_font_weight");
-    f.style = t.get<font_style>("label_font_style");
+    f.font_name = t.get<std::string>(theme_keys::label_font_name);
+    f.size = t.get<float>(theme_keys::label_font_size);
+    f.weight = t.get<font_weight>(theme_keys::label_font_weight);
+    f.style = t.get<font_style>(theme_keys::label_font_style);
     return f;
 }
 
@@ -84,8 +85,9 @@ void text_label::draw(const event_info&) {
     const nimbit::ui::theme& t = get_theme();
     const text_full_format f = base_format();
     d.set_text_font(f.font_name, f.size, f.weight, f.style);
-    d.set_text_color(t.get<vec4>("label_font_color"));
-    d.set_text_format(t.get<text_align>("label_text_align"), t.get<text_valign>("label_text_valign"));
+    d.set_text_color(t.get<vec4>(theme_keys::label_font_color));
+    d.set_text_format(t.get<text_align>(theme_keys::label_text_align),
+                      t.get<text_valign>(theme_keys::label_text_valign));
     const ivec4 area{0, 0, get_rect().w, get_rect().h};
     d.draw_clipped_text(area, area, text, runs);
 }

@@ -2,6 +2,7 @@
 
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/event_manager.h"
+#include "nimbit/ui/theme_keys.h"
 
 #include <algorithm>
 
@@ -18,12 +19,15 @@ _vec2<int> tooltip::measure(std::string_view s, bool is_title) {
     const theme& t = get_root().get_theme();
     drawer& d = get_drawer();
     if (is_title)
-        d.set_text_font(
-            t.get<std::string>("tooltip_title_font_name"), t.get<float>("tooltip_title_font_size"),
-            t.get<font_weight>("tooltip_title_font_weight"), t.get<font_style>("tooltip_title_font_style"));
+        d.set_text_font(t.get<std::string>(theme_keys::tooltip_title_font_name),
+                        t.get<float>(theme_keys::tooltip_title_font_size),
+                        t.get<font_weight>(theme_keys::tooltip_title_font_weight),
+                        t.get<font_style>(theme_keys::tooltip_title_font_style));
     else
-        d.set_text_font(t.get<std::string>("tooltip_font_name"), t.get<float>("tooltip_font_size"),
-                        t.get<font_weight>("tooltip_font_weight"), t.get<font_style>("tooltip_font_style"));
+        d.set_text_font(t.get<std::string>(theme_keys::tooltip_font_name),
+                        t.get<float>(theme_keys::tooltip_font_size),
+                        t.get<font_weight>(theme_keys::tooltip_font_weight),
+                        t.get<font_style>(theme_keys::tooltip_font_style));
     return d.calc_text_size(s, {max_text_width, 0});
 }
 
@@ -47,27 +51,30 @@ void tooltip::draw(const event_info&) {
     const theme& t = get_root().get_theme();
     drawer& d = get_drawer();
     const ivec4 r{0, 0, get_root().get_rect().w, get_root().get_rect().h};
-    d.set_brush_color(t.get<vec4>("tooltip_back_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::tooltip_back_color));
     d.draw_rect(r);
     // An outer dark frame and an inner light one.
-    d.set_pen_color(t.get<vec4>("tooltip_border_color_1"), 1.0f);
+    d.set_pen_color(t.get<vec4>(theme_keys::tooltip_border_color_1), 1.0f);
     d.draw_rect_border(r);
-    d.set_pen_color(t.get<vec4>("tooltip_border_color"), 1.0f);
+    d.set_pen_color(t.get<vec4>(theme_keys::tooltip_border_color), 1.0f);
     d.draw_rect_border({1, 1, r.w - 2, r.h - 2});
     d.set_text_format(text_align::left, text_valign::top);
     int y = padding;
     if (!title.empty()) {
-        d.set_text_font(
-            t.get<std::string>("tooltip_title_font_name"), t.get<float>("tooltip_title_font_size"),
-            t.get<font_weight>("tooltip_title_font_weight"), t.get<font_style>("tooltip_title_font_style"));
-        d.set_text_color(t.get<vec4>("tooltip_title_font_color"));
+        d.set_text_font(t.get<std::string>(theme_keys::tooltip_title_font_name),
+                        t.get<float>(theme_keys::tooltip_title_font_size),
+                        t.get<font_weight>(theme_keys::tooltip_title_font_weight),
+                        t.get<font_style>(theme_keys::tooltip_title_font_style));
+        d.set_text_color(t.get<vec4>(theme_keys::tooltip_title_font_color));
         d.draw_text({padding, y, title_size.x + 1, title_size.y}, title);
         y += title_size.y + padding / 2;
     }
     if (!text.empty()) {
-        d.set_text_font(t.get<std::string>("tooltip_font_name"), t.get<float>("tooltip_font_size"),
-                        t.get<font_weight>("tooltip_font_weight"), t.get<font_style>("tooltip_font_style"));
-        d.set_text_color(t.get<vec4>("tooltip_font_color"));
+        d.set_text_font(t.get<std::string>(theme_keys::tooltip_font_name),
+                        t.get<float>(theme_keys::tooltip_font_size),
+                        t.get<font_weight>(theme_keys::tooltip_font_weight),
+                        t.get<font_style>(theme_keys::tooltip_font_style));
+        d.set_text_color(t.get<vec4>(theme_keys::tooltip_font_color));
         d.draw_text({padding, y, text_size.x + 1, text_size.y}, text);
     }
 }

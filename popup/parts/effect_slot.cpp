@@ -4,6 +4,7 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/popup_menu.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 #include "popup/parts/effects_popup_interface.h"
 #include "popup/ui_colors.h"
@@ -55,7 +56,7 @@ void EffectSlot::SetHover(bool on) {
 vec4 EffectSlot::BackgroundColor() const {
     if (selected || hovered)
         return effect != nullptr && effect->is_preset ? PresetHighlightColor : EffectHighlightColor;
-    return get_theme().get<vec4>("default_back_color");
+    return get_theme().get<vec4>(theme_keys::default_back_color);
 }
 
 void EffectSlot::Draw(const event_info&) {

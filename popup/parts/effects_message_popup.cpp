@@ -1,6 +1,7 @@
 #include "popup/parts/effects_message_popup.h"
 
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "popup/ui_colors.h"
 
 using namespace nimbit;
@@ -11,11 +12,27 @@ namespace {
 constexpr unsigned long long EscapeKey = 27;
 constexpr int ButtonWidth = 80, ButtonHeight = 24;
 
+// Creates the popup with an inside of MessagePopupSize: the frame grows by whatever decoration the
+// platform gives a titled window. Returns the size of the inside as the window reports it.
+ivec2 CreatePopup(window& w, std::string_view title, ivec2 const& position, window* parent) {
+    const ivec2 size = MessagePopupSize;
+    w.create(title, {position.x, position.y, size.x, size.y}, window_style_titled, parent);
+    const ivec4 frame = w.get_rect(), client = w.get_client_rect();
+    w.set_rect({frame.x, frame.y, size.x + frame.w - client.w, size.y + frame.h - client.h});
+    return w.get_client_rect().size();
+}
+
+// The buttons sit in the bottom right corner of the inside, right to left.
+ivec4 ButtonRect(ivec2 const& inside, int fromRight) {
+    return {inside.x - (fromRight + 1) * ButtonWidth - 14 - fromRight * 8, inside.y - ButtonHeight - 12,
+            ButtonWidth, ButtonHeight};
+}
+
 void StyleWindow(window& w, UIColors const* colours) {
     if (colours != nullptr)
         w.get_root().set_background(colours->messageBack);
     else
-        w.get_root().set_background(w.get_root().get_theme().get<vec4>("message_popup_back_color"));
+        w.get_root().set_background(w.get_root().get_theme().get<vec4>(theme_keys::message_popup_back_color));
 }
 
 // The message, wrapped inside the popup's upper part, in the popup's font colour.
@@ -43,33 +60,31 @@ EffectsMessagePopupButton::EffectsMessagePopupButton(UIColors const* colours) {
     if (colours == nullptr)
         return;
     nimbit::ui::theme& t = get_theme();
-    t.set("button_color_normal", colours->messageButtonBack);
-    t.set("button_color_hover", colours->messageButtonBackHover);
-    t.set("button_font_color", colours->messageFont);
-    t.set("button_border_color_hover", colours->buttonBorderHover);
-    t.set("button_border_color_focus", colours->buttonBorderFocus);
+    t.set(theme_keys::button_color_normal, colours->messageButtonBack);
+    t.set(theme_keys::button_color_hover, colours->messageButtonBackHover);
+    t.set(theme_keys::button_font_color, colours->messageFont);
+    t.set(theme_keys::button_border_color_hover, colours->buttonBorderHover);
+    t.set(theme_keys::button_border_color_focus, colours->buttonBorderFocus);
 }
 
 EffectsMessagePopupButton::~EffectsMessagePopupButton() = default;
 
 EffectsMessagePopup::EffectsMessagePopup(window* parent, ivec2 const& position, UIColors const* colours,
-                                         std::string_view const& message, std::string_view const& caption)
-    : confirm(colours), cancel(colours), message(message) {
-    create("Message", {position.x, position.y, Width, Height}, window_style_titled, parent);
+                                         MessagePopupTexts const& texts)
+    : confirm(colours), cancel(colours), message(texts.message) {
+    const ivec2 inside = CreatePopup(*this, texts.title, position, parent);
     StyleWindow(*this, colours);
     const vec4 font = colours != nullptr ? colours->messageFont : vec4{1, 1, 1, 1};
-    text.create(get_root(), {14, 8, Width - 28, 40});
+    text.create(get_root(), {14, 8, inside.x - 28, 40});
     text.show(true);
     auto& ev = event_manager::instance();
     ev.add_event(&text, this, event_type::draw,
                  [this, font](const event_info&) { DrawMessage(text, this->message, font, nullptr); });
-    confirm.create(get_root(),
-                   {Width - 2 * ButtonWidth - 22, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
-    confirm.set_text(caption);
+    confirm.create(get_root(), ButtonRect(inside, 1));
+    confirm.set_text(texts.confirm);
     confirm.show(true);
-    cancel.create(get_root(),
-                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
-    cancel.set_text("Cancel");
+    cancel.create(get_root(), ButtonRect(inside, 0));
+    cancel.set_text(texts.cancel);
     cancel.show(true);
     ev.add_event(&confirm, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
     ev.add_event(&cancel, this, event_type::pressed, &EffectsMessagePopup::Close);
@@ -89,21 +104,20 @@ void EffectsMessagePopup::OnFocusGained(const event_info&) {
 }
 
 EffectsWarningPopup::EffectsWarningPopup(window* parent, ivec2 const& position, UIColors const* colours,
-                                         std::string_view const& message, std::string_view const& caption)
-    : button(colours), message(message) {
-    create("Warning", {position.x, position.y, Width, Height}, window_style_titled, parent);
+                                         MessagePopupTexts const& texts)
+    : button(colours), message(texts.message) {
+    const ivec2 inside = CreatePopup(*this, texts.title, position, parent);
     StyleWindow(*this, colours);
     if (colours != nullptr) {
         fontColor = colours->messageFont;
         icon.load_image(colours->warningIcon);
     }
-    text.create(get_root(), {14, 8, Width - 28, 40});
+    text.create(get_root(), {14, 8, inside.x - 28, 40});
     text.show(true);
     auto& ev = event_manager::instance();
     ev.add_event(&text, this, event_type::draw, &EffectsWarningPopup::DrawText);
-    button.create(get_root(),
-                  {Width - ButtonWidth - 14, Height - ButtonHeight - 12, ButtonWidth, ButtonHeight});
-    button.set_text(caption);
+    button.create(get_root(), ButtonRect(inside, 0));
+    button.set_text(texts.confirm);
     button.show(true);
     ev.add_event(&button, this, event_type::pressed, [this](const event_info&) { end_modal(1); });
     ev.add_event(this, this, event_type::key_down, &EffectsWarningPopup::KeyDown);

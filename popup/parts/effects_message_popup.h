@@ -4,10 +4,21 @@
 #include "nimbit/ui/window.h"
 
 #include <string>
-#include <string_view>
 
 struct UIColors;
 class IconView;
+
+// The inside of the message popups; their frame adds the platform's title bar.
+inline constexpr nimbit::ivec2 MessagePopupSize{320, 90};
+
+// What a message popup says: the window title, the message, and the captions of its confirming and
+// cancelling buttons (a notice has only the first).
+struct MessagePopupTexts {
+    std::string title;
+    std::string message;
+    std::string confirm = "OK";
+    std::string cancel = "Cancel";
+};
 
 // A flat button of the message popups, in the theme's colours.
 class EffectsMessagePopupButton : public nimbit::ui::generic_button {
@@ -16,16 +27,12 @@ public:
     ~EffectsMessagePopupButton() override;
 };
 
-// A small modal question: the message, a confirming button that ends the loop with 1 and a "Cancel"
-// button that ends it with 0, as does Escape. The first text is the message, the second the
-// confirming button's caption.
+// A small modal question under its title: the message, a confirming button that ends the loop with 1
+// and a cancelling one that ends it with 0, as does Escape.
 class EffectsMessagePopup : public nimbit::ui::window {
 public:
-    static constexpr int Width = 320;
-    static constexpr int Height = 90;
-
     EffectsMessagePopup(nimbit::ui::window* parent, nimbit::ivec2 const& position, UIColors const* colours,
-                        std::string_view const& message, std::string_view const& caption);
+                        MessagePopupTexts const& texts);
     ~EffectsMessagePopup() override;
 
     // Runs the modal loop; 1 for the confirming button, 0 otherwise.
@@ -44,15 +51,12 @@ private:
     std::string message;
 };
 
-// A small modal notice with one button, which ends the loop with 1; Escape ends it with 0. The first
-// text is the message, the second the button's caption.
+// A small modal notice under its title: the message and one button (captioned with the confirming
+// text), which ends the loop with 1; Escape ends it with 0.
 class EffectsWarningPopup : public nimbit::ui::window {
 public:
-    static constexpr int Width = 320;
-    static constexpr int Height = 90;
-
     EffectsWarningPopup(nimbit::ui::window* parent, nimbit::ivec2 const& position, UIColors const* colours,
-                        std::string_view const& message, std::string_view const& caption);
+                        MessagePopupTexts const& texts);
     ~EffectsWarningPopup() override;
 
     int Run() { return show_modal(); }

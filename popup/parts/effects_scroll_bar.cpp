@@ -1,6 +1,7 @@
 #include "popup/parts/effects_scroll_bar.h"
 
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 #include "popup/ui_colors.h"
 
@@ -21,8 +22,8 @@ void EffectsScrollBar::SwitchTheme(UIColors const* colours) {
     track = colours->scrollTrack;
     thumb = colours->scrollThumb;
     nimbit::ui::theme& t = get_theme();
-    t.set("scroll_bar_back_color", colours->scrollThumb);
-    t.set("scroll_back_color", colours->scrollTrack);
+    t.set(theme_keys::scroll_bar_back_color, colours->scrollThumb);
+    t.set(theme_keys::scroll_back_color, colours->scrollTrack);
     update(false);
 }
 

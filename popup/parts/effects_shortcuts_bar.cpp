@@ -2,6 +2,7 @@
 
 #include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 #include "popup/effect_alias.h"
 #include "popup/ui_colors.h"
@@ -17,11 +18,11 @@ EffectsShorcutButton::EffectsShorcutButton(unsigned long number) : number(number
     // The application's own keys have no toolkit default; start from the dark look so that a button
     // drawn before the theme reaches it never misses a key.
     nimbit::ui::theme& t = get_theme();
-    t.set("button_font_color", vec4{0.784f, 0.784f, 0.784f, 1});
-    t.set("button_font_color_hover", vec4{1, 1, 1, 1});
-    t.set("button_font_color_pressed", vec4{0.357f, 0.678f, 0.902f, 1});
-    t.set("button_font_color_numbers", vec4{0.447f, 0.447f, 0.447f, 1});
-    t.set("button_back_color_hover", vec4{0.216f, 0.216f, 0.216f, 1});
+    t.set(theme_keys::button_font_color, vec4{0.784f, 0.784f, 0.784f, 1});
+    t.set(theme_keys::button_font_color_hover, vec4{1, 1, 1, 1});
+    t.set(theme_keys::button_font_color_pressed, vec4{0.357f, 0.678f, 0.902f, 1});
+    t.set(shortcuts_bar_keys::button_font_color_numbers, vec4{0.447f, 0.447f, 0.447f, 1});
+    t.set(shortcuts_bar_keys::button_back_color_hover, vec4{0.216f, 0.216f, 0.216f, 1});
     auto& ev = event_manager::instance();
     add_paint_handler(*this, &EffectsShorcutButton::Draw);
     for (event_type t :
@@ -65,31 +66,31 @@ void EffectsShorcutButton::OnMouse(const event_info& e) {
 
 void EffectsShorcutButton::Draw(drawer& d, const ivec4& r) {
     const nimbit::ui::theme& t = get_theme();
-    vec4 font = t.get<vec4>("button_font_color");
-    d.set_brush_color(t.get<vec4>("default_back_color"));
+    vec4 font = t.get<vec4>(theme_keys::button_font_color);
+    d.set_brush_color(t.get<vec4>(theme_keys::default_back_color));
     d.draw_rect(r);
     if (hovered) {
-        d.set_brush_color(t.get<vec4>("button_back_color_hover"));
+        d.set_brush_color(t.get<vec4>(shortcuts_bar_keys::button_back_color_hover));
         d.draw_rect(r);
-        font = t.get<vec4>("button_font_color_hover");
+        font = t.get<vec4>(theme_keys::button_font_color_hover);
     }
     if (pressed)
-        font = t.get<vec4>("button_font_color_pressed");
+        font = t.get<vec4>(theme_keys::button_font_color_pressed);
     d.set_text_font("Trebuchet MS", 14);
     d.set_text_format(text_align::center, text_valign::center);
     d.set_text_color(font);
     d.draw_text({0, 4, r.w, r.h - 4}, label);
     d.set_text_font("Trebuchet MS", 9);
     d.set_text_format(text_align::left, text_valign::top);
-    d.set_text_color(t.get<vec4>("button_font_color_numbers"));
+    d.set_text_color(t.get<vec4>(shortcuts_bar_keys::button_font_color_numbers));
     d.draw_text({3, 1, 12, 12}, std::to_string(number));
 }
 
 EffectsShortcutsBar::EffectsShortcutsBar() {
     set_name("EffectsShortcutsBar");
     nimbit::ui::theme& t = get_theme();
-    t.set("other_border_color", vec4{0.231f, 0.231f, 0.231f, 1});
-    t.set("separator_line_color", vec4{0.212f, 0.212f, 0.212f, 1});
+    t.set(shortcuts_bar_keys::other_border_color, vec4{0.231f, 0.231f, 0.231f, 1});
+    t.set(shortcuts_bar_keys::separator_line_color, vec4{0.212f, 0.212f, 0.212f, 1});
     auto& ev = event_manager::instance();
     add_paint_handler(*this, &EffectsShortcutsBar::Draw);
     ev.add_event(this, this, event_type::theme_changed, [this](const event_info&) { update(false); });
@@ -115,12 +116,12 @@ void EffectsShortcutsBar::UpdateList(std::vector<EffectAlias> const& shortcuts, 
         button->SetLabel(shortcuts[i].alias);
         if (colours != nullptr)
             SetThemeColors(button->get_theme(), *colours,
-                           {{"default_back_color", &UIColors::panelBack},
-                            {"button_font_color", &UIColors::buttonFont},
-                            {"button_font_color_hover", &UIColors::buttonFontHover},
-                            {"button_font_color_pressed", &UIColors::buttonFontPressed},
-                            {"button_font_color_numbers", &UIColors::buttonFontNumbers},
-                            {"button_back_color_hover", &UIColors::buttonBackHover}});
+                           {{theme_keys::default_back_color, &UIColors::panelBack},
+                            {theme_keys::button_font_color, &UIColors::buttonFont},
+                            {theme_keys::button_font_color_hover, &UIColors::buttonFontHover},
+                            {theme_keys::button_font_color_pressed, &UIColors::buttonFontPressed},
+                            {shortcuts_bar_keys::button_font_color_numbers, &UIColors::buttonFontNumbers},
+                            {shortcuts_bar_keys::button_back_color_hover, &UIColors::buttonBackHover}});
         button->show(true);
         add_child_event(*button, event_type::pressed, [this](const event_info& e) {
             event_manager::instance().fire_event(this, event_type::pressed, e.data);
@@ -132,11 +133,11 @@ void EffectsShortcutsBar::UpdateList(std::vector<EffectAlias> const& shortcuts, 
 
 void EffectsShortcutsBar::Draw(drawer& d, const ivec4& r) {
     const nimbit::ui::theme& t = get_theme();
-    d.set_brush_color(t.get<vec4>("default_back_color"));
+    d.set_brush_color(t.get<vec4>(theme_keys::default_back_color));
     d.draw_rect(r);
-    d.set_pen_color(t.get<vec4>("other_border_color"));
+    d.set_pen_color(t.get<vec4>(shortcuts_bar_keys::other_border_color));
     d.draw_line({0, r.h - 1}, {r.w, r.h - 1});
-    d.set_pen_color(t.get<vec4>("separator_line_color"));
+    d.set_pen_color(t.get<vec4>(shortcuts_bar_keys::separator_line_color));
     for (unsigned long n = 1; n < ShortcutSlotCount; ++n) {
         const int x = static_cast<int>(n) * ButtonPitch;
         d.draw_line({x, 6}, {x, r.h - 7});

@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace nimbit::ui {
@@ -12,6 +13,14 @@ class drawer;
 
 struct EffectAlias;
 struct UIColors;
+
+// Theme keys of the shortcuts bar and its buttons beyond the toolkit's own (nimbit/ui/theme_keys.h).
+namespace shortcuts_bar_keys {
+inline constexpr std::string_view button_font_color_numbers = "button_font_color_numbers";
+inline constexpr std::string_view button_back_color_hover = "button_back_color_hover";
+inline constexpr std::string_view other_border_color = "other_border_color";
+inline constexpr std::string_view separator_line_color = "separator_line_color";
+} // namespace shortcuts_bar_keys
 
 // One numbered shortcut button: the slot's label with its number in the corner. A left click raises
 // pressed on the button with the slot number (1 to 9) as data.

@@ -6,15 +6,32 @@
 using namespace nimbit;
 using namespace nimbit::ui;
 
-HeaderSlot::HeaderSlot(std::string_view const& text, vec4 const& colour) : text(text), backColor(colour) {
+namespace {
+
+std::string Caption(HeaderKind kind) {
+    switch (kind) {
+    case HeaderKind::Effects:
+        return "Effects";
+    case HeaderKind::Presets:
+        return "Presets";
+    case HeaderKind::NoMatches:
+        break;
+    }
+    return "No Matches";
+}
+
+} // namespace
+
+HeaderSlot::HeaderSlot(HeaderKind kind) : kind(kind), text(Caption(kind)) {
     set_name("HeaderSlot");
     event_manager::instance().add_event(this, this, event_type::draw, &HeaderSlot::Draw);
 }
 
 HeaderSlot::~HeaderSlot() = default;
 
-void HeaderSlot::SetTextColor(vec4 const& colour) {
-    textColor = colour;
+void HeaderSlot::SetColors(vec4 const& back, vec4 const& text) {
+    backColor = back;
+    textColor = text;
     update(false);
 }
 

@@ -3,7 +3,9 @@
 #include "nimbit/ui/generic_panel.h"
 
 #include <string>
-#include <string_view>
+
+// Which group a title row in the popup's list heads; its caption and colours follow from it.
+enum class HeaderKind { Effects, Presets, NoMatches };
 
 // A group title in the popup's list: "Effects", "Presets" or "No Matches".
 class HeaderSlot : public nimbit::ui::generic_panel {
@@ -11,10 +13,11 @@ public:
     static constexpr int Width = 100;
     static constexpr int Height = 20;
 
-    HeaderSlot(std::string_view const& text, nimbit::vec4 const& colour);
+    explicit HeaderSlot(HeaderKind kind);
     ~HeaderSlot() override;
 
-    void SetTextColor(nimbit::vec4 const& colour);
+    void SetColors(nimbit::vec4 const& back, nimbit::vec4 const& text);
+    HeaderKind GetKind() const { return kind; }
     const std::string& GetText() const { return text; }
     const nimbit::vec4& GetBackColor() const { return backColor; }
     const nimbit::vec4& GetTextColor() const { return textColor; }
@@ -22,6 +25,7 @@ public:
 private:
     void Draw(const nimbit::ui::event_info&);
 
+    HeaderKind kind;
     std::string text;
     nimbit::vec4 backColor;
     nimbit::vec4 textColor{1, 1, 1, 1};

@@ -32,7 +32,7 @@ struct RecordingWindow : PopupWindow {
         catalogueSizes.push_back(catalogue.size());
     }
 
-    static std::unique_ptr<PopupWindow> Make(ParentWindow*, PreferencesData&, EffectsPopup&) {
+    static std::unique_ptr<PopupWindow> Make(PreferencesData&, EffectsPopup&) {
         ++windowsMade;
         return std::make_unique<RecordingWindow>();
     }

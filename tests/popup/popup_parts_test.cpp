@@ -4,6 +4,7 @@
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/theme_keys.h"
 #include "popup/parts/effect_slot.h"
 #include "popup/parts/effects_drop_down.h"
 #include "popup/parts/effects_message_popup.h"
@@ -43,7 +44,7 @@ struct SlotTest : ::testing::Test {
         host.show();
         effect.name = "Gaussian Blur";
         effect.search_name = "gaussian blur";
-        slot.get_theme().set("default_back_color", vec4{0.1f, 0.1f, 0.1f, 1});
+        slot.get_theme().set(theme_keys::default_back_color, vec4{0.1f, 0.1f, 0.1f, 1});
         slot.create(host.get_root(), {0, 0, 300, 30});
         slot.show(true);
     }
@@ -141,15 +142,45 @@ TEST_F(SlotTest, EnteringARowAsksToSelectItUnlessSelected) {
 struct MessageTest : ::testing::Test {
     void SetUp() override { offscreen::reset_input(); }
     void TearDown() override { offscreen::offscreen_window::set_modal_driver({}); }
+    // The popup's inside is the agreed size under a title bar, and the button lies wholly in it.
+    static void ExpectLaidOutInside(window& popup, widget& button) {
+        const ivec4 frame = popup.get_rect(), client = popup.get_client_rect();
+        EXPECT_EQ(client.size(), MessagePopupSize);
+        EXPECT_EQ(frame.h, client.h + offscreen::offscreen_window::title_bar_height);
+        const ivec4 r = button.get_rect();
+        EXPECT_TRUE(r.x >= 0 && r.y >= 0 && r.x + r.w <= client.w && r.y + r.h <= client.h)
+            << button.get_name() << " at " << r.x << "," << r.y << " size " << r.w << "x" << r.h;
+    }
+    // Whether painting the popup draws exactly this text.
+    static bool DrawsText(window& popup, std::string const& text) {
+        offscreen::offscreen_window& native = offscreen::native_of(popup);
+        popup.get_root().update(false);
+        native.get_canvas().clear_calls();
+        native.paint_pending();
+        for (draw_call const& c : native.get_canvas().calls_named("draw_text"))
+            if (c.text == text)
+                return true;
+        return false;
+    }
     UIColors colours = BuildColorThemes()[0];
 };
 
-TEST_F(MessageTest, QuestionAndWarningEndWithOneForConfirmAndZeroOtherwise) {
+TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwise) {
     window parent;
     parent.create("parent", {0, 0, 400, 300});
+    EffectsMessagePopup ask(&parent, {40, 50}, &colours,
+                            {.title = "Delete?",
+                             .message = "Are you sure you want to delete these 3 images?",
+                             .confirm = "Delete"});
+    EXPECT_EQ(ask.get_rect().position(), (ivec2{40, 50}));
+    ExpectLaidOutInside(ask, ask.GetConfirmButton());
+    ExpectLaidOutInside(ask, ask.GetCancelButton());
+    EXPECT_EQ(offscreen::native_of(ask).get_title(), "Delete?");
+    EXPECT_TRUE(DrawsText(ask, "Are you sure you want to delete these 3 images?"));
+    EXPECT_EQ(ask.GetConfirmButton().get_text(), "Delete");
+    EXPECT_EQ(ask.GetCancelButton().get_text(), "Cancel");
+
     int turn = 0;
-    EffectsMessagePopup ask(&parent, {40, 50}, &colours, "Replace the settings?", "Import");
-    EXPECT_EQ(ask.get_rect(), (ivec4{40, 50, 320, 90}));
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
         if (++turn == 1)
             ask.GetConfirmButton().press();
@@ -162,9 +193,17 @@ TEST_F(MessageTest, QuestionAndWarningEndWithOneForConfirmAndZeroOtherwise) {
     offscreen::offscreen_window::set_modal_driver(
         [&](window&) { ask.process_event(event_type::key_down, 27); });
     EXPECT_EQ(ask.Run(), 0);
+}
 
-    // A warning ends with one for its button and zero for Escape.
-    EffectsWarningPopup warn(nullptr, {0, 0}, &colours, "The file could not be read.", "OK");
+TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscape) {
+    EffectsWarningPopup warn(
+        nullptr, {0, 0}, &colours,
+        {.title = "Failed to Load", .message = "Unable to import settings from the file."});
+    ExpectLaidOutInside(warn, warn.GetButton());
+    EXPECT_EQ(offscreen::native_of(warn).get_title(), "Failed to Load");
+    EXPECT_TRUE(DrawsText(warn, "Unable to import settings from the file."));
+    EXPECT_EQ(warn.GetButton().get_text(), "OK");
+
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
     offscreen::offscreen_window::set_modal_driver(

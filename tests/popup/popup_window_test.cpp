@@ -3,6 +3,7 @@
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 #include "popup/preferences_file.h"
 #include "tests/popup/popup_fixture.h"
@@ -413,24 +414,24 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     const UIColors& dark = popup->GetThemes()[0];
     const UIColors& light = popup->GetThemes()[1];
     EXPECT_EQ(popup->GetColors(), &dark);
-    EXPECT_EQ(popup->get_root().get_theme().get<vec4>("default_back_color"), dark.windowBack);
+    EXPECT_EQ(popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color), dark.windowBack);
 
     popup->SwitchTheme(UIColorTheme::Light, false);
     EXPECT_EQ(popup->GetColors(), &light);
-    EXPECT_EQ(popup->get_root().get_theme().get<vec4>("default_back_color"), light.windowBack);
-    EXPECT_EQ(theme::plugin_map.at("tooltip_back_color").get<vec4>(), light.tooltipBack);
-    EXPECT_EQ(popup->GetSearchField().get_theme().get<vec4>("input_font_color"), light.inputFont);
+    EXPECT_EQ(popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color), light.windowBack);
+    EXPECT_EQ(theme::plugin_map.at(theme_keys::tooltip_back_color).get<vec4>(), light.tooltipBack);
+    EXPECT_EQ(popup->GetSearchField().get_theme().get<vec4>(theme_keys::input_font_color), light.inputFont);
     EXPECT_EQ(popup->GetToolButton(EffectsPopupWindow::LogoButton)
                   .get_theme()
-                  .get<image_stream>("button_back_image"),
+                  .get<image_stream>(theme_keys::button_back_image),
               light.logoIcon);
 
     // Already current: nothing is pushed again unless forced.
-    theme::plugin_map.erase("tooltip_back_color");
+    theme::plugin_map.erase(theme_keys::tooltip_back_color);
     popup->SwitchTheme(UIColorTheme::Light, false);
-    EXPECT_EQ(theme::plugin_map.count("tooltip_back_color"), 0u);
+    EXPECT_EQ(theme::plugin_map.count(theme_keys::tooltip_back_color), 0u);
     popup->SwitchTheme(UIColorTheme::Light, true);
-    EXPECT_EQ(theme::plugin_map.count("tooltip_back_color"), 1u);
+    EXPECT_EQ(theme::plugin_map.count(theme_keys::tooltip_back_color), 1u);
 
     // The window colour fills the whole popup first, under every control.
     Open();
@@ -449,6 +450,7 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     EXPECT_EQ(popup->GetColors(), &dark);
     EXPECT_EQ(popup->GetRows()[1]->BackgroundColor(), dark.listBack);
     EXPECT_EQ(popup->GetEffectsHeader()->GetTextColor(), dark.effectsHeaderText);
+    EXPECT_EQ(popup->GetEffectsHeader()->GetBackColor(), dark.effectsHeaderBack);
 }
 
 TEST_F(PopupTest, ListActionsSaveAndRefresh) {

@@ -37,7 +37,7 @@ struct ChordWindow : PopupWindow {
     bool IsShown() const override { return shown; }
     void WriteFile() override {}
     void SetEffectData(const std::vector<EffectData>&) override {}
-    static std::unique_ptr<PopupWindow> Make(ParentWindow*, PreferencesData&, EffectsPopup&) {
+    static std::unique_ptr<PopupWindow> Make(PreferencesData&, EffectsPopup&) {
         return std::make_unique<ChordWindow>();
     }
 };

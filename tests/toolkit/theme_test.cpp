@@ -1,5 +1,6 @@
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/event_object.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget.h"
 #include "nimbit/ui/widget_themes.h"
 #include "nimbit/ui/window.h"
@@ -39,12 +40,12 @@ TEST(Theme, DefaultTableHasEveryKeyOnceAndValuesFollowTheKeyFamilies) {
     EXPECT_EQ(theme::default_map.size(), keys.size()) << "a key listed twice";
     EXPECT_EQ(keys[67], "button_back_image_strech") << "the table's own spelling";
     EXPECT_EQ(keys[182], "browser_stared_image");
-    EXPECT_EQ(t.get<vec4>("default_back_color"), (vec4{1, 0, 1, 1}));
-    EXPECT_GT(t.get<float>("label_font_size"), 6.0f);
-    EXPECT_TRUE(t.get<bool>("dropdown_gradient_text"));
-    EXPECT_GT(t.get<int>("scroll_min_size"), 0);
-    EXPECT_GT(t.get<_vec2<int>>("message_popup_window_margins").x, 0);
-    EXPECT_TRUE(t.get<image_stream>("checkbox_image").empty());
+    EXPECT_EQ(t.get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
+    EXPECT_GT(t.get<float>(theme_keys::label_font_size), 6.0f);
+    EXPECT_TRUE(t.get<bool>(theme_keys::dropdown_gradient_text));
+    EXPECT_GT(t.get<int>(theme_keys::scroll_min_size), 0);
+    EXPECT_GT(t.get<_vec2<int>>(theme_keys::message_popup_window_margins).x, 0);
+    EXPECT_TRUE(t.get<image_stream>(theme_keys::checkbox_image).empty());
     // Every font name in the table is "tahoma", every colour an opaque-or-translucent 0..1 value.
     for (std::string_view key : keys) {
         EXPECT_EQ(theme::default_map.count(key), 1u) << key;
@@ -63,13 +64,13 @@ TEST(Theme, DefaultTableHasEveryKeyOnceAndValuesFollowTheKeyFamilies) {
 TEST(Theme, OwnStylesWinOverPluginMapOverDefaultsAndLinksReadOneStepDeep) {
     plugin_guard guard;
     theme t;
-    EXPECT_EQ(t.get<vec4>("button_font_color"), (vec4{1, 1, 1, 1}));
-    theme::plugin_map.insert_or_assign("button_font_color", theme_style(vec4{0.5f, 0.5f, 0.5f, 1}));
-    EXPECT_EQ(t.get<vec4>("button_font_color"), (vec4{0.5f, 0.5f, 0.5f, 1}));
-    t.set("button_font_color", vec4{0, 0, 1, 1});
-    EXPECT_EQ(t.get<vec4>("button_font_color"), (vec4{0, 0, 1, 1}));
+    EXPECT_EQ(t.get<vec4>(theme_keys::button_font_color), (vec4{1, 1, 1, 1}));
+    theme::plugin_map.insert_or_assign(theme_keys::button_font_color, theme_style(vec4{0.5f, 0.5f, 0.5f, 1}));
+    EXPECT_EQ(t.get<vec4>(theme_keys::button_font_color), (vec4{0.5f, 0.5f, 0.5f, 1}));
+    t.set(theme_keys::button_font_color, vec4{0, 0, 1, 1});
+    EXPECT_EQ(t.get<vec4>(theme_keys::button_font_color), (vec4{0, 0, 1, 1}));
     theme other;
-    EXPECT_EQ(other.get<vec4>("button_font_color"), (vec4{0.5f, 0.5f, 0.5f, 1}))
+    EXPECT_EQ(other.get<vec4>(theme_keys::button_font_color), (vec4{0.5f, 0.5f, 0.5f, 1}))
         << "own styles are per theme";
     // A plugin-only key (not in the default table) is found through the second level.
     theme::plugin_map.insert_or_assign("app_row_color", theme_style(vec4{0.1f, 0.2f, 0.3f, 1}));
@@ -78,17 +79,17 @@ TEST(Theme, OwnStylesWinOverPluginMapOverDefaultsAndLinksReadOneStepDeep) {
     // Links read the target through all levels, one step deep.
     theme::plugin_map.insert_or_assign("app_label_color", theme_style(vec4{0.2f, 0.4f, 0.6f, 1}));
     theme l;
-    l.link("label_font_color", "app_label_color");
-    EXPECT_EQ(l.translate("label_font_color"), "app_label_color");
-    EXPECT_EQ(l.translate("label_font_size"), "label_font_size");
-    EXPECT_EQ(l.get<vec4>("label_font_color"), (vec4{0.2f, 0.4f, 0.6f, 1}));
+    l.link(theme_keys::label_font_color, "app_label_color");
+    EXPECT_EQ(l.translate(theme_keys::label_font_color), "app_label_color");
+    EXPECT_EQ(l.translate(theme_keys::label_font_size), theme_keys::label_font_size);
+    EXPECT_EQ(l.get<vec4>(theme_keys::label_font_color), (vec4{0.2f, 0.4f, 0.6f, 1}));
     // An own style of the target wins, as for any look-up.
     l.set("app_label_color", vec4{1, 0, 0, 1});
-    EXPECT_EQ(l.get<vec4>("label_font_color"), (vec4{1, 0, 0, 1}));
+    EXPECT_EQ(l.get<vec4>(theme_keys::label_font_color), (vec4{1, 0, 0, 1}));
     // One level only: a link to a linked key reads the intermediate key itself.
-    l.link("button_font_color", "label_font_color");
-    EXPECT_EQ(l.get<vec4>("button_font_color"), theme().get<vec4>("label_font_color"));
-    EXPECT_NE(l.get<vec4>("button_font_color"), (vec4{1, 0, 0, 1}));
+    l.link(theme_keys::button_font_color, theme_keys::label_font_color);
+    EXPECT_EQ(l.get<vec4>(theme_keys::button_font_color), theme().get<vec4>(theme_keys::label_font_color));
+    EXPECT_NE(l.get<vec4>(theme_keys::button_font_color), (vec4{1, 0, 0, 1}));
 }
 
 TEST(Theme, ChangesAreAnnouncedWithTheKeyAddressAndCopiesKeepTheirOwner) {
@@ -103,30 +104,30 @@ TEST(Theme, ChangesAreAnnouncedWithTheKeyAddressAndCopiesKeepTheirOwner) {
 
     owner.keys.clear();
     static constexpr const char* link_key = "label_font_color";
-    t.link(link_key, "button_font_color");
-    t.link(link_key, "button_font_color"); // same target: silent
-    t.link(link_key, "tooltip_font_color");
+    t.link(link_key, theme_keys::button_font_color);
+    t.link(link_key, theme_keys::button_font_color); // same target: silent
+    t.link(link_key, theme_keys::tooltip_font_color);
     ASSERT_EQ(owner.keys.size(), 2u);
     EXPECT_EQ(owner.keys[0], link_key);
-    EXPECT_EQ(t.translate(link_key), "tooltip_font_color");
+    EXPECT_EQ(t.translate(link_key), theme_keys::tooltip_font_color);
 
     // Without an owner nothing is raised (and nothing breaks).
     theme lone;
-    lone.set("label_font_size", 9.0f);
-    EXPECT_EQ(lone.get<float>("label_font_size"), 9.0f);
+    lone.set(theme_keys::label_font_size, 9.0f);
+    EXPECT_EQ(lone.get<float>(theme_keys::label_font_size), 9.0f);
 
     // A copy takes styles and links but not the owner.
     listener a, b;
     theme first(&a);
-    first.set("label_font_name", std::string("courier"));
-    first.link("button_font_color", "tooltip_font_color");
+    first.set(theme_keys::label_font_name, std::string("courier"));
+    first.link(theme_keys::button_font_color, theme_keys::tooltip_font_color);
     theme second(&b);
     second = first;
     EXPECT_EQ(second.get_owner(), &b);
-    EXPECT_EQ(second.get<std::string>("label_font_name"), "courier");
-    EXPECT_EQ(second.translate("button_font_color"), "tooltip_font_color");
+    EXPECT_EQ(second.get<std::string>(theme_keys::label_font_name), "courier");
+    EXPECT_EQ(second.translate(theme_keys::button_font_color), theme_keys::tooltip_font_color);
     const size_t heard = b.keys.size();
-    second.set("label_font_size", 20.0f);
+    second.set(theme_keys::label_font_size, 20.0f);
     EXPECT_EQ(b.keys.size(), heard + 1);
     EXPECT_EQ(a.keys.size(), 2u);
 }
@@ -138,8 +139,8 @@ TEST(ThemeDeathTest, CharacterArraysStayStringsStreamsKeepTheirScaleUnknownKeysS
     EXPECT_FLOAT_EQ(theme_style(s).get<image_stream>().scale(), 4.0f);
     EXPECT_EQ(theme_style("arial").get<std::string>(), "arial");
     theme t;
-    t.set("checkbox_font_name", "abcde"); // a character array, not a bool
-    EXPECT_EQ(t.get<std::string>("checkbox_font_name"), "abcde");
+    t.set(theme_keys::checkbox_font_name, "abcde"); // a character array, not a bool
+    EXPECT_EQ(t.get<std::string>(theme_keys::checkbox_font_name), "abcde");
     EXPECT_DEATH(t.get_theme_style("no_such_key"), "false && \"Style not found\"");
 }
 
@@ -148,8 +149,8 @@ TEST(Theme, AnUnstyledWidgetIsMagentaAndSetBackgroundTellsIt) {
     w.create("themes", {0, 0, 120, 80});
     widget child;
     child.create(w.get_root(), {10, 10, 20, 20});
-    EXPECT_EQ(child.get_theme().get<vec4>("default_back_color"), (vec4{1, 0, 1, 1}));
-    EXPECT_EQ(w.get_root().get_theme().get<vec4>("default_back_color"), (vec4{1, 0, 1, 1}));
+    EXPECT_EQ(child.get_theme().get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
+    EXPECT_EQ(w.get_root().get_theme().get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
 
     std::vector<std::string> heard;
     event_manager::instance().add_event(&child, &child, event_type::theme_changed, [&](const event_info& e) {
@@ -159,6 +160,6 @@ TEST(Theme, AnUnstyledWidgetIsMagentaAndSetBackgroundTellsIt) {
     child.set_background({0.1f, 0.2f, 0.3f, 1});
     child.set_background({0.1f, 0.2f, 0.3f, 1});
     EXPECT_EQ(heard, (std::vector<std::string>{"default_back_color", "default_back_color"}));
-    EXPECT_EQ(child.get_theme().get<vec4>("default_back_color"), (vec4{0.1f, 0.2f, 0.3f, 1}));
-    EXPECT_EQ(w.get_root().get_theme().get<vec4>("default_back_color"), (vec4{1, 0, 1, 1}));
+    EXPECT_EQ(child.get_theme().get<vec4>(theme_keys::default_back_color), (vec4{0.1f, 0.2f, 0.3f, 1}));
+    EXPECT_EQ(w.get_root().get_theme().get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
 }

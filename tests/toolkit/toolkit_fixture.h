@@ -29,9 +29,9 @@ protected:
     void TearDown() override { offscreen::offscreen_window::set_modal_driver({}); }
 };
 
-// A created window at 100,100 on the screen.
+// A created window at 100,100 on the screen, without a title bar: its client area is its frame.
 struct TestWindow : window {
-    explicit TestWindow(ivec4 frame = {100, 100, 400, 300}) { create("test", frame); }
+    explicit TestWindow(ivec4 frame = {100, 100, 400, 300}) { create("test", frame, window_style_resizable); }
     offscreen::offscreen_window& os() { return offscreen::native_of(*this); }
 };
 

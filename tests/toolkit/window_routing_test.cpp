@@ -289,6 +289,15 @@ TEST_F(RoutingTest, ClientResizeSetsTheRootAndReachesAnchoredChildren) {
     EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 500, 400}));
     EXPECT_EQ(footer.get_rect(), (ivec4{0, 370, 500, 30}));
     EXPECT_EQ(r.take(), std::vector<std::string>{ev("w", event_type::resize, 0)});
+
+    // A titled window's client area is what its title bar leaves of the frame, and so is the root.
+    window titled;
+    titled.create("titled", {10, 20, 300, 200}, window_style_titled | window_style_resizable);
+    const int bar = offscreen::offscreen_window::title_bar_height;
+    EXPECT_EQ(titled.get_client_rect(), (ivec4{10, 20 + bar, 300, 200 - bar}));
+    EXPECT_EQ(titled.get_root().get_rect(), (ivec4{0, 0, 300, 200 - bar}));
+    titled.set_rect({10, 20, 320, 240});
+    EXPECT_EQ(titled.get_root().get_rect(), (ivec4{0, 0, 320, 240 - bar}));
 }
 
 } // namespace

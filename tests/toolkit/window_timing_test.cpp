@@ -1,6 +1,7 @@
 #include "toolkit_fixture.h"
 
 #include "nimbit/ui/offscreen/offscreen_clock.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/tooltip.h"
 
 #include <memory>
@@ -140,7 +141,7 @@ TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
     EXPECT_EQ(texts[1].text, "Applies the effect");
     const auto rects = canvas.calls_named("draw_rect");
     ASSERT_FALSE(rects.empty());
-    EXPECT_EQ(rects[0].color, theme::default_map.at("tooltip_back_color").get<vec4>());
+    EXPECT_EQ(rects[0].color, theme::default_map.at(nimbit::ui::theme_keys::tooltip_back_color).get<vec4>());
     tooltip_ticks(52); // the sixtieth tick after the reset: still shown
     EXPECT_TRUE(win.is_tooltip_shown());
     tooltip_ticks(1);

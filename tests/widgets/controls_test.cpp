@@ -11,6 +11,7 @@
 #include "nimbit/ui/showcase.h"
 #include "nimbit/ui/showcase_controls.h"
 #include "nimbit/ui/text_label.h"
+#include "nimbit/ui/theme_keys.h"
 
 #include <cstdio>
 #include <fstream>
@@ -144,7 +145,7 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     box.set_selected(false);
     EXPECT_EQ(ticks(), 0);
     box.focus();
-    const vec4 focus = box.get_theme().get<vec4>("checkbox_border_color_focus");
+    const vec4 focus = box.get_theme().get<vec4>(theme_keys::checkbox_border_color_focus);
     EXPECT_GT(
         count_painted([&](const draw_call& c) { return c.op == "draw_rect_border" && c.color == focus; }), 0);
 }
@@ -196,15 +197,15 @@ TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
                 return c.color;
         return vec4{};
     };
-    EXPECT_EQ(fill(), t.get<vec4>("button_color_normal"));
+    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_normal));
     offscreen::move_mouse(win, {20, 20});
-    EXPECT_EQ(fill(), t.get<vec4>("button_color_hover"));
+    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_hover));
     offscreen::move_mouse(win, {200, 200});
     button.force_hover(true);
-    EXPECT_EQ(fill(), t.get<vec4>("button_color_hover"));
+    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_hover));
     button.set_toggled(true);
-    EXPECT_EQ(fill(), t.get<vec4>("button_color_toggle"));
-    button.get_theme().set("button_color_toggle", vec4{0, 0, 1, 1});
+    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_toggle));
+    button.get_theme().set(theme_keys::button_color_toggle, vec4{0, 0, 1, 1});
     EXPECT_EQ(fill(), (vec4{0, 0, 1, 1}));
 }
 
@@ -233,8 +234,8 @@ TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
     // It draws with the label keys and follows their changes.
     label.set_rect({0, 0, 100, 20});
     label.set_text("hello", false, false);
-    label.get_theme().set("label_font_color", vec4{1, 0, 0, 1});
-    label.get_theme().set("label_text_align", text_align::right);
+    label.get_theme().set(theme_keys::label_font_color, vec4{1, 0, 0, 1});
+    label.get_theme().set(theme_keys::label_text_align, text_align::right);
     EXPECT_GT(count_painted([](const draw_call& c) {
                   return c.op == "draw_clipped_text" && c.text == "hello" && c.color == vec4{1, 0, 0, 1};
               }),

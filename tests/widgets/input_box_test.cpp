@@ -4,6 +4,7 @@
 #include "nimbit/ui/input_box.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
+#include "nimbit/ui/theme_keys.h"
 
 using namespace nimbit;
 using namespace nimbit::ui;
@@ -366,7 +367,7 @@ TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
 
     box.set_text("");
     box.set_default_text("Search");
-    const vec4 grey = box.get_theme().get<vec4>("input_font_default_text_color");
+    const vec4 grey = box.get_theme().get<vec4>(theme_keys::input_font_default_text_color);
     EXPECT_GT(count_painted([&](const draw_call& c) { return c.text == "Search" && c.color == grey; }), 0)
         << "the default text in its colour";
     type(u"q");
@@ -395,8 +396,8 @@ TEST_F(InputBoxTest, CompositionIsDrawnWithTheInputMethodColours) {
     type(u"ab");
     ime::set_composition("\xE3\x81\x8B\xE3\x81\xAA", 1, {0, 2});
     win.process_event(event_type::input_ime, 0);
-    const vec4 block = box.get_theme().get<vec4>("input_ime_block_color");
-    const vec4 cursor = box.get_theme().get<vec4>("input_ime_cursor_color");
+    const vec4 block = box.get_theme().get<vec4>(theme_keys::input_ime_block_color);
+    const vec4 cursor = box.get_theme().get<vec4>(theme_keys::input_ime_cursor_color);
     EXPECT_GT(count_painted([&](const draw_call& c) {
                   return c.op == "draw_rect" && c.color == block && c.rect.x == 2 * char_w;
               }),
@@ -407,11 +408,11 @@ TEST_F(InputBoxTest, CompositionIsDrawnWithTheInputMethodColours) {
 
 TEST_F(InputBoxTest, ThemeChangesReachTheTextAndTheLayout) {
     type(u"abc");
-    box.get_theme().set("input_font_size", 20.0f); // 10 pixels a character
+    box.get_theme().set(theme_keys::input_font_size, 20.0f); // 10 pixels a character
     EXPECT_EQ(in().get_caret_x(), 30);
-    box.get_theme().set("input_inside_margins", _vec2<int>{8, 3});
+    box.get_theme().set(theme_keys::input_inside_margins, _vec2<int>{8, 3});
     EXPECT_EQ(in().get_rect(), (ivec4{8, 3, 184, 20}));
-    box.get_theme().set("input_font_color", vec4{0, 1, 0, 1});
+    box.get_theme().set(theme_keys::input_font_color, vec4{0, 1, 0, 1});
     EXPECT_GT(count_painted([](const draw_call& c) {
                   return c.op == "draw_clipped_text" && c.text == "abc" && c.color == vec4{0, 1, 0, 1};
               }),

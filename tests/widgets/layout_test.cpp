@@ -6,6 +6,7 @@
 #include "nimbit/ui/scroll_bar.h"
 #include "nimbit/ui/split_panel.h"
 #include "nimbit/ui/text_label.h"
+#include "nimbit/ui/theme_keys.h"
 
 #include <bit>
 
@@ -163,8 +164,8 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
     // A very long panel still gets a thumb of the minimum length, ending at the lower arrow.
     content.set_rect({0, 0, 100, 100000});
-    EXPECT_EQ(bar.thumb_rect().h, bar.get_theme().get<int>("scroll_min_size"));
-    bar.get_theme().set("scroll_min_size", 30);
+    EXPECT_EQ(bar.thumb_rect().h, bar.get_theme().get<int>(theme_keys::scroll_min_size));
+    bar.get_theme().set(theme_keys::scroll_min_size, 30);
     EXPECT_EQ(bar.thumb_rect().h, 30);
     bar.set_value(bar.get_max_scroll());
     EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14);

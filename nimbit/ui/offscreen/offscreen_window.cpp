@@ -58,7 +58,17 @@ void offscreen_window::create(std::string_view new_title, const ivec4& new_frame
     title = new_title;
     style = new_style;
     frame = {new_frame.x, new_frame.y, std::max(new_frame.w, 0), std::max(new_frame.h, 0)};
-    canvas.resize(frame.size());
+    canvas.resize(get_client_rect().size());
+}
+
+int offscreen_window::decoration_top() const {
+    const bool titled = (style & window_style_titled) != 0 && (style & window_style_borderless) == 0;
+    return titled ? title_bar_height : 0;
+}
+
+ivec4 offscreen_window::get_client_rect() const {
+    const int top = std::min(decoration_top(), frame.h);
+    return {frame.x, frame.y + top, frame.w, frame.h - top};
 }
 
 void offscreen_window::become_key() {
@@ -83,7 +93,7 @@ void offscreen_window::show(bool visible, bool focus) {
         if (!shown) {
             shown = true;
             z_order = ++next_z;
-            invalidate({0, 0, frame.w, frame.h});
+            invalidate({0, 0, get_client_rect().w, get_client_rect().h});
         }
         if (focus)
             become_key();
@@ -110,23 +120,25 @@ float offscreen_window::get_dpi() const {
 
 void offscreen_window::set_rect(const ivec4& new_frame) {
     ivec4 f = new_frame;
+    const int top = decoration_top();
     if (min_size.x > 0)
         f.w = std::max(f.w, min_size.x);
     if (min_size.y > 0)
-        f.h = std::max(f.h, min_size.y);
+        f.h = std::max(f.h, min_size.y + top);
     if (max_size.x > 0)
         f.w = std::min(f.w, max_size.x);
     if (max_size.y > 0)
-        f.h = std::min(f.h, max_size.y);
+        f.h = std::min(f.h, max_size.y + top);
     f.w = std::max(f.w, 0);
     f.h = std::max(f.h, 0);
     const bool resized = f.w != frame.w || f.h != frame.h;
     frame = f;
     if (resized) {
-        canvas.resize(frame.size());
+        const _vec2<int> client = get_client_rect().size();
+        canvas.resize(client);
         // The platform reports the new client size as the window's resize event.
-        owner.process_event(event_type::resize, pack_pair(frame.w, frame.h));
-        invalidate({0, 0, frame.w, frame.h});
+        owner.process_event(event_type::resize, pack_pair(client.x, client.y));
+        invalidate({0, 0, client.x, client.y});
     }
 }
 
@@ -159,8 +171,9 @@ ivec4 offscreen_window::get_screen_rect() const {
 void offscreen_window::invalidate(const ivec4& client_rect) {
     // Clipped to the client area: nothing outside it can be painted.
     const int left = std::max(client_rect.x, 0), top = std::max(client_rect.y, 0);
-    const int right = std::min(client_rect.x + client_rect.w, frame.w);
-    const int bottom = std::min(client_rect.y + client_rect.h, frame.h);
+    const _vec2<int> client = get_client_rect().size();
+    const int right = std::min(client_rect.x + client_rect.w, client.x);
+    const int bottom = std::min(client_rect.y + client_rect.h, client.y);
     if (right <= left || bottom <= top)
         return;
     dirty = unite(dirty, {left, top, right - left, bottom - top});

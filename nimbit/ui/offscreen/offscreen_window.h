@@ -7,10 +7,13 @@
 #include <memory>
 #include <string>
 
-// An in-memory platform window. Frame and client area coincide (no decoration). Painting is recorded
-// by an offscreen_drawer: invalidate() collects a dirty rectangle, flush() or paint_pending() paints
-// it through the owning window. Timers run on the offscreen clock. A window shown with focus becomes
-// the key window; the previous key window hears focus_lost and the new one focus_gained.
+// An in-memory platform window. A titled window loses a title bar of title_bar_height off the top of
+// its frame, as under AppKit, so its client area is smaller than its frame; other windows have no
+// decoration. Minimum and maximum sizes bound the client area (AppKit's content sizes). Painting is
+// recorded by an offscreen_drawer: invalidate() collects a dirty rectangle, flush() or
+// paint_pending() paints it through the owning window. Timers run on the offscreen clock. A window
+// shown with focus becomes the key window; the previous key window hears focus_lost and the new one
+// focus_gained.
 //
 // The modal loop runs until end_modal: each turn calls the modal driver when one is set (a test
 // callback that feeds input, moves the clock or ends the session), otherwise fires the next timer.
@@ -24,6 +27,9 @@ namespace offscreen {
 
 class offscreen_window final : public native_window {
 public:
+    // The top offset GNUstep's own decoration gives a titled window (its title bar and top border).
+    static constexpr int title_bar_height = 23;
+
     explicit offscreen_window(window& owner);
     ~offscreen_window() override;
 
@@ -36,7 +42,7 @@ public:
     float get_dpi() const override;
     void set_rect(const ivec4& frame) override;
     ivec4 get_rect() const override { return frame; }
-    ivec4 get_client_rect() const override { return frame; }
+    ivec4 get_client_rect() const override;
     void set_min_size(_vec2<int> size) override;
     void set_max_size(_vec2<int> size) override;
     void maximize() override;
@@ -82,6 +88,8 @@ private:
     };
     void become_key();
     void resign_key();
+    // What the title bar takes off the top of the frame.
+    int decoration_top() const;
 
     window& owner;
     offscreen_drawer canvas;
