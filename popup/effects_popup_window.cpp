@@ -4,6 +4,7 @@
 #include "nimbit/filesystem/file_shell.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/widget_themes.h"
@@ -24,7 +25,10 @@ namespace {
 // Placeholder of the empty search field: short enough to sit in the narrow compact field.
 constexpr std::string_view SearchPlaceholder = "fx";
 
-constexpr unsigned long long KeyOption = 18, KeyCommand = 55, KeyShift = 56;
+// Key-down codes that leave the compact popup open. They were picked as modifier keys, but key_down
+// carries the key's character and modifiers send no key_down at all, so what they let through is the
+// digits '7' and '8' and the control character DC2, which no key types.
+constexpr unsigned long long DigitSeven = '7', DigitEight = '8', ControlCharDc2 = 0x12;
 
 } // namespace
 
@@ -242,13 +246,13 @@ void EffectsPopupWindow::OnInputKeyDown(const event_info& e) {
     const size_t count = rows.size();
     size_t index = selected->GetIndex();
     switch (e.data) {
-    case KeyUp:
+    case event_key::up:
         index = index == 0 ? count - 1 : index - 1;
         break;
-    case KeyDown:
+    case event_key::down:
         index = index + 1 >= count ? 0 : index + 1;
         break;
-    case KeyTab:
+    case event_key::tab:
         if (selected->GetEffect() != nullptr && selected->GetEffect()->is_preset)
             index = 0;
         else if (results.FirstPreset() < count)
@@ -277,14 +281,14 @@ void EffectsPopupWindow::ScrollIntoView(size_t index) {
 }
 
 void EffectsPopupWindow::OnKeyDown(const event_info& e) {
-    if (e.data == KeyF5) {
+    if (e.data == event_key::f5) {
         if (keyboard::is_key_down(keyboard::shift))
             TakeScreenshot(false);
         else
             OpenGallery();
         return;
     }
-    if (!searchMode && e.data != KeyOption && e.data != KeyCommand && e.data != KeyShift)
+    if (!searchMode && e.data != ControlCharDc2 && e.data != DigitSeven && e.data != DigitEight)
         hide();
 }
 
@@ -348,7 +352,8 @@ void EffectsPopupWindow::Fire(const EffectData* effect) {
 void EffectsPopupWindow::ApplyEffect(const event_info& e) {
     if (e.type == event_type::mouse_up && e.data == static_cast<unsigned long long>(mouse::button::right))
         return;
-    if ((e.type == event_type::key_down || e.type == event_type::key_down_raw) && e.data != KeyReturn)
+    if ((e.type == event_type::key_down || e.type == event_type::key_down_raw) &&
+        e.data != event_key::return_key)
         return;
     auto* slot = dynamic_cast<EffectSlot*>(e.sender);
     if (slot == nullptr || slot->GetEffect() == nullptr)

@@ -3,6 +3,7 @@
 #include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/popup_menu.h"
 #include "nimbit/ui/window.h"
@@ -167,11 +168,11 @@ void drop_down_box::on_wheel(const event_info& e) {
 }
 
 void drop_down_box::on_key(const event_info& e) {
-    if (e.data == 63232)
+    if (e.data == event_key::up)
         step_selection(-1);
-    else if (e.data == 63233)
+    else if (e.data == event_key::down)
         step_selection(1);
-    else if (e.data == ' ' || e.data == 13)
+    else if (e.data == ' ' || e.data == event_key::return_key)
         open_menu();
 }
 

@@ -6,6 +6,7 @@
 #include "nimbit/ui/cocoa/input_state.h"
 #include "nimbit/ui/cocoa/key_map.h"
 #include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/native_input.h"
 #include "nimbit/ui/window.h"
 #include "nimbit/utils/assert.h"
@@ -26,7 +27,8 @@ bool command_held(NSEvent *event) {
     // GNUstep: which X modifier AppKit calls Command depends on its defaults, so ask the keyboard
     // about the keys the key map names Command.
     (void)event;
-    return nimbit::ui::cocoa::is_virtual_key_down(55) || nimbit::ui::cocoa::is_virtual_key_down(54);
+    return nimbit::ui::cocoa::is_virtual_key_down(nimbit::ui::virtual_key::command) ||
+           nimbit::ui::cocoa::is_virtual_key_down(nimbit::ui::virtual_key::right_command);
 #else
     return ([event modifierFlags] & NSEventModifierFlagCommand) != 0;
 #endif
