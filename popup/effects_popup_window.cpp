@@ -293,7 +293,7 @@ void EffectsPopupWindow::OnKeyDown(const event_info& e) {
 }
 
 void EffectsPopupWindow::OnKeyChar(const event_info& e) {
-    const unsigned long long unit = e.data & 0xFFFFFFFFu;
+    const unsigned long long unit = pair_low(e.data);
     // Escape closes the popup. Its key press has already emptied the search field and handed the
     // focus to the root, so the field's own cancel never fires: the command arrives here instead.
     if (unit == 27) {
@@ -344,8 +344,7 @@ void EffectsPopupWindow::Timer(const event_info& e) {
 // --- applying ------------------------------------------------------------------------------------------
 
 void EffectsPopupWindow::Fire(const EffectData* effect) {
-    event_manager::instance().fire_event(
-        this, event_type::pressed, static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(effect)));
+    event_manager::instance().fire_event(this, event_type::pressed, pack_pointer(effect));
     hide();
 }
 

@@ -9,7 +9,6 @@
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace nimbit::ui {
 
@@ -158,8 +157,7 @@ bool drop_down_box::step_selection(int steps, event_agent agent) {
 }
 
 void drop_down_box::on_wheel(const event_info& e) {
-    double delta = 0;
-    std::memcpy(&delta, &e.data, sizeof delta);
+    const double delta = wheel_delta(e.data);
     // Away from the user goes up the list.
     if (delta > 0)
         step_selection(-1);

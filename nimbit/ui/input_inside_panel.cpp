@@ -393,7 +393,7 @@ void input_inside_panel::key_pressed(const event_info& e) {
 }
 
 void input_inside_panel::input_char(const event_info& e) {
-    const auto unit = static_cast<char32_t>(e.data & 0xFFFFFFFFu);
+    const auto unit = static_cast<char32_t>(pair_low(e.data));
     if (unit == 27) {
         raise(event_type::cancelled, event_agent::program, 0);
         return;

@@ -13,9 +13,6 @@ namespace {
 event_manager& events() {
     return event_manager::instance();
 }
-unsigned long long address(const void* p) {
-    return reinterpret_cast<uintptr_t>(p);
-}
 } // namespace
 
 ivec4 widget::clip_to_ancestors(ivec4 area, const widget* from) {
@@ -98,21 +95,21 @@ void widget::compact_children() const {
 
 void widget::set_parent(widget* new_parent) {
     parent = new_parent;
-    events().fire_event(this, event_type::parent_changed, address(new_parent));
+    events().fire_event(this, event_type::parent_changed, pack_pointer(new_parent));
 }
 
 void widget::add_child(widget* child) {
     if (!child)
         return;
     child->parent = this;
-    events().fire_event(child, event_type::parent_changed, address(this));
+    events().fire_event(child, event_type::parent_changed, pack_pointer(this));
     child->set_parent_enabled(enabled && parent_enabled);
     child->set_parent_visible(visible && parent_visible);
     compact_children();
     child->parent_slot = static_cast<uint32_t>(children.size());
     ++child->listings;
     children.push_back(child);
-    events().fire_event(this, event_type::child_added, address(child));
+    events().fire_event(this, event_type::child_added, pack_pointer(child));
 }
 
 void widget::detach_child(widget* child) {
@@ -148,7 +145,7 @@ void widget::release_child(widget* child) {
     events().fire_event(child, event_type::parent_changed, 0);
     child->set_parent_enabled(true);
     child->set_parent_visible(true);
-    events().fire_event(this, event_type::child_removed, address(child));
+    events().fire_event(this, event_type::child_removed, pack_pointer(child));
     drop_child_subscriptions(child);
 }
 
@@ -245,11 +242,11 @@ void widget::set_rect(const ivec4& r, bool also_target) {
     const bool resized = old.w != r.w || old.h != r.h;
     const bool moved = old.x != r.x || old.y != r.y;
     if (resized) {
-        events().fire_event(this, event_type::resize, pack_pair(old.w, old.h));
+        events().fire_event(this, event_type::resize, pack_size(old.size()));
         tell_children(event_type::parent_resize, old);
     }
     if (moved) {
-        events().fire_event(this, event_type::move, pack_pair(old.x, old.y));
+        events().fire_event(this, event_type::move, pack_size(old.position()));
         tell_children(event_type::parent_move, old);
     }
     if (!resized && !moved) {
@@ -333,7 +330,7 @@ void widget::update_anchor(const _vec2<int>& parent_size) {
 
 void widget::tell_children(event_type type, const ivec4& old) {
     const bool resize = type == event_type::parent_resize;
-    const auto data = resize ? pack_pair(old.w, old.h) : pack_pair(old.x, old.y);
+    const auto data = resize ? pack_size(old.size()) : pack_size(old.position());
     ++child_walks;
     for (size_t i = 0; i < children.size(); ++i)
         if (widget* c = children[i]) {

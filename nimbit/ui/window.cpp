@@ -559,10 +559,8 @@ void window::process_event(const event_type& type, const unsigned long long& dat
         break;
     case event_type::resize: {
         // Sizes from the platform are trusted only within reason, so rectangle arithmetic cannot overflow.
-        auto size = [](uint32_t v) {
-            return std::clamp(static_cast<int32_t>(v), 0, max_client_size);
-        };
-        root.set_rect({0, 0, size(static_cast<uint32_t>(data)), size(static_cast<uint32_t>(data >> 32))});
+        const ivec2 size = unpack_size(data);
+        root.set_rect({0, 0, std::clamp(size.x, 0, max_client_size), std::clamp(size.y, 0, max_client_size)});
         events().fire_event(this, event_type::resize, 0);
         break;
     }

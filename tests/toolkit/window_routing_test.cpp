@@ -3,8 +3,6 @@
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/mouse.h"
 
-#include <bit>
-
 namespace toolkit_test {
 namespace {
 
@@ -131,7 +129,7 @@ TEST_F(RoutingTest, WheelBubblesToTheFirstWidgetWithAWheelList) {
         event_manager::instance().add_event(&w, &win, event_type::mouse_wheel,
                                             [&, name](const event_info& e) {
                                                 got.push_back(name);
-                                                delta = std::bit_cast<double>(e.data);
+                                                delta = wheel_delta(e.data);
                                             });
     };
     listen(scroller, "scroller");

@@ -125,7 +125,7 @@ void offscreen_window::set_rect(const ivec4& new_frame) {
     if (resized) {
         canvas.resize(frame.size());
         // The platform reports the new client size as the window's resize event.
-        owner.process_event(event_type::resize, pack_pair(frame.w, frame.h));
+        owner.process_event(event_type::resize, pack_size(frame.size()));
         invalidate({0, 0, frame.w, frame.h});
     }
 }
