@@ -1,6 +1,8 @@
 #include "nimbit/ui/widget.h"
 
+#include "nimbit/graphics/rect.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/walk_guard.h"
 #include "nimbit/ui/window.h"
 #include "nimbit/utils/assert.h"
 
@@ -19,10 +21,7 @@ ivec4 widget::clip_to_ancestors(ivec4 area, const widget* from) {
     for (const widget* a = from; a; a = a->parent) {
         area.x += a->rect.x;
         area.y += a->rect.y;
-        const int left = std::max(area.x, a->rect.x), top = std::max(area.y, a->rect.y);
-        const int right = std::min(area.x + area.w, a->rect.x + a->rect.w);
-        const int bottom = std::min(area.y + area.h, a->rect.y + a->rect.h);
-        area = {left, top, right - left, bottom - top};
+        area = intersection(area, a->rect);
     }
     return area;
 }
@@ -162,16 +161,17 @@ void widget::drop_child_subscriptions(widget* child) {
 void widget::remove_all_children() {
     compact_children();
     // Callbacks may destroy or add children while the list is walked: index it, skip holes.
-    ++child_walks;
-    for (size_t i = 0; i < children.size(); ++i) {
-        widget* child = children[i];
-        if (!child)
-            continue;
-        children[i] = nullptr;
-        child->listings = child->listings > 0 ? child->listings - 1 : 0;
-        release_child(child);
+    {
+        const walk_guard guard(child_walks);
+        for (size_t i = 0; i < children.size(); ++i) {
+            widget* child = children[i];
+            if (!child)
+                continue;
+            children[i] = nullptr;
+            child->listings = child->listings > 0 ? child->listings - 1 : 0;
+            release_child(child);
+        }
     }
-    --child_walks;
     // Whatever is left (callbacks may have subscribed meanwhile) is collected before anything is
     // removed, and the map is cleared in place so that it keeps its slots for the next fill.
     if (!child_subscriptions.empty()) {
@@ -331,14 +331,13 @@ void widget::update_anchor(const _vec2<int>& parent_size) {
 void widget::tell_children(event_type type, const ivec4& old) {
     const bool resize = type == event_type::parent_resize;
     const auto data = resize ? pack_size(old.size()) : pack_size(old.position());
-    ++child_walks;
+    const walk_guard guard(child_walks);
     for (size_t i = 0; i < children.size(); ++i)
         if (widget* c = children[i]) {
             events().fire_event(c, type, data);
             if (resize)
                 c->update_anchor(rect.size());
         }
-    --child_walks;
 }
 
 _vec2<int> widget::calc_absolute_pos() const {

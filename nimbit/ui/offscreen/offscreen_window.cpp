@@ -1,5 +1,6 @@
 #include "nimbit/ui/offscreen/offscreen_window.h"
 
+#include "nimbit/graphics/rect.h"
 #include "nimbit/ui/native_input.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
@@ -28,13 +29,6 @@ std::function<void(window&)>& modal_driver() {
     return driver;
 }
 
-ivec4 unite(const ivec4& a, const ivec4& b) {
-    if (a.w <= 0 || a.h <= 0)
-        return b;
-    const int left = std::min(a.x, b.x), top = std::min(a.y, b.y);
-    const int right = std::max(a.x + a.w, b.x + b.w), bottom = std::max(a.y + a.h, b.y + b.h);
-    return {left, top, right - left, bottom - top};
-}
 } // namespace
 
 offscreen_window& native_of(const window& w) {
@@ -158,12 +152,10 @@ ivec4 offscreen_window::get_screen_rect() const {
 
 void offscreen_window::invalidate(const ivec4& client_rect) {
     // Clipped to the client area: nothing outside it can be painted.
-    const int left = std::max(client_rect.x, 0), top = std::max(client_rect.y, 0);
-    const int right = std::min(client_rect.x + client_rect.w, frame.w);
-    const int bottom = std::min(client_rect.y + client_rect.h, frame.h);
-    if (right <= left || bottom <= top)
+    const ivec4 clipped = intersection(client_rect, {0, 0, frame.w, frame.h});
+    if (is_empty(clipped))
         return;
-    dirty = unite(dirty, {left, top, right - left, bottom - top});
+    dirty = unite(dirty, clipped);
 }
 
 bool offscreen_window::paint_pending() {
