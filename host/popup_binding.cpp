@@ -47,8 +47,7 @@ std::unique_ptr<PopupWindow> MakePopupWindow(PreferencesData& prefs, EffectsPopu
     // A chosen entry arrives as the window's pressed event, a tool request as its custom event.
     events.add_event(window.get(), &controller, nimbit::ui::event_type::pressed,
                      [&controller](const nimbit::ui::event_info& e) {
-                         controller.ApplyEffect(
-                             reinterpret_cast<const EffectData*>(static_cast<uintptr_t>(e.data)));
+                         controller.ApplyEffect(nimbit::ui::pointer_payload<const EffectData>(e.data));
                      });
     events.add_event(window.get(), &controller, nimbit::ui::event_type::custom,
                      [&controller](const nimbit::ui::event_info& e) {

@@ -4,6 +4,8 @@
 
 namespace {
 
+namespace key_query = nimbit::ui::key_query;
+
 KeyQueries installedQueries;
 
 bool AnyDown(const KeyQueries& keys, int both, int left, int right) {
@@ -24,10 +26,10 @@ ModifierState ReadModifiers(const KeyQueries& keys) {
     ModifierState state;
     if (!keys.Available())
         return state;
-    state.control = AnyDown(keys, ChordKey::Control, ChordKey::LeftControl, ChordKey::RightControl);
-    state.option = AnyDown(keys, ChordKey::Option, ChordKey::LeftOption, ChordKey::RightOption);
-    state.shift = AnyDown(keys, ChordKey::Shift, ChordKey::LeftShift, ChordKey::RightShift);
-    state.command = AnyDown(keys, ChordKey::Command, ChordKey::LeftCommand, ChordKey::RightCommand);
+    state.control = AnyDown(keys, key_query::control, key_query::left_control, key_query::right_control);
+    state.option = AnyDown(keys, key_query::option, key_query::left_option, key_query::right_option);
+    state.shift = AnyDown(keys, key_query::shift, key_query::left_shift, key_query::right_shift);
+    state.command = AnyDown(keys, key_query::command, key_query::left_command, key_query::right_command);
     return state;
 }
 
@@ -51,14 +53,14 @@ int ShortcutKey(const PreferencesData& prefs) {
     switch (prefs.shortcutChoice) {
     case 0:
     case 1:
-        return ChordKey::Space;
+        return key_query::space;
     case 2:
     case 3:
-        return ChordKey::Tab;
+        return key_query::tab;
     case 4:
         return prefs.customKeyCode;
     default:
-        return ChordKey::None;
+        return key_query::none;
     }
 }
 
@@ -68,6 +70,6 @@ bool PollShortcutChord(const PreferencesData& prefs, const KeyQueries& keys) {
     const bool modifiers = ShortcutModifiersHold(prefs, ReadModifiers(keys));
     const int key = ShortcutKey(prefs);
     // An unset custom key (-1) names no key; it is never queried.
-    const bool pressed = key != ChordKey::None && keys.wasKeyPressed(key);
+    const bool pressed = key != key_query::none && keys.wasKeyPressed(key);
     return modifiers && pressed;
 }

@@ -4,18 +4,9 @@
 // idle hook polls it through key queries that the toolkit provides; the host side itself reads no
 // keys, so it builds and runs without the toolkit.
 
-struct PreferencesData;
+#include "nimbit/ui/key_codes.h"
 
-// Key names of the toolkit's keyboard: negative values name modifier groups and keys, the others are
-// virtual key codes.
-namespace ChordKey {
-inline constexpr int Control = -100, LeftControl = -99, RightControl = -98;
-inline constexpr int Shift = -97, LeftShift = -96, RightShift = -95;
-inline constexpr int Option = -94, LeftOption = -93, RightOption = -92;
-inline constexpr int Command = -91, LeftCommand = -90, RightCommand = -89;
-inline constexpr int Space = -88, Tab = -87;
-inline constexpr int None = -1;
-} // namespace ChordKey
+struct PreferencesData;
 
 struct KeyQueries {
     bool (*isKeyDown)(int key) = nullptr;
@@ -41,8 +32,8 @@ ModifierState ReadModifiers(const KeyQueries& keys);
 // and for "Custom" each of the four exactly as its flag says. An unknown choice never holds.
 bool ShortcutModifiersHold(const PreferencesData& prefs, const ModifierState& modifiers);
 
-// The key of the shortcut choice: Space, Tab or the custom key code; ChordKey::None for an unknown
-// choice.
+// The key of the shortcut choice: Space, Tab or the custom key code; nimbit::ui::key_query::none
+// for an unknown choice.
 int ShortcutKey(const PreferencesData& prefs);
 
 // One poll of the chord: reads the modifiers, then asks whether the choice's key was pressed (only

@@ -6,6 +6,7 @@
 #include "nimbit/filesystem/file_shell.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/drawer.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/theme_keys.h"
@@ -24,7 +25,10 @@ using namespace nimbit::ui;
 
 namespace {
 
-constexpr unsigned long long KeyOption = 18, KeyCommand = 55, KeyShift = 56;
+// Key-down codes that leave the compact popup open. They were picked as modifier keys, but key_down
+// carries the key's character and modifiers send no key_down at all, so what they let through is the
+// digits '7' and '8' and the control character DC2, which no key types.
+constexpr unsigned long long DigitSeven = '7', DigitEight = '8', ControlCharDc2 = 0x12;
 
 } // namespace
 
@@ -235,13 +239,13 @@ void EffectsPopupWindow::OnInputKeyDown(const event_info& e) {
     const size_t count = rows.size();
     size_t index = selected->GetIndex();
     switch (e.data) {
-    case KeyUp:
+    case event_key::up:
         index = index == 0 ? count - 1 : index - 1;
         break;
-    case KeyDown:
+    case event_key::down:
         index = index + 1 >= count ? 0 : index + 1;
         break;
-    case KeyTab:
+    case event_key::tab:
         if (selected->GetEffect() != nullptr && selected->GetEffect()->is_preset)
             index = 0;
         else if (results.FirstPreset() < count)
@@ -270,19 +274,19 @@ void EffectsPopupWindow::ScrollIntoView(size_t index) {
 }
 
 void EffectsPopupWindow::OnKeyDown(const event_info& e) {
-    if (e.data == KeyF5) {
+    if (e.data == event_key::f5) {
         if (keyboard::is_key_down(keyboard::shift))
             TakeScreenshot(false);
         else
             OpenGallery();
         return;
     }
-    if (!searchMode && e.data != KeyOption && e.data != KeyCommand && e.data != KeyShift)
+    if (!searchMode && e.data != ControlCharDc2 && e.data != DigitSeven && e.data != DigitEight)
         hide();
 }
 
 void EffectsPopupWindow::OnKeyChar(const event_info& e) {
-    const unsigned long long unit = e.data & 0xFFFFFFFFu;
+    const unsigned long long unit = pair_low(e.data);
     // Escape closes the popup. Its key press has already emptied the search field and handed the
     // focus to the root, so the field's own cancel never fires: the command arrives here instead.
     if (unit == 27) {
@@ -333,15 +337,15 @@ void EffectsPopupWindow::Timer(const event_info& e) {
 // --- applying ------------------------------------------------------------------------------------------
 
 void EffectsPopupWindow::Fire(const EffectData* effect) {
-    event_manager::instance().fire_event(
-        this, event_type::pressed, static_cast<unsigned long long>(reinterpret_cast<uintptr_t>(effect)));
+    event_manager::instance().fire_event(this, event_type::pressed, pack_pointer(effect));
     hide();
 }
 
 void EffectsPopupWindow::ApplyEffect(const event_info& e) {
     if (e.type == event_type::mouse_up && e.data == static_cast<unsigned long long>(mouse::button::right))
         return;
-    if ((e.type == event_type::key_down || e.type == event_type::key_down_raw) && e.data != KeyReturn)
+    if ((e.type == event_type::key_down || e.type == event_type::key_down_raw) &&
+        e.data != event_key::return_key)
         return;
     auto* slot = dynamic_cast<EffectSlot*>(e.sender);
     if (slot == nullptr || slot->GetEffect() == nullptr)

@@ -51,10 +51,6 @@ public:
     static constexpr uint32_t FocusTimer = 300;
     static constexpr uint32_t FadeTimer = 100;
 
-    // Key codes as the platform reports them.
-    static constexpr unsigned long long KeyUp = 63232, KeyDown = 63233, KeyF5 = 63240, KeyTab = 9,
-                                        KeyReturn = 13;
-
     enum ToolButton : int { ScreenshotButton = 0, GalleryButton, ExportButton, SettingsButton, LogoButton };
 
     // A popup without a parent window (the host's windows are not ours). newsPoll answers the news

@@ -30,16 +30,4 @@ struct vec4 {
     friend bool operator==(const vec4&, const vec4&) = default;
 };
 
-// Packs two 32-bit values into an event payload: a in the low half, b in the high half.
-inline uint64_t pack_pair(int32_t a, int32_t b) {
-    return static_cast<uint64_t>(static_cast<uint32_t>(a)) | (static_cast<uint64_t>(static_cast<uint32_t>(b)) << 32);
-}
-
-// Base of objects that own identity (windows, widgets, caches): no copies, no moves.
-struct non_copyable_non_moveable {
-    non_copyable_non_moveable() = default;
-    non_copyable_non_moveable(const non_copyable_non_moveable&) = delete;
-    non_copyable_non_moveable& operator=(const non_copyable_non_moveable&) = delete;
-};
-
 } // namespace nimbit

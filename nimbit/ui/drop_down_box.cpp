@@ -3,13 +3,13 @@
 #include "nimbit/ui/control_parts.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_frames.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/popup_menu.h"
 #include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 
 #include <algorithm>
-#include <cstring>
 
 namespace nimbit::ui {
 
@@ -158,8 +158,7 @@ bool drop_down_box::step_selection(int steps, event_agent agent) {
 }
 
 void drop_down_box::on_wheel(const event_info& e) {
-    double delta = 0;
-    std::memcpy(&delta, &e.data, sizeof delta);
+    const double delta = wheel_delta(e.data);
     // Away from the user goes up the list.
     if (delta > 0)
         step_selection(-1);
@@ -168,11 +167,11 @@ void drop_down_box::on_wheel(const event_info& e) {
 }
 
 void drop_down_box::on_key(const event_info& e) {
-    if (e.data == 63232)
+    if (e.data == event_key::up)
         step_selection(-1);
-    else if (e.data == 63233)
+    else if (e.data == event_key::down)
         step_selection(1);
-    else if (e.data == ' ' || e.data == 13)
+    else if (e.data == ' ' || e.data == event_key::return_key)
         open_menu();
 }
 

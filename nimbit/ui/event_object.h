@@ -1,6 +1,6 @@
 #pragma once
 
-#include "nimbit/graphics/vec.h"
+#include "nimbit/utils/non_copyable.h"
 
 #include <cstdint>
 

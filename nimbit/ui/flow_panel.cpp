@@ -46,7 +46,7 @@ void flow_panel::set_flex(widget* child, bool flexible) {
 }
 
 void flow_panel::on_child_added(const event_info& e) {
-    auto* child = reinterpret_cast<widget*>(static_cast<uintptr_t>(e.data));
+    auto* child = pointer_payload<widget>(e.data);
     if (!child)
         return;
     for (const item& i : items)
@@ -72,7 +72,7 @@ void flow_panel::on_child_resized(widget* child) {
 }
 
 void flow_panel::on_child_removed(const event_info& e) {
-    auto* child = reinterpret_cast<widget*>(static_cast<uintptr_t>(e.data));
+    auto* child = pointer_payload<widget>(e.data);
     std::erase_if(items, [child](const item& i) { return i.kind == item_kind::child && i.child == child; });
     organize();
 }

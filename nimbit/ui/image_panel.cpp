@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace nimbit::ui {
 
@@ -101,8 +100,7 @@ void image_panel::set_offset(_vec2<int> new_offset) {
 }
 
 void image_panel::on_wheel(const event_info& e) {
-    double delta = 0;
-    std::memcpy(&delta, &e.data, sizeof delta);
+    const double delta = wheel_delta(e.data);
     if (!std::isfinite(delta) || delta == 0 || !image.is_loaded())
         return;
     // One wheel line (40) zooms by a tenth.

@@ -355,36 +355,36 @@ void input_inside_panel::key_pressed(const event_info& e) {
         make_caret_visible();
     };
 
-    if (key == key_escape) {
+    if (key == event_key::escape) {
         select_whole_text();
         erase_selected_text(true);
         if (window* w = get_window())
             w->get_root().focus(focus_cause::keyboard);
-    } else if (command && key == key_a) {
+    } else if (command && key == 'A') {
         select_whole_text();
-    } else if (command && key == key_c) {
+    } else if (command && key == 'C') {
         set_clipboard();
-    } else if (command && key == key_v) {
+    } else if (command && key == 'V') {
         get_clipboard();
-    } else if (command && key == key_x) {
+    } else if (command && key == 'X') {
         if (!password) {
             set_clipboard();
             erase_selected_text(true);
         }
-    } else if (command && key == key_z) {
+    } else if (command && key == 'Z') {
         if (shift)
             load_next_state();
         else
             load_previous_state();
-    } else if (key == key_left) {
+    } else if (key == event_key::left) {
         move(caret > 0, caret - 1, selection + 1);
-    } else if (key == key_right) {
+    } else if (key == event_key::right) {
         move(caret < length, caret + 1, selection - 1);
-    } else if (key == key_home) {
+    } else if (key == event_key::home) {
         move(caret > 0, 0, caret + selection);
-    } else if (key == key_end) {
+    } else if (key == event_key::end) {
         move(caret < length, length, selection - length + caret);
-    } else if (key == key_forward_delete) {
+    } else if (key == event_key::forward_delete) {
         if (selection != 0)
             erase_selected_text(true);
         else if (caret < length)
@@ -394,7 +394,7 @@ void input_inside_panel::key_pressed(const event_info& e) {
 }
 
 void input_inside_panel::input_char(const event_info& e) {
-    const auto unit = static_cast<char32_t>(e.data & 0xFFFFFFFFu);
+    const auto unit = static_cast<char32_t>(pair_low(e.data));
     if (unit == 27) {
         raise(event_type::cancelled, event_agent::program, 0);
         return;

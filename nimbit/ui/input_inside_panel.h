@@ -34,21 +34,6 @@ public:
         menu_separator = 6,
     };
 
-    // Key codes of key_down (upper-cased characters and the platform's function-key codes).
-    enum key_code : uint32_t {
-        key_escape = 27,
-        key_a = 'A',
-        key_c = 'C',
-        key_v = 'V',
-        key_x = 'X',
-        key_z = 'Z',
-        key_left = 63234,
-        key_right = 63235,
-        key_forward_delete = 63272,
-        key_home = 63273,
-        key_end = 63275,
-    };
-
     // `box` receives the field's events and lends its theme.
     explicit input_inside_panel(widget& box);
     ~input_inside_panel() override;

@@ -6,12 +6,6 @@
 
 namespace nimbit::ui {
 
-namespace {
-// Virtual key codes of the keys the modifier members test.
-constexpr int code_left_control = 59, code_right_control = 62, code_left_shift = 56, code_right_shift = 60;
-constexpr int code_option = 58, code_command = 55, code_space = 49, code_tab = 48;
-} // namespace
-
 bool keyboard::is_key_down(int k) {
     if (k >= 0)
         return native_is_key_down(k);
@@ -19,29 +13,30 @@ bool keyboard::is_key_down(int k) {
     // test one code for all three members. Kept as the shortcut settings expect.
     switch (k) {
     case control:
-        return native_is_key_down(code_left_control);
+        return native_is_key_down(virtual_key::left_control);
     case left_control:
-        return native_is_key_down(code_left_control) && !native_is_key_down(code_right_control);
+        return native_is_key_down(virtual_key::left_control) &&
+               !native_is_key_down(virtual_key::right_control);
     case right_control:
-        return native_is_key_down(code_right_control);
+        return native_is_key_down(virtual_key::right_control);
     case shift:
-        return native_is_key_down(code_left_shift);
+        return native_is_key_down(virtual_key::left_shift);
     case left_shift:
-        return native_is_key_down(code_left_shift) && !native_is_key_down(code_right_shift);
+        return native_is_key_down(virtual_key::left_shift) && !native_is_key_down(virtual_key::right_shift);
     case right_shift:
-        return native_is_key_down(code_right_shift);
+        return native_is_key_down(virtual_key::right_shift);
     case option:
     case left_option:
     case right_option:
-        return native_is_key_down(code_option);
+        return native_is_key_down(virtual_key::option);
     case command:
     case left_command:
     case right_command:
-        return native_is_key_down(code_command);
+        return native_is_key_down(virtual_key::command);
     case space:
-        return native_is_key_down(code_space);
+        return native_is_key_down(virtual_key::space);
     case tab:
-        return native_is_key_down(code_tab);
+        return native_is_key_down(virtual_key::tab);
     default:
         return false;
     }

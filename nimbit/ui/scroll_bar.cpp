@@ -10,7 +10,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 
 namespace nimbit::ui {
 
@@ -168,8 +167,7 @@ ivec4 scroll_bar::thumb_rect() const {
 // --- input ----------------------------------------------------------------------------------------
 
 void scroll_bar::on_wheel(const event_info& e) {
-    double delta = 0;
-    std::memcpy(&delta, &e.data, sizeof delta);
+    const double delta = wheel_delta(e.data);
     if (!std::isfinite(delta))
         return;
     scroll(static_cast<int>(std::clamp(delta, -1e6, 1e6)), false);

@@ -1,6 +1,9 @@
 #include "nimbit/ui/widget.h"
 
+#include "nimbit/graphics/rect.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/theme_keys.h"
+#include "nimbit/ui/walk_guard.h"
 #include "nimbit/ui/window.h"
 #include "nimbit/utils/assert.h"
 
@@ -13,19 +16,13 @@ namespace {
 event_manager& events() {
     return event_manager::instance();
 }
-unsigned long long address(const void* p) {
-    return reinterpret_cast<uintptr_t>(p);
-}
 } // namespace
 
 ivec4 widget::clip_to_ancestors(ivec4 area, const widget* from) {
     for (const widget* a = from; a; a = a->parent) {
         area.x += a->rect.x;
         area.y += a->rect.y;
-        const int left = std::max(area.x, a->rect.x), top = std::max(area.y, a->rect.y);
-        const int right = std::min(area.x + area.w, a->rect.x + a->rect.w);
-        const int bottom = std::min(area.y + area.h, a->rect.y + a->rect.h);
-        area = {left, top, right - left, bottom - top};
+        area = intersection(area, a->rect);
     }
     return area;
 }
@@ -98,21 +95,21 @@ void widget::compact_children() const {
 
 void widget::set_parent(widget* new_parent) {
     parent = new_parent;
-    events().fire_event(this, event_type::parent_changed, address(new_parent));
+    events().fire_event(this, event_type::parent_changed, pack_pointer(new_parent));
 }
 
 void widget::add_child(widget* child) {
     if (!child)
         return;
     child->parent = this;
-    events().fire_event(child, event_type::parent_changed, address(this));
+    events().fire_event(child, event_type::parent_changed, pack_pointer(this));
     child->set_parent_enabled(enabled && parent_enabled);
     child->set_parent_visible(visible && parent_visible);
     compact_children();
     child->parent_slot = static_cast<uint32_t>(children.size());
     ++child->listings;
     children.push_back(child);
-    events().fire_event(this, event_type::child_added, address(child));
+    events().fire_event(this, event_type::child_added, pack_pointer(child));
 }
 
 void widget::detach_child(widget* child) {
@@ -148,7 +145,7 @@ void widget::release_child(widget* child) {
     events().fire_event(child, event_type::parent_changed, 0);
     child->set_parent_enabled(true);
     child->set_parent_visible(true);
-    events().fire_event(this, event_type::child_removed, address(child));
+    events().fire_event(this, event_type::child_removed, pack_pointer(child));
     drop_child_subscriptions(child);
 }
 
@@ -165,16 +162,17 @@ void widget::drop_child_subscriptions(widget* child) {
 void widget::remove_all_children() {
     compact_children();
     // Callbacks may destroy or add children while the list is walked: index it, skip holes.
-    ++child_walks;
-    for (size_t i = 0; i < children.size(); ++i) {
-        widget* child = children[i];
-        if (!child)
-            continue;
-        children[i] = nullptr;
-        child->listings = child->listings > 0 ? child->listings - 1 : 0;
-        release_child(child);
+    {
+        const walk_guard guard(child_walks);
+        for (size_t i = 0; i < children.size(); ++i) {
+            widget* child = children[i];
+            if (!child)
+                continue;
+            children[i] = nullptr;
+            child->listings = child->listings > 0 ? child->listings - 1 : 0;
+            release_child(child);
+        }
     }
-    --child_walks;
     // Whatever is left (callbacks may have subscribed meanwhile) is collected before anything is
     // removed, and the map is cleared in place so that it keeps its slots for the next fill.
     if (!child_subscriptions.empty()) {
@@ -245,11 +243,11 @@ void widget::set_rect(const ivec4& r, bool also_target) {
     const bool resized = old.w != r.w || old.h != r.h;
     const bool moved = old.x != r.x || old.y != r.y;
     if (resized) {
-        events().fire_event(this, event_type::resize, pack_pair(old.w, old.h));
+        events().fire_event(this, event_type::resize, pack_size(old.size()));
         tell_children(event_type::parent_resize, old);
     }
     if (moved) {
-        events().fire_event(this, event_type::move, pack_pair(old.x, old.y));
+        events().fire_event(this, event_type::move, pack_size(old.position()));
         tell_children(event_type::parent_move, old);
     }
     if (!resized && !moved) {
@@ -333,15 +331,14 @@ void widget::update_anchor(const _vec2<int>& parent_size) {
 
 void widget::tell_children(event_type type, const ivec4& old) {
     const bool resize = type == event_type::parent_resize;
-    const auto data = resize ? pack_pair(old.w, old.h) : pack_pair(old.x, old.y);
-    ++child_walks;
+    const auto data = resize ? pack_size(old.size()) : pack_size(old.position());
+    const walk_guard guard(child_walks);
     for (size_t i = 0; i < children.size(); ++i)
         if (widget* c = children[i]) {
             events().fire_event(c, type, data);
             if (resize)
                 c->update_anchor(rect.size());
         }
-    --child_walks;
 }
 
 _vec2<int> widget::calc_absolute_pos() const {
@@ -373,7 +370,7 @@ void widget::update(bool flush) {
 }
 
 void widget::set_background(const vec4& color) {
-    theme.set("default_back_color", color);
+    theme.set(theme_keys::default_back_color, color);
     if (is_visible(true))
         update(false);
 }

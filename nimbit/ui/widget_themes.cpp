@@ -335,8 +335,7 @@ theme& theme::operator=(const theme& other) {
 void theme::set_style(std::string_view key, theme_style style) {
     styles.insert_or_assign(key, std::move(style));
     if (owner)
-        event_manager::instance().fire_event(owner, event_type::theme_changed,
-                                             reinterpret_cast<uintptr_t>(key.data()));
+        event_manager::instance().fire_event(owner, event_type::theme_changed, pack_pointer(key.data()));
 }
 
 std::string_view theme::translate(std::string_view key) const {
@@ -352,8 +351,7 @@ void theme::link(std::string_view key, std::string_view target) {
         it->second = target;
     }
     if (owner)
-        event_manager::instance().fire_event(owner, event_type::theme_changed,
-                                             reinterpret_cast<uintptr_t>(key.data()));
+        event_manager::instance().fire_event(owner, event_type::theme_changed, pack_pointer(key.data()));
 }
 
 theme_style theme::get_theme_style(std::string_view key) const {

@@ -1,11 +1,13 @@
 #include "nimbit/ui/window.h"
 
+#include "nimbit/graphics/rect.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/native_drawer.h"
 #include "nimbit/ui/tooltip.h"
+#include "nimbit/ui/walk_guard.h"
 #include "nimbit/utils/assert.h"
 
 #include <algorithm>
@@ -18,26 +20,6 @@ event_manager& events() {
 }
 
 constexpr int max_client_size = 1 << 20;
-
-// The common part of two rectangles; empty (w or h not positive) when they do not overlap.
-ivec4 intersection(const ivec4& a, const ivec4& b) {
-    const int left = std::max(a.x, b.x), top = std::max(a.y, b.y);
-    const int right = std::min(a.x + a.w, b.x + b.w), bottom = std::min(a.y + a.h, b.y + b.h);
-    return {left, top, right - left, bottom - top};
-}
-
-bool is_empty(const ivec4& r) {
-    return r.w <= 0 || r.h <= 0;
-}
-
-// Keeps `walks` raised while a loop indexes a widget's children, even if a callback throws.
-struct walk_guard {
-    uint32_t& walks;
-    explicit walk_guard(uint32_t& w) : walks(w) { ++walks; }
-    ~walk_guard() { --walks; }
-    walk_guard(const walk_guard&) = delete;
-    walk_guard& operator=(const walk_guard&) = delete;
-};
 } // namespace
 
 window::window() = default;
@@ -559,10 +541,8 @@ void window::process_event(const event_type& type, const unsigned long long& dat
         break;
     case event_type::resize: {
         // Sizes from the platform are trusted only within reason, so rectangle arithmetic cannot overflow.
-        auto size = [](uint32_t v) {
-            return std::clamp(static_cast<int32_t>(v), 0, max_client_size);
-        };
-        root.set_rect({0, 0, size(static_cast<uint32_t>(data)), size(static_cast<uint32_t>(data >> 32))});
+        const ivec2 size = unpack_size(data);
+        root.set_rect({0, 0, std::clamp(size.x, 0, max_client_size), std::clamp(size.y, 0, max_client_size)});
         events().fire_event(this, event_type::resize, 0);
         break;
     }
@@ -677,7 +657,7 @@ void window::draw_level(widget& w, const ivec4& clip, _vec2<int> origin) {
     nd.start_draw(origin, own);
     events().fire_event(&w, event_type::draw, 0);
     w.compact_children();
-    walk_guard guard(w.child_walks);
+    const walk_guard guard(w.child_walks);
     // All shadows of a level go under all of its children.
     for (size_t i = 0; i < w.children.size(); ++i)
         if (const widget* c = w.children[i]; c && c->shadow)

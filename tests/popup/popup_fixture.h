@@ -51,7 +51,7 @@ protected:
         applied.clear();
         nimbit::ui::event_manager::instance().add_event(
             popup.get(), &listener, nimbit::ui::event_type::pressed, [this](const nimbit::ui::event_info& e) {
-                applied.push_back(reinterpret_cast<const EffectData*>(static_cast<uintptr_t>(e.data)));
+                applied.push_back(nimbit::ui::pointer_payload<const EffectData>(e.data));
             });
     }
     void TearDown() override {

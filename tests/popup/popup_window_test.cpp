@@ -1,5 +1,6 @@
 // The popup window: opening layouts, placement, keys, applying, the list, resizing and themes.
 #include "nimbit/filesystem/file_stats.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
@@ -156,29 +157,29 @@ TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersAndHighlightsThem) {
 
 TEST_F(PopupTest, ArrowsWrapAndTabJumpsBetweenEffectsAndPresets) {
     Open();
-    InputKey(EffectsPopupWindow::KeyDown); // no rows: nothing to do
+    InputKey(event_key::down); // no rows: nothing to do
     EXPECT_EQ(popup->GetSelected(), nullptr);
 
     Search("blur");
-    InputKey(EffectsPopupWindow::KeyUp);
+    InputKey(event_key::up);
     EXPECT_EQ(SelectedName(), "Blur In");
-    InputKey(EffectsPopupWindow::KeyDown);
+    InputKey(event_key::down);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    InputKey(EffectsPopupWindow::KeyDown);
+    InputKey(event_key::down);
     EXPECT_EQ(SelectedName(), "Fast Box Blur");
-    InputKey(EffectsPopupWindow::KeyTab);
+    InputKey(event_key::tab);
     EXPECT_EQ(SelectedName(), "Blur In");
-    InputKey(EffectsPopupWindow::KeyTab);
+    InputKey(event_key::tab);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
     InputKey('A'); // any other key keeps the selection
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
 
     popup->SetSelected(nullptr); // with no selection, a key selects the first row
-    InputKey(EffectsPopupWindow::KeyUp);
+    InputKey(event_key::up);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
 
     Search("gaussian"); // no presets: Tab stays
-    InputKey(EffectsPopupWindow::KeyTab);
+    InputKey(event_key::tab);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
 }
 
@@ -198,19 +199,19 @@ TEST_F(PopupTest, SelectionScrollsIntoViewBelowTheHeaders) {
 
     // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
     for (int i = 0; i < 12; ++i)
-        InputKey(EffectsPopupWindow::KeyDown);
+        InputKey(event_key::down);
     EXPECT_EQ(popup->GetScrollBar().get_value(), 0);
-    InputKey(EffectsPopupWindow::KeyDown);
+    InputKey(event_key::down);
     EXPECT_EQ(popup->GetScrollBar().get_value(), 20 + 13 * 30 + 30 - visible);
 
     // The first preset sits under both headers.
-    InputKey(EffectsPopupWindow::KeyTab);
+    InputKey(event_key::tab);
     EXPECT_EQ(popup->GetScrollBar().get_value(), 20 + 30 * 30 + 20 + 30 - visible);
     // Back to the first row: its top is above the view, so the view starts at it.
-    InputKey(EffectsPopupWindow::KeyTab);
+    InputKey(event_key::tab);
     EXPECT_EQ(popup->GetScrollBar().get_value(), 20);
     // Up from the first row wraps to the last, at the very end.
-    InputKey(EffectsPopupWindow::KeyUp);
+    InputKey(event_key::up);
     EXPECT_EQ(popup->GetScrollBar().get_value(), popup->GetScrollBar().get_max_scroll());
 }
 
@@ -246,7 +247,7 @@ TEST_F(PopupTest, ResizeFollowsTheContentUpToTheMaximum) {
 TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     Open();
     Search("gauss");
-    InputKey(EffectsPopupWindow::KeyReturn);
+    InputKey(event_key::return_key);
     popup->process_event(event_type::key_char, 13);
     ASSERT_EQ(applied.size(), 1u);
     EXPECT_EQ(applied[0], Named("Gaussian Blur"));
@@ -281,7 +282,7 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
         Open();
         Search("blur");
         if (withSelection)
-            InputKey(EffectsPopupWindow::KeyDown);
+            InputKey(event_key::down);
         InputKey(27);
         EXPECT_EQ(popup->GetSearchField().get_text(), "");
         EXPECT_TRUE(popup->GetRows().empty());
@@ -348,10 +349,10 @@ TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndWindowKeysAndCommandsReachThe
     EXPECT_EQ(offscreen::native_of(*popup).get_title(), "Effects Popup");
 
     Open();
-    popup->process_event(event_type::key_down, EffectsPopupWindow::KeyF5);
+    popup->process_event(event_type::key_down, event_key::f5);
     EXPECT_EQ(popup->gallery, 1);
     offscreen::set_key_down(56, true);
-    popup->process_event(event_type::key_down, EffectsPopupWindow::KeyF5);
+    popup->process_event(event_type::key_down, event_key::f5);
     offscreen::set_key_down(56, false);
     EXPECT_EQ(popup->screenshots, 1);
     EXPECT_EQ(popup->gallery, 1);

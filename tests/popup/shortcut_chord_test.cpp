@@ -16,9 +16,8 @@ namespace {
 using nimbit::ui::keyboard;
 namespace offscreen = nimbit::ui::offscreen;
 
-// Virtual key codes.
-constexpr int LeftControl = 59, RightControl = 62, LeftShift = 56, Option = 58, Command = 55, Space = 49,
-              Tab = 48, KeyJ = 38;
+namespace key_query = nimbit::ui::key_query;
+namespace vk = nimbit::ui::virtual_key;
 
 struct ChordWindow : PopupWindow {
     static inline int shows = 0, hides = 0;
@@ -61,7 +60,7 @@ struct ChordTest : ::testing::Test {
     // Lets go of every key and lets the press memory see it.
     void Release() {
         offscreen::reset_input();
-        for (int key : {int(keyboard::space), int(keyboard::tab), KeyJ})
+        for (int key : {int(keyboard::space), int(keyboard::tab), vk::j})
             keyboard::was_key_pressed(key);
     }
     void Hold(std::initializer_list<int> keys, bool down = true) {
@@ -85,7 +84,7 @@ TEST(ShortcutChordTable, ModifierConditionsPerChoice) {
     PreferencesData prefs;
     const ModifierState none{}, ctrl{true, false, false, false}, shift{false, false, true, false},
         ctrlShift{true, false, true, false}, all{true, true, true, true};
-    const int keys[] = {ChordKey::Space, ChordKey::Space, ChordKey::Tab, ChordKey::Tab};
+    const int keys[] = {key_query::space, key_query::space, key_query::tab, key_query::tab};
     for (int choice = 0; choice < 4; ++choice) {
         prefs.shortcutChoice = choice;
         const bool wantsCtrl = choice == 0 || choice == 2;
@@ -99,44 +98,44 @@ TEST(ShortcutChordTable, ModifierConditionsPerChoice) {
     prefs.shortcutChoice = 4;
     prefs.customCtrl = 1;
     prefs.customShift = 7; // any non-zero value is set
-    prefs.customKeyCode = KeyJ;
+    prefs.customKeyCode = vk::j;
     EXPECT_TRUE(ShortcutModifiersHold(prefs, ctrlShift));
     EXPECT_FALSE(ShortcutModifiersHold(prefs, ctrl));
     EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
-    EXPECT_EQ(ShortcutKey(prefs), KeyJ);
+    EXPECT_EQ(ShortcutKey(prefs), vk::j);
     prefs.shortcutChoice = 5;
     EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
-    EXPECT_EQ(ShortcutKey(prefs), ChordKey::None);
+    EXPECT_EQ(ShortcutKey(prefs), key_query::none);
     EXPECT_FALSE(PollShortcutChord(prefs, KeyQueries{})); // no keyboard: never
 }
 
 TEST_F(ChordTest, HeldChordOpensOnceAndTheNextPressCloses) {
-    Tick({LeftControl, Space});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 1);
-    Tick({LeftControl, Space});
-    Tick({LeftControl, Space});
+    Tick({vk::left_control, vk::space});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 1);
     EXPECT_EQ(ChordWindow::hides, 0);
-    Tick({LeftControl});
-    Tick({LeftControl, Space});
+    Tick({vk::left_control});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::hides, 1);
     EXPECT_FALSE(controller->Window()->IsShown());
-    Tick({Space}); // no Control: nothing
+    Tick({vk::space}); // no Control: nothing
     Tick({});
     EXPECT_EQ(ChordWindow::shows, 1);
 }
 
 TEST_F(ChordTest, RightControlAloneServesTheControlChoices) {
-    Tick({RightControl, Space});
+    Tick({vk::right_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 1);
     controller->Window()->Hide();
     Prefs().shortcutChoice = 2;
-    Tick({RightControl, Tab});
+    Tick({vk::right_control, vk::tab});
     EXPECT_EQ(ChordWindow::shows, 2);
     controller->Window()->Hide();
     Prefs().shortcutChoice = 1;
     Tick({});
-    Tick({LeftControl, LeftShift, Space}); // Shift + Space, with Control as well
+    Tick({vk::left_control, vk::left_shift, vk::space}); // Shift + Space, with Control as well
     EXPECT_EQ(ChordWindow::shows, 3);
 }
 
@@ -144,34 +143,34 @@ TEST_F(ChordTest, CustomChordNeedsExactlyItsModifiers) {
     Prefs().shortcutChoice = 4;
     Prefs().customCtrl = 1;
     Prefs().customShift = 1;
-    Prefs().customKeyCode = KeyJ;
-    Tick({LeftControl, LeftShift, Option, KeyJ});
+    Prefs().customKeyCode = vk::j;
+    Tick({vk::left_control, vk::left_shift, vk::option, vk::j});
     EXPECT_EQ(ChordWindow::shows, 0);
     Tick({});
-    Tick({LeftControl, LeftShift, Command, KeyJ});
+    Tick({vk::left_control, vk::left_shift, vk::command, vk::j});
     EXPECT_EQ(ChordWindow::shows, 0);
     Tick({});
-    Tick({LeftControl, LeftShift, KeyJ});
+    Tick({vk::left_control, vk::left_shift, vk::j});
     EXPECT_EQ(ChordWindow::shows, 1);
 }
 
 TEST_F(ChordTest, OnlyTheCurrentKeyIsQueried) {
     Prefs().shortcutChoice = 2; // Ctrl + Tab: Space is not looked at
-    Tick({LeftControl, Space});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 0);
     // Space was never asked for, so its press is still new to the Space choice.
     Prefs().shortcutChoice = 0;
-    Tick({LeftControl, Space});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 1);
 }
 
 TEST_F(ChordTest, ChordWhileAnotherApplicationIsActiveDoesNothing) {
     host->GetModel().active = false;
-    Tick({LeftControl, Space});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 0);
     host->GetModel().active = true;
     Tick({});
-    Tick({LeftControl, Space});
+    Tick({vk::left_control, vk::space});
     EXPECT_EQ(ChordWindow::shows, 1);
 }
 

@@ -1,5 +1,6 @@
 #include "toolkit_fixture.h"
 
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
 
@@ -49,7 +50,7 @@ TEST_F(InputStateTest, ModifierMembersTestTheirKeysWithTheKeptAsymmetries) {
 }
 
 TEST_F(InputStateTest, KeyPressesReportOnceAndThePointerIsRelativeToTheWidget) {
-    constexpr int key_q = 12;
+    constexpr int key_q = virtual_key::q;
     EXPECT_FALSE(keyboard::was_key_pressed(key_q));
     offscreen::set_key_down(key_q, true);
     EXPECT_TRUE(keyboard::was_key_pressed(key_q));

@@ -21,9 +21,8 @@ struct listener : event_object {
     std::vector<const char*> keys;
     listener() {
         event_manager::instance().add_event(
-            this, this, event_type::theme_changed, [this](const event_info& e) {
-                keys.push_back(reinterpret_cast<const char*>(static_cast<uintptr_t>(e.data)));
-            });
+            this, this, event_type::theme_changed,
+            [this](const event_info& e) { keys.push_back(pointer_payload<const char>(e.data)); });
     }
 };
 
@@ -155,7 +154,7 @@ TEST(Theme, AnUnstyledWidgetIsMagentaAndSetBackgroundTellsIt) {
     std::vector<std::string> heard;
     event_manager::instance().add_event(&child, &child, event_type::theme_changed, [&](const event_info& e) {
         EXPECT_EQ(e.sender, &child);
-        heard.emplace_back(reinterpret_cast<const char*>(static_cast<uintptr_t>(e.data)));
+        heard.emplace_back(pointer_payload<const char>(e.data));
     });
     child.set_background({0.1f, 0.2f, 0.3f, 1});
     child.set_background({0.1f, 0.2f, 0.3f, 1});

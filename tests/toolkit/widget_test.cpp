@@ -20,7 +20,7 @@ TEST_F(WidgetTest, CreateRaisesItsEventsAndListsTheChild) {
     EXPECT_EQ(child.get_name(), "Widget");
     EXPECT_FALSE(child.is_visible(false));
     child.create(parent, {1, 2, 3, 4});
-    const auto p = reinterpret_cast<uintptr_t>(&parent), c = reinterpret_cast<uintptr_t>(&child);
+    const auto p = pack_pointer(&parent), c = pack_pointer(&child);
     EXPECT_EQ(r.take(),
               (std::vector<std::string>{ev("child", event_type::shown, 0), ev("child", event_type::create, 0),
                                         ev("child", event_type::parent_changed, p),
@@ -105,9 +105,9 @@ TEST_F(WidgetTest, RemovingChildrenDropsTheParentsSubscriptionsOnThem) {
     r.watch(parent, "parent", {event_type::child_removed});
     event_manager::instance().add_event(&child, &r, event_type::custom, [&](const event_info&) { ++other; });
     parent.remove_child(&child);
-    EXPECT_EQ(r.take(), (std::vector<std::string>{
-                            ev("child", event_type::parent_changed, 0),
-                            ev("parent", event_type::child_removed, reinterpret_cast<uintptr_t>(&child))}));
+    EXPECT_EQ(r.take(),
+              (std::vector<std::string>{ev("child", event_type::parent_changed, 0),
+                                        ev("parent", event_type::child_removed, pack_pointer(&child))}));
     event_manager::instance().fire_event(&child, event_type::custom, 0);
     EXPECT_EQ(via_parent, 0);
     EXPECT_EQ(other, 1);

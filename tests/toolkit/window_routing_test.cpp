@@ -1,8 +1,7 @@
 #include "toolkit_fixture.h"
 
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/mouse.h"
-
-#include <bit>
 
 namespace toolkit_test {
 namespace {
@@ -130,7 +129,7 @@ TEST_F(RoutingTest, WheelBubblesToTheFirstWidgetWithAWheelList) {
         event_manager::instance().add_event(&w, &win, event_type::mouse_wheel,
                                             [&, name](const event_info& e) {
                                                 got.push_back(name);
-                                                delta = std::bit_cast<double>(e.data);
+                                                delta = wheel_delta(e.data);
                                             });
     };
     listen(scroller, "scroller");
@@ -181,7 +180,7 @@ TEST_F(RoutingTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTak
     Recorder r;
     r.watch(win, "w", {event_type::key_char});
     r.watch(first, "first", {event_type::key_char});
-    constexpr int tab_key = 48, shift_key = 56;
+    constexpr int tab_key = virtual_key::tab, shift_key = virtual_key::left_shift;
     offscreen::type_key(win, tab_key, 9); // no focus yet: the root counts as focused
     EXPECT_EQ(win.get_focus(), &first);
     offscreen::type_key(win, tab_key, 9);

@@ -33,7 +33,7 @@ TEST_F(InputBoxTest, TypingInsertsAtTheCaretAndRaisesEventsOnTheBox) {
     event_log changed(box, event_type::value_changed), chars(box, event_type::key_char);
     ASSERT_TRUE(in().is_active());
     type(u"helo");
-    key(panel::key_left);
+    key(event_key::left);
     type(u"l");
     EXPECT_EQ(box.get_text(), "hello");
     EXPECT_EQ(in().get_caret(), 4);
@@ -60,53 +60,53 @@ TEST_F(InputBoxTest, TypingInsertsAtTheCaretAndRaisesEventsOnTheBox) {
 TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSignAndDeletesTakeIt) {
     box.set_text("abcdefg");
     // The caret starts at the end; Shift+Left twice selects "fg" to the right of the caret.
-    key_with(shift_key, panel::key_left);
-    key_with(shift_key, panel::key_left);
+    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left);
     EXPECT_EQ(in().get_caret(), 5);
     EXPECT_EQ(in().get_selection(), 2);
     EXPECT_EQ(box.get_selected_text(), "fg");
     // Shift+Home reaches from 0 to the old far end of the selection.
-    key_with(shift_key, panel::key_home);
+    key_with(shift_key, event_key::home);
     EXPECT_EQ(in().get_caret(), 0);
     EXPECT_EQ(in().get_selection(), 7);
     // Shift+Right shrinks it from the left.
-    key_with(shift_key, panel::key_right);
+    key_with(shift_key, event_key::right);
     EXPECT_EQ(box.get_selected_text(), "bcdefg");
     // A plain arrow clears it; Shift+End from 2 selects to the end, leftwards of the caret.
-    key(panel::key_right);
+    key(event_key::right);
     EXPECT_EQ(in().get_selection(), 0);
     EXPECT_EQ(in().get_caret(), 2);
-    key_with(shift_key, panel::key_end);
+    key_with(shift_key, event_key::end);
     EXPECT_EQ(in().get_caret(), 7);
     EXPECT_EQ(in().get_selection(), -5);
     EXPECT_EQ(box.get_selected_text(), "cdefg");
     // At the end already: End with Shift keeps the selection, without Shift drops it.
-    key_with(shift_key, panel::key_end);
+    key_with(shift_key, event_key::end);
     EXPECT_EQ(in().get_selection(), -5);
-    key(panel::key_end);
+    key(event_key::end);
     EXPECT_EQ(in().get_selection(), 0);
 
     // Deleting backward, forward and over a selection.
     box.set_text("abcdef");
     type(u"\x7f"); // delete backward at the end
     EXPECT_EQ(box.get_text(), "abcde");
-    key(panel::key_home);
+    key(event_key::home);
     type(u"\x7f"); // nothing before the caret
     EXPECT_EQ(box.get_text(), "abcde");
-    key(panel::key_forward_delete);
+    key(event_key::forward_delete);
     EXPECT_EQ(box.get_text(), "bcde");
-    key(panel::key_end);
-    key(panel::key_forward_delete); // nothing after the caret
+    key(event_key::end);
+    key(event_key::forward_delete); // nothing after the caret
     EXPECT_EQ(box.get_text(), "bcde");
     // Typing over a selection replaces it; the caret lands behind the new character.
-    key_with(shift_key, panel::key_left);
-    key_with(shift_key, panel::key_left);
+    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left);
     type(u"X");
     EXPECT_EQ(box.get_text(), "bcX");
     EXPECT_EQ(in().get_caret(), 3);
     // Forward delete and delete backward both take a selection whichever way it runs.
-    key_with(shift_key, panel::key_home);
-    key(panel::key_forward_delete);
+    key_with(shift_key, event_key::home);
+    key(event_key::forward_delete);
     EXPECT_EQ(box.get_text(), "");
 }
 
@@ -171,9 +171,9 @@ TEST_F(InputBoxTest, UndoKeepsTheLastTwentyStatesAndRedoIsClearedByAnEdit) {
 TEST_F(InputBoxTest, ClipboardCopyCutPasteAndCarriageReturns) {
     auto& clip = get_offscreen_clipboard();
     box.set_text("one two");
-    key_with(shift_key, panel::key_left);
-    key_with(shift_key, panel::key_left);
-    key_with(shift_key, panel::key_left);
+    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left);
     key_with(command_key, 'C');
     EXPECT_EQ(clip.get_text(), "two");
     key_with(command_key, 'X');
@@ -224,7 +224,7 @@ TEST_F(InputBoxTest, EscapeEmptiesTheFieldAndMovesTheFocusReturnRaisesPressed) {
     type(u"\x1b");
     EXPECT_EQ(cancelled.count, 1);
     EXPECT_EQ(box.get_text(), "abc") << "the cancel character only reports";
-    key(panel::key_escape);
+    key(event_key::escape);
     EXPECT_EQ(box.get_text(), "");
     EXPECT_EQ(changed.count, edits + 1);
     EXPECT_EQ(win.get_focus(), &win.get_root());
@@ -335,10 +335,10 @@ TEST_F(InputBoxTest, TheCaretStaysInsideTheBoxWhenTheTextIsLonger) {
     EXPECT_GT(in().get_scroll(), 0);
     EXPECT_GE(in().get_caret_x(), 0);
     EXPECT_LT(in().get_caret_x(), inner);
-    key(panel::key_home);
+    key(event_key::home);
     EXPECT_EQ(in().get_scroll(), 0);
     EXPECT_EQ(in().get_caret_x(), 0);
-    key(panel::key_end);
+    key(event_key::end);
     EXPECT_LT(in().get_caret_x(), inner);
     // Deleting from the end pulls the text back so no blank shows at the right.
     for (int i = 0; i < 40; ++i)
@@ -358,10 +358,10 @@ TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
     type(u"abcdef");
     EXPECT_EQ(box.get_text(), "abc");
     get_offscreen_clipboard().set_text("xyz");
-    key(panel::key_left);
+    key(event_key::left);
     key_with(command_key, 'V');
     EXPECT_EQ(box.get_text(), "abc");
-    key_with(shift_key, panel::key_left);
+    key_with(shift_key, event_key::left);
     type(u"Z"); // replacing a selected character fits
     EXPECT_EQ(box.get_text(), "aZc");
 

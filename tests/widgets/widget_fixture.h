@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nimbit/ui/event_manager.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_clipboard.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
@@ -17,7 +18,9 @@
 // scripts reset, plus helpers that feed keys the way the platform does.
 class WidgetTest : public ::testing::Test {
 protected:
-    static constexpr int command_key = 55, shift_key = 56, control_key = 59;
+    static constexpr int command_key = nimbit::ui::virtual_key::command,
+                         shift_key = nimbit::ui::virtual_key::left_shift,
+                         control_key = nimbit::ui::virtual_key::left_control;
 
     void SetUp() override {
         nimbit::ui::offscreen::reset_input();

@@ -5,6 +5,8 @@
 // our own, which sees the keyboard as it is now (like CGEventSourceKeyState on macOS).
 #include "nimbit/ui/cocoa/key_map.h"
 
+#include "nimbit/ui/key_codes.h"
+
 #include <X11/Xlib.h>
 #include <X11/keysym.h>
 
@@ -70,21 +72,21 @@ constexpr key_entry key_table[] = {
     {45, XK_n},
     {46, XK_m},
     {47, XK_period},
-    {48, XK_Tab},
-    {49, XK_space},
+    {virtual_key::tab, XK_Tab},
+    {virtual_key::space, XK_space},
     {50, XK_grave},
     {51, XK_BackSpace},
     {53, XK_Escape},
     // Modifiers: Command = Alt, Option = Super, so that Control and Shift keep their places.
-    {54, XK_Alt_R},
-    {55, XK_Alt_L},
-    {56, XK_Shift_L},
+    {virtual_key::right_command, XK_Alt_R},
+    {virtual_key::command, XK_Alt_L},
+    {virtual_key::left_shift, XK_Shift_L},
     {57, XK_Caps_Lock},
-    {58, XK_Super_L},
-    {59, XK_Control_L},
-    {60, XK_Shift_R},
-    {61, XK_Super_R},
-    {62, XK_Control_R},
+    {virtual_key::option, XK_Super_L},
+    {virtual_key::left_control, XK_Control_L},
+    {virtual_key::right_shift, XK_Shift_R},
+    {virtual_key::right_option, XK_Super_R},
+    {virtual_key::right_control, XK_Control_R},
     {65, XK_KP_Decimal},
     {67, XK_KP_Multiply},
     {69, XK_KP_Add},

@@ -6,11 +6,11 @@
 #include "nimbit/ui/cocoa/input_state.h"
 #include "nimbit/ui/cocoa/key_map.h"
 #include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/native_input.h"
 #include "nimbit/ui/window.h"
 #include "nimbit/utils/assert.h"
 
-#include <bit>
 #include <cmath>
 #include <cwctype>
 
@@ -26,7 +26,8 @@ bool command_held(NSEvent *event) {
     // GNUstep: which X modifier AppKit calls Command depends on its defaults, so ask the keyboard
     // about the keys the key map names Command.
     (void)event;
-    return nimbit::ui::cocoa::is_virtual_key_down(55) || nimbit::ui::cocoa::is_virtual_key_down(54);
+    return nimbit::ui::cocoa::is_virtual_key_down(nimbit::ui::virtual_key::command) ||
+           nimbit::ui::cocoa::is_virtual_key_down(nimbit::ui::virtual_key::right_command);
 #else
     return ([event modifierFlags] & NSEventModifierFlagCommand) != 0;
 #endif
@@ -173,7 +174,7 @@ uint32_t key_character(NSEvent *event) {
 - (void)scrollWheel:(NSEvent *)event {
     const double delta = static_cast<double>([event deltaY]) * 40.0;
     if (delta != 0)
-        [self sendMouse:event type:event_type::mouse_wheel data:std::bit_cast<unsigned long long>(delta)];
+        [self sendMouse:event type:event_type::mouse_wheel data:nimbit::ui::pack_wheel(delta)];
 }
 
 - (void)keyDown:(NSEvent *)event {
@@ -182,8 +183,9 @@ uint32_t key_character(NSEvent *event) {
     [self retain];
     const int key = nimbit::ui::cocoa::virtual_key_from_event_code([event keyCode]);
     const uint32_t upper = key_character(event);
-    const unsigned long long high = upper != 0 ? upper : 0xFFFFFFFFull;
-    host->dispatch(event_type::key_down_raw, static_cast<uint32_t>(key) | (high << 32));
+    // Without a character the high half is -1.
+    host->dispatch(event_type::key_down_raw,
+                   nimbit::ui::pack_pair(key, upper != 0 ? static_cast<int32_t>(upper) : -1));
     if (host)
         host->dispatch(event_type::key_down, upper);
     // Text and editing commands: insertText: and doCommandBySelector: below.
@@ -202,7 +204,7 @@ uint32_t key_character(NSEvent *event) {
         return;
     const int key = nimbit::ui::cocoa::virtual_key_from_event_code([event keyCode]);
     if (key >= 0 && nimbit::ui::cocoa::is_virtual_key_down(key))
-        host->dispatch(event_type::key_down_raw, static_cast<uint32_t>(key) | (0xFFFFFFFFull << 32));
+        host->dispatch(event_type::key_down_raw, nimbit::ui::pack_pair(key, -1));
 }
 
 // One key_char per UTF-16 unit.
@@ -291,8 +293,8 @@ uint32_t key_character(NSEvent *event) {
     if (host == nullptr)
         return;
     const NSSize size = [[host->get_ns_window() contentView] frame].size;
-    host->dispatch(event_type::resize, nimbit::pack_pair(static_cast<int>(std::lround(size.width)),
-                                                         static_cast<int>(std::lround(size.height))));
+    host->dispatch(event_type::resize, nimbit::ui::pack_size({static_cast<int>(std::lround(size.width)),
+                                                              static_cast<int>(std::lround(size.height))}));
 }
 - (BOOL)windowShouldClose:(id)sender {
     (void)sender;

@@ -3,7 +3,6 @@
 #include "nimbit/ui/native_input.h"
 #include "nimbit/ui/window.h"
 
-#include <bit>
 #include <cwctype>
 #include <unordered_set>
 
@@ -160,7 +159,7 @@ void double_click(window& w, _vec2<int> client_point) {
 
 void wheel(window& w, _vec2<int> client_point, double delta) {
     point_at(w, client_point);
-    w.process_event(event_type::mouse_wheel, std::bit_cast<unsigned long long>(delta * 40.0));
+    w.process_event(event_type::mouse_wheel, pack_wheel(delta * 40.0));
 }
 
 void type_key(window& w, int key_code, char16_t character) {

@@ -1,5 +1,6 @@
 #include "nimbit/ui/offscreen/offscreen_window.h"
 
+#include "nimbit/graphics/rect.h"
 #include "nimbit/ui/native_input.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
@@ -28,13 +29,6 @@ std::function<void(window&)>& modal_driver() {
     return driver;
 }
 
-ivec4 unite(const ivec4& a, const ivec4& b) {
-    if (a.w <= 0 || a.h <= 0)
-        return b;
-    const int left = std::min(a.x, b.x), top = std::min(a.y, b.y);
-    const int right = std::max(a.x + a.w, b.x + b.w), bottom = std::max(a.y + a.h, b.y + b.h);
-    return {left, top, right - left, bottom - top};
-}
 } // namespace
 
 offscreen_window& native_of(const window& w) {
@@ -137,7 +131,7 @@ void offscreen_window::set_rect(const ivec4& new_frame) {
         const _vec2<int> client = get_client_rect().size();
         canvas.resize(client);
         // The platform reports the new client size as the window's resize event.
-        owner.process_event(event_type::resize, pack_pair(client.x, client.y));
+        owner.process_event(event_type::resize, pack_size(client));
         invalidate({0, 0, client.x, client.y});
     }
 }
@@ -170,13 +164,11 @@ ivec4 offscreen_window::get_screen_rect() const {
 
 void offscreen_window::invalidate(const ivec4& client_rect) {
     // Clipped to the client area: nothing outside it can be painted.
-    const int left = std::max(client_rect.x, 0), top = std::max(client_rect.y, 0);
     const _vec2<int> client = get_client_rect().size();
-    const int right = std::min(client_rect.x + client_rect.w, client.x);
-    const int bottom = std::min(client_rect.y + client_rect.h, client.y);
-    if (right <= left || bottom <= top)
+    const ivec4 clipped = intersection(client_rect, {0, 0, client.x, client.y});
+    if (is_empty(clipped))
         return;
-    dirty = unite(dirty, {left, top, right - left, bottom - top});
+    dirty = unite(dirty, clipped);
 }
 
 bool offscreen_window::paint_pending() {
