@@ -551,9 +551,6 @@ const NativeApplication nativeApplication = {
     NativeItemTitle, NativeItemEnabled,    NativeItemSubmenu, NativeSendAction,
 };
 
-// A table installed by the process that shows this host on screen; it replaces the model's own.
-const NativeApplication* installedApplication = nullptr;
-
 } // namespace
 
 SimHost::SimHost(Model model, std::string root) : model(std::move(model)), root(std::move(root)) {
@@ -627,10 +624,6 @@ void SimHost::ChooseMenuEffect(AEGP_InstalledEffectKey key) {
                 layer->effects.push_back(key);
         }
     }
-}
-
-void SimHost::InstallNativeApplication(const NativeApplication* table) {
-    installedApplication = table;
 }
 
 void SimHost::RunIdle(int ticks) {
@@ -841,10 +834,8 @@ TaggedData ScriptDouble(double number) {
 
 } // namespace hostsim
 
-// The table through which the plug-in reaches the simulated application's menu and activity.
+// The table through which the command-line build of the plug-in reaches the simulated
+// application's menu and activity, and either build its executable.
 extern "C" __attribute__((visibility("default"))) const NativeApplication* QuilloNativeApplication() {
-    if (hostsim::current == nullptr)
-        return nullptr;
-    return hostsim::installedApplication != nullptr ? hostsim::installedApplication
-                                                    : &hostsim::nativeApplication;
+    return hostsim::current != nullptr ? &hostsim::nativeApplication : nullptr;
 }
