@@ -1,3 +1,7 @@
+# The host's first-party effects (tests/data/README.md), which tests and benchmarks build their
+# catalogues from.
+set(QUILLO_HOST_EFFECTS ${PROJECT_SOURCE_DIR}/tests/data/host-effects.tsv)
+
 # quillo_add_gtest(<name> LABEL <label> SOURCES <files...> LIBS <targets...>)
 # One GoogleTest executable per area; each test case becomes a CTest test carrying the label.
 function(quillo_add_gtest name)
@@ -6,7 +10,7 @@ function(quillo_add_gtest name)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
   target_compile_definitions(${name} PRIVATE
     QUILLO_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
-    QUILLO_SHARED_DIR="${CMAKE_SOURCE_DIR}/../shared")
+    QUILLO_HOST_EFFECTS="${QUILLO_HOST_EFFECTS}")
   gtest_discover_tests(${name}
     PROPERTIES LABELS ${ARG_LABEL}
     DISCOVERY_TIMEOUT 60)
@@ -19,7 +23,7 @@ function(quillo_add_benchmark name)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} benchmark::benchmark Threads::Threads)
   target_compile_definitions(${name} PRIVATE
     QUILLO_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
-    QUILLO_SHARED_DIR="${CMAKE_SOURCE_DIR}/../shared")
+    QUILLO_HOST_EFFECTS="${QUILLO_HOST_EFFECTS}")
 endfunction()
 
 # quillo_add_fuzzer(<name> SOURCES <files...> LIBS <targets...>)

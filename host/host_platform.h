@@ -1,7 +1,8 @@
 #pragma once
 
-// What the controller asks of the platform it runs on: AppKit on macOS, the loading process's
-// NativeApplication table elsewhere (see host/native_application.h).
+// What the controller asks of the platform it runs on. The menu and activity come from AppKit (on
+// macOS, and over GNUstep in the plug-in with real windows) or, in the command-line build, from the
+// loading process's NativeApplication table (see host/native_application.h).
 
 #include <string>
 #include <string_view>

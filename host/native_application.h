@@ -1,8 +1,9 @@
 #pragma once
 
-// The application that loads the plug-in, as the plug-in reaches it on platforms without AppKit.
-// A process that plays the host exports a function of this name returning the table; the plug-in
-// looks it up at run time, so nothing in the plug-in links against the process that loads it.
+// The application that loads the plug-in, as the command-line build of the plug-in reaches it (the
+// AppKit build walks the real main menu instead). A process that plays the host exports a function
+// of this name returning the table; the plug-in looks it up at run time, so nothing in the plug-in
+// links against the process that loads it.
 
 extern "C" {
 
@@ -29,3 +30,7 @@ typedef const NativeApplication* (*NativeApplicationLookup)(void);
 } // extern "C"
 
 #define QUILLO_NATIVE_APPLICATION_SYMBOL "QuilloNativeApplication"
+
+// The table of the process that loaded the plug-in, looked up on every call (the process may
+// install it after the plug-in loads); null when the process exports none.
+const NativeApplication* FindNativeApplication();

@@ -4,7 +4,6 @@
 // loads the plug-in library, and drives it the way the host does (entry point, idle and death hooks,
 // script calls). One host is current per process; the suite functions answer for it.
 
-#include "host/native_application.h"
 #include "host/sdk/ae_suites.h"
 #include "host/sdk/script_object.h"
 #include "hostsim/sim_model.h"
@@ -98,10 +97,6 @@ public:
     // What choosing an effect's menu item does in the host: applies it to the selected layers of
     // the active composition (key 0: a menu item that applies nothing). Counted in menuActionsSent.
     void ChooseMenuEffect(AEGP_InstalledEffectKey key);
-    // The table the plug-in finds when it looks for the application (see host/native_application.h).
-    // By default it walks this host's model of the main menu; a process that shows the host on screen
-    // installs a table over its real menu and activity instead. Null restores the default.
-    static void InstallNativeApplication(const NativeApplication* table);
 
 private:
     Model model;

@@ -24,10 +24,6 @@ struct SimProfile {
     int unused = 0;
 };
 
-SimHost& Host() {
-    return *SimHost::Current();
-}
-
 SimWorld* WorldOf(AEGP_WorldH handle) {
     return reinterpret_cast<SimWorld*>(handle);
 }

@@ -19,12 +19,10 @@ struct Fixture {
         char pattern[] = "/tmp/quillo-bench-XXXXXX";
         root = mkdtemp(pattern) != nullptr ? pattern : "/tmp/quillo-bench";
         hostsim::Model model;
-        model.effects =
-            hostsim::LoadEffectsTable(std::string(QUILLO_SHARED_DIR) + "/fixtures/host-effects.tsv");
+        model.effects = hostsim::LoadEffectsTable(QUILLO_HOST_EFFECTS);
         if (model.effects.empty()) {
-            std::fprintf(stderr,
-                         "host-effects.tsv not found; measuring the sample project's effects instead\n");
-            model.effects = hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT).effects;
+            std::fprintf(stderr, "cannot read %s\n", QUILLO_HOST_EFFECTS);
+            std::exit(1);
         }
         for (int folder = 0; folder < 200; ++folder) {
             for (int preset = 0; preset < 25; ++preset) {

@@ -17,7 +17,6 @@
 
 #import <AppKit/AppKit.h>
 
-#include "hostsim/app/appkit_application.h"
 #include "hostsim/app/appkit_host.h"
 #include "hostsim/app/event_timing.h"
 #include "hostsim/app/host_app_options.h"
@@ -144,8 +143,6 @@ NSTextView *AddTextPane(NSView *content, NSRect frame, unsigned int resizing, CG
     s->host->Materialize();
     if (!s->options.newsUrl.empty())
         setenv("QUILLO_NEWS_URL", s->options.newsUrl.c_str(), 1);
-    SetAppKitExecutablePath(s->host->ExecutablePath());
-    hostsim::SimHost::InstallNativeApplication(AppKitApplicationTable());
     if (!s->host->LoadPlugin(s->options.plugin)) {
         std::fprintf(stderr, "hostsim-app: cannot load %s: %s\n", s->options.plugin.c_str(),
                      s->host->loadError.c_str());

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 
 namespace {
 
@@ -166,14 +165,9 @@ TEST(Catalogue, NamesComeFromMacRomanAndAreCutToTheHostBuffer) {
 }
 
 TEST(Catalogue, FixtureEffectsAllListedInHostOrder) {
-    std::vector<hostsim::Effect> effects =
-        hostsim::LoadEffectsTable(std::string(QUILLO_SHARED_DIR) + "/fixtures/host-effects.tsv");
+    std::vector<hostsim::Effect> effects = hostsim::LoadEffectsTable(QUILLO_HOST_EFFECTS);
+    ASSERT_FALSE(effects.empty()) << "cannot read " QUILLO_HOST_EFFECTS;
     ControllerSession s("{}");
-    if (effects.empty()) {
-        // A clone without the shared fixtures: the sample project's catalogue stands in.
-        std::cout << "host-effects.tsv not found; using the sample project's effects\n";
-        effects = hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT).effects;
-    }
     s.model.effects = effects;
     s.Controller();
     std::vector<int32_t> expected;

@@ -2,21 +2,16 @@
 #include "host/native_application.h"
 #include "nimbit/utils/string_utils.h"
 
-#include <dlfcn.h>
-#include <unistd.h>
+// The host's menu and activity through the loading process's table (host/native_application.h),
+// for the command-line build of the plug-in.
 
 namespace {
 
-// Looked up on every call: the loading process may install its table after the plug-in loads.
+// A table with a gap is treated as no table: nothing here may call through a null pointer.
 const NativeApplication* Application() {
-    void* symbol = dlsym(RTLD_DEFAULT, QUILLO_NATIVE_APPLICATION_SYMBOL);
-    if (symbol == nullptr)
-        return nullptr;
-    const NativeApplication* app = reinterpret_cast<NativeApplicationLookup>(symbol)();
-    // A table with a gap is treated as no table: nothing here may call through a null pointer.
-    if (app == nullptr || !app->is_active || !app->executable_path || !app->main_menu ||
-        !app->menu_item_count || !app->menu_item_at || !app->item_title || !app->item_enabled ||
-        !app->item_submenu || !app->item_send_action)
+    const NativeApplication* app = FindNativeApplication();
+    if (app == nullptr || !app->is_active || !app->main_menu || !app->menu_item_count || !app->menu_item_at ||
+        !app->item_title || !app->item_enabled || !app->item_submenu || !app->item_send_action)
         return nullptr;
     return app;
 }
@@ -38,16 +33,6 @@ NativeMenuItem* FindItem(const NativeApplication& app, NativeMenu* menu, std::st
 } // namespace
 
 namespace HostPlatform {
-
-std::string ExecutablePath() {
-    if (const NativeApplication* app = Application()) {
-        if (const char* path = app->executable_path())
-            return path;
-    }
-    char buffer[1024] = {};
-    const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer - 1);
-    return length > 0 ? std::string(buffer, static_cast<size_t>(length)) : std::string();
-}
 
 bool IsHostActive() {
     const NativeApplication* app = Application();
