@@ -205,7 +205,12 @@ TEST(Nimpacker, StreamFaults) {
     const std::string stream = deflated(noise(50000, 3));
 
     ASSERT_TRUE(write_text(tmp / "empty", "old contents"));
-    EXPECT_EQ(unpack(pack_builder{{}, {{"empty", ""}}}.build(), tmp.path()), nimpacker::success);
+    // A date past 2106 needs the upper half of its 64 bits.
+    EXPECT_EQ(
+        unpack(pack_builder{{}, {{"empty", ""}, {"dated", deflated("d"), -1, -1, 0, 5'000'000'000}}}.build(),
+               tmp.path()),
+        nimpacker::success);
+    EXPECT_EQ(file_stats(tmp / "dated").modified, 5'000'000'000);
     EXPECT_TRUE(file_stats(tmp / "empty").exists);
     EXPECT_EQ(file_stats(tmp / "empty").size, 0u);
 
