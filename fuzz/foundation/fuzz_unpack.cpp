@@ -1,91 +1,43 @@
-// Unpacks arbitrary bytes as a folder pack into a fresh temporary folder, then removes it.
-#include "nimbit/filesystem/file_operations.h"
-#include "nimbit/filesystem/file_path.h"
+// Unpacks arbitrary bytes as a folder pack into a fresh scratch folder, then removes it.
+#include "fuzz_support.h"
 #include "nimbit/filesystem/nimpacker.h"
 
-#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <string>
-
-#include <unistd.h>
 
 namespace {
-
-uint32_t u32(const uint8_t* p) {
-    return p[0] | p[1] << 8 | p[2] << 16 | uint32_t(p[3]) << 24;
-}
 
 // The sum of the compressed lengths the file records claim, read as far as the input goes. Many
 // records may point at one highly compressed block; keeping this small keeps the bytes written per
 // input (at most about a thousand times this) within what a fuzz run can afford.
 uint64_t claimed_stream_bytes(const uint8_t* data, size_t size) {
     size_t pos = 4;
-    uint64_t total = 0;
-    auto need = [&](size_t n) {
-        return pos <= size && n <= size - pos;
+    const auto u32 = [&](size_t skip) -> int64_t { // -1 when the input ends first
+        if (pos > size || size - pos < skip + 4)
+            return -1;
+        const uint8_t* p = data + pos + skip;
+        return p[0] | p[1] << 8 | p[2] << 16 | int64_t{p[3]} << 24;
     };
-    if (!need(4))
-        return 0;
-    uint32_t folders = u32(data + pos);
+    const int64_t folders = u32(0);
     pos += 4;
-    for (uint32_t i = 0; i < folders; ++i) {
-        if (!need(4))
+    for (int64_t i = 0, n; i < folders; ++i, pos += 4 + n)
+        if ((n = u32(0)) < 0 || size - pos - 4 < static_cast<uint64_t>(n))
             return 0;
-        const uint32_t n = u32(data + pos);
-        pos += 4;
-        if (!need(n))
-            return 0;
-        pos += n;
-    }
-    if (!need(4))
-        return 0;
-    const uint32_t files = u32(data + pos);
+    uint64_t total = 0;
+    const int64_t files = folders < 0 ? 0 : u32(0);
     pos += 4;
-    for (uint32_t i = 0; i < files; ++i) {
-        if (!need(4))
-            return total;
-        const uint32_t n = u32(data + pos);
-        pos += 4;
-        if (!need(n) || !need(n + size_t{28}))
-            return total;
-        total += u32(data + pos + n + 4);
-        pos += n + 28;
-    }
+    for (int64_t i = 0, n, length; i < files; ++i, pos += n + 32)
+        if ((n = u32(0)) < 0 || (length = u32(4 + n + 4)) < 0)
+            break;
+        else
+            total += length;
     return total;
-}
-
-// One temporary folder for the whole run, removed when the fuzzer exits.
-struct scratch_folder {
-    nimbit::file_path root;
-    scratch_folder() {
-        // Memory-backed when the system has it: every input writes and removes a small tree.
-        const char* base = std::getenv("TMPDIR");
-        if (!base || !*base)
-            base = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-        std::string pattern = std::string(base) + "/unpack-fuzz-XXXXXX";
-        if (const char* made = ::mkdtemp(pattern.data()))
-            root = nimbit::file_path(std::string(made));
-    }
-    ~scratch_folder() {
-        if (!root.empty())
-            nimbit::remove_dir(root);
-    }
-};
-
-const nimbit::file_path& work_folder() {
-    static const scratch_folder scratch;
-    return scratch.root;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    if (work_folder().empty() || claimed_stream_bytes(data, size) > 16384)
-        return 0;
-    const nimbit::file_path destination = work_folder().append(nimbit::file_path("out"));
-    nimbit::remove_dir(destination);
-    if (!nimbit::make_dir(destination))
+    const nimbit::file_path destination = scratch("out");
+    if (claimed_stream_bytes(data, size) > 16384 || !nimbit::make_dir(destination))
         return 0;
     nimbit::nimpacker::unpack_files(data, static_cast<unsigned long>(size), destination);
     nimbit::remove_dir(destination);

@@ -1,6 +1,7 @@
 // The user's search files come from disk, from other machines and from hand editing. Any bytes must
 // parse without fault, and what is kept must survive being written and read again unchanged.
 #include "host/effect_data.h"
+#include "nimbit/utils/assert.h"
 #include "popup/catalogue_index.h"
 #include "popup/effect_alias.h"
 #include "popup/search_data_files.h"
@@ -25,11 +26,6 @@ std::vector<EffectData> MakeCatalogue() {
     return catalogue;
 }
 
-void Check(bool condition) {
-    if (!condition)
-        std::abort();
-}
-
 bool SameEntries(const std::vector<EffectAlias>& a, const std::vector<EffectAlias>& b,
                  bool compareOverrides) {
     if (a.size() != b.size())
@@ -51,16 +47,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     std::vector<EffectAlias> blacklist, aliases;
     ParseSearchData(text, index, blacklist, aliases);
     for (const EffectAlias& entry : blacklist)
-        Check(entry.effect != nullptr);
+        NIMBIT_ASSERT(entry.effect != nullptr);
     std::vector<EffectAlias> blacklist2, aliases2;
     ParseSearchData(FormatSearchData(blacklist, aliases), index, blacklist2, aliases2);
     // A blacklist line has no place for an override, so only the aliases keep theirs.
-    Check(SameEntries(blacklist, blacklist2, false));
-    Check(SameEntries(aliases, aliases2, true));
+    NIMBIT_ASSERT(SameEntries(blacklist, blacklist2, false));
+    NIMBIT_ASSERT(SameEntries(aliases, aliases2, true));
 
     std::vector<EffectAlias> slots, slots2;
     ParseShortcutsData(text, index, slots);
-    Check(slots.size() == 9);
+    NIMBIT_ASSERT(slots.size() == 9);
     ParseShortcutsData(FormatShortcutsData(slots), index, slots2);
     // Empty slots close up on the way, so compare the occupied ones in order.
     std::vector<EffectAlias> occupied;
@@ -68,6 +64,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         if (slot.effect != nullptr)
             occupied.push_back(slot);
     slots2.resize(occupied.size());
-    Check(SameEntries(occupied, slots2, true));
+    NIMBIT_ASSERT(SameEntries(occupied, slots2, true));
     return 0;
 }

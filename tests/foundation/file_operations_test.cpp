@@ -19,20 +19,11 @@ namespace {
 
 TEST(FileStats, ReportsTypeSizeDatesAndMissingPaths) {
     temp_folder tmp;
-    const file_stats missing(tmp / "nothing/here");
-    EXPECT_FALSE(missing.exists);
-    EXPECT_EQ(missing.type, 2);
-    EXPECT_FALSE(file_stats(file_path()).exists);
-
     ASSERT_TRUE(write_text(tmp / "f.txt", "12345"));
-    const file_stats file(tmp / "f.txt");
-    EXPECT_TRUE(file.exists);
-    EXPECT_EQ(file.type, 0);
-    EXPECT_EQ(file.size, 5u);
-
-    const file_stats folder(tmp.path());
-    EXPECT_TRUE(folder.exists);
-    EXPECT_EQ(folder.type, 1);
+    const file_stats missing(tmp / "nothing/here"), file(tmp / "f.txt"), folder(tmp.path());
+    EXPECT_TRUE(!missing.exists && missing.type == 2 && !file_stats(file_path()).exists);
+    EXPECT_TRUE(file.exists && file.type == 0 && file.size == 5u);
+    EXPECT_TRUE(folder.exists && folder.type == 1);
 
     EXPECT_TRUE(nimbit::set_file_dates(tmp / "f.txt", 1000000000, 1234567890));
     EXPECT_EQ(file_stats(tmp / "f.txt").modified, 1234567890);
@@ -42,9 +33,7 @@ TEST(FileStats, ReportsTypeSizeDatesAndMissingPaths) {
 TEST(FileOperations, MakeDirCreatesEveryMissingLevel) {
     temp_folder tmp;
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c"));
-    EXPECT_EQ(file_stats(tmp / "a").type, 1);
-    EXPECT_EQ(file_stats(tmp / "a/b").type, 1);
-    EXPECT_EQ(file_stats(tmp / "a/b/c").type, 1);
+    EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c"}));
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c")) << "an existing folder is success";
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/x/"));
 
@@ -56,11 +45,8 @@ TEST(FileOperations, MakeDirCreatesEveryMissingLevel) {
 
 TEST(FileOperations, RemoveDirDeletesTheTreeButNotWhatLinksPointTo) {
     temp_folder tmp;
-    ASSERT_TRUE(nimbit::make_dir(tmp / "outside"));
-    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep"));
-    ASSERT_TRUE(nimbit::make_dir(tmp / "tree/a/b"));
-    ASSERT_TRUE(write_text(tmp / "tree/a/b/f", "x"));
-    ASSERT_TRUE(write_text(tmp / "tree/g", "y"));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "outside") && nimbit::make_dir(tmp / "tree/a/b"));
+    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "tree/a/b/f", "x"));
     ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / "tree/link").c_str()), 0);
 
     EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
@@ -89,16 +75,14 @@ TEST(FileOperations, CopyFileCopiesAndTruncates) {
 
 TEST(FileOperations, CopyDirCopiesTheTreeUnderTheSourceName) {
     temp_folder tmp;
-    ASSERT_TRUE(nimbit::make_dir(tmp / "src/a/b"));
-    ASSERT_TRUE(nimbit::make_dir(tmp / "src/empty"));
-    ASSERT_TRUE(write_text(tmp / "src/top", "1"));
-    ASSERT_TRUE(write_text(tmp / "src/a/b/deep", "2"));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "src/a/b") && nimbit::make_dir(tmp / "src/empty"));
+    ASSERT_TRUE(write_text(tmp / "src/top", "1") && write_text(tmp / "src/a/b/deep", "2"));
     ASSERT_TRUE(nimbit::make_dir(tmp / "dst"));
 
     EXPECT_TRUE(nimbit::copy_dir(tmp / "src", tmp / "dst"));
-    EXPECT_EQ(read_text(tmp / "dst/src/top"), "1");
+    EXPECT_EQ(tree(tmp / "dst"),
+              (std::vector<std::string>{"src", "src/a", "src/a/b", "src/a/b/deep", "src/empty", "src/top"}));
     EXPECT_EQ(read_text(tmp / "dst/src/a/b/deep"), "2");
-    EXPECT_EQ(file_stats(tmp / "dst/src/empty").type, 1);
 
     EXPECT_FALSE(nimbit::copy_dir(tmp / "missing", tmp / "dst"));
     EXPECT_FALSE(nimbit::copy_dir(tmp / "src", tmp / "missing"));
@@ -121,19 +105,13 @@ std::vector<std::string> walk(const file_path& root, bool recursive, bool with_d
 
 TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
     temp_folder tmp;
-    ASSERT_TRUE(nimbit::make_dir(tmp / "a/b/c"));
-    ASSERT_TRUE(nimbit::make_dir(tmp / "d"));
-    ASSERT_TRUE(write_text(tmp / "f0", ""));
-    ASSERT_TRUE(write_text(tmp / "a/f1", ""));
-    ASSERT_TRUE(write_text(tmp / "a/b/f2", ""));
-    ASSERT_TRUE(write_text(tmp / "a/b/c/f3", ""));
-    ASSERT_TRUE(write_text(tmp / "d/f4", ""));
+    ASSERT_TRUE(nimbit::make_dir(tmp / "a/b/c") && nimbit::make_dir(tmp / "d"));
+    for (const char* file : {"f0", "a/f1", "a/b/f2", "a/b/c/f3", "d/f4"})
+        ASSERT_TRUE(write_text(tmp / file, ""));
 
     const auto seen = walk(tmp.path(), true, false);
-    std::vector<std::string> sorted = seen;
-    std::sort(sorted.begin(), sorted.end());
-    EXPECT_EQ(sorted, (std::vector<std::string>{"a", "a/b", "a/b/c", "a/b/c/f3", "a/b/f2", "a/f1", "d",
-                                                "d/f4", "f0"}));
+    EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c", "a/b/c/f3", "a/b/f2", "a/f1",
+                                                          "d", "d/f4", "f0"}));
     // Breadth-first: nothing deeper comes before anything shallower.
     auto depth = [](const std::string& s) {
         return std::count(s.begin(), s.end(), '/');

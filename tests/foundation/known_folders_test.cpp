@@ -34,7 +34,6 @@ protected:
 TEST_F(KnownFolders, OverridesReplaceThePlatformFolders) {
     EXPECT_EQ(nimbit::get_user_data_path(), tmp / "user");
     EXPECT_EQ(nimbit::get_common_data_path(), tmp / "common");
-    EXPECT_EQ(nimbit::get_docs_data_path(), tmp / "docs");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 1), tmp / "docs");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
 }

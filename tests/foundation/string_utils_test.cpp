@@ -19,14 +19,12 @@ TEST(StringUtils, TrimStripsAsciiWhiteSpaceOnBothEnds) {
 }
 
 TEST(StringUtils, MacRomanConvertsEveryHighByte) {
-    EXPECT_EQ(nimbit::macroman_to_utf8("plain"), "plain");
-    EXPECT_EQ(nimbit::macroman_to_utf8("caf\x8E"), "caf\xC3\xA9"); // é
-    EXPECT_EQ(nimbit::macroman_to_utf8("\x80"), "\xC3\x84");       // Ä, first entry
-    EXPECT_EQ(nimbit::macroman_to_utf8("\xA5"), "\xE2\x80\xA2");   // bullet
-    EXPECT_EQ(nimbit::macroman_to_utf8("\xCA"), "\xC2\xA0");       // no-break space
-    EXPECT_EQ(nimbit::macroman_to_utf8("\xDB"), "\xE2\x82\xAC");   // euro
-    EXPECT_EQ(nimbit::macroman_to_utf8("\xF0"), "\xEF\xA3\xBF");   // private-use logo
-    EXPECT_EQ(nimbit::macroman_to_utf8("\xFF"), "\xCB\x87");       // caron, last entry
+    const std::pair<const char*, const char*> samples[] = {
+        {"plain", "plain"},       {"caf\x8E", "caf\xC3\xA9"}, {"\x80", "\xC3\x84"} /* first */,
+        {"\xA5", "\xE2\x80\xA2"}, {"\xCA", "\xC2\xA0"},       {"\xDB", "\xE2\x82\xAC"},
+        {"\xF0", "\xEF\xA3\xBF"}, {"\xFF", "\xCB\x87"} /* last */};
+    for (const auto& [in, out] : samples)
+        EXPECT_EQ(nimbit::macroman_to_utf8(in), out) << in;
     EXPECT_EQ(nimbit::macroman_to_utf8(std::string("a\0b", 3)), std::string("a\0b", 3));
 
     // Every high byte becomes exactly one well-formed UTF-8 character of two or three bytes.

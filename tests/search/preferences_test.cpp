@@ -61,18 +61,6 @@ TEST_F(PreferencesTest, DefaultsAndShortcutText) {
     EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + ");
 }
 
-TEST_F(PreferencesTest, FileWithThemeAndNewsTimeOnlyKeepsEveryOtherDefault) {
-    PreferencesData prefs;
-    ASSERT_TRUE(SettingsBytes().Int(1, 1).Int(5, 1234567890123ll, 8).DecodeInto(prefs));
-    EXPECT_EQ(prefs.theme, UIColorTheme::Light);
-    EXPECT_EQ(prefs.newsTime, 1234567890123ll);
-    const PreferencesData defaults;
-    EXPECT_EQ(prefs.captureFolder, defaults.captureFolder);
-    EXPECT_EQ(prefs.shortcutChoice, 0);
-    EXPECT_EQ(prefs.customKeyCode, -1);
-    EXPECT_FALSE(prefs.fullResolutionScreenshots);
-}
-
 TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStringsAtZero) {
     PreferencesData prefs;
     ASSERT_TRUE(SettingsBytes()
@@ -89,14 +77,17 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
                     .DecodeInto(prefs));
     EXPECT_EQ(prefs.shortcutChoice, 0);
     EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_EQ(prefs.captureFolder, PreferencesData().captureFolder);
+    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
     EXPECT_TRUE(prefs.fullResolutionScreenshots);
     EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + CMD + F5");
     // A chunk that claims more data than the file holds ends the reading there.
     SettingsBytes cut;
-    cut.Int(1, 1).bytes += std::string("\x02\0\0\0\xff\xff\0\0\x01", 9);
+    cut.Int(1, 1).Int(5, 1234567890123ll, 8).bytes += std::string("\x02\0\0\0\xff\xff\0\0\x01", 9);
     PreferencesData other;
     ASSERT_TRUE(cut.DecodeInto(other));
     EXPECT_EQ(other.theme, UIColorTheme::Light);
+    EXPECT_EQ(other.newsTime, 1234567890123ll);
     EXPECT_EQ(other.shortcutChoice, 0);
     // Not a settings file at all: nothing changes.
     const std::string wrong("NBCHX\0\0\x01\x01\0\0\0\x04\0\0\0\x01\0\0\0", 20);
@@ -148,13 +139,10 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     // Saving made the capture folder, so the reader accepts it.
     PreferencesData loaded;
     ASSERT_TRUE(LoadPreferences(loaded, folder));
-    EXPECT_EQ(loaded.theme, prefs.theme);
-    EXPECT_EQ(loaded.shortcutChoice, 4);
+    EXPECT_TRUE(loaded.theme == prefs.theme && loaded.shortcutChoice == 4 &&
+                loaded.fullResolutionScreenshots && loaded.newsTime == -5 && loaded.customKeyCode == 122 &&
+                loaded.customOpt == 2);
     EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
-    EXPECT_TRUE(loaded.fullResolutionScreenshots);
-    EXPECT_EQ(loaded.newsTime, -5);
-    EXPECT_EQ(loaded.customKeyCode, 122);
-    EXPECT_EQ(loaded.customOpt, 2);
     EXPECT_EQ(loaded.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + F1");
 }
 

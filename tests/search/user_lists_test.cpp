@@ -28,11 +28,14 @@ TEST_F(ListsTest, AddToListAppendsFavoritesAndBlacklistEntriesWithoutDeduplicati
 }
 
 TEST_F(ListsTest, ShortcutLabelsTakeThreeBytesAndUpperCaseTheFirst) {
-    EXPECT_EQ(MakeShortcutLabel("Gaussian Blur"), "Gau");
-    EXPECT_EQ(MakeShortcutLabel("X"), "X");
-    EXPECT_EQ(MakeShortcutLabel("levels"), "Lev");
-    EXPECT_EQ(MakeShortcutLabel(""), "");
-    EXPECT_EQ(MakeShortcutLabel("\xC3\xA9toile"), "\xC3\xA9t"); // a multi-byte letter is left alone
+    // A multi-byte first letter is left alone.
+    for (const auto& [name, label] :
+         std::vector<std::pair<std::string, std::string>>{{"Gaussian Blur", "Gau"},
+                                                          {"X", "X"},
+                                                          {"levels", "Lev"},
+                                                          {"", ""},
+                                                          {"\xC3\xA9toile", "\xC3\xA9t"}})
+        EXPECT_EQ(MakeShortcutLabel(name), label) << name;
 }
 
 TEST_F(ListsTest, AddAndReplaceShortcutsStayWithinNineSlots) {
