@@ -77,7 +77,7 @@ void BM_Keystroke(benchmark::State& state, const char* before, char16_t typed) {
         b.popup->GetSearchField().set_text(before, true);
         b.Paint();
         state.ResumeTiming();
-        b.popup->process_event(event_type::key_char, typed);
+        offscreen::events_of(*b.popup).process_event(event_type::key_char, typed);
         b.Paint();
     }
     state.counters["rows"] = static_cast<double>(b.popup->GetRows().size());

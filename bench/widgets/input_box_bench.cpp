@@ -35,7 +35,7 @@ static void BM_InsertCharacterAndRepaint(benchmark::State& state) {
             typed = 0;
             state.ResumeTiming();
         }
-        win.process_event(event_type::key_char, u'x');
+        offscreen::events_of(win).process_event(event_type::key_char, u'x');
         native.paint_pending();
         native.get_canvas().clear_calls();
     }

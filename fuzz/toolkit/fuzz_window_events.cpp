@@ -99,7 +99,7 @@ struct scene {
             uint64_t data = 0;
             for (int i = 0; i < 8; ++i)
                 data = (data << 8) | r.byte();
-            win.process_event(static_cast<event_type>(a % 50), data);
+            offscreen::events_of(win).process_event(static_cast<event_type>(a % 50), data);
             break;
         }
         case 7:

@@ -43,10 +43,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         switch (op % 12) {
         case 0:
         case 1:
-            win.process_event(event_type::key_char, static_cast<char16_t>(arg | (next() << 8)));
+            offscreen::events_of(win).process_event(event_type::key_char,
+                                                    static_cast<char16_t>(arg | (next() << 8)));
             break;
         case 2:
-            win.process_event(event_type::key_down, keys[arg % std::size(keys)]);
+            offscreen::events_of(win).process_event(event_type::key_down, keys[arg % std::size(keys)]);
             break;
         case 3:
             offscreen::set_key_down(modifiers[arg % 3], (arg & 0x80) != 0);

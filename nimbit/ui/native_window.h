@@ -9,20 +9,14 @@
 // The platform window under a toolkit window: the one seam between the toolkit and a windowing system.
 // A backend library (offscreen, cocoa) defines create_native_window; the core never names a backend.
 //
-// Calls into the backend are listed below. The backend calls back into its owning window:
-//   window::process_event(type, data)   translated input (event_type codes and their payloads),
-//                                        focus_gained/focus_lost of the window, resize of the client
-//                                        area (new size packed w low, h high), mouse_leave when the
-//                                        pointer leaves the window;
-//   window::set_mouse_inside(bool)       the pointer entered or left the window;
-//   window::process_native_timer(id)     a timer started with start_timer elapsed;
-//   window::paint(dirty)                 repaint the dirty rectangle (client coordinates) now, through
-//                                        get_drawer().
+// Calls into the backend are listed below. The backend calls back through the native_window_events
+// it was created with (translated input, paint, timers, pointer inside, close).
 // Rectangles are in screen coordinates (y down) unless named client; a frame includes the decoration.
 
 namespace nimbit::ui {
 
 class native_drawer;
+class native_window_events;
 class window;
 
 // Window style flags for window::create.
@@ -74,12 +68,13 @@ public:
     virtual void end_modal() = 0;
     virtual bool is_modal() const = 0;
 
-    // A timer calls window::process_native_timer(native_id) every `seconds`, once unless `repeat`.
-    // Starting an id that runs restarts it.
+    // A timer calls native_window_events::process_native_timer(native_id) every `seconds`, once unless
+    // `repeat`. Starting an id that runs restarts it.
     virtual void start_timer(uint32_t native_id, float seconds, bool repeat) = 0;
     virtual void stop_timer(uint32_t native_id) = 0;
 };
 
-std::unique_ptr<native_window> create_native_window(window& owner);
+// `events` is the owner's side of the seam; the backend calls it and holds `owner` only to hand it on.
+std::unique_ptr<native_window> create_native_window(window& owner, native_window_events& events);
 
 } // namespace nimbit::ui

@@ -40,7 +40,7 @@ void window::user_callback(int) {}
 
 void window::create(std::string_view title, const ivec4& frame, uint32_t style, window* parent) {
     NIMBIT_ASSERT(native == nullptr && "Double create?");
-    native = create_native_window(*this);
+    native = create_native_window(*this, *this);
     native->create(title, frame, style, parent && parent->native ? parent->native.get() : nullptr);
     paint_drawer = std::make_unique<drawer>(native->get_drawer());
     const ivec4 client = native->get_client_rect();
@@ -187,6 +187,13 @@ bool window::is_modal() const {
 
 bool window::check_close() {
     return events().fire_event(this, event_type::close, 0);
+}
+
+void window::process_close() {
+    // A window that listens for close decides itself; otherwise the close box hides it (which also
+    // ends a modal session with the code 0).
+    if (!check_close())
+        hide();
 }
 
 // --- widget list ------------------------------------------------------------------------------------

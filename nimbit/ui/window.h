@@ -3,6 +3,7 @@
 #include "nimbit/ui/event_object.h"
 #include "nimbit/ui/event_type.h"
 #include "nimbit/ui/native_window.h"
+#include "nimbit/ui/native_window_events.h"
 #include "nimbit/ui/widget.h"
 
 #include <memory>
@@ -18,8 +19,9 @@ class tooltip;
 
 // A top-level window: the platform window, a root widget filling the client area, the keyboard
 // focus, the hovered widget, its widgets in creation order (the Tab order), widget timers, tooltips
-// and running animations. It routes input to widgets and paints them.
-class window : public event_object {
+// and running animations. It routes input to widgets and paints them. What the platform window
+// reports comes in through native_window_events, which only the backend holds.
+class window : public event_object, private native_window_events {
 public:
     // Native ids of the window's own timers; widget timers count up from 1.
     static constexpr uint32_t tooltip_timer_id = 0xFFFFFFFFu;
@@ -81,19 +83,14 @@ public:
 
     void add_animation(widget* w);
     void remove_animation(widget* w);
-    void process_animation_timer();
 
     void add_timer(widget* w, uint32_t id, uint32_t interval_ms, bool single_shot);
     void remove_timer(widget* w, uint32_t id);
     bool has_timer(const widget* w, uint32_t id) const;
-    void process_timer(widget* w, uint32_t id);
-    void process_tooltip_timer();
 
     // Lists the tree below `from` (the root when null), one widget a line, indented by depth.
     std::string print_widget_tree(int depth = 0, const widget* from = nullptr) const;
 
-    // Input routing: the entry the native side calls with translated events.
-    void process_event(const event_type& type, const unsigned long long& data);
     // The topmost visible widget at a client point, or null outside the root.
     widget* get_widget_at_pos(_vec2<int> point) const;
     void set_focus(widget* w, focus_cause cause);
@@ -103,15 +100,11 @@ public:
     void focus_previous_widget();
     void set_tab_navigation(bool on) { tab_navigation = on; }
 
-    // Painting: the native side asks for a dirty client rectangle.
-    void paint(const ivec4& dirty);
+    // Paints `w` and what lies inside it within the dirty client rectangle.
     void process_draw(widget& w, const ivec4& dirty);
     // The drawer of the running paint (valid inside draw handlers).
     drawer& get_drawer();
 
-    // From the native side.
-    void process_native_timer(uint32_t native_id);
-    void set_mouse_inside(bool inside) { mouse_inside = inside; }
     bool is_mouse_inside() const { return mouse_inside; }
 
     widget& get_root() { return root; }
@@ -130,6 +123,16 @@ private:
         bool single_shot;
     };
 
+    // native_window_events: input routing, painting, timers, pointer, close box.
+    void process_event(const event_type& type, const unsigned long long& data) override;
+    void paint(const ivec4& dirty) override;
+    void process_native_timer(uint32_t native_id) override;
+    void set_mouse_inside(bool inside) override { mouse_inside = inside; }
+    void process_close() override;
+
+    void process_timer(widget* w, uint32_t id);
+    void process_tooltip_timer();
+    void process_animation_timer();
     void draw_level(widget& w, const ivec4& clip, _vec2<int> origin);
     void focus_step(int direction);
     void compact_widgets() const;

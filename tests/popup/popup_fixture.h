@@ -104,7 +104,7 @@ protected:
     // A key as the platform delivers it to the search field (key_down to the focused widget).
     void InputKey(unsigned long long code) {
         popup->GetSearchField().focus(nimbit::ui::focus_cause::keyboard);
-        popup->process_event(nimbit::ui::event_type::key_down, code);
+        nimbit::ui::offscreen::events_of(*popup).process_event(nimbit::ui::event_type::key_down, code);
     }
     std::vector<std::string> RowNames() const {
         std::vector<std::string> names;

@@ -191,7 +191,7 @@ TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwis
     offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
     EXPECT_EQ(ask.Run(), 0);
     offscreen::offscreen_window::set_modal_driver(
-        [&](window&) { ask.process_event(event_type::key_down, 27); });
+        [&](window&) { offscreen::events_of(ask).process_event(event_type::key_down, 27); });
     EXPECT_EQ(ask.Run(), 0);
 }
 
@@ -207,7 +207,7 @@ TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscap
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
     offscreen::offscreen_window::set_modal_driver(
-        [&](window&) { warn.process_event(event_type::key_down, 27); });
+        [&](window&) { offscreen::events_of(warn).process_event(event_type::key_down, 27); });
     EXPECT_EQ(warn.Run(), 0);
     // Shown, it hands the keyboard to its button.
     offscreen::offscreen_window::set_modal_driver([&](window& w) {

@@ -105,7 +105,7 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
     // Losing the focus hides; reopening empties the search.
     Search("blur");
     EXPECT_FALSE(popup->GetRows().empty());
-    popup->process_event(event_type::focus_lost, 0);
+    offscreen::events_of(*popup).process_event(event_type::focus_lost, 0);
     EXPECT_FALSE(popup->is_shown());
     Open();
     EXPECT_EQ(popup->GetSearchField().get_text(), "");
@@ -248,7 +248,7 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     Open();
     Search("gauss");
     InputKey(event_key::return_key);
-    popup->process_event(event_type::key_char, 13);
+    offscreen::events_of(*popup).process_event(event_type::key_char, 13);
     ASSERT_EQ(applied.size(), 1u);
     EXPECT_EQ(applied[0], Named("Gaussian Blur"));
     EXPECT_FALSE(popup->is_shown());
@@ -286,12 +286,12 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
         InputKey(27);
         EXPECT_EQ(popup->GetSearchField().get_text(), "");
         EXPECT_TRUE(popup->GetRows().empty());
-        popup->process_event(event_type::key_char, 27);
+        offscreen::events_of(*popup).process_event(event_type::key_char, 27);
         EXPECT_FALSE(popup->is_shown());
     }
     // Outside search mode as well.
     Open("Comp 1", "");
-    popup->process_event(event_type::key_char, 27);
+    offscreen::events_of(*popup).process_event(event_type::key_char, 27);
     EXPECT_FALSE(popup->is_shown());
     EXPECT_EQ(applied.size(), 3u);
 }
@@ -299,10 +299,11 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
 TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) {
     SetSlot(1, "Glow", "Glo");
     Open();
-    popup->process_event(event_type::key_char, '5'); // slot 5 is empty: nothing, and still shown
+    offscreen::events_of(*popup).process_event(event_type::key_char,
+                                               '5'); // slot 5 is empty: nothing, and still shown
     EXPECT_TRUE(applied.empty());
     EXPECT_TRUE(popup->is_shown());
-    popup->process_event(event_type::key_char, '2');
+    offscreen::events_of(*popup).process_event(event_type::key_char, '2');
     ASSERT_EQ(applied.size(), 1u);
     EXPECT_EQ(applied[0], Named("Glow"));
     EXPECT_FALSE(popup->is_shown());
@@ -311,7 +312,7 @@ TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) 
     Open();
     offscreen::advance_ms(250);
     Search("cc");
-    popup->process_event(event_type::key_char, '2');
+    offscreen::events_of(*popup).process_event(event_type::key_char, '2');
     EXPECT_EQ(applied.size(), 1u);
 
     // The shortcut buttons apply their slot.
@@ -324,7 +325,7 @@ TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) 
 
     // Outside search mode any other character hides.
     Open("", "");
-    popup->process_event(event_type::key_char, 'x');
+    offscreen::events_of(*popup).process_event(event_type::key_char, 'x');
     EXPECT_FALSE(popup->is_shown());
 
     // An override is applied in place of its entry, from the list and from a slot.
@@ -337,7 +338,7 @@ TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) 
     EXPECT_EQ(applied[2], Named("Fast Box Blur"));
     SetSlot(0, "Gaussian Blur", "Gau");
     Open("", "");
-    popup->process_event(event_type::key_char, '1');
+    offscreen::events_of(*popup).process_event(event_type::key_char, '1');
     ASSERT_EQ(applied.size(), 4u);
     EXPECT_EQ(applied[3], Named("Fast Box Blur"));
 }
@@ -349,21 +350,22 @@ TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndWindowKeysAndCommandsReachThe
     EXPECT_EQ(offscreen::native_of(*popup).get_title(), "Effects Popup");
 
     Open();
-    popup->process_event(event_type::key_down, event_key::f5);
+    offscreen::events_of(*popup).process_event(event_type::key_down, event_key::f5);
     EXPECT_EQ(popup->gallery, 1);
     offscreen::set_key_down(56, true);
-    popup->process_event(event_type::key_down, event_key::f5);
+    offscreen::events_of(*popup).process_event(event_type::key_down, event_key::f5);
     offscreen::set_key_down(56, false);
     EXPECT_EQ(popup->screenshots, 1);
     EXPECT_EQ(popup->gallery, 1);
-    popup->process_event(event_type::key_down, 'A'); // search mode keeps the window for typing
+    offscreen::events_of(*popup).process_event(event_type::key_down,
+                                               'A'); // search mode keeps the window for typing
     EXPECT_TRUE(popup->is_shown());
 
     Open("", "");
     for (unsigned long long modifier : {18ull, 55ull, 56ull})
-        popup->process_event(event_type::key_down, modifier);
+        offscreen::events_of(*popup).process_event(event_type::key_down, modifier);
     EXPECT_TRUE(popup->is_shown());
-    popup->process_event(event_type::key_down, 'A');
+    offscreen::events_of(*popup).process_event(event_type::key_down, 'A');
     EXPECT_FALSE(popup->is_shown());
 
     // Commands from the host reach the same tools.

@@ -46,7 +46,7 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
 
     auto& canvas = win.os().get_canvas();
     canvas.clear_calls();
-    win.paint({0, 0, 240, 140}); // misses `outside`
+    offscreen::events_of(win).paint({0, 0, 240, 140}); // misses `outside`
     EXPECT_EQ(order, (std::vector<std::string>{"panel", "a", "b"}));
 
     std::vector<std::string> ops;
@@ -109,7 +109,7 @@ TEST_F(PaintingTest, EachWidgetPaintsOnlyInsideItselfAndItsAncestorsWithinTheDir
     auto& canvas = win.os().get_canvas();
 
     canvas.clear_calls();
-    win.paint({0, 0, 300, 200});
+    offscreen::events_of(win).paint({0, 0, 300, 200});
     EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{
                                          {10, 10, 100, 60}, // panel
                                          {90, 50, 20, 20},  // child, cut by the panel
@@ -121,7 +121,7 @@ TEST_F(PaintingTest, EachWidgetPaintsOnlyInsideItselfAndItsAncestorsWithinTheDir
     // The dirty rectangle still limits every pass, and widgets it misses are not asked to paint.
     canvas.clear_calls();
     child.draws = grandchild.draws = beside.draws = 0;
-    win.paint({0, 0, 95, 55});
+    offscreen::events_of(win).paint({0, 0, 95, 55});
     EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{{10, 10, 85, 45}, {90, 50, 5, 5}}));
     EXPECT_EQ(grandchild.draws, 0);
     EXPECT_EQ(beside.draws, 0);

@@ -161,7 +161,7 @@ TEST_F(RoutingTest, EnterAndLeaveComeInOrderAndLeavingTheWindowKeepsTheHoveredWi
                                         ev("a", event_type::mouse_move), ev("w", event_type::mouse_move),
                                         ev("a", event_type::mouse_leave), ev("b", event_type::mouse_enter),
                                         ev("w", event_type::mouse_move)}));
-    win.process_event(event_type::mouse_leave, 0);
+    offscreen::events_of(win).process_event(event_type::mouse_leave, 0);
     EXPECT_EQ(r.take(), std::vector<std::string>{ev("b", event_type::mouse_leave)});
     EXPECT_EQ(win.get_hovered(), &b);
 }
@@ -247,9 +247,9 @@ TEST_F(RoutingTest, KeysGoToTheFocusedWidgetThenTheWindowAndPointerEventsToOneWi
     r.watch(field, "f", {event_type::pointer_event, event_type::input_ime});
     r.watch(win, "w", {event_type::pointer_event, event_type::input_ime});
     offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{55, 55});
-    win.process_event(event_type::pointer_event, 9);
-    win.process_event(event_type::input_ime, 4);
-    win.process_event(event_type::draw, 0); // ignored by the router
+    offscreen::events_of(win).process_event(event_type::pointer_event, 9);
+    offscreen::events_of(win).process_event(event_type::input_ime, 4);
+    offscreen::events_of(win).process_event(event_type::draw, 0); // ignored by the router
     EXPECT_EQ(r.take(), (std::vector<std::string>{ev("under", event_type::pointer_event, 9),
                                                   ev("f", event_type::input_ime, 4)}));
 }
@@ -270,7 +270,7 @@ TEST_F(RoutingTest, FocusChangesCarryTheirCauseAndSkipGainOnDeadWidgets) {
     // The window's own focus notifications reach the focused widget when it is live, then the window.
     b.enable(true);
     r.watch(win, "w", {event_type::focus_lost});
-    win.process_event(event_type::focus_lost, 0);
+    offscreen::events_of(win).process_event(event_type::focus_lost, 0);
     EXPECT_EQ(r.take(), (std::vector<std::string>{ev("b", event_type::focus_lost, 0),
                                                   ev("w", event_type::focus_lost, 0)}));
 }

@@ -395,7 +395,7 @@ TEST_F(InputBoxTest, SelectOnFocusAndApplyOnFocusLoss) {
 TEST_F(InputBoxTest, CompositionIsDrawnWithTheInputMethodColours) {
     type(u"ab");
     ime::set_composition("\xE3\x81\x8B\xE3\x81\xAA", 1, {0, 2});
-    win.process_event(event_type::input_ime, 0);
+    offscreen::events_of(win).process_event(event_type::input_ime, 0);
     const vec4 block = box.get_theme().get<vec4>(theme_keys::input_ime_block_color);
     const vec4 cursor = box.get_theme().get<vec4>(theme_keys::input_ime_cursor_color);
     EXPECT_GT(count_painted([&](const draw_call& c) {

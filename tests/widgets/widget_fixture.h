@@ -51,7 +51,9 @@ protected:
     }
 
     // key_down as the platform sends it for a key: the upper-cased character or function-key code.
-    void key(uint32_t code) { win.process_event(nimbit::ui::event_type::key_down, code); }
+    void key(uint32_t code) {
+        nimbit::ui::offscreen::events_of(win).process_event(nimbit::ui::event_type::key_down, code);
+    }
     void key_with(int modifier, uint32_t code) {
         nimbit::ui::offscreen::set_key_down(modifier, true);
         key(code);
@@ -60,7 +62,7 @@ protected:
     // key_char, one UTF-16 unit at a time.
     void type(std::u16string_view text) {
         for (char16_t c : text)
-            win.process_event(nimbit::ui::event_type::key_char, c);
+            nimbit::ui::offscreen::events_of(win).process_event(nimbit::ui::event_type::key_char, c);
     }
 
     nimbit::ui::window win;

@@ -3,13 +3,14 @@
 #include "nimbit/ui/cocoa/native_drawer.h"
 #include "nimbit/ui/event_type.h"
 #include "nimbit/ui/native_window.h"
+#include "nimbit/ui/native_window_events.h"
 
 #include <unordered_map>
 
 // The AppKit platform window: a NativeWindow (NSWindow subclass) whose content is a flipped
 // NativeView, with a NativeWindowDelegate for focus, resize and close. The view and the delegate
-// translate AppKit events into toolkit events and hand them to the owning window; widget timers
-// and the window's own timers are NSTimers on the current run loop.
+// translate AppKit events into toolkit events and hand them to the owning window through
+// native_window_events; widget timers and the window's own timers are NSTimers on the current run loop.
 
 #ifdef __OBJC__
 @class NativeWindow;
@@ -27,14 +28,11 @@ using NSView = objc_object;
 #endif
 
 namespace nimbit::ui {
-
-class window;
-
 namespace cocoa {
 
 class cocoa_window final : public native_window {
 public:
-    explicit cocoa_window(window& owner);
+    explicit cocoa_window(native_window_events& owner);
     ~cocoa_window() override;
 
     void create(std::string_view title, const ivec4& frame, uint32_t style, native_window* parent) override;
@@ -65,7 +63,7 @@ public:
     void stop_timer(uint32_t native_id) override;
 
     // --- from the Objective-C side ---
-    window& get_owner() const { return owner; }
+    native_window_events& get_owner() const { return owner; }
     void dispatch(event_type type, unsigned long long data);
     void paint_rect(const ivec4& client_rect);
     void timer_fired(uint32_t native_id);
@@ -80,7 +78,7 @@ public:
 private:
     void stop_all_timers();
 
-    window& owner;
+    native_window_events& owner;
     cocoa_drawer drawer;
     NativeWindow* ns_window = nullptr;
     NativeView* view = nullptr;

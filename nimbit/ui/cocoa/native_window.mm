@@ -6,9 +6,9 @@
 #include "nimbit/ui/cocoa/input_state.h"
 #include "nimbit/ui/cocoa/key_map.h"
 #include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/native_input.h"
-#include "nimbit/ui/window.h"
 #include "nimbit/utils/assert.h"
 
 #include <cmath>
@@ -324,13 +324,13 @@ uint32_t key_character(NSEvent *event) {
 
 namespace nimbit::ui {
 
-std::unique_ptr<native_window> create_native_window(window &owner) {
-    return std::make_unique<cocoa::cocoa_window>(owner);
+std::unique_ptr<native_window> create_native_window(window &, native_window_events &events) {
+    return std::make_unique<cocoa::cocoa_window>(events);
 }
 
 namespace cocoa {
 
-cocoa_window::cocoa_window(window &owner) : owner(owner) {}
+cocoa_window::cocoa_window(native_window_events &owner) : owner(owner) {}
 
 cocoa_window::~cocoa_window() {
     stop_all_timers();
@@ -482,12 +482,7 @@ void cocoa_window::invalidate(const ivec4 &r) {
 
 void cocoa_window::flush() { [view displayIfNeeded]; }
 
-void cocoa_window::close_requested() {
-    // A window that listens for close decides itself; otherwise the close box hides it (which also
-    // ends a modal session with the code 0).
-    if (!owner.check_close())
-        owner.hide();
-}
+void cocoa_window::close_requested() { owner.process_close(); }
 
 // --- modal sessions -------------------------------------------------------------------------------------
 

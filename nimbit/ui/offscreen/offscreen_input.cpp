@@ -1,6 +1,7 @@
 #include "nimbit/ui/offscreen/offscreen_input.h"
 
 #include "nimbit/ui/native_input.h"
+#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "nimbit/ui/window.h"
 
 #include <cwctype>
@@ -129,19 +130,19 @@ void point_at(window& w, _vec2<int> client_point) {
 
 void move_mouse(window& w, _vec2<int> client_point) {
     point_at(w, client_point);
-    w.process_event(event_type::mouse_move, input().buttons[2] ? 2 : 0);
+    events_of(w).process_event(event_type::mouse_move, input().buttons[2] ? 2 : 0);
 }
 
 void press_mouse(window& w, _vec2<int> client_point, uint32_t button) {
     point_at(w, client_point);
     set_button_down(button, true);
-    w.process_event(event_type::mouse_down, button);
+    events_of(w).process_event(event_type::mouse_down, button);
 }
 
 void release_mouse(window& w, _vec2<int> client_point, uint32_t button) {
     point_at(w, client_point);
     set_button_down(button, false);
-    w.process_event(event_type::mouse_up, button);
+    events_of(w).process_event(event_type::mouse_up, button);
 }
 
 void click(window& w, _vec2<int> client_point, uint32_t button) {
@@ -153,13 +154,13 @@ void double_click(window& w, _vec2<int> client_point) {
     click(w, client_point, 0);
     point_at(w, client_point);
     set_button_down(0, true);
-    w.process_event(event_type::mouse_dbl_click, 0);
+    events_of(w).process_event(event_type::mouse_dbl_click, 0);
     release_mouse(w, client_point, 0);
 }
 
 void wheel(window& w, _vec2<int> client_point, double delta) {
     point_at(w, client_point);
-    w.process_event(event_type::mouse_wheel, pack_wheel(delta * 40.0));
+    events_of(w).process_event(event_type::mouse_wheel, pack_wheel(delta * 40.0));
 }
 
 void type_key(window& w, int key_code, char16_t character) {
@@ -167,12 +168,12 @@ void type_key(window& w, int key_code, char16_t character) {
         character ? static_cast<unsigned long long>(std::towupper(character)) : 0;
     const unsigned long long high = character ? upper : 0xFFFFFFFFull;
     set_key_down(key_code, true);
-    w.process_event(event_type::key_down_raw, static_cast<uint32_t>(key_code) | (high << 32));
-    w.process_event(event_type::key_down, upper);
+    events_of(w).process_event(event_type::key_down_raw, static_cast<uint32_t>(key_code) | (high << 32));
+    events_of(w).process_event(event_type::key_down, upper);
     if (character)
-        w.process_event(event_type::key_char, character);
+        events_of(w).process_event(event_type::key_char, character);
     set_key_down(key_code, false);
-    w.process_event(event_type::key_up, upper);
+    events_of(w).process_event(event_type::key_up, upper);
 }
 
 } // namespace offscreen

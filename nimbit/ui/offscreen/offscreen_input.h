@@ -6,8 +6,8 @@
 #include <cstdint>
 
 // Input for the offscreen backend: the state the platform would own (pointer, buttons, keys, screen)
-// is set by tests, and the helpers below deliver events through window::process_event, the entry
-// the native side uses, with the payloads a real backend sends.
+// is set by tests, and the helpers below deliver events through events_of(window).process_event, the
+// entry the native side uses, with the payloads a real backend sends.
 
 namespace nimbit::ui {
 class window;

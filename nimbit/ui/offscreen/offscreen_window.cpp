@@ -12,8 +12,8 @@
 
 namespace nimbit::ui {
 
-std::unique_ptr<native_window> create_native_window(window& owner) {
-    return std::make_unique<offscreen::offscreen_window>(owner);
+std::unique_ptr<native_window> create_native_window(window& owner, native_window_events& events) {
+    return std::make_unique<offscreen::offscreen_window>(owner, events);
 }
 
 namespace offscreen {
@@ -35,11 +35,16 @@ offscreen_window& native_of(const window& w) {
     return static_cast<offscreen_window&>(w.get_native());
 }
 
+native_window_events& events_of(const window& w) {
+    return native_of(w).get_events();
+}
+
 void offscreen_window::set_modal_driver(std::function<void(window&)> driver) {
     modal_driver() = std::move(driver);
 }
 
-offscreen_window::offscreen_window(window& owner) : owner(owner) {}
+offscreen_window::offscreen_window(window& owner, native_window_events& events)
+    : owner(owner), events(events) {}
 
 offscreen_window::~offscreen_window() {
     stop_timers(this);
@@ -71,15 +76,15 @@ void offscreen_window::become_key() {
     offscreen_window* old = key_window;
     key_window = this;
     if (old)
-        old->owner.process_event(event_type::focus_lost, 0);
-    owner.process_event(event_type::focus_gained, 0);
+        old->events.process_event(event_type::focus_lost, 0);
+    events.process_event(event_type::focus_gained, 0);
 }
 
 void offscreen_window::resign_key() {
     if (key_window != this)
         return;
     key_window = nullptr;
-    owner.process_event(event_type::focus_lost, 0);
+    events.process_event(event_type::focus_lost, 0);
 }
 
 void offscreen_window::show(bool visible, bool focus) {
@@ -131,7 +136,7 @@ void offscreen_window::set_rect(const ivec4& new_frame) {
         const _vec2<int> client = get_client_rect().size();
         canvas.resize(client);
         // The platform reports the new client size as the window's resize event.
-        owner.process_event(event_type::resize, pack_size(client));
+        events.process_event(event_type::resize, pack_size(client));
         invalidate({0, 0, client.x, client.y});
     }
 }
@@ -176,7 +181,7 @@ bool offscreen_window::paint_pending() {
         return false;
     const ivec4 area = dirty;
     dirty = {};
-    owner.paint(area);
+    events.paint(area);
     return true;
 }
 
@@ -213,9 +218,9 @@ void offscreen_window::end_modal() {
 
 void offscreen_window::start_timer(uint32_t native_id, float seconds, bool repeat) {
     const auto us = static_cast<uint64_t>(std::llround(std::max(seconds, 0.0f) * 1e6));
-    window* w = &owner;
+    native_window_events* target = &events;
     offscreen::start_timer(this, native_id, us, repeat,
-                           [w, native_id] { w->process_native_timer(native_id); });
+                           [target, native_id] { target->process_native_timer(native_id); });
 }
 
 void offscreen_window::stop_timer(uint32_t native_id) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nimbit/ui/native_window.h"
+#include "nimbit/ui/native_window_events.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 
 #include <functional>
@@ -30,7 +31,7 @@ public:
     // The top offset GNUstep's own decoration gives a titled window (its title bar and top border).
     static constexpr int title_bar_height = 23;
 
-    explicit offscreen_window(window& owner);
+    offscreen_window(window& owner, native_window_events& events);
     ~offscreen_window() override;
 
     void create(std::string_view title, const ivec4& frame, uint32_t style, native_window* parent) override;
@@ -62,6 +63,8 @@ public:
 
     // --- for tests ---
     window& get_owner() const { return owner; }
+    // The owner's side of the seam, as the platform reaches it.
+    native_window_events& get_events() const { return events; }
     offscreen_drawer& get_canvas() { return canvas; }
     // The merged rectangle waiting to be painted (empty when clean).
     ivec4 get_dirty() const { return dirty; }
@@ -91,7 +94,9 @@ private:
     // What the title bar takes off the top of the frame.
     int decoration_top() const;
 
+    // Handed to the modal driver; everything the platform reports goes through `events`.
     window& owner;
+    native_window_events& events;
     offscreen_drawer canvas;
     std::string title;
     uint32_t style = 0;
@@ -110,6 +115,9 @@ private:
 
 // The offscreen platform window under `w` (which must be created).
 offscreen_window& native_of(const window& w);
+// What the platform calls on `w` (which must be created): tests and the input helpers deliver events,
+// paints and timers through it, as a real backend would.
+native_window_events& events_of(const window& w);
 
 } // namespace offscreen
 } // namespace nimbit::ui
