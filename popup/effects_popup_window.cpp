@@ -3,12 +3,12 @@
 #include "popup/effects_popup_theme.h"
 
 #include "nimbit/filesystem/file_operations.h"
-#include "nimbit/filesystem/file_shell.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/native_file_shell.h"
 #include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 #include "nimbit/utils/timer.h"

@@ -1,6 +1,5 @@
 #include "display_session.h"
 
-#include "nimbit/filesystem/file_shell.h"
 #include "nimbit/ui/cocoa/file_filters.h"
 #include "nimbit/ui/cocoa/font_lookup.h"
 #include "nimbit/ui/drawer.h"
@@ -8,6 +7,7 @@
 #include "nimbit/ui/native_bitmap.h"
 #include "nimbit/ui/native_clipboard.h"
 #include "nimbit/ui/native_drawer.h"
+#include "nimbit/ui/native_file_shell.h"
 #include "nimbit/ui/window.h"
 
 #include <gtest/gtest.h>

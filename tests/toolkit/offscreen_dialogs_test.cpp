@@ -1,5 +1,5 @@
-#include "nimbit/filesystem/file_browser.h"
-#include "nimbit/filesystem/file_shell.h"
+#include "nimbit/ui/native_file_browser.h"
+#include "nimbit/ui/native_file_shell.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "nimbit/ui/offscreen/offscreen_file_shell.h"
 

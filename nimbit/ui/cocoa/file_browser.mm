@@ -1,4 +1,4 @@
-#include "nimbit/filesystem/file_browser.h"
+#include "nimbit/ui/native_file_browser.h"
 
 #import <AppKit/AppKit.h>
 

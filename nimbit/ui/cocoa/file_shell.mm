@@ -1,4 +1,4 @@
-#include "nimbit/filesystem/file_shell.h"
+#include "nimbit/ui/native_file_shell.h"
 
 #import <AppKit/AppKit.h>
 

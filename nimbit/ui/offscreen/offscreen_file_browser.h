@@ -1,6 +1,6 @@
 #pragma once
 
-#include "nimbit/filesystem/file_browser.h"
+#include "nimbit/ui/native_file_browser.h"
 
 #include <deque>
 #include <functional>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "nimbit/filesystem/file_path.h"
-#include "nimbit/filesystem/file_shell.h"
+#include "nimbit/ui/native_file_shell.h"
 
 #include <string>
 #include <vector>

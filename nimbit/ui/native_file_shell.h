@@ -2,8 +2,8 @@
 
 #include <string>
 
-// Hand-offs to the platform's shell. The toolkit backends implement these functions; this header
-// only fixes what the rest of the program calls.
+// Hand-offs to the platform's shell. Each toolkit backend (offscreen, cocoa) defines these functions,
+// like the other native_* seams; this header only fixes what the rest of the program calls.
 
 namespace nimbit {
 class file_path;

@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-// The platform's file and folder dialogs. The toolkit backends implement these functions; this
-// header only fixes what the rest of the program calls.
+// The platform's file and folder dialogs. Each toolkit backend (offscreen, cocoa) defines these
+// functions, like the other native_* seams; this header only fixes what the rest of the program calls.
 
 namespace nimbit::ui {
 class window;
