@@ -23,11 +23,11 @@ class tooltip;
 // reports comes in through native_window_events, which only the backend holds.
 class window : public event_object, private native_window_events {
 public:
-    // Native ids of the window's own timers; widget timers count up from 1.
+    // Native ids of the window's own timers, reserved at the top of the range; widget timers count up
+    // from 1 below them.
     static constexpr uint32_t tooltip_timer_id = 0xFFFFFFFFu;
     static constexpr uint32_t animation_timer_id = 0xFFFFFFFEu;
-    static constexpr float animation_interval = 0.025f;
-    static constexpr float tooltip_interval = 0.1f;
+    static constexpr uint32_t first_reserved_timer_id = animation_timer_id;
 
     window();
     ~window() override;
@@ -154,7 +154,8 @@ private:
     bool tooltip_running = false;
     widget* tooltip_widget = nullptr;
     ivec4 tooltip_area;
-    float tooltip_time = 0.0f;
+    // Tooltip ticks since the hovered widget or area last changed.
+    uint32_t tooltip_ticks = 0;
     bool mouse_inside = false;
     bool tab_navigation = false;
     bool swallow_mouse_up = false;
