@@ -34,8 +34,7 @@ widget::~widget() {
         owner_window->remove_widget(this);
     if (parent)
         parent->remove_child(this);
-    compact_children();
-    for (widget* child : children)
+    for (widget* child : children.items())
         child->parent = nullptr;
     if (mouse::get_captured_widget() == this)
         mouse::forget_widget(this);
@@ -71,26 +70,11 @@ void widget::create(window& w, const ivec4& r) {
 bool widget::has_child(const widget* child) const {
     if (!child || child->listings == 0)
         return false;
-    return std::find(children.begin(), children.end(), child) != children.end();
+    return children.contains(child);
 }
 
 const std::vector<widget*>& widget::get_children() const {
-    compact_children();
-    return children;
-}
-
-void widget::compact_children() const {
-    // Not while a loop walks the list by index: holes keep the indices stable.
-    if (child_holes == 0 || child_walks > 0)
-        return;
-    size_t out = 0;
-    for (widget* c : children)
-        if (c) {
-            c->parent_slot = static_cast<uint32_t>(out);
-            children[out++] = c;
-        }
-    children.resize(out);
-    child_holes = 0;
+    return children.items();
 }
 
 void widget::set_parent(widget* new_parent) {
@@ -105,8 +89,6 @@ void widget::add_child(widget* child) {
     events().fire_event(child, event_type::parent_changed, pack_pointer(this));
     child->set_parent_enabled(enabled && parent_enabled);
     child->set_parent_visible(visible && parent_visible);
-    compact_children();
-    child->parent_slot = static_cast<uint32_t>(children.size());
     ++child->listings;
     children.push_back(child);
     events().fire_event(this, event_type::child_added, pack_pointer(child));
@@ -114,21 +96,8 @@ void widget::add_child(widget* child) {
 
 void widget::detach_child(widget* child) {
     // Every occurrence goes; the slot hint finds the usual single one without a scan.
-    uint32_t removed = 0;
-    if (child->parent_slot < children.size() && children[child->parent_slot] == child) {
-        children[child->parent_slot] = nullptr;
-        ++removed;
-    }
-    if (child->listings > removed)
-        for (auto& c : children)
-            if (c == child) {
-                c = nullptr;
-                ++removed;
-            }
-    child_holes += removed;
+    const uint32_t removed = children.remove(child, child->listings);
     child->listings -= std::min(child->listings, removed);
-    if (child_holes > 32 && child_holes * 2 > children.size())
-        compact_children();
 }
 
 void widget::remove_child(widget* child) {
@@ -160,15 +129,14 @@ void widget::drop_child_subscriptions(widget* child) {
 }
 
 void widget::remove_all_children() {
-    compact_children();
+    children.compact();
     // Callbacks may destroy or add children while the list is walked: index it, skip holes.
     {
-        const walk_guard guard(child_walks);
-        for (size_t i = 0; i < children.size(); ++i) {
-            widget* child = children[i];
+        const walk_guard guard(children.walks());
+        for (size_t i = 0; i < children.with_holes().size(); ++i) {
+            widget* child = children.take(i);
             if (!child)
                 continue;
-            children[i] = nullptr;
             child->listings = child->listings > 0 ? child->listings - 1 : 0;
             release_child(child);
         }
@@ -185,7 +153,6 @@ void widget::remove_all_children() {
             events().remove_event(id);
     }
     children.clear();
-    child_holes = 0;
 }
 
 uint32_t widget::add_child_event(widget& child, event_type type, event_manager::callback fn) {
@@ -198,7 +165,7 @@ uint32_t widget::add_child_event(widget& child, event_type type, event_manager::
 // every ancestor has its own flag set.
 void widget::set_inherited(bool widget::*own, bool widget::*inherited, bool value) {
     this->*inherited = value;
-    for (widget* c : children)
+    for (widget* c : children.with_holes())
         if (c)
             c->set_inherited(own, inherited, value && this->*own);
 }
@@ -332,9 +299,9 @@ void widget::update_anchor(const _vec2<int>& parent_size) {
 void widget::tell_children(event_type type, const ivec4& old) {
     const bool resize = type == event_type::parent_resize;
     const auto data = resize ? pack_size(old.size()) : pack_size(old.position());
-    const walk_guard guard(child_walks);
-    for (size_t i = 0; i < children.size(); ++i)
-        if (widget* c = children[i]) {
+    const walk_guard guard(children.walks());
+    for (size_t i = 0; i < children.with_holes().size(); ++i)
+        if (widget* c = children.with_holes()[i]) {
             events().fire_event(c, type, data);
             if (resize)
                 c->update_anchor(rect.size());
@@ -423,17 +390,7 @@ void widget::send_to_back() {
 void widget::restack(bool to_front) {
     if (!parent)
         return;
-    parent->compact_children();
-    auto& list = parent->children;
-    auto it = std::find(list.begin(), list.end(), this);
-    if (it == list.end())
-        return;
-    if (to_front)
-        std::rotate(it, it + 1, list.end());
-    else
-        std::rotate(list.begin(), it, it + 1);
-    for (size_t i = 0; i < list.size(); ++i)
-        list[i]->parent_slot = static_cast<uint32_t>(i);
+    parent->children.move(this, to_front);
 }
 
 } // namespace nimbit::ui

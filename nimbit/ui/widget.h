@@ -1,5 +1,6 @@
 #pragma once
 
+#include "nimbit/ui/compacting_list.h"
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/event_object.h"
 #include "nimbit/ui/widget_themes.h"
@@ -111,9 +112,6 @@ public:
     void bring_to_front();
     void send_to_back();
 
-    // Used by the window: its slot in the window's widget list.
-    uint32_t window_slot = 0;
-
 private:
     void common_create(const ivec4& r);
     void set_parent_enabled(bool value);
@@ -124,7 +122,6 @@ private:
     void set_own(bool widget::*own, bool widget::*inherited, bool value, event_type on, event_type off);
     void detach_child(widget* child);
     void release_child(widget* child);
-    void compact_children() const;
     static ivec4 clip_to_ancestors(ivec4 area, const widget* from);
     void drop_child_subscriptions(widget* child);
     void invalidate(const ivec4& client_rect, bool flush);
@@ -142,8 +139,12 @@ private:
     flat_map<widget*, small_vector<uint32_t, 2>> child_subscriptions;
     widget* parent = nullptr;
     window* owner_window = nullptr;
-    // May hold null holes left by remove_child; compact_children() squeezes them out.
-    mutable std::vector<widget*> children;
+    // Index of this widget in its parent's list and in its window's list when it was last placed
+    // there (hints, checked before use), and how many parent lists hold it (normally 0 or 1).
+    mutable uint32_t parent_slot = 0;
+    mutable uint32_t window_slot = 0;
+    uint32_t listings = 0;
+    compacting_list<widget, &widget::parent_slot> children;
     std::string name = "Widget";
     bool visible = false;
     bool parent_visible = true;
@@ -158,14 +159,6 @@ private:
     bool shadow = false;
     _vec2<int> shadow_offset;
     uint32_t shadow_size = 20;
-
-    mutable uint32_t child_holes = 0;
-    // Loops in progress that index `children`; compaction waits for them.
-    uint32_t child_walks = 0;
-    // Index of this widget in its parent's list when it was last placed there (a hint, checked before
-    // use), and how many parent lists hold it (normally 0 or 1).
-    mutable uint32_t parent_slot = 0;
-    uint32_t listings = 0;
 
     friend class window;
 };

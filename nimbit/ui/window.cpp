@@ -29,7 +29,7 @@ window::~window() {
     if (tip)
         tip->hide();
     // Widgets that outlive the window (they are owned elsewhere) must not call back into it.
-    for (widget* w : widgets)
+    for (widget* w : widgets.with_holes())
         if (w)
             w->owner_window = nullptr;
     widgets.clear();
@@ -201,36 +201,13 @@ void window::process_close() {
 void window::add_widget(widget* w) {
     if (!w)
         return;
-    compact_widgets();
-    w->window_slot = static_cast<uint32_t>(widgets.size());
     widgets.push_back(w);
-}
-
-void window::compact_widgets() const {
-    if (widget_holes == 0)
-        return;
-    size_t out = 0;
-    for (widget* w : widgets)
-        if (w) {
-            w->window_slot = static_cast<uint32_t>(out);
-            widgets[out++] = w;
-        }
-    widgets.resize(out);
-    widget_holes = 0;
 }
 
 void window::remove_widget(widget* w) {
     if (!w)
         return;
-    if (w->window_slot < widgets.size() && widgets[w->window_slot] == w) {
-        widgets[w->window_slot] = nullptr;
-        ++widget_holes;
-    } else if (auto it = std::find(widgets.begin(), widgets.end(), w); it != widgets.end()) {
-        *it = nullptr;
-        ++widget_holes;
-    }
-    if (widget_holes > 32 && widget_holes * 2 > widgets.size())
-        compact_widgets();
+    widgets.remove(w);
     remove_tooltips(w);
     remove_animation(w);
     drop_widget_timers(w);
@@ -243,8 +220,7 @@ void window::remove_widget(widget* w) {
 }
 
 const std::vector<widget*>& window::get_widgets() const {
-    compact_widgets();
-    return widgets;
+    return widgets.items();
 }
 
 std::string window::print_widget_tree(int depth, const widget* from) const {
@@ -419,21 +395,17 @@ void window::focus_previous_widget() {
 }
 
 void window::focus_step(int direction) {
-    compact_widgets();
-    const size_t n = widgets.size();
+    const std::vector<widget*>& list = widgets.items();
+    const size_t n = list.size();
     if (n == 0)
         return;
-    const widget* from = focused ? focused : &root;
-    size_t start = 0;
-    if (from->window_slot < n && widgets[from->window_slot] == from)
-        start = from->window_slot;
-    else if (auto it = std::find(widgets.begin(), widgets.end(), from); it != widgets.end())
-        start = static_cast<size_t>(it - widgets.begin());
+    const size_t found = widgets.index_of(focused ? focused : &root);
+    const size_t start = found == widgets.npos ? 0 : found;
     size_t i = start;
     widget* next = nullptr;
     for (;;) {
         i = direction > 0 ? (i + 1) % n : (i + n - 1) % n;
-        widget* c = widgets[i];
+        widget* c = list[i];
         if (i == start) {
             next = c; // came round: taken whatever its state
             break;
@@ -480,14 +452,14 @@ void window::draw_level(widget& w, const ivec4& clip, _vec2<int> origin) {
     native_drawer& nd = paint_drawer->get_native();
     nd.start_draw(origin, own);
     events().fire_event(&w, event_type::draw, 0);
-    w.compact_children();
-    const walk_guard guard(w.child_walks);
+    const std::vector<widget*>& children = w.children.items();
+    const walk_guard guard(w.children.walks());
     // All shadows of a level go under all of its children.
-    for (size_t i = 0; i < w.children.size(); ++i)
-        if (const widget* c = w.children[i]; c && c->shadow)
+    for (size_t i = 0; i < children.size(); ++i)
+        if (const widget* c = children[i]; c && c->shadow)
             paint_drawer->draw_shadow(c->rect, c->shadow_offset, c->shadow_size);
-    for (size_t i = 0; i < w.children.size(); ++i)
-        if (widget* c = w.children[i])
+    for (size_t i = 0; i < children.size(); ++i)
+        if (widget* c = children[i])
             draw_level(*c, own, origin);
     nd.end_draw();
 }

@@ -135,7 +135,6 @@ private:
     void process_animation_timer();
     void draw_level(widget& w, const ivec4& clip, _vec2<int> origin);
     void focus_step(int direction);
-    void compact_widgets() const;
     void show_tooltip(_vec2<int> screen_pos, const std::string& title, const std::string& text);
     void hide_tooltip();
     void drop_widget_timers(widget* w);
@@ -144,9 +143,7 @@ private:
     std::unique_ptr<native_window> native;
     widget* focused = nullptr;
     widget* hovered = nullptr;
-    // Null holes left by remove_widget are squeezed out before the list is read.
-    mutable std::vector<widget*> widgets;
-    mutable uint32_t widget_holes = 0;
+    compacting_list<widget, &widget::window_slot> widgets;
     std::unordered_map<widget*, std::vector<tooltip_entry>> tooltips;
     std::unordered_map<widget*, bool> animations;
     bool animation_pending = false;
