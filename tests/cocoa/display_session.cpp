@@ -16,7 +16,6 @@
 #include <cstdlib>
 #include <fstream>
 #include <spawn.h>
-#include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -26,23 +25,11 @@ namespace cocoa_test {
 
 namespace {
 
-pid_t spawn(const std::vector<std::string>& args) {
-    std::vector<char*> argv;
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
+// Runs script through a shell (arguments split at spaces, as the callers write them).
+pid_t shell(const std::string& script) {
+    const char* argv[] = {"/bin/sh", "-c", script.c_str(), nullptr};
     pid_t pid = 0;
-    if (posix_spawnp(&pid, argv[0], nullptr, nullptr, argv.data(), environ) != 0)
-        return -1;
-    return pid;
-}
-
-std::vector<std::string> split(const std::string& text) {
-    std::vector<std::string> parts;
-    std::istringstream in(text);
-    for (std::string p; in >> p;)
-        parts.push_back(p);
-    return parts;
+    return posix_spawn(&pid, argv[0], nullptr, nullptr, const_cast<char**>(argv), environ) == 0 ? pid : -1;
 }
 
 // An Xvfb of the test process's own, on a display number the server picks itself (-displayfd), so
@@ -92,16 +79,12 @@ Display* x_display() {
 } // namespace
 
 bool xdotool(const std::string& arguments) {
-    std::vector<std::string> args = split(arguments);
-    args.insert(args.begin(), "xdotool");
-    const pid_t pid = spawn(args);
-    if (pid <= 0)
-        return false;
-    // The application keeps handling events meanwhile, as it would while a person types.
+    const pid_t pid = shell("exec xdotool " + arguments);
     int status = 0;
-    while (waitpid(pid, &status, WNOHANG) == 0)
+    // The application keeps handling events meanwhile, as it would while a person types.
+    while (pid > 0 && waitpid(pid, &status, WNOHANG) == 0)
         nimbit::ui::cocoa::process_events(0.005);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return pid > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
 bool click_at(nimbit::_vec2<int> p, int button) {
@@ -111,12 +94,10 @@ bool click_at(nimbit::_vec2<int> p, int button) {
 }
 
 void xdotool_later(const std::string& arguments) {
-    // Through a shell that returns at once, so that no child is left for us to reap.
-    const std::string script = "xdotool " + arguments + " >/dev/null 2>&1 &";
-    const pid_t pid = spawn({"/bin/sh", "-c", script});
-    int status = 0;
+    // The shell returns at once, so that no child is left for us to reap.
+    const pid_t pid = shell("xdotool " + arguments + " >/dev/null 2>&1 &");
     if (pid > 0)
-        waitpid(pid, &status, 0);
+        waitpid(pid, nullptr, 0);
 }
 
 bool wait_for(const std::function<bool()>& done, double timeout_seconds) {

@@ -90,7 +90,8 @@ struct canvas_window {
 
 } // namespace
 
-TEST(CocoaBitmap, PngKeepsEveryPixelAndJpgStaysClose) {
+TEST(CocoaBitmap, CodecsResizeAndPasteboardKeepThePixelsAndDamageFailsCleanly) {
+    // PNG keeps every pixel; JPG stays close.
     const auto original = sample();
     const std::vector<unsigned char> png = original->encode(1);
     ASSERT_FALSE(png.empty());
@@ -113,11 +114,9 @@ TEST(CocoaBitmap, PngKeepsEveryPixelAndJpgStaysClose) {
     EXPECT_TRUE(original->encode(3).empty());
     EXPECT_TRUE(original->encode(0).empty());
     EXPECT_TRUE(nimbit::ui::create_native_bitmap()->encode(1).empty());
-}
 
-TEST(CocoaBitmap, DamagedInputFailsAndLeavesTheImageAndResizeCutsOrScales) {
+    // Damaged input fails and leaves the image as it was.
     auto b = sample();
-    std::vector<unsigned char> png = b->encode(1);
     const std::vector<std::vector<unsigned char>> bad = {
         {},
         {0x89, 'P', 'N', 'G'},
@@ -149,9 +148,8 @@ TEST(CocoaBitmap, DamagedInputFailsAndLeavesTheImageAndResizeCutsOrScales) {
     EXPECT_GT(p[10 * pitch + 40 * 4 + 0], 200); // still red at the top
     EXPECT_GT(p[50 * pitch + 40 * 4 + 2], 150); // blue at the bottom
     EXPECT_LT(p[50 * pitch + 40 * 4 + 3], 200); // and still translucent there
-}
 
-TEST(CocoaClipboard, TextAndImagesGoThroughThePasteboard) {
+    // Text and images go through the pasteboard.
     auto& clip = nimbit::ui::get_native_clipboard();
     ASSERT_TRUE(clip.set_text("Ümlaut ✓ line\nnext"));
     EXPECT_TRUE(clip.has_text());
@@ -161,7 +159,7 @@ TEST(CocoaClipboard, TextAndImagesGoThroughThePasteboard) {
     ASSERT_TRUE(clip.set_image(*image));
     EXPECT_TRUE(clip.has_image());
     EXPECT_FALSE(clip.has_text()); // setting one replaces the other
-    auto back = clip.get_image();
+    back = clip.get_image();
     ASSERT_NE(back, nullptr);
     ASSERT_EQ(back->get_size(), image->get_size());
     EXPECT_LE(max_difference(*image, *back), 1);
@@ -170,26 +168,23 @@ TEST(CocoaClipboard, TextAndImagesGoThroughThePasteboard) {
     EXPECT_EQ(clip.get_image(), nullptr);
 }
 
-TEST(CocoaDrawer, ImagesLandUprightAndClippedToTheirSource) {
+TEST(CocoaDrawer, ImagesLandUprightAndClippedAndTextIsMeasuredPlacedAndKeptInItsRectangle) {
     const auto image = sample(false);
-    canvas_window c([&](nimbit::ui::drawer& d) {
+    canvas_window pictures([&](nimbit::ui::drawer& d) {
         d.clear({0, 0, 0, 1});
         d.get_native().draw_image({10, 10, 40, 30}, *image, {}, false);
         // Only the top half, stretched to 40 x 30.
         d.get_native().draw_image({100, 10, 40, 30}, *image, {0, 0, 40, 15}, false);
     });
     const vec4 red{230 / 255.f, 10 / 255.f, 10 / 255.f, 1}, blue{20 / 255.f, 10 / 255.f, 220 / 255.f, 1};
-    const screen_image shot =
-        c.wait_painted([&](const screen_image& s) { return color_distance(s.pixel(20, 15), red) < 0.05f; });
-    EXPECT_LT(color_distance(shot.pixel(20, 15), red), 0.05f);
-    EXPECT_LT(color_distance(shot.pixel(20, 35), blue), 0.05f);
-    EXPECT_LT(color_distance(shot.pixel(110, 35), red), 0.05f);
-    EXPECT_LT(color_distance(shot.pixel(5, 5), {0, 0, 0, 1}), 0.05f);
-}
+    const screen_image drawn = pictures.wait_painted(
+        [&](const screen_image& s) { return color_distance(s.pixel(20, 15), red) < 0.05f; });
+    EXPECT_LT(color_distance(drawn.pixel(20, 15), red), 0.05f);
+    EXPECT_LT(color_distance(drawn.pixel(20, 35), blue), 0.05f);
+    EXPECT_LT(color_distance(drawn.pixel(110, 35), red), 0.05f);
+    EXPECT_LT(color_distance(drawn.pixel(5, 5), {0, 0, 0, 1}), 0.05f);
+    pictures.w.hide();
 
-TEST(CocoaDrawer, TextIsMeasuredPlacedAndKeptInItsRectangle) {
-    std::vector<int> offsets;
-    nimbit::_vec2<int> wide, narrow, wrapped;
     const ivec4 box{10, 10, 150, 60};
     auto setup = [](nimbit::ui::drawer& d) {
         d.set_text_font("Arial", 16);
@@ -202,12 +197,12 @@ TEST(CocoaDrawer, TextIsMeasuredPlacedAndKeptInItsRectangle) {
         d.draw_text(box, "Top line of a long text that cannot fit in this small box at all, no way");
     });
     // Measuring needs no drawing pass.
-    setup(c.w.get_drawer());
-    wide = c.w.get_drawer().calc_text_size("MMMMMM");
-    narrow = c.w.get_drawer().calc_text_size("iiiiii");
-    wrapped = c.w.get_drawer().calc_text_size("MMMMMM MMMMMM MMMMMM", {60, 0});
-    offsets = c.w.get_drawer().calc_char_offsets("aé✓b");
-    EXPECT_GT(wide.x, narrow.x);
+    nimbit::ui::drawer& d = c.w.get_drawer();
+    setup(d);
+    const nimbit::_vec2<int> wide = d.calc_text_size("MMMMMM");
+    const nimbit::_vec2<int> wrapped = d.calc_text_size("MMMMMM MMMMMM MMMMMM", {60, 0});
+    const std::vector<int> offsets = d.calc_char_offsets("aé✓b");
+    EXPECT_GT(wide.x, d.calc_text_size("iiiiii").x);
     EXPECT_GT(wrapped.y, wide.y * 2); // wraps at the spaces
     ASSERT_EQ(offsets.size(), 5u);    // four code points and the end
     EXPECT_EQ(offsets[0], 0);
@@ -228,7 +223,7 @@ TEST(CocoaDrawer, TextIsMeasuredPlacedAndKeptInItsRectangle) {
     EXPECT_EQ(ink(shot, {box.x + box.w, 0, 200 - box.x - box.w, 120}), 0);
 }
 
-TEST(CocoaPlatform, ThemeFontsMapToInstalledFacesAndDialogFiltersTakeBothCases) {
+TEST(CocoaPlatform, FontsFiltersAndTheDesktopOpener) {
     EXPECT_EQ(nimbit::ui::cocoa::installed_font_family("Arial"), "Liberation Sans");
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("tahoma").empty());
     EXPECT_FALSE(nimbit::ui::cocoa::installed_font_family("Trebuchet MS").empty());
@@ -241,9 +236,8 @@ TEST(CocoaPlatform, ThemeFontsMapToInstalledFacesAndDialogFiltersTakeBothCases) 
                                                               {"short", "*"}});
     EXPECT_EQ(types, (std::vector<std::string>{"png", "PNG", "jpg", "JPG"}));
     EXPECT_TRUE(nimbit::ui::cocoa::allowed_file_types({}).empty());
-}
 
-TEST(CocoaPlatform, LinksAndFoldersGoToTheDesktopOpener) {
+    // Links and folders go to the desktop opener.
     const std::filesystem::path dir =
         std::filesystem::temp_directory_path() / ("opener" + std::to_string(getpid()));
     std::filesystem::create_directories(dir);

@@ -11,64 +11,59 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <set>
 
 using namespace cocoa_test;
 using nimbit::ivec4;
 using nimbit::vec4;
 using nimbit::ui::event_type;
+using point = nimbit::_vec2<int>;
 
 namespace {
 
-// The showcase window, shown and painted, with screen points for its controls.
-struct showcase_window {
-    nimbit::ui::window w;
-    std::unique_ptr<nimbit::ui::showcase> show_case;
-
-    showcase_window() {
-        w.create("Showcase", {80, 60, nimbit::ui::showcase_size.x, nimbit::ui::showcase_size.y},
-                 nimbit::ui::window_style_borderless);
-        show_case = nimbit::ui::build_showcase(w);
-        w.show();
-    }
-    ~showcase_window() { show_case.reset(); }
-    nimbit::ui::showcase_controls& c() { return show_case->controls(); }
-
-    // A point inside the widget (its own coordinates) on the screen.
-    nimbit::_vec2<int> on(const nimbit::ui::widget& target, int x, int y) const {
-        const nimbit::_vec2<int> p = target.calc_absolute_pos();
-        const ivec4 client = w.get_client_rect();
-        return {client.x + p.x + x, client.y + p.y + y};
-    }
-    nimbit::_vec2<int> centre(const nimbit::ui::widget& target) const {
-        return on(target, target.get_rect().w / 2, target.get_rect().h / 2);
-    }
-    bool ready() {
-        return wait_for([&] { return w.has_focus(); });
-    }
-};
+std::string move_to(point p) {
+    return "mousemove " + std::to_string(p.x) + " " + std::to_string(p.y);
+}
+bool hold_command() { // Command is Alt on Linux; held until the keyboard reports it
+    return xdotool("keydown alt") &&
+           wait_for([] { return nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::command); });
+}
 
 } // namespace
 
-TEST(CocoaShowcase, ScreenshotIsSavedEveryControlIsStyledAndButtonAndWheelWork) {
-    showcase_window s;
-    ASSERT_TRUE(s.ready());
-    const ivec4 client = s.w.get_client_rect();
+TEST(CocoaShowcase, EveryControlIsStyledOnScreenAndTakesPointerKeysAndThePasteboard) {
+    nimbit::ui::window w;
+    w.create("Showcase", {80, 60, nimbit::ui::showcase_size.x, nimbit::ui::showcase_size.y},
+             nimbit::ui::window_style_borderless);
+    std::unique_ptr<nimbit::ui::showcase> show_case = nimbit::ui::build_showcase(w);
+    nimbit::ui::showcase_controls& c = show_case->controls();
+    w.show();
+    const ivec4 client = w.get_client_rect();
+    // A point inside the widget (its own coordinates) on the screen.
+    auto on = [&](const nimbit::ui::widget& target, int x, int y) {
+        const point p = target.calc_absolute_pos();
+        return point{client.x + p.x + x, client.y + p.y + y};
+    };
+    auto centre = [&](const nimbit::ui::widget& t) {
+        return on(t, t.get_rect().w / 2, t.get_rect().h / 2);
+    };
+    ASSERT_TRUE(wait_for([&] { return w.has_focus(); }));
+
+    // Painted once the search field's dark background is on screen; the screenshot is kept.
     screen_image shot;
-    // Painted once the search field's dark background is on screen.
     ASSERT_TRUE(wait_for([&] {
         shot = capture_screen(client);
-        const nimbit::_vec2<int> p = s.c().search.calc_absolute_pos();
+        const point p = c.search.calc_absolute_pos();
         return color_distance(shot.pixel(p.x + 4, p.y + 4), {0.071f, 0.071f, 0.075f, 1}) < 0.05f;
     }));
     const std::string path = std::filesystem::absolute("showcase_dark.png").string();
     ASSERT_TRUE(save_png(shot, path));
     std::printf("showcase screenshot: %s\n", path.c_str());
-
-    EXPECT_EQ(shot.size, (nimbit::_vec2<int>{client.w, client.h}));
-    EXPECT_EQ(client.w, nimbit::ui::showcase_size.x);
-    EXPECT_EQ(client.h, nimbit::ui::showcase_size.y);
-    // Not one flat colour: text, frames, the picture and the controls show.
+    EXPECT_EQ(shot.size, (point{nimbit::ui::showcase_size.x, nimbit::ui::showcase_size.y}));
+    // Not one flat colour: text, frames, the picture and the controls show. The unstyled default
+    // background is magenta; every control here is styled.
     std::set<unsigned> colors;
     size_t magenta = 0;
     for (int y = 0; y < shot.size.y; ++y)
@@ -78,84 +73,63 @@ TEST(CocoaShowcase, ScreenshotIsSavedEveryControlIsStyledAndButtonAndWheelWork) 
             magenta += color_distance(p, {1, 0, 1, 1}) < 0.1f;
         }
     EXPECT_GT(colors.size(), 50u);
-    // The unstyled default background is magenta; every control here is styled.
     EXPECT_EQ(magenta, 0u);
     // The file on disk is a PNG of the same size.
+    std::ifstream file(path, std::ios::binary);
+    const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(file), {}};
     auto check = nimbit::ui::create_native_bitmap();
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    ASSERT_NE(f, nullptr);
-    std::vector<unsigned char> bytes(1 << 22);
-    bytes.resize(std::fread(bytes.data(), 1, bytes.size(), f));
-    std::fclose(f);
     ASSERT_TRUE(check->decode(bytes.data(), bytes.size()));
     EXPECT_EQ(check->get_size(), shot.size);
 
-    // A press of the button arrives, and the wheel scrolls the list.
+    // A press of the button arrives, and the wheel over the scroll bar scrolls the list (the list
+    // itself leaves the wheel to its bar's owner).
     int presses = 0;
-    nimbit::ui::event_manager::instance().add_event(&s.c().button, &s, event_type::pressed,
+    nimbit::ui::event_manager::instance().add_event(&c.button, &w, event_type::pressed,
                                                     [&](const nimbit::ui::event_info&) { ++presses; });
-    ASSERT_TRUE(click_at(s.centre(s.c().button)));
+    ASSERT_TRUE(click_at(centre(c.button)));
     ASSERT_TRUE(wait_for([&] { return presses == 1; }));
-
-    const int before = s.c().scroll.get_value();
-    // The wheel over the scroll bar (the list itself leaves the wheel to its bar's owner).
-    const nimbit::_vec2<int> over_list = s.centre(s.c().scroll);
-    ASSERT_TRUE(
-        xdotool("mousemove " + std::to_string(over_list.x) + " " + std::to_string(over_list.y) + " click 5"));
-    EXPECT_TRUE(wait_for([&] { return s.c().scroll.get_value() > before; }));
-    const int down = s.c().scroll.get_value();
+    const int before = c.scroll.get_value();
+    ASSERT_TRUE(xdotool(move_to(centre(c.scroll)) + " click 5"));
+    EXPECT_TRUE(wait_for([&] { return c.scroll.get_value() > before; }));
+    const int down = c.scroll.get_value();
     ASSERT_TRUE(xdotool("click 4"));
-    EXPECT_TRUE(wait_for([&] { return s.c().scroll.get_value() < down; }));
-}
+    EXPECT_TRUE(wait_for([&] { return c.scroll.get_value() < down; }));
 
-TEST(CocoaShowcase, InputBoxTakesTypingSelectionAndThePasteboard) {
-    showcase_window s;
-    ASSERT_TRUE(s.ready());
-    nimbit::ui::input_box& search = s.c().search;
-    ASSERT_TRUE(click_at(s.centre(search)));
+    // The input box takes typing and selection; Command+C copies through the real pasteboard,
+    // Command+V pastes it back.
+    nimbit::ui::input_box& search = c.search;
+    ASSERT_TRUE(click_at(centre(search)));
     ASSERT_TRUE(wait_for([&] { return search.get_inside().has_focus(); }));
     ASSERT_TRUE(xdotool("key End"));
     ASSERT_TRUE(xdotool("type --delay 30 Xy"));
     ASSERT_TRUE(wait_for([&] { return search.get_text() == "Gaussian BlurXy"; })) << search.get_text();
-
-    // Shift+Left twice selects the last two characters.
     ASSERT_TRUE(xdotool("key --delay 30 shift+Left shift+Left"));
     ASSERT_TRUE(wait_for([&] { return search.get_selected_text() == "Xy"; })) << search.get_selected_text();
-
-    // Command+C (Alt on Linux) copies through the real pasteboard, Command+V pastes it back.
     nimbit::ui::get_native_clipboard().set_text("before");
-    ASSERT_TRUE(xdotool("keydown alt"));
-    ASSERT_TRUE(wait_for([] { return nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::command); }));
+    ASSERT_TRUE(hold_command());
     ASSERT_TRUE(xdotool("key c"));
     ASSERT_TRUE(wait_for([] { return nimbit::ui::get_native_clipboard().get_text() == "Xy"; }));
-    ASSERT_TRUE(xdotool("keyup alt key End keydown alt"));
-    ASSERT_TRUE(wait_for([] { return nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::command); }));
+    ASSERT_TRUE(xdotool("keyup alt key End"));
+    ASSERT_TRUE(hold_command());
     ASSERT_TRUE(xdotool("key v"));
     EXPECT_TRUE(wait_for([&] { return search.get_text() == "Gaussian BlurXyXy"; })) << search.get_text();
     ASSERT_TRUE(xdotool("keyup alt"));
-}
 
-TEST(CocoaShowcase, DropDownOpensItsMenuAndTheChoiceArrives) {
-    showcase_window s;
-    ASSERT_TRUE(s.ready());
-    nimbit::ui::drop_down_box& box = s.c().drop_down;
-    const int before = box.get_selected_item();
+    // The drop-down opens its menu and the choice arrives. The menu runs its own loop inside the
+    // press, so the rest of the gesture comes from a process in the background: GNUstep's context
+    // menu follows the held button and chooses the item the button is released over. "Dark", the
+    // first item, lies just below the box's lower-left corner (under the menu's title bar, a little
+    // to the right).
+    nimbit::ui::drop_down_box& box = c.drop_down;
+    const int light = box.get_selected_item();
     ASSERT_EQ(box.get_selected_text(), "Light");
     bool chosen = false;
-    nimbit::ui::event_manager::instance().add_event(&box, &s, event_type::value_changed,
+    nimbit::ui::event_manager::instance().add_event(&box, &w, event_type::value_changed,
                                                     [&](const nimbit::ui::event_info&) { chosen = true; });
-    // The menu runs its own loop inside the press, so the rest of the gesture comes from a process
-    // in the background: GNUstep's context menu follows the held button and chooses the item the
-    // button is released over. "Dark", the first item, lies just below the box's lower-left corner
-    // (GNUstep puts a title bar above the items and the menu a little to the right).
-    const nimbit::_vec2<int> corner = s.on(box, 0, box.get_rect().h);
-    const nimbit::_vec2<int> dark{corner.x + 52, corner.y + 8};
-    xdotool_later("sleep 0.8 mousemove " + std::to_string(dark.x) + " " + std::to_string(dark.y) +
-                  " sleep 0.2 mouseup 1");
-    const nimbit::_vec2<int> open_at = s.centre(box);
-    ASSERT_TRUE(
-        xdotool("mousemove " + std::to_string(open_at.x) + " " + std::to_string(open_at.y) + " mousedown 1"));
+    const point corner = on(box, 0, box.get_rect().h);
+    xdotool_later("sleep 0.8 " + move_to({corner.x + 52, corner.y + 8}) + " sleep 0.2 mouseup 1");
+    ASSERT_TRUE(xdotool(move_to(centre(box)) + " mousedown 1"));
     EXPECT_TRUE(wait_for([&] { return chosen; }));
     EXPECT_EQ(box.get_selected_text(), "Dark");
-    EXPECT_NE(box.get_selected_item(), before);
+    EXPECT_NE(box.get_selected_item(), light);
 }

@@ -29,11 +29,11 @@ AEGP_InstalledEffectKey KeyOf(hostsim::SimHost& host, const std::string& name) {
 
 TEST(AppKitSeam, PluginWalksTheRealMainMenu) {
     e2e::VirtualDisplay display;
-    ASSERT_TRUE(display.Start());
+    ASSERT_FALSE(display.name.empty());
     const std::string root =
         std::filesystem::temp_directory_path() / ("quillo-seam-" + std::to_string(getpid()));
     std::filesystem::create_directories(root + "/home");
-    setenv("DISPLAY", display.Name().c_str(), 1);
+    setenv("DISPLAY", display.name.c_str(), 1);
     setenv("HOME", (root + "/home").c_str(), 1); // the toolkit's defaults stay out of the real home
 
     hostsim::SimHost host(hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT), root + "/disk");

@@ -1,99 +1,176 @@
-// The simulated host on screen, driven as an artist drives it: real X input through xdotool,
-// results read from the application's session record.
+// The simulated host with the search popup on screen, driven as an artist drives it: real X input
+// through xdotool (the chord read from the X server's key state, typing, menus), results read from
+// the application's session record (the effects on each layer, the menu actions, the scripts run).
 
 #include "host_app_session.h"
+
+#include "nimbit/filesystem/file_path.h"
+#include "popup/preferences_data.h"
+#include "popup/preferences_file.h"
 
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
 
 namespace {
 
-using e2e::ActiveLayer;
 using e2e::HostAppSession;
-using nlohmann::json;
+using e2e::json;
+using e2e::SessionOptions;
+using strings = std::vector<std::string>;
 
 const char* const MainWindow = "Simulated Host - Launch Teaser.aep";
+const char* const Popup = "Effects Popup";
 
-std::vector<std::string> EffectNames(const json& layer) {
-    return layer.is_object() ? layer["effects"].get<std::vector<std::string>>() : std::vector<std::string>{};
+// The plug-in's folders on the simulated disk: the user's own, and the machine-wide one whose
+// files seed a user who has none.
+std::string UserFolder(const std::string& disk) {
+    return disk + "/Library/Application Support/Tarvelo";
+}
+std::string CommonFolder(const std::string& disk) {
+    return disk + "/Library/Common/Tarvelo";
+}
+void WriteText(const std::string& path, const std::string& text) {
+    std::filesystem::create_directories(std::filesystem::path(path).parent_path());
+    std::ofstream(path, std::ios::binary) << text;
+}
+std::string ReadText(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
 }
 
-// Chooses an Effect menu item by clicking through the menus. A click can be lost while the machine
-// is loaded (the press arrives before the menu tracks); the walk is repeated only when the host
-// saw no menu action at all, so that a slow first choice is never doubled.
-bool ChooseFromMenu(const HostAppSession& session, const std::vector<int>& path) {
-    const int before = session.Record().value("menuActionsSent", 0);
-    for (int attempt = 0; attempt < 3; ++attempt) {
-        if (session.ClickMenuPath(path) &&
-            session.WaitForRecord([&](const json& r) { return r.value("menuActionsSent", 0) > before; }, 3.0))
+strings Effects(const json& record, const std::string& layer = "Headline") {
+    return e2e::LayerList(record, layer);
+}
+strings Presets(const json& record) {
+    return e2e::LayerList(record, "Headline", "presets");
+}
+bool PopupShown(const json& record) {
+    for (const json& w : record["windows"])
+        if (w.value("title", "") == Popup)
             return true;
-    }
     return false;
 }
 
-TEST(HostApp, ShowsTheProjectRegistersTheHooksAndRunsTheIdleRoutine) {
-    HostAppSession session;
+// Waits until the host's window is up, it is active and the plug-in's first idle ticks have set
+// the popup up.
+void WaitUntilReady(const HostAppSession& session) {
     ASSERT_TRUE(session.Started());
     ASSERT_TRUE(session.WaitForWindow(MainWindow)) << session.Log();
+    ASSERT_TRUE(session.WaitForRecord([](const json& r) { return r.value("active", false); }))
+        << session.Log();
+    ASSERT_TRUE(session.WaitForIdleTicks(2));
+}
+
+// Plays the chord, waits for the popup to appear and for it to settle.
+bool OpenPopup(const HostAppSession& session, const strings& chord = {"ctrl", "space"}) {
+    return session.Chord(chord) && session.WaitForRecord(PopupShown, 5.0) && session.WaitForIdleTicks(12);
+}
+bool WaitPopupHidden(const HostAppSession& session) {
+    return session.WaitForRecord([](const json& r) { return !PopupShown(r); }, 5.0);
+}
+// Opens the popup, types text, presses the keys.
+bool Search(const HostAppSession& session, const std::string& text, const strings& keys) {
+    return OpenPopup(session) && session.Type(text) && session.Keys(keys);
+}
+// After a key that applies, the popup hides and the next idle tick applies.
+bool WaitForEffects(const HostAppSession& session, size_t count) {
+    return session.WaitForRecord([count](const json& r) { return Effects(r).size() >= count; }, 5.0);
+}
+
+// Chooses an Effect menu item by clicking through the menus. A click can be lost while the machine
+// is loaded; the walk is repeated only when the host saw no menu action at all, so that a slow
+// first choice is never doubled.
+bool ChooseFromMenu(const HostAppSession& session, const std::vector<int>& path) {
+    const int before = session.Record().value("menuActionsSent", 0);
+    for (int attempt = 0; attempt < 3; ++attempt)
+        if (session.ClickMenuPath(path) &&
+            session.WaitForRecord([&](const json& r) { return r.value("menuActionsSent", 0) > before; }, 3.0))
+            return true;
+    return false;
+}
+
+TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleAndQuit) {
+    HostAppSession session;
+    WaitUntilReady(session);
     ASSERT_TRUE(session.WaitForRecord([](const json& r) { return r.contains("compositions"); }));
-    const json record = session.Record();
+    json record = session.Record();
     EXPECT_EQ(record["project"], "Launch Teaser.aep");
     EXPECT_EQ(record["idleHooks"], 1);
     EXPECT_EQ(record["deathHooks"], 1);
     EXPECT_EQ(record["deathHooksRun"], 0);
-    EXPECT_TRUE(record["active"].get<bool>()) << "the host should be frontmost after launch";
-    EXPECT_EQ(EffectNames(ActiveLayer(record, "Headline")), (std::vector<std::string>{"Drop Shadow"}));
-    EXPECT_TRUE(ActiveLayer(record, "Headline")["selected"].get<bool>());
-    // The idle routine keeps calling the plug-in while the window is up.
-    EXPECT_TRUE(session.WaitForIdleTicks(32));
-}
+    EXPECT_EQ(Effects(record), strings{"Drop Shadow"});
+    EXPECT_TRUE(e2e::ActiveLayer(record, "Headline")["selected"].get<bool>());
+    EXPECT_TRUE(session.WaitForIdleTicks(32)) << "the idle routine keeps calling the plug-in";
 
-TEST(HostApp, EffectMenuItemAppliesOnceToTheSelectedLayer) {
-    HostAppSession session;
-    ASSERT_TRUE(session.Started());
-    ASSERT_TRUE(session.WaitForWindow(MainWindow)) << session.Log();
+    // Another application in front: the chord is seen but nothing opens.
+    session.Control("deactivate");
+    ASSERT_TRUE(session.WaitForRecord([](const json& r) { return !r.value("active", true); }));
+    ASSERT_TRUE(session.Chord({"ctrl", "space"}));
+    ASSERT_TRUE(session.WaitForIdleTicks(12)); // well after the chord's release
+    EXPECT_FALSE(PopupShown(session.Record()));
+
+    session.Control("activate");
+    ASSERT_TRUE(session.WaitForRecord([](const json& r) { return r.value("active", false); }));
+    ASSERT_TRUE(session.Xdotool({"mousemove", "700", "520"}));
+    ASSERT_TRUE(OpenPopup(session)) << session.Log();
+    // Centred on the pointer, its bottom edge at the pointer.
+    const json popup = session.WindowInRecord(Popup);
+    EXPECT_LE(std::abs(popup.value("x", 0) + popup.value("width", 0) / 2 - 700), 1) << popup.dump();
+    EXPECT_LE(std::abs(popup.value("y", 0) + popup.value("height", 0) - 520), 1) << popup.dump();
+    EXPECT_EQ(popup.value("width", 0), 397) << "search mode: a layer is selected";
+    EXPECT_TRUE(popup.value("key", false)) << "the popup takes the keyboard";
+    // The chord again hides it; Escape empties the search and closes, even with a row selected; a
+    // click elsewhere (on the host's window, away from the popup) closes it.
+    ASSERT_TRUE(session.Chord({"ctrl", "space"}));
+    EXPECT_TRUE(WaitPopupHidden(session));
+    ASSERT_TRUE(Search(session, "glow", {"Down", "Escape"}));
+    EXPECT_TRUE(WaitPopupHidden(session));
+    ASSERT_TRUE(OpenPopup(session));
+    e2e::WindowGeometry host;
+    ASSERT_TRUE(session.WaitForWindow(MainWindow, &host));
+    ASSERT_TRUE(session.ClickAt(host.x + 40, host.y + 60));
+    EXPECT_TRUE(WaitPopupHidden(session));
+    record = session.Record();
+    EXPECT_EQ(Effects(record), strings{"Drop Shadow"}) << "nothing of this applied anything";
+    EXPECT_EQ(record["menuActionsSent"], 0);
+    EXPECT_EQ(record["suiteApplications"], 0);
+
+    // An Effect menu item applies once to the selected layer.
     const std::vector<int> boxBlur = e2e::EffectMenuPath(QUILLO_SAMPLE_PROJECT, "Blur & Sharpen", "Box Blur");
     ASSERT_EQ(boxBlur.size(), 3u);
     ASSERT_EQ(boxBlur[0], 5) << "the Effect menu is the main menu's sixth item";
     ASSERT_TRUE(ChooseFromMenu(session, boxBlur));
-    ASSERT_TRUE(session.WaitForRecord([](const json& r) {
-        return EffectNames(ActiveLayer(r, "Headline")).size() == 2;
-    })) << session.Record().dump(1);
-    // A few idle ticks later it is still there once: the menu applies, nothing else does.
-    ASSERT_TRUE(session.WaitForIdleTicks(32));
-    json record = session.Record();
-    EXPECT_EQ(EffectNames(ActiveLayer(record, "Headline")),
-              (std::vector<std::string>{"Drop Shadow", "Box Blur"}));
-    EXPECT_EQ(EffectNames(ActiveLayer(record, "city_aerial.mov")),
-              (std::vector<std::string>{"Lumetri Color", "Gaussian Blur"}));
+    ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+    ASSERT_TRUE(session.WaitForIdleTicks(32)); // still there once: the menu applies, nothing else does
+    record = session.Record();
+    EXPECT_EQ(Effects(record), (strings{"Drop Shadow", "Box Blur"}));
+    EXPECT_EQ(Effects(record, "city_aerial.mov"), (strings{"Lumetri Color", "Gaussian Blur"}));
     EXPECT_EQ(record["menuActionsSent"], 1);
     EXPECT_EQ(record["suiteApplications"], 0);
-
     // The item goes to whichever layer is selected now.
     session.Control("select city_aerial.mov");
     ASSERT_TRUE(session.WaitForRecord(
-        [](const json& r) { return ActiveLayer(r, "city_aerial.mov").value("selected", false); }));
+        [](const json& r) { return e2e::ActiveLayer(r, "city_aerial.mov").value("selected", false); }));
     ASSERT_TRUE(ChooseFromMenu(session, e2e::EffectMenuPath(QUILLO_SAMPLE_PROJECT, "Stylize", "Glow")));
-    ASSERT_TRUE(session.WaitForRecord(
-        [](const json& r) { return EffectNames(ActiveLayer(r, "city_aerial.mov")).size() == 3; }));
+    ASSERT_TRUE(
+        session.WaitForRecord([](const json& r) { return Effects(r, "city_aerial.mov").size() == 3; }));
     record = session.Record();
-    EXPECT_EQ(EffectNames(ActiveLayer(record, "city_aerial.mov")).back(), "Glow");
-    EXPECT_EQ(EffectNames(ActiveLayer(record, "Headline")).size(), 2u);
+    EXPECT_EQ(Effects(record, "city_aerial.mov").back(), "Glow");
+    EXPECT_EQ(Effects(record).size(), 2u);
     EXPECT_EQ(record["menuActionsSent"], 2);
-}
 
-TEST(HostApp, ScriptConsoleCallsExecuteAndShowsTheTaggedResult) {
-    HostAppSession session;
-    ASSERT_TRUE(session.Started());
-    e2e::WindowGeometry window;
-    ASSERT_TRUE(session.WaitForWindow(MainWindow, &window)) << session.Log();
-    // The console's field runs along the window, 140 points above its bottom edge.
-    ASSERT_TRUE(session.ClickAt(window.x + window.width / 2, window.y + window.height - 151));
-    const std::vector<std::string> words = {"news",       "preferences", "requeststatus", "Shortcut",
-                                            "shortcut 3", "preferences", "hello"};
+    // The script console calls execute and shows the tagged result. Its field runs along the
+    // window, 140 points above its bottom edge.
+    ASSERT_TRUE(session.ClickAt(host.x + host.width / 2, host.y + host.height - 151));
+    const strings words = {"news",       "preferences", "requeststatus", "Shortcut",
+                           "shortcut 3", "preferences", "hello"};
     for (const std::string& word : words)
-        ASSERT_TRUE(session.TypeLine(word));
+        ASSERT_TRUE(session.Type(word, 15) && session.Keys({"Return"}));
     ASSERT_TRUE(session.WaitForRecord([&](const json& r) { return r["console"].size() == words.size(); }))
         << session.Record().dump(1);
     const json console = session.Record()["console"];
@@ -110,8 +187,7 @@ TEST(HostApp, ScriptConsoleCallsExecuteAndShowsTheTaggedResult) {
     EXPECT_EQ(console[4]["result"], "undefined");
     EXPECT_EQ(console[5]["result"], "integer 3") << "the console's number reaches the settings";
     EXPECT_EQ(console[6]["result"], "integer -1");
-
-    // Nothing listens at the news address: once the check has failed the count reads 0, nothing new.
+    // Nothing listens at the news address: once the check has failed the count reads 0.
     size_t calls = words.size();
     std::string news;
     for (int attempt = 0; attempt < 40 && news != "integer 0"; ++attempt) {
@@ -123,29 +199,149 @@ TEST(HostApp, ScriptConsoleCallsExecuteAndShowsTheTaggedResult) {
             session.WaitForIdleTicks(4);
     }
     EXPECT_EQ(news, "integer 0");
+
+    // The application menu's Quit (its only item) runs the death hook once and releases every suite.
+    ASSERT_TRUE(session.ClickMenuPath({0, 0}));
+    EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
+    EXPECT_EQ(session.Record()["deathHooksRun"], 1);
+    EXPECT_EQ(session.Record()["suitesOutstanding"], 0);
 }
 
-TEST(HostApp, QuittingRunsTheDeathHookOnceAndReleasesEverySuite) {
+TEST(HostApp, TypedSearchListsAliasesThenEffectsThenPresetsAndEachAppliesItsOwnWay) {
+    // The sample project with one more user preset, whose name matches "blur".
+    json model = json::parse(std::ifstream(QUILLO_SAMPLE_PROJECT));
+    model["presets"]["user"].push_back("Looks/Dream Blur.ffx");
+    SessionOptions options;
+    options.project = testing::TempDir() + "/quillo-e2e-blur-project.json";
+    std::ofstream(options.project) << model.dump(1);
+    options.prepare = [](const std::string& disk) {
+        WriteText(CommonFolder(disk) + "/effects_search.txt", "blurry = Glow\n");
+    };
+    HostAppSession session(options);
+    WaitUntilReady(session);
+
+    // The first row is the alias's effect; Return applies the selected row through the Effect menu.
+    ASSERT_TRUE(Search(session, "blur", {"Return"})) << session.Log();
+    ASSERT_TRUE(WaitPopupHidden(session));
+    ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+    EXPECT_EQ(Effects(session.Record()), (strings{"Drop Shadow", "Glow"}));
+
+    // Down selects the second row: the first effect whose name contains the text, in the host's
+    // order; applied once, by the menu, not again by the suite.
+    ASSERT_TRUE(Search(session, "blur", {"Down", "Return"}));
+    ASSERT_TRUE(WaitForEffects(session, 3));
+    ASSERT_TRUE(session.WaitForIdleTicks(8));
+    json record = session.Record();
+    EXPECT_EQ(Effects(record), (strings{"Drop Shadow", "Glow", "Bilateral Blur"}));
+    EXPECT_EQ(record["menuActionsSent"], 2);
+    EXPECT_EQ(record["suiteApplications"], 0);
+
+    // Tab jumps to the first preset row, below all the effects; a preset applies through the host's
+    // script.
+    ASSERT_TRUE(Search(session, "blur", {"Tab", "Return"}));
+    ASSERT_TRUE(session.WaitForRecord([](const json& r) { return !Presets(r).empty(); }, 5.0))
+        << session.Record().dump(1);
+    record = session.Record();
+    ASSERT_EQ(Presets(record).size(), 1u);
+    EXPECT_NE(Presets(record)[0].find("Dream Blur.ffx"), std::string::npos) << Presets(record)[0];
+    ASSERT_FALSE(record["scripts"].empty());
+    EXPECT_NE(record["scripts"].back().get<std::string>().find("applyPreset"), std::string::npos);
+    EXPECT_EQ(record["menuActionsSent"], 2);
+
+    // Up from the first row wraps to the last row: the last preset.
+    ASSERT_TRUE(Search(session, "blur", {"Up", "Return"}));
+    ASSERT_TRUE(session.WaitForRecord([](const json& r) { return Presets(r).size() == 2; }, 5.0));
+    EXPECT_EQ(Presets(session.Record())[1], Presets(session.Record())[0]);
+
+    // An effect of a disabled menu category still applies, through the effect suite.
+    ASSERT_TRUE(Search(session, "lightning", {"Return"}));
+    ASSERT_TRUE(WaitForEffects(session, 4));
+    record = session.Record();
+    EXPECT_EQ(Effects(record).back(), "Lightning");
+    EXPECT_EQ(record["menuActionsSent"], 2);
+    EXPECT_EQ(record["suiteApplications"], 1);
+}
+
+TEST(HostApp, CustomChordNeedsExactlyItsModifiersAndDigitsApplyTheShortcutSlots) {
+    SessionOptions options;
+    options.prepare = [](const std::string& disk) {
+        PreferencesData prefs;
+        prefs.shortcutChoice = 4; // custom: Control+Shift+K
+        prefs.customKeyCode = 40; // K
+        prefs.customCtrl = 1;
+        prefs.customShift = 1;
+        const std::vector<unsigned char> bytes = EncodePreferences(prefs);
+        WriteText(UserFolder(disk) + "/" + std::string(SettingsFileName),
+                  std::string(bytes.begin(), bytes.end()));
+        WriteText(UserFolder(disk) + "/effects_shortcuts.txt", "Box = Box Blur\nGlow = Glow\n");
+    };
+    HostAppSession session(options);
+    WaitUntilReady(session);
+
+    // Neither the default chord nor the custom one with Option (Super here) as well opens it.
+    ASSERT_TRUE(session.Chord({"ctrl", "space"}));
+    ASSERT_TRUE(session.Chord({"ctrl", "shift", "super", "k"}));
+    ASSERT_TRUE(session.WaitForIdleTicks(12));
+    EXPECT_FALSE(PopupShown(session.Record()));
+
+    const strings custom = {"ctrl", "shift", "k"};
+    ASSERT_TRUE(OpenPopup(session, custom) && session.Keys({"2"})) << session.Log();
+    ASSERT_TRUE(WaitPopupHidden(session));
+    ASSERT_TRUE(WaitForEffects(session, 2));
+    ASSERT_TRUE(OpenPopup(session, custom) && session.Keys({"1"}));
+    ASSERT_TRUE(WaitForEffects(session, 3));
+    // An empty slot does nothing: the popup stays open and nothing more is applied.
+    ASSERT_TRUE(OpenPopup(session, custom) && session.Keys({"7"}));
+    ASSERT_TRUE(session.WaitForIdleTicks(8));
+    EXPECT_TRUE(PopupShown(session.Record()));
+    EXPECT_EQ(Effects(session.Record()), (strings{"Drop Shadow", "Glow", "Box Blur"}));
+}
+
+TEST(HostApp, QuittingWritesTheDataFilesAndARestartedHostReadsThemBack) {
+    char pattern[] = "/tmp/quillo-e2e-restart-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    SessionOptions options;
+    options.root = pattern;
+    const std::string disk = options.root + "/disk";
+    // Each session applies shortcut slot 1 (Glow).
+    auto applyFirstSlot = [](HostAppSession& session) {
+        WaitUntilReady(session);
+        ASSERT_TRUE(OpenPopup(session) && session.Keys({"1"})) << session.Log();
+        ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+        EXPECT_EQ(Effects(session.Record()), (strings{"Drop Shadow", "Glow"}));
+    };
     {
-        HostAppSession session;
-        ASSERT_TRUE(session.Started());
-        ASSERT_TRUE(session.WaitForWindow(MainWindow)) << session.Log();
-        // The application menu's Quit, its only item here.
-        ASSERT_TRUE(session.ClickMenuPath({0, 0}));
-        EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
-        const json record = session.Record();
-        EXPECT_EQ(record["deathHooksRun"], 1);
-        EXPECT_EQ(record["suitesOutstanding"], 0);
+        // The machine-wide files seed this user, who has none of their own yet.
+        options.prepare = [](const std::string& d) {
+            WriteText(CommonFolder(d) + "/effects_shortcuts.txt", "Glow = Glow\n");
+            WriteText(CommonFolder(d) + "/effects_search.txt", "-Sharpen\nshine = Glow\n");
+        };
+        HostAppSession session(options);
+        applyFirstSlot(session);
+        EXPECT_FALSE(std::filesystem::exists(UserFolder(disk) + "/effects_shortcuts.txt"));
+        session.Control("quit");
+        ASSERT_EQ(session.WaitForExit(), 0) << session.Log();
+        EXPECT_EQ(session.Record()["deathHooksRun"], 1);
     }
+    EXPECT_TRUE(std::filesystem::exists(UserFolder(disk) + "/" + std::string(SettingsFileName)));
+    EXPECT_NE(ReadText(UserFolder(disk) + "/effects_shortcuts.txt").find("Glow"), std::string::npos);
+    const std::string search = ReadText(UserFolder(disk) + "/effects_search.txt");
+    EXPECT_NE(search.find("-Sharpen"), std::string::npos) << search;
+    EXPECT_NE(search.find("shine = Glow"), std::string::npos) << search;
+
+    // Only the user's own files are left; the restarted host must read those.
+    std::filesystem::remove_all(CommonFolder(disk));
     {
-        // A termination request (how the run script ends a session) quits the same way.
-        HostAppSession session;
-        ASSERT_TRUE(session.Started());
-        ASSERT_TRUE(session.WaitForWindow(MainWindow)) << session.Log();
+        options.prepare = nullptr;
+        HostAppSession session(options);
+        applyFirstSlot(session);
+        // A termination request (how the run script ends a session) quits as Quit does.
         session.Signal(SIGTERM);
         EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
         EXPECT_EQ(session.Record()["deathHooksRun"], 1);
     }
+    std::error_code ignored;
+    std::filesystem::remove_all(options.root, ignored);
 }
 
 } // namespace

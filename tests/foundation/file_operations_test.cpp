@@ -17,7 +17,7 @@ using nimbit::file_stats;
 
 namespace {
 
-TEST(FileStats, ReportsTypeSizeDatesAndMissingPaths) {
+TEST(FileOperations, StatsMakeDirAndRemoveDir) {
     temp_folder tmp;
     ASSERT_TRUE(write_text(tmp / "f.txt", "12345"));
     const file_stats missing(tmp / "nothing/here"), file(tmp / "f.txt"), folder(tmp.path());
@@ -28,12 +28,10 @@ TEST(FileStats, ReportsTypeSizeDatesAndMissingPaths) {
     EXPECT_TRUE(nimbit::set_file_dates(tmp / "f.txt", 1000000000, 1234567890));
     EXPECT_EQ(file_stats(tmp / "f.txt").modified, 1234567890);
     EXPECT_FALSE(nimbit::set_file_dates(tmp / "missing", 0, 0));
-}
 
-TEST(FileOperations, MakeDirCreatesEveryMissingLevel) {
-    temp_folder tmp;
+    // make_dir creates every missing level.
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c"));
-    EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c"}));
+    EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c", "f.txt"}));
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c")) << "an existing folder is success";
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/x/"));
 
@@ -41,10 +39,8 @@ TEST(FileOperations, MakeDirCreatesEveryMissingLevel) {
     EXPECT_FALSE(nimbit::make_dir(tmp / "file")) << "a file is in the way";
     EXPECT_FALSE(nimbit::make_dir(tmp / "file/sub/deeper"));
     EXPECT_FALSE(nimbit::make_dir(file_path()));
-}
 
-TEST(FileOperations, RemoveDirDeletesTheTreeButNotWhatLinksPointTo) {
-    temp_folder tmp;
+    // remove_dir deletes the tree but not what links point to.
     ASSERT_TRUE(nimbit::make_dir(tmp / "outside") && nimbit::make_dir(tmp / "tree/a/b"));
     ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "tree/a/b/f", "x"));
     ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / "tree/link").c_str()), 0);

@@ -31,14 +31,11 @@ protected:
     temp_folder tmp;
 };
 
-TEST_F(KnownFolders, OverridesReplaceThePlatformFolders) {
+TEST_F(KnownFolders, OverridesAndModesChooseAssetsPathVariableOrPlatformFolder) {
     EXPECT_EQ(nimbit::get_user_data_path(), tmp / "user");
     EXPECT_EQ(nimbit::get_common_data_path(), tmp / "common");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 1), tmp / "docs");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
-}
-
-TEST_F(KnownFolders, ModesChooseAssetsPathVariableOrPlatformFolder) {
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), tmp / "common");
 

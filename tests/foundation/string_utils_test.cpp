@@ -5,10 +5,9 @@
 namespace {
 
 TEST(StringUtils, LowerChangesOnlyAsciiLetters) {
-    EXPECT_EQ(nimbit::string_lower("Gaussian BLUR 2"), "gaussian blur 2");
+    EXPECT_EQ(nimbit::string_lower("Gaussian BLUR 2 @AZ[`{"), "gaussian blur 2 @az[`{");
     // "ÄÖ" in UTF-8: the bytes are >= 0x80 and must survive as they are.
     EXPECT_EQ(nimbit::string_lower("\xC3\x84\xC3\x96X"), "\xC3\x84\xC3\x96x");
-    EXPECT_EQ(nimbit::string_lower("@[`{"), "@[`{");
 }
 
 TEST(StringUtils, TrimStripsAsciiWhiteSpaceOnBothEnds) {
