@@ -118,21 +118,8 @@ TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
-TEST_F(WindowedController, ExecuteHandsTheHostNamesToTheWindow) {
-    c.IdleHook();
-    EXPECT_EQ(c.Execute(PopupCommand{PopupCommand::NewsCount}), 12u);
-    SelectOnly(host, "Camera 1");
-    host.GetModel().projects[0]->name = "";
-    EXPECT_EQ(c.Execute(PopupCommand{PopupCommand::Show}), NoCommandResult);
-    ASSERT_EQ(RecordingWindow::calls.size(), 2u);
-    EXPECT_EQ(RecordingWindow::calls[0].project, "Shot");
-    EXPECT_EQ(RecordingWindow::calls[0].comp, "Main");
-    EXPECT_EQ(RecordingWindow::calls[0].layer, "Title");
-    EXPECT_EQ(RecordingWindow::calls[1].project, "Unknown");
-    EXPECT_EQ(RecordingWindow::calls[1].layer, ""); // a camera is no active layer
-}
-
-// Each script word reaches the window as its command, and answers as the panel expects.
+// Each script word reaches the window as its command, with the host's names, and answers as the
+// panel expects.
 TEST_F(WindowedController, ScriptWordsReachTheWindowAsTheirCommand) {
     c.IdleHook();
     constexpr uint32_t none = 99;
@@ -164,6 +151,8 @@ TEST_F(WindowedController, ScriptWordsReachTheWindowAsTheirCommand) {
         EXPECT_EQ(RunScriptCommand(&c, args.data(), static_cast<long>(args.size()), &result), ScriptOk);
         EXPECT_EQ(RecordingWindow::calls.empty() ? none : RecordingWindow::calls.back().kind, t.kind);
         EXPECT_EQ(RecordingWindow::calls.size(), t.kind == none ? 0u : 1u);
+        for (const auto& call : RecordingWindow::calls)
+            EXPECT_EQ(call.project + "|" + call.comp + "|" + call.layer, "Shot|Main|Title");
         ASSERT_EQ(result.type, t.type);
         if (t.type == kTypeInteger) {
             int64_t bits = 0; // all eight bytes: nothing stale is left for the engine
@@ -174,6 +163,10 @@ TEST_F(WindowedController, ScriptWordsReachTheWindowAsTheirCommand) {
             std::free(result.data.string);
         }
     }
+    SelectOnly(host, "Camera 1"); // a camera is no active layer
+    host.GetModel().projects[0]->name = "";
+    EXPECT_EQ(c.Execute(PopupCommand{PopupCommand::Show}), NoCommandResult);
+    EXPECT_EQ(RecordingWindow::calls.back().project + "|" + RecordingWindow::calls.back().layer, "Unknown|");
     // The choice's argument, as the engine may pass it.
     for (auto [arg, choice] : {std::pair{hostsim::ScriptDouble(2.9), 2},
                                {hostsim::ScriptDouble(-1.7), -1},
