@@ -150,8 +150,9 @@ TEST_F(PopupTest, ArrowsWrapAndTabJumpsBetweenEffectsAndPresets) {
     Search("blur");
     const std::pair<unsigned long long, const char*> steps[] = {
         {event_key::up, "Blur In"},         {event_key::down, "Gaussian Blur"},
-        {event_key::down, "Fast Box Blur"}, {event_key::tab, "Blur In"},
-        {event_key::tab, "Gaussian Blur"},  {'A', "Gaussian Blur"}, // any other key keeps the selection
+        {event_key::down, "Fast Box Blur"}, {event_key::down, "Directional Blur"},
+        {event_key::down, "Blur In"},       {event_key::tab, "Gaussian Blur"},
+        {event_key::tab, "Blur In"},        {'A', "Blur In"}, // any other key keeps the selection
     };
     for (const auto& [key, name] : steps) {
         InputKey(key);
