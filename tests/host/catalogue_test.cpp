@@ -6,21 +6,11 @@
 
 namespace {
 
-struct Row {
-    int32_t id;
-    std::string name;
-    std::string category;
-    bool is_preset;
-    friend bool operator==(const Row&, const Row&) = default;
-    friend std::ostream& operator<<(std::ostream& out, const Row& r) {
-        return out << "{" << r.id << ", " << r.name << ", " << r.category << ", " << r.is_preset << "}";
-    }
-};
-
-std::vector<Row> Rows(const std::vector<EffectData>& catalogue) {
-    std::vector<Row> rows;
+// "id name / category", with " *" for a preset.
+std::vector<std::string> Rows(const std::vector<EffectData>& catalogue) {
+    std::vector<std::string> rows;
     for (const EffectData& e : catalogue)
-        rows.push_back({e.id, e.name, e.category, e.is_preset});
+        rows.push_back(std::to_string(e.id) + " " + e.name + " / " + e.category + (e.is_preset ? " *" : ""));
     return rows;
 }
 
@@ -28,17 +18,14 @@ TEST(Catalogue, OrderAndFilteringRules) {
     ControllerSession s;
     EffectsPopup& controller = s.Controller();
     const hostsim::SimHost& host = *s.host;
-    const std::vector<Row> expected = {
-        {-1, "Wiggle-position", "Animation Preset", true}, // host presets first
-        {1, "Gaussian Blur", "Blur & Sharpen", false},
-        {2, "Box Blur", "Blur & Sharpen", false},
-        {3, "Glow", "Stylize", false},
-        {4, "Mosaic", "Stylize", false},
-        // "_Obsolete" is dropped, "_obsolete" is an ordinary category
-        {6, "Lower Case Obsolete", "_obsolete", false},
+    const std::vector<std::string> expected = {
+        "-1 Wiggle-position / Animation Preset *", // host presets first
+        "1 Gaussian Blur / Blur & Sharpen", "2 Box Blur / Blur & Sharpen", "3 Glow / Stylize",
+        "4 Mosaic / Stylize",
+        "6 Lower Case Obsolete / _obsolete", // "_Obsolete" is dropped, "_obsolete" is an ordinary category
         // an empty-category effect named like a preset file is dropped; one without a file stays
-        {8, "Orphan Preset", "Animation Preset", true},
-        {-2, "Glow", "Animation Preset", true}, // user presets last
+        "8 Orphan Preset / Animation Preset *",
+        "-2 Glow / Animation Preset *", // user presets last
     };
     EXPECT_EQ(Rows(s.catalogue), expected);
     for (const EffectData& e : s.catalogue) {

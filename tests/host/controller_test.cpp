@@ -1,47 +1,13 @@
-#include "host/popup_window.h"
+#include "host/script_bridge.h"
 #include "host_session.h"
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstring>
 #include <tuple>
 
 namespace {
-
-// Stands in for the popup window: records what the controller asks of it.
-struct RecordingWindow : PopupWindow {
-    struct Call {
-        std::string project, comp, layer;
-        uint32_t kind;
-    };
-    static inline std::vector<Call> calls;
-    static inline int windowsMade = 0, filesWritten = 0, windowsDestroyed = 0;
-    static inline std::vector<size_t> catalogueSizes;
-    static inline uint32_t newsCount = 12;
-    bool shown = false;
-
-    ~RecordingWindow() override { ++windowsDestroyed; }
-    uint32_t Show(const std::string& project, const std::string& comp, const std::string& layer,
-                  PopupCommand command) override {
-        calls.push_back({project, comp, layer, command.kind});
-        return command.kind == PopupCommand::NewsCount ? newsCount : NoCommandResult;
-    }
-    void Hide() override { shown = false; }
-    bool IsShown() const override { return shown; }
-    void WriteFile() override { ++filesWritten; }
-    void SetEffectData(const std::vector<EffectData>& catalogue) override {
-        catalogueSizes.push_back(catalogue.size());
-    }
-
-    static std::unique_ptr<PopupWindow> Make(PreferencesData&, EffectsPopup&) {
-        ++windowsMade;
-        return std::make_unique<RecordingWindow>();
-    }
-    static void Reset() {
-        calls.clear();
-        catalogueSizes.clear();
-        windowsMade = filesWritten = windowsDestroyed = 0;
-    }
-};
 
 // A started session with a controller on it.
 struct ControllerTest : ::testing::Test {
@@ -51,11 +17,8 @@ struct ControllerTest : ::testing::Test {
 };
 
 struct WindowedController : ControllerTest {
-    void SetUp() override {
-        RecordingWindow::Reset();
-        SetPopupWindowFactory(&RecordingWindow::Make);
-    }
-    void TearDown() override { SetPopupWindowFactory(nullptr); }
+    void SetUp() override { RecordingWindow::Install(); }
+    void TearDown() override { RecordingWindow::Uninstall(); }
 };
 
 TEST(Controller, RegistersIdleThenDeathHookUnlessUiIsSuppressed) {
@@ -138,7 +101,7 @@ TEST_F(ControllerTest, ProjectBitDepth) {
 TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
     c.IdleHook();
     c.IdleHook();
-    EXPECT_EQ(RecordingWindow::windowsMade, 1);
+    EXPECT_EQ(RecordingWindow::made, 1);
     EXPECT_EQ(RecordingWindow::catalogueSizes, (std::vector<size_t>{8}));
     EXPECT_TRUE(nimbit::file_stats(session.folder / "Library/Application Support/Tarvelo").exists);
 
@@ -150,23 +113,75 @@ TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
 
     c.DeathHook();
     EXPECT_EQ(RecordingWindow::filesWritten, 1);
-    EXPECT_EQ(RecordingWindow::windowsDestroyed, 1);
+    EXPECT_EQ(RecordingWindow::destroyed, 1);
     EXPECT_FALSE(c.HasPopupWindow());
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
-TEST_F(WindowedController, ExecuteHandsTheHostNamesToTheWindow) {
+// Each script word reaches the window as its command, with the host's names, and answers as the
+// panel expects.
+TEST_F(WindowedController, ScriptWordsReachTheWindowAsTheirCommand) {
     c.IdleHook();
-    EXPECT_EQ(c.Execute(PopupCommand{PopupCommand::NewsCount}), 12u);
-    SelectOnly(host, "Camera 1");
+    constexpr uint32_t none = 99;
+    const struct {
+        std::vector<TaggedData> args;
+        uint32_t kind;
+        int32_t type;
+        int64_t payload; // for integers
+    } cases[] = {
+        {{hostsim::ScriptString("shortcut"), hostsim::ScriptInteger(3)},
+         PopupCommand::SaveSettings,
+         kTypeUndefined,
+         0},
+        {{hostsim::ScriptString("news")}, PopupCommand::NewsCount, kTypeInteger, 12},
+        {{hostsim::ScriptString("screenshot")}, PopupCommand::Screenshot, kTypeUndefined, 0},
+        {{hostsim::ScriptString("export")}, PopupCommand::Export, kTypeUndefined, 0},
+        {{hostsim::ScriptString("gallery")}, PopupCommand::Gallery, kTypeUndefined, 0},
+        {{hostsim::ScriptString("preferences")}, PopupCommand::Preferences, kTypeInteger, 3}, // the choice
+        {{hostsim::ScriptString("logo")}, PopupCommand::Logo, kTypeUndefined, 0},
+        {{hostsim::ScriptString("requeststatus")}, none, kTypeScript, 0},
+        {{hostsim::ScriptString("Shortcut")}, none, kTypeInteger, -1},
+        {{hostsim::ScriptString("")}, none, kTypeInteger, -1},
+    };
+    for (const auto& t : cases) {
+        SCOPED_TRACE(t.args[0].data.string);
+        RecordingWindow::calls.clear();
+        std::vector<TaggedData> args = t.args;
+        TaggedData result{};
+        EXPECT_EQ(RunScriptCommand(&c, args.data(), static_cast<long>(args.size()), &result), ScriptOk);
+        EXPECT_EQ(RecordingWindow::calls.empty() ? none : RecordingWindow::calls.back().kind, t.kind);
+        EXPECT_EQ(RecordingWindow::calls.size(), t.kind == none ? 0u : 1u);
+        for (const auto& call : RecordingWindow::calls)
+            EXPECT_EQ(call.project + "|" + call.comp + "|" + call.layer, "Shot|Main|Title");
+        ASSERT_EQ(result.type, t.type);
+        if (t.type == kTypeInteger) {
+            int64_t bits = 0; // all eight bytes: nothing stale is left for the engine
+            std::memcpy(&bits, &result.data, sizeof bits);
+            EXPECT_EQ(bits, t.payload);
+        } else if (t.type == kTypeScript) {
+            EXPECT_EQ(std::string(result.data.string).rfind("var shortcutValue = ", 0), 0u);
+            std::free(result.data.string);
+        }
+    }
+    SelectOnly(host, "Camera 1"); // a camera is no active layer
     host.GetModel().projects[0]->name = "";
     EXPECT_EQ(c.Execute(PopupCommand{PopupCommand::Show}), NoCommandResult);
-    ASSERT_EQ(RecordingWindow::calls.size(), 2u);
-    EXPECT_EQ(RecordingWindow::calls[0].project, "Shot");
-    EXPECT_EQ(RecordingWindow::calls[0].comp, "Main");
-    EXPECT_EQ(RecordingWindow::calls[0].layer, "Title");
-    EXPECT_EQ(RecordingWindow::calls[1].project, "Unknown");
-    EXPECT_EQ(RecordingWindow::calls[1].layer, ""); // a camera is no active layer
+    EXPECT_EQ(RecordingWindow::calls.back().project + "|" + RecordingWindow::calls.back().layer, "Unknown|");
+    // The choice's argument, as the engine may pass it.
+    for (auto [arg, choice] : {std::pair{hostsim::ScriptDouble(2.9), 2},
+                               {hostsim::ScriptDouble(-1.7), -1},
+                               {hostsim::ScriptDouble(1e300), INT32_MAX},
+                               {hostsim::ScriptDouble(-1e300), INT32_MIN},
+                               {hostsim::ScriptDouble(std::nan("")), 0},
+                               {hostsim::ScriptString("4"), 0}}) {
+        TaggedData args[] = {hostsim::ScriptString("shortcut"), arg}, result{};
+        RunScriptCommand(&c, args, 2, &result);
+        EXPECT_EQ(c.Preferences().shortcutChoice, choice);
+    }
+    TaggedData args[] = {hostsim::ScriptString("shortcut")}, result{};
+    result.type = 99;
+    EXPECT_EQ(RunScriptCommand(&c, args, 1, &result), ScriptBadArguments);
+    EXPECT_EQ(result.type, 99); // untouched
 }
 
 TEST(Controller, VersionMapping) {

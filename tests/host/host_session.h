@@ -5,6 +5,7 @@
 
 #include "../foundation/temp_folder.h"
 #include "host/effects_popup.h"
+#include "host/popup_window.h"
 #include "hostsim/sim_host.h"
 #include "nimbit/filesystem/file_stats.h"
 
@@ -95,3 +96,51 @@ inline hostsim::Layer* LayerNamed(hostsim::SimHost& host, const std::string& nam
     }
     return nullptr;
 }
+
+// Stands in for the popup window: records what the controller asks of it. Install() puts its factory
+// in place with fresh records; Uninstall() takes it away.
+struct RecordingWindow : PopupWindow {
+    struct Call {
+        std::string project, comp, layer;
+        uint32_t kind;
+    };
+    static inline std::vector<Call> calls;
+    static inline int made = 0, hides = 0, filesWritten = 0, destroyed = 0;
+    static inline std::vector<size_t> catalogueSizes;
+    static inline uint32_t newsCount = 12;
+    bool shown = false;
+
+    ~RecordingWindow() override { ++destroyed; }
+    uint32_t Show(const std::string& project, const std::string& comp, const std::string& layer,
+                  PopupCommand command) override {
+        calls.push_back({project, comp, layer, command.kind});
+        shown |= command.kind == PopupCommand::Show;
+        return command.kind == PopupCommand::NewsCount ? newsCount : NoCommandResult;
+    }
+    void Hide() override {
+        ++hides;
+        shown = false;
+    }
+    bool IsShown() const override { return shown; }
+    void WriteFile() override { ++filesWritten; }
+    void SetEffectData(const std::vector<EffectData>& catalogue) override {
+        catalogueSizes.push_back(catalogue.size());
+    }
+    static std::unique_ptr<PopupWindow> Make(PreferencesData&, EffectsPopup&) {
+        ++made;
+        return std::make_unique<RecordingWindow>();
+    }
+    static void Install() {
+        calls.clear();
+        catalogueSizes.clear();
+        made = hides = filesWritten = destroyed = 0;
+        SetPopupWindowFactory(&Make);
+    }
+    static void Uninstall() { SetPopupWindowFactory(nullptr); }
+    static int Shows() {
+        int shows = 0;
+        for (const Call& c : calls)
+            shows += c.kind == PopupCommand::Show;
+        return shows;
+    }
+};

@@ -1,71 +1,80 @@
 #pragma once
 
 #include "host/effect_data.h"
-#include "nimbit/ui/event_manager.h"
-#include "nimbit/ui/offscreen/offscreen_clipboard.h"
-#include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
+#include "nimbit/ui/event_payload.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/window.h"
 #include "popup/effect_alias.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
 #include "tests/foundation/temp_folder.h"
-
-#include <gtest/gtest.h>
+#include "tests/support/offscreen_test.h"
 
 #include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
 
-// The popup over a small catalogue, in a private settings folder, on the offscreen backend.
-// Records every entry the popup hands out with its apply event.
-class PopupTest : public ::testing::Test {
+// An event as the platform delivers it to a window; the one place the tests reach the window's seam.
+inline void Deliver(nimbit::ui::window& w, nimbit::ui::event_type type, uint64_t data) {
+    nimbit::ui::offscreen::events_of(w).process_event(type, data);
+}
+
+// The calls named op (all when empty) that painting the window makes now.
+inline std::vector<nimbit::ui::draw_call> Painted(nimbit::ui::window& w, std::string_view op = {}) {
+    nimbit::ui::offscreen::offscreen_window& native = nimbit::ui::offscreen::native_of(w);
+    w.get_root().update(false);
+    native.get_canvas().clear_calls();
+    native.paint_pending();
+    return op.empty() ? native.get_canvas().calls() : native.get_canvas().calls_named(op);
+}
+
+// The popup over a small catalogue, in a private settings folder, on the offscreen backend; `applied`
+// records the entries it hands out with its apply event.
+class PopupTest : public OffscreenTest {
 protected:
     // Counts calls of the seams that later pieces fill in.
     struct Window : EffectsPopupWindow {
         using EffectsPopupWindow::EffectsPopupWindow;
-        int gallery = 0, screenshots = 0;
-        void OpenGallery() override { ++gallery; }
-        void TakeScreenshot(bool) override { ++screenshots; }
+        std::vector<int> calls; // 0 gallery, 1 screenshot, 2 export, 3 preferences
+        void OpenGallery() override { calls.push_back(0); }
+        void TakeScreenshot(bool) override { calls.push_back(1); }
+        void ExportScreenshot() override { calls.push_back(2); }
+        void OpenPreferences() override { calls.push_back(3); }
     };
 
+    static constexpr const char* Vars[] = {"QUILLO_USER_DATA_DIR", "QUILLO_COMMON_DATA_DIR",
+                                           "QUILLO_DOCS_DIR"};
+    static constexpr const char* Dirs[] = {"user", "common", "docs"};
+
     void SetUp() override {
-        ::setenv("QUILLO_USER_DATA_DIR", (root / "user").to_string().c_str(), 1);
-        ::setenv("QUILLO_COMMON_DATA_DIR", (root / "common").to_string().c_str(), 1);
-        ::setenv("QUILLO_DOCS_DIR", (root / "docs").to_string().c_str(), 1);
-        nimbit::ui::offscreen::reset_input();
-        nimbit::ui::offscreen::clear_menu_answers();
-        nimbit::ui::offscreen::clear_shown_menus();
-        catalogue = {
-            Effect(1, "Gaussian Blur", "Blur & Sharpen"),
-            Effect(2, "Fast Box Blur", "Blur & Sharpen"),
-            Effect(3, "Directional Blur", "Blur & Sharpen"),
-            Effect(4, "Glow", "Stylize"),
-            Effect(5, "Curves", "Color Correction"),
-            Preset(-1, "Blur In"),
-            Preset(-2, "Glow Pulse"),
-        };
+        OffscreenTest::SetUp();
+        for (int i = 0; i < 3; ++i)
+            ::setenv(Vars[i], (root / Dirs[i]).to_string().c_str(), 1);
+        catalogue = {Effect(1, "Gaussian Blur", "Blur & Sharpen"),
+                     Effect(2, "Fast Box Blur", "Blur & Sharpen"),
+                     Effect(3, "Directional Blur", "Blur & Sharpen"),
+                     Effect(4, "Glow", "Stylize"),
+                     Effect(5, "Curves", "Color Correction"),
+                     Preset(-1, "Blur In"),
+                     Preset(-2, "Glow Pulse")};
         popup = std::make_unique<Window>(prefs);
         popup->SetEffectData(catalogue);
-        applied.clear();
-        nimbit::ui::event_manager::instance().add_event(
-            popup.get(), &listener, nimbit::ui::event_type::pressed, [this](const nimbit::ui::event_info& e) {
-                applied.push_back(nimbit::ui::pointer_payload<const EffectData>(e.data));
-            });
+        applied.watch(*popup, "", {nimbit::ui::event_type::pressed});
     }
     void TearDown() override {
         popup.reset();
-        nimbit::ui::offscreen::reset_input();
-        ::unsetenv("QUILLO_USER_DATA_DIR");
-        ::unsetenv("QUILLO_COMMON_DATA_DIR");
-        ::unsetenv("QUILLO_DOCS_DIR");
+        for (const char* name : Vars)
+            ::unsetenv(name);
+        OffscreenTest::TearDown();
     }
 
     static EffectData Effect(int id, std::string name, std::string category) {
         EffectData e;
         e.id = id;
-        e.search_name = Lower(name);
+        for (char c : name)
+            e.search_name += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
         e.name = std::move(name);
         e.category = std::move(category);
         return e;
@@ -74,11 +83,6 @@ protected:
         EffectData e = Effect(id, std::move(name), "Animation Preset");
         e.is_preset = true;
         return e;
-    }
-    static std::string Lower(std::string s) {
-        for (char& c : s)
-            c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-        return s;
     }
 
     // The entry of the popup's catalogue with this display name.
@@ -91,20 +95,29 @@ protected:
     void SetSlot(size_t slot, std::string_view name, std::string label) {
         popup->GetShortcuts()[slot] = EffectAlias{std::move(label), Named(name), nullptr};
     }
+    // The names of the entries applied since the last call.
+    std::vector<std::string> Applied() {
+        std::vector<std::string> names;
+        for (uint64_t data : applied.data())
+            names.push_back(nimbit::ui::pointer_payload<const EffectData>(data)->name);
+        applied.entries.clear();
+        return names;
+    }
 
     // Opens the popup the way the idle hook does; a composition name turns screenshot mode on and a
     // layer name search mode.
     void Open(std::string_view comp = "Comp 1", std::string_view layer = "Layer 1") {
         popup->Show("Project", comp, layer, PopupCommand{PopupCommand::Show});
     }
-    static uint32_t Command(EffectsPopupWindow& w, PopupCommand command) {
-        return w.Show(std::string_view(), std::string_view(), std::string_view(), command);
+    static uint32_t Command(EffectsPopupWindow& w, uint32_t kind) {
+        return w.Show(std::string_view(), std::string_view(), std::string_view(), PopupCommand{kind});
     }
+    void Event(nimbit::ui::event_type type, uint64_t data) { Deliver(*popup, type, data); }
     void Search(std::string_view text) { popup->GetSearchField().set_text(text, true); }
     // A key as the platform delivers it to the search field (key_down to the focused widget).
     void InputKey(unsigned long long code) {
         popup->GetSearchField().focus(nimbit::ui::focus_cause::keyboard);
-        nimbit::ui::offscreen::events_of(*popup).process_event(nimbit::ui::event_type::key_down, code);
+        Event(nimbit::ui::event_type::key_down, code);
     }
     std::vector<std::string> RowNames() const {
         std::vector<std::string> names;
@@ -120,7 +133,7 @@ protected:
     PreferencesData prefs;
     std::vector<EffectData> catalogue;
     std::unique_ptr<Window> popup;
-    struct : nimbit::ui::event_object {
-    } listener;
-    std::vector<const EffectData*> applied;
+    event_recorder applied;
 };
+
+using Names = std::vector<std::string>;

@@ -1,17 +1,13 @@
 // The list's rows and the message popups, built without the popup window.
-#include "host/effect_data.h"
-#include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "nimbit/ui/theme_keys.h"
 #include "popup/parts/effect_slot.h"
 #include "popup/parts/effects_drop_down.h"
 #include "popup/parts/effects_message_popup.h"
 #include "popup/parts/effects_popup_interface.h"
 #include "popup/ui_colors.h"
-
-#include <gtest/gtest.h>
+#include "tests/popup/popup_fixture.h"
 
 #include <optional>
 
@@ -35,11 +31,9 @@ struct RecordingPopup : EffectsPopupInterface {
     void SetSelected(EffectSlot*) override { calls.push_back({"select", nullptr, 0}); }
 };
 
-struct SlotTest : ::testing::Test {
+struct SlotTest : OffscreenTest {
     void SetUp() override {
-        offscreen::reset_input();
-        offscreen::clear_menu_answers();
-        offscreen::clear_shown_menus();
+        OffscreenTest::SetUp();
         host.create("rows", {0, 0, 300, 200});
         host.show();
         effect.name = "Gaussian Blur";
@@ -98,20 +92,22 @@ TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
     Menu(false, 2, 4u);
     Menu(false, 2, 5u);
     Menu(false, 2, 1u); // the title cannot be chosen
-    ASSERT_EQ(popup.calls.size(), 4u);
-    EXPECT_EQ(popup.calls[0].what, "replace");
-    EXPECT_EQ(popup.calls[0].value, 1u);
-    EXPECT_EQ(popup.calls[0].effect, &effect);
-    EXPECT_EQ(popup.calls[1].what, "list");
-    EXPECT_EQ(popup.calls[1].value, 0u);
-    EXPECT_EQ(popup.calls[2].what, "list");
-    EXPECT_EQ(popup.calls[2].value, 1u);
-    EXPECT_EQ(popup.calls[3].what, "create");
+    std::vector<std::string> calls;
+    for (const auto& c : popup.calls)
+        calls.push_back(c.what + ":" + std::to_string(c.value) + (c.effect == &effect ? "" : "?"));
+    EXPECT_EQ(calls, (std::vector<std::string>{"replace:1", "list:0", "list:1", "create:0"}));
 }
 
-TEST_F(SlotTest, RightClickOpensTheMenuOnlyWhenAllowed) {
+TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAllowed) {
     slot.SetEffect(&effect, false, &labels);
+    offscreen::move_mouse(host, {20, 10});
+    EXPECT_EQ(popup.calls.size(), 1u); // asks to be selected
+    EXPECT_TRUE(slot.IsHovered());
+    offscreen::move_mouse(host, {20, 150});
+    EXPECT_FALSE(slot.IsHovered());
+    slot.SetSelected(true);
     offscreen::click(host, {20, 10}, 2);
+    EXPECT_EQ(popup.calls.size(), 1u);
     EXPECT_EQ(offscreen::shown_menus().size(), 1u);
     EXPECT_TRUE(slot.IsHovered()); // the pointer is still over the row: it stays lit
     offscreen::set_pointer({20, 150});
@@ -127,21 +123,7 @@ TEST_F(SlotTest, RightClickOpensTheMenuOnlyWhenAllowed) {
     EXPECT_EQ(offscreen::shown_menus().size(), 2u);
 }
 
-TEST_F(SlotTest, EnteringARowAsksToSelectItUnlessSelected) {
-    slot.SetEffect(&effect, false, &labels);
-    offscreen::move_mouse(host, {20, 10});
-    EXPECT_EQ(popup.calls.size(), 1u);
-    EXPECT_TRUE(slot.IsHovered());
-    offscreen::move_mouse(host, {20, 150});
-    EXPECT_FALSE(slot.IsHovered());
-    slot.SetSelected(true);
-    offscreen::move_mouse(host, {20, 10});
-    EXPECT_EQ(popup.calls.size(), 1u);
-}
-
-struct MessageTest : ::testing::Test {
-    void SetUp() override { offscreen::reset_input(); }
-    void TearDown() override { offscreen::offscreen_window::set_modal_driver({}); }
+struct MessageTest : OffscreenTest {
     // The popup's inside is the agreed size under a title bar, and the button lies wholly in it.
     static void ExpectLaidOutInside(window& popup, widget& button) {
         const ivec4 frame = popup.get_rect(), client = popup.get_client_rect();
@@ -153,11 +135,7 @@ struct MessageTest : ::testing::Test {
     }
     // Whether painting the popup draws exactly this text.
     static bool DrawsText(window& popup, std::string const& text) {
-        offscreen::offscreen_window& native = offscreen::native_of(popup);
-        popup.get_root().update(false);
-        native.get_canvas().clear_calls();
-        native.paint_pending();
-        for (draw_call const& c : native.get_canvas().calls_named("draw_text"))
+        for (draw_call const& c : Painted(popup, "draw_text"))
             if (c.text == text)
                 return true;
         return false;
@@ -190,8 +168,7 @@ TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwis
     EXPECT_EQ(ask.Run(), 1);
     offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
     EXPECT_EQ(ask.Run(), 0);
-    offscreen::offscreen_window::set_modal_driver(
-        [&](window&) { offscreen::events_of(ask).process_event(event_type::key_down, 27); });
+    offscreen::offscreen_window::set_modal_driver([&](window&) { Deliver(ask, event_type::key_down, 27); });
     EXPECT_EQ(ask.Run(), 0);
 }
 
@@ -206,8 +183,7 @@ TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscap
 
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
-    offscreen::offscreen_window::set_modal_driver(
-        [&](window&) { offscreen::events_of(warn).process_event(event_type::key_down, 27); });
+    offscreen::offscreen_window::set_modal_driver([&](window&) { Deliver(warn, event_type::key_down, 27); });
     EXPECT_EQ(warn.Run(), 0);
     // Shown, it hands the keyboard to its button.
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
@@ -217,12 +193,7 @@ TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscap
     warn.Run();
 }
 
-} // namespace
-
-namespace {
-
-TEST(EffectsDropDownLook, PaintsFlatInTheThemeColours) {
-    offscreen::reset_input();
+TEST_F(MessageTest, DropDownPaintsFlatInTheThemeColours) {
     window host;
     host.create("drop", {0, 0, 200, 60});
     host.show();
@@ -233,12 +204,8 @@ TEST(EffectsDropDownLook, PaintsFlatInTheThemeColours) {
     drop.select_item(1, false);
     const UIColors light = BuildColorThemes()[1];
     drop.SwitchTheme(&light);
-    offscreen::offscreen_window& native = offscreen::native_of(host);
-    host.get_root().update(false);
-    native.get_canvas().clear_calls();
-    native.paint_pending();
     bool flatBack = false, gradient = false, text = false;
-    for (const draw_call& c : native.get_canvas().calls()) {
+    for (const draw_call& c : Painted(host)) {
         flatBack |= c.op == "draw_rect" && c.color == light.dropDownBack;
         gradient |= c.op == "draw_rect_gradient";
         text |= c.op == "draw_clipped_text" && c.text == "Light" && c.color == light.dropDownFont;

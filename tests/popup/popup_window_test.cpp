@@ -2,11 +2,12 @@
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
-#include "nimbit/ui/offscreen/offscreen_drawer.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/offscreen/offscreen_input.h"
+#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 #include "popup/preferences_file.h"
+#include "popup/user_lists.h"
 #include "tests/popup/popup_fixture.h"
 
 using namespace nimbit;
@@ -14,58 +15,47 @@ using namespace nimbit::ui;
 
 namespace {
 
-std::vector<int> ButtonLefts(EffectsPopupWindow& w) {
-    std::vector<int> lefts;
-    for (int b = 0; b < 5; ++b) {
-        const ivec4 r = w.GetToolButton(static_cast<EffectsPopupWindow::ToolButton>(b)).get_rect();
-        EXPECT_EQ(r.y, 8);
-        EXPECT_EQ(r.w, 28);
-        EXPECT_EQ(r.h, 28);
-        lefts.push_back(r.x);
-    }
-    return lefts;
-}
+using W = EffectsPopupWindow;
 
-TEST_F(PopupTest, OpeningLayoutsInBothModes) {
-    Open("Comp 1", "Layer 1");
-    EXPECT_TRUE(popup->is_shown());
-    EXPECT_TRUE(popup->IsSearchMode());
-    EXPECT_EQ(popup->get_rect().w, 397);
-    EXPECT_EQ(popup->get_rect().h, 45); // empty search: no rows, no bar
-    EXPECT_EQ(ButtonLefts(*popup), (std::vector<int>{188, 231, 274, 317, 360}));
+TEST_F(PopupTest, OpeningLayoutsInEachMode) {
+    const std::vector<int> searchLefts{188, 231, 274, 317, 360}, plainLefts{9, 52, 95, 138, 181};
+    const struct {
+        const char *comp, *layer;
+        bool search, capture;
+        const std::vector<int>& lefts;
+    } cases[] = {{"Comp 1", "Layer 1", true, true, searchLefts},
+                 {"", "", false, false, plainLefts},
+                 {"Comp 1", "", false, true, plainLefts}}; // capture works, search does not
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.comp) + "/" + c.layer);
+        Open(c.comp, c.layer);
+        EXPECT_TRUE(popup->is_shown());
+        EXPECT_EQ(popup->IsSearchMode(), c.search);
+        EXPECT_EQ(popup->IsScreenshotMode(), c.capture);
+        EXPECT_EQ(popup->GetSearchField().is_visible(false), c.search);
+        std::vector<int> lefts;
+        for (int b = 0; b < 5; ++b)
+            lefts.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).get_rect().x);
+        EXPECT_EQ(lefts, c.lefts);
+        EXPECT_EQ(popup->GetToolButton(W::ScreenshotButton).is_enabled(), c.capture);
+        EXPECT_EQ(popup->GetToolButton(W::ExportButton).is_enabled(), c.capture);
+        EXPECT_TRUE(popup->GetToolButton(W::GalleryButton).is_enabled());
+        EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
+        popup->hide();
+    }
+    Open();
     EXPECT_EQ(popup->GetNewsBadge().get_rect(), (ivec4{378, 1, 18, 18}));
     EXPECT_EQ(popup->GetSearchField().get_rect(), (ivec4{51, 8, 116, 30}));
-    EXPECT_TRUE(popup->GetSearchField().is_visible(false));
-    EXPECT_TRUE(popup->GetToolButton(EffectsPopupWindow::ScreenshotButton).is_enabled());
-    EXPECT_TRUE(popup->GetToolButton(EffectsPopupWindow::ExportButton).is_enabled());
-    EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
-
-    popup->hide();
-    Open("", "");
-    EXPECT_FALSE(popup->IsSearchMode());
-    EXPECT_FALSE(popup->IsScreenshotMode());
-    EXPECT_EQ(popup->get_rect().w, 218);
-    EXPECT_EQ(popup->get_rect().h, 68);
-    EXPECT_EQ(ButtonLefts(*popup), (std::vector<int>{9, 52, 95, 138, 181}));
-    EXPECT_FALSE(popup->GetSearchField().is_visible(false));
-    EXPECT_FALSE(popup->GetListFrame().is_visible(false));
-    EXPECT_FALSE(popup->GetToolButton(EffectsPopupWindow::ScreenshotButton).is_enabled());
-    EXPECT_FALSE(popup->GetToolButton(EffectsPopupWindow::ExportButton).is_enabled());
-    EXPECT_TRUE(popup->GetToolButton(EffectsPopupWindow::GalleryButton).is_enabled());
-
-    popup->hide();
-    Open("Comp 1", ""); // a composition without a layer: capture works, search does not
-    EXPECT_TRUE(popup->IsScreenshotMode());
-    EXPECT_TRUE(popup->GetToolButton(EffectsPopupWindow::ScreenshotButton).is_enabled());
-    EXPECT_TRUE(popup->GetToolButton(EffectsPopupWindow::ExportButton).is_enabled());
 }
 
 TEST_F(PopupTest, ShortcutsBarShowsOnlyInSearchModeWithAnOccupiedSlot) {
+    Open();
+    const int bare = popup->get_rect().h;
     SetSlot(1, "Glow", "Glo");
     SetSlot(4, "Curves", "Cur");
     Open();
     EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false));
-    EXPECT_EQ(popup->get_rect().h, 45 + 35);
+    EXPECT_EQ(popup->get_rect().h, bare + 35);
     const auto& buttons = popup->GetShortcutsBar().GetButtons();
     ASSERT_EQ(buttons.size(), 2u);
     EXPECT_EQ(buttons[0]->GetNumber(), 2u);
@@ -75,20 +65,19 @@ TEST_F(PopupTest, ShortcutsBarShowsOnlyInSearchModeWithAnOccupiedSlot) {
 
     Search("glow");
     EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect().y, 45);
+    EXPECT_EQ(popup->GetListFrame().get_rect().y, bare);
     Search("");
     EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false));
-
-    popup->hide();
     Open("", "");
     EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
-    EXPECT_EQ(popup->get_rect().h, 68);
 }
 
 TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
     offscreen::set_pointer({600, 500});
     Open();
-    EXPECT_EQ(popup->get_rect(), (ivec4{600 - 397 / 2, 500 - 45, 397, 45}));
+    const ivec4 r = popup->get_rect();
+    EXPECT_EQ(r.x, 600 - r.w / 2);
+    EXPECT_EQ(r.y, 500 - r.h);
 
     popup->hide();
     offscreen::set_pointer({10, 30}); // the popup would reach over the menu bar and the left edge
@@ -105,7 +94,7 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
     // Losing the focus hides; reopening empties the search.
     Search("blur");
     EXPECT_FALSE(popup->GetRows().empty());
-    offscreen::events_of(*popup).process_event(event_type::focus_lost, 0);
+    Event(event_type::focus_lost, 0);
     EXPECT_FALSE(popup->is_shown());
     Open();
     EXPECT_EQ(popup->GetSearchField().get_text(), "");
@@ -114,10 +103,10 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
 
 TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersAndHighlightsThem) {
     Open();
+    const int top = popup->get_rect().h;
     Search("blur");
     // Names containing the text, in catalogue order, effects before presets.
-    EXPECT_EQ(RowNames(),
-              (std::vector<std::string>{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
+    EXPECT_EQ(RowNames(), (Names{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
     ASSERT_NE(popup->GetEffectsHeader(), nullptr);
     ASSERT_NE(popup->GetPresetsHeader(), nullptr);
     EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "Effects");
@@ -126,8 +115,7 @@ TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersAndHighlightsThem) {
     EXPECT_EQ(popup->GetPresetsHeader()->get_rect().y, 20 + 3 * 30);
     EXPECT_EQ(popup->GetRows()[3]->get_rect().y, 20 + 3 * 30 + 20);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    // Content of 160 pixels fits: one line under it, the top part above it.
-    EXPECT_EQ(popup->get_rect().h, 45 + 160 + 1);
+    EXPECT_EQ(popup->get_rect().h, top + 160 + 1); // content fits: one line under it
 
     Search("zzz");
     EXPECT_TRUE(popup->GetRows().empty());
@@ -159,25 +147,20 @@ TEST_F(PopupTest, ArrowsWrapAndTabJumpsBetweenEffectsAndPresets) {
     Open();
     InputKey(event_key::down); // no rows: nothing to do
     EXPECT_EQ(popup->GetSelected(), nullptr);
-
     Search("blur");
-    InputKey(event_key::up);
-    EXPECT_EQ(SelectedName(), "Blur In");
-    InputKey(event_key::down);
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    InputKey(event_key::down);
-    EXPECT_EQ(SelectedName(), "Fast Box Blur");
-    InputKey(event_key::tab);
-    EXPECT_EQ(SelectedName(), "Blur In");
-    InputKey(event_key::tab);
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    InputKey('A'); // any other key keeps the selection
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-
+    const std::pair<unsigned long long, const char*> steps[] = {
+        {event_key::up, "Blur In"},         {event_key::down, "Gaussian Blur"},
+        {event_key::down, "Fast Box Blur"}, {event_key::down, "Directional Blur"},
+        {event_key::down, "Blur In"},       {event_key::tab, "Gaussian Blur"},
+        {event_key::tab, "Blur In"},        {'A', "Blur In"}, // any other key keeps the selection
+    };
+    for (const auto& [key, name] : steps) {
+        InputKey(key);
+        EXPECT_EQ(SelectedName(), name) << key;
+    }
     popup->SetSelected(nullptr); // with no selection, a key selects the first row
     InputKey(event_key::up);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
-
     Search("gaussian"); // no presets: Tab stays
     InputKey(event_key::tab);
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
@@ -194,33 +177,32 @@ TEST_F(PopupTest, SelectionScrollsIntoViewBelowTheHeaders) {
     Search("blur");
     ASSERT_EQ(popup->GetRows().size(), 35u);
     const int visible = popup->GetListFrame().get_rect().h;
-    EXPECT_EQ(visible, EffectsPopupWindow::MaxListHeight);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), 0);
+    EXPECT_EQ(visible, W::MaxListHeight);
+    auto scrolled = [&] {
+        return popup->GetScrollBar().get_value();
+    };
 
     // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
     for (int i = 0; i < 12; ++i)
         InputKey(event_key::down);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), 0);
+    EXPECT_EQ(scrolled(), 0);
     InputKey(event_key::down);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), 20 + 13 * 30 + 30 - visible);
-
-    // The first preset sits under both headers.
-    InputKey(event_key::tab);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), 20 + 30 * 30 + 20 + 30 - visible);
-    // Back to the first row: its top is above the view, so the view starts at it.
-    InputKey(event_key::tab);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), 20);
-    // Up from the first row wraps to the last, at the very end.
-    InputKey(event_key::up);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), popup->GetScrollBar().get_max_scroll());
+    EXPECT_EQ(scrolled(), 20 + 13 * 30 + 30 - visible);
+    InputKey(event_key::tab); // the first preset sits under both headers
+    EXPECT_EQ(scrolled(), 20 + 30 * 30 + 20 + 30 - visible);
+    InputKey(event_key::tab); // back to the first row, above the view: the view starts at it
+    EXPECT_EQ(scrolled(), 20);
+    InputKey(event_key::up); // wraps to the last, at the very end
+    EXPECT_EQ(scrolled(), popup->GetScrollBar().get_max_scroll());
 }
 
 TEST_F(PopupTest, ResizeFollowsTheContentUpToTheMaximum) {
     Open();
+    const int w = popup->get_rect().w, top = popup->get_rect().h;
     Search("glow");
     EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, 45, 397 - 2, 20 + 30 + 20 + 30}));
-    EXPECT_EQ(popup->GetRows()[0]->get_rect().w, 397 - 2);
+    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 2, 20 + 30 + 20 + 30}));
+    EXPECT_EQ(popup->GetRows()[0]->get_rect().w, w - 2);
 
     std::vector<EffectData> many;
     for (int i = 0; i < 40; ++i)
@@ -228,10 +210,10 @@ TEST_F(PopupTest, ResizeFollowsTheContentUpToTheMaximum) {
     popup->SetEffectData(many);
     Search("glow");
     EXPECT_TRUE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, 45, 397 - 20, EffectsPopupWindow::MaxListHeight}));
-    EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{397 - 18, 45, 16, EffectsPopupWindow::MaxListHeight}));
-    EXPECT_EQ(popup->GetRows()[0]->get_rect().w, 397 - 20);
-    EXPECT_EQ(popup->get_rect().h, 45 + EffectsPopupWindow::MaxListHeight + 1);
+    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 20, W::MaxListHeight}));
+    EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{w - 18, top, 16, W::MaxListHeight}));
+    EXPECT_EQ(popup->GetRows()[0]->get_rect().w, w - 20);
+    EXPECT_EQ(popup->get_rect().h, top + W::MaxListHeight + 1);
 
     // The wheel over a row scrolls the list, within its range.
     const ivec2 row = popup->GetRows()[2]->calc_absolute_pos() + ivec2{40, 10};
@@ -248,36 +230,32 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     Open();
     Search("gauss");
     InputKey(event_key::return_key);
-    offscreen::events_of(*popup).process_event(event_type::key_char, 13);
-    ASSERT_EQ(applied.size(), 1u);
-    EXPECT_EQ(applied[0], Named("Gaussian Blur"));
+    Event(event_type::key_char, 13);
+    EXPECT_EQ(Applied(), (Names{"Gaussian Blur"}));
     EXPECT_FALSE(popup->is_shown());
 
     Open();
     Search("blur");
-    EffectSlot& preset = *popup->GetRows()[3];
-    const ivec2 at = preset.calc_absolute_pos();
-    offscreen::click(*popup, {at.x + 60, at.y + 10}, 2); // the right button opens the menu instead
-    EXPECT_EQ(applied.size(), 1u);
-    offscreen::click(*popup, {at.x + 60, at.y + 10});
-    ASSERT_EQ(applied.size(), 2u);
-    EXPECT_EQ(applied[1], Named("Blur In"));
+    const ivec2 at = popup->GetRows()[3]->calc_absolute_pos() + ivec2{60, 10};
+    offscreen::click(*popup, at, 2); // the right button opens the menu instead
+    EXPECT_EQ(Applied(), Names{});
+    offscreen::click(*popup, at);
+    EXPECT_EQ(Applied(), (Names{"Blur In"}));
 
     // Keys other than Return on a row do nothing; with no selection Return only hides.
     Open();
     Search("glow");
     event_manager::instance().fire_event(popup->GetRows()[0].get(), event_type::key_down, 'X');
-    EXPECT_EQ(applied.size(), 2u);
+    EXPECT_EQ(Applied(), Names{});
     event_manager::instance().fire_event(popup->GetRows()[0].get(), event_type::key_down, 13);
-    EXPECT_EQ(applied.size(), 3u);
+    EXPECT_EQ(Applied(), (Names{"Glow"}));
     Open();
     Search("zzz");
     popup->ApplySelectedEffect();
-    EXPECT_EQ(applied.size(), 3u);
     EXPECT_FALSE(popup->is_shown());
 
-    // Escape empties the search and closes without applying, as the platform delivers it: the key press to
-    // the focused field, then the cancel command.
+    // Escape empties the search and closes without applying, as the platform delivers it: the key
+    // press to the focused field, then the cancel command; outside search mode as well.
     for (const bool withSelection : {false, true}) {
         Open();
         Search("blur");
@@ -286,46 +264,37 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
         InputKey(27);
         EXPECT_EQ(popup->GetSearchField().get_text(), "");
         EXPECT_TRUE(popup->GetRows().empty());
-        offscreen::events_of(*popup).process_event(event_type::key_char, 27);
+        Event(event_type::key_char, 27);
         EXPECT_FALSE(popup->is_shown());
     }
-    // Outside search mode as well.
     Open("Comp 1", "");
-    offscreen::events_of(*popup).process_event(event_type::key_char, 27);
+    Event(event_type::key_char, 27);
     EXPECT_FALSE(popup->is_shown());
-    EXPECT_EQ(applied.size(), 3u);
+    EXPECT_EQ(Applied(), Names{});
 }
 
 TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) {
     SetSlot(1, "Glow", "Glo");
     Open();
-    offscreen::events_of(*popup).process_event(event_type::key_char,
-                                               '5'); // slot 5 is empty: nothing, and still shown
-    EXPECT_TRUE(applied.empty());
+    Event(event_type::key_char, '5'); // slot 5 is empty: nothing, and still shown
     EXPECT_TRUE(popup->is_shown());
-    offscreen::events_of(*popup).process_event(event_type::key_char, '2');
-    ASSERT_EQ(applied.size(), 1u);
-    EXPECT_EQ(applied[0], Named("Glow"));
+    Event(event_type::key_char, '2');
+    EXPECT_EQ(Applied(), (Names{"Glow"}));
     EXPECT_FALSE(popup->is_shown());
 
-    // Inside a search a digit is text.
-    Open();
+    Open(); // inside a search a digit is text
     offscreen::advance_ms(250);
     Search("cc");
-    offscreen::events_of(*popup).process_event(event_type::key_char, '2');
-    EXPECT_EQ(applied.size(), 1u);
+    Event(event_type::key_char, '2');
+    EXPECT_EQ(Applied(), Names{});
 
-    // The shortcut buttons apply their slot.
-    Open();
-    const auto& button = *popup->GetShortcutsBar().GetButtons()[0];
-    const ivec2 at = button.calc_absolute_pos();
+    Open(); // the shortcut buttons apply their slot
+    const ivec2 at = popup->GetShortcutsBar().GetButtons()[0]->calc_absolute_pos();
     offscreen::click(*popup, {at.x + 10, at.y + 10});
-    ASSERT_EQ(applied.size(), 2u);
-    EXPECT_EQ(applied[1], Named("Glow"));
+    EXPECT_EQ(Applied(), (Names{"Glow"}));
 
-    // Outside search mode any other character hides.
-    Open("", "");
-    offscreen::events_of(*popup).process_event(event_type::key_char, 'x');
+    Open("", ""); // outside search mode any other character hides
+    Event(event_type::key_char, 'x');
     EXPECT_FALSE(popup->is_shown());
 
     // An override is applied in place of its entry, from the list and from a slot.
@@ -334,59 +303,52 @@ TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) 
     Search("soft");
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
     popup->ApplySelectedEffect();
-    ASSERT_EQ(applied.size(), 3u);
-    EXPECT_EQ(applied[2], Named("Fast Box Blur"));
     SetSlot(0, "Gaussian Blur", "Gau");
     Open("", "");
-    offscreen::events_of(*popup).process_event(event_type::key_char, '1');
-    ASSERT_EQ(applied.size(), 4u);
-    EXPECT_EQ(applied[3], Named("Fast Box Blur"));
+    Event(event_type::key_char, '1');
+    EXPECT_EQ(Applied(), (Names{"Fast Box Blur", "Fast Box Blur"}));
 }
 
-TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndWindowKeysAndCommandsReachTheirTools) {
+TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndKeysAndCommandsReachTheirTools) {
     const file_path folder = root / "user/Tarvelo";
     EXPECT_TRUE(SettingsFileExists(folder));
     EXPECT_FALSE(file_stats(folder.append(file_path("effects_search.txt"))).exists);
     EXPECT_EQ(offscreen::native_of(*popup).get_title(), "Effects Popup");
 
     Open();
-    offscreen::events_of(*popup).process_event(event_type::key_down, event_key::f5);
-    EXPECT_EQ(popup->gallery, 1);
+    Event(event_type::key_down, event_key::f5);
     offscreen::set_key_down(56, true);
-    offscreen::events_of(*popup).process_event(event_type::key_down, event_key::f5);
+    Event(event_type::key_down, event_key::f5); // with Shift: capture
     offscreen::set_key_down(56, false);
-    EXPECT_EQ(popup->screenshots, 1);
-    EXPECT_EQ(popup->gallery, 1);
-    offscreen::events_of(*popup).process_event(event_type::key_down,
-                                               'A'); // search mode keeps the window for typing
+    EXPECT_EQ(popup->calls, (std::vector<int>{0, 1}));
+    Event(event_type::key_down, 'A'); // search mode keeps the window for typing
     EXPECT_TRUE(popup->is_shown());
-
     Open("", "");
     for (unsigned long long modifier : {18ull, 55ull, 56ull})
-        offscreen::events_of(*popup).process_event(event_type::key_down, modifier);
+        Event(event_type::key_down, modifier);
     EXPECT_TRUE(popup->is_shown());
-    offscreen::events_of(*popup).process_event(event_type::key_down, 'A');
+    Event(event_type::key_down, 'A');
     EXPECT_FALSE(popup->is_shown());
 
-    // Commands from the host reach the same tools.
-    popup->gallery = popup->screenshots = 0;
-    EXPECT_EQ(Command(*popup, PopupCommand{PopupCommand::Gallery}), NoCommandResult);
-    EXPECT_EQ(popup->gallery, 1);
-    Command(*popup, PopupCommand{PopupCommand::Screenshot});
-    EXPECT_EQ(popup->screenshots, 1);
-    EXPECT_EQ(Command(*popup, PopupCommand{PopupCommand::NewsCount}), 0xFFFFFFFFu); // not known yet
-    EXPECT_EQ(Command(*popup, PopupCommand{99}), NoCommandResult);
+    // Each command from the host reaches its tool, and answers nothing but the news count.
+    popup->calls.clear();
+    for (uint32_t kind :
+         std::initializer_list<uint32_t>{PopupCommand::Gallery, PopupCommand::Screenshot,
+                                         PopupCommand::Export, PopupCommand::Preferences, 99u})
+        EXPECT_EQ(Command(*popup, kind), NoCommandResult) << kind;
+    EXPECT_EQ(popup->calls, (std::vector<int>{0, 1, 2, 3}));
+    EXPECT_EQ(Command(*popup, PopupCommand::NewsCount), 0xFFFFFFFFu); // not known yet
     EXPECT_FALSE(popup->is_shown());
 
     prefs.shortcutChoice = 3;
-    Command(*popup, PopupCommand{PopupCommand::SaveSettings});
+    Command(*popup, PopupCommand::SaveSettings);
     PreferencesData read;
-    ASSERT_TRUE(LoadPreferences(read, root / "user/Tarvelo"));
+    ASSERT_TRUE(LoadPreferences(read, folder));
     EXPECT_EQ(read.shortcutChoice, 3);
-    EXPECT_TRUE(file_stats((root / "user/Tarvelo").append(file_path("effects_shortcuts.txt"))).exists);
+    EXPECT_TRUE(file_stats(folder.append(file_path("effects_shortcuts.txt"))).exists);
 }
 
-TEST_F(PopupTest, NewsCountIsPolledUntilKnown) {
+TEST_F(PopupTest, NewsCountIsPolledUntilKnownAndTheLogoAcknowledgesIt) {
     int32_t answer = -1;
     int polls = 0;
     Window withNews(prefs, [&] {
@@ -396,15 +358,15 @@ TEST_F(PopupTest, NewsCountIsPolledUntilKnown) {
     offscreen::advance_ms(2000);
     EXPECT_EQ(polls, 2);
     EXPECT_FALSE(withNews.GetNewsBadge().is_visible(false));
-    answer = 3;
+    answer = 1; // a single item shows the badge too
     offscreen::advance_ms(1000);
-    EXPECT_EQ(withNews.GetNewsCount(), 3);
+    EXPECT_EQ(withNews.GetNewsCount(), 1);
     EXPECT_TRUE(withNews.GetNewsBadge().is_visible(false));
-    EXPECT_EQ(Command(withNews, PopupCommand{PopupCommand::NewsCount}), 3u);
+    EXPECT_EQ(Command(withNews, PopupCommand::NewsCount), 1u);
     offscreen::advance_ms(5000);
     EXPECT_EQ(polls, 3); // the timer stopped
 
-    withNews.Logo(); // acknowledged: the badge goes and the time is saved
+    Command(withNews, PopupCommand::Logo); // the badge goes and the time is saved
     EXPECT_FALSE(withNews.GetNewsBadge().is_visible(false));
     PreferencesData read;
     read.newsTime = 0;
@@ -414,8 +376,7 @@ TEST_F(PopupTest, NewsCountIsPolledUntilKnown) {
 
 TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     ASSERT_EQ(popup->GetThemes().size(), 2u);
-    const UIColors& dark = popup->GetThemes()[0];
-    const UIColors& light = popup->GetThemes()[1];
+    const UIColors &dark = popup->GetThemes()[0], &light = popup->GetThemes()[1];
     EXPECT_EQ(popup->GetColors(), &dark);
     EXPECT_EQ(popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color), dark.windowBack);
 
@@ -424,10 +385,9 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     EXPECT_EQ(popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color), light.windowBack);
     EXPECT_EQ(theme::plugin_map.at(theme_keys::tooltip_back_color).get<vec4>(), light.tooltipBack);
     EXPECT_EQ(popup->GetSearchField().get_theme().get<vec4>(theme_keys::input_font_color), light.inputFont);
-    EXPECT_EQ(popup->GetToolButton(EffectsPopupWindow::LogoButton)
-                  .get_theme()
-                  .get<image_stream>(theme_keys::button_back_image),
-              light.logoIcon);
+    EXPECT_EQ(
+        popup->GetToolButton(W::LogoButton).get_theme().get<image_stream>(theme_keys::button_back_image),
+        light.logoIcon);
 
     // Already current: nothing is pushed again unless forced.
     theme::plugin_map.erase(theme_keys::tooltip_back_color);
@@ -438,11 +398,7 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
 
     // The window colour fills the whole popup first, under every control.
     Open();
-    offscreen::offscreen_window& native = offscreen::native_of(*popup);
-    popup->get_root().update(false);
-    native.get_canvas().clear_calls();
-    native.paint_pending();
-    const std::vector<draw_call> fills = native.get_canvas().calls_named("draw_rect");
+    const std::vector<draw_call> fills = Painted(*popup, "draw_rect");
     ASSERT_FALSE(fills.empty());
     EXPECT_EQ(fills.front().color, light.windowBack);
     EXPECT_EQ(fills.front().rect,
@@ -456,14 +412,32 @@ TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     EXPECT_EQ(popup->GetEffectsHeader()->GetBackColor(), dark.effectsHeaderBack);
 }
 
-TEST_F(PopupTest, ListActionsSaveAndRefresh) {
+TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused) {
+    const file_path shortcutsFile = (root / "user/Tarvelo").append(file_path("effects_shortcuts.txt"));
+    // Refused: all nine slots full, or a replacement of an empty slot. The popup hides, writes nothing.
+    for (size_t i = 0; i < ShortcutSlotCount; ++i)
+        SetSlot(i, "Glow", "G" + std::to_string(i));
+    Open();
+    popup->AddToShortcuts(Named("Curves"));
+    EXPECT_FALSE(popup->is_shown());
+    for (size_t i = 0; i < ShortcutSlotCount; ++i)
+        EXPECT_EQ(popup->GetShortcuts()[i].effect, Named("Glow")) << i;
+    popup->GetShortcuts()[4] = EffectAlias{};
+    Open();
+    popup->ReplaceToShortcuts(Named("Curves"), 4);
+    EXPECT_FALSE(popup->is_shown());
+    EXPECT_EQ(popup->GetShortcuts()[4].effect, nullptr);
+    EXPECT_FALSE(file_stats(shortcutsFile).exists);
+    for (size_t i = 0; i < ShortcutSlotCount; ++i)
+        popup->GetShortcuts()[i] = EffectAlias{};
+
     Open();
     Search("glow");
     // Blacklisting from a row's own menu rebuilds the list under the row that asked.
     const ivec2 at = popup->GetRows()[0]->calc_absolute_pos();
     offscreen::push_menu_answer(EffectSlot::BlacklistId);
     offscreen::click(*popup, {at.x + 60, at.y + 10}, 2);
-    EXPECT_EQ(RowNames(), (std::vector<std::string>{"Glow Pulse"}));
+    EXPECT_EQ(RowNames(), (Names{"Glow Pulse"}));
     popup->AddToShortcuts(Named("Curves"));
     EXPECT_FALSE(popup->is_shown());
     EXPECT_EQ(popup->GetShortcuts()[0].alias, "Cur");

@@ -15,46 +15,35 @@
 
 namespace {
 
-// Width and height from a PNG's header.
-nimbit::_vec2<int> PngSize(const unsigned char* png) {
-    auto be32 = [](const unsigned char* p) {
-        return (p[0] << 24) | (p[1] << 16) | (p[2] << 8) | p[3];
-    };
-    return {be32(png + 16), be32(png + 20)};
+// The toolbar's icons in the order of its buttons, which the panel's script follows.
+const quillo::embedded_image* const ToolbarOrder[] = {&ScreenshotIconDark, &ExportIconDark, &GalleryIconDark,
+                                                      &PrefIconDark,       &LogoIconDark,   &NewsIcon};
+
+// The icon as the panel shows it: an eighth of its pixel size, PNG-encoded.
+std::vector<unsigned char> SmallPng(const quillo::embedded_image& icon) {
+    nimbit::ui::bitmap image;
+    EXPECT_TRUE(image.load_image(icon.data, icon.size, 1.0f));
+    const nimbit::_vec2<int> full = image.get_size();
+    EXPECT_TRUE(image.set_size({full.x / 8, full.y / 8}, true));
+    return image.save_image_stream(nimbit::ui::image_format::png);
 }
 
-std::vector<nimbit::_vec2<int>> ExpectedSizes() {
-    std::vector<nimbit::_vec2<int>> sizes;
-    for (const quillo::embedded_image* icon :
-         {&ScreenshotIconDark, &ExportIconDark, &GalleryIconDark, &PrefIconDark, &LogoIconDark, &NewsIcon}) {
-        const nimbit::_vec2<int> full = PngSize(icon->data);
-        sizes.push_back({static_cast<int>(full.x * 0.125f), static_cast<int>(full.y * 0.125f)});
-    }
-    return sizes;
-}
-
-TEST(StatusScript, LinesAreEscapedPngsOfAnEighthOfTheIconSize) {
-    const std::string lines = BuildToolbarIconLines();
-    const std::vector<nimbit::_vec2<int>> sizes = ExpectedSizes();
-    std::istringstream in(lines);
+TEST(StatusScript, LinesAreLowerCaseEscapedSmallIconsInToolbarOrder) {
+    std::istringstream in(BuildToolbarIconLines());
     std::string line;
-    for (size_t i = 0; i < sizes.size(); ++i) {
+    for (size_t i = 0; i < std::size(ToolbarOrder); ++i) {
+        SCOPED_TRACE(i);
         ASSERT_TRUE(std::getline(in, line));
         const std::string head = "var button" + std::to_string(i) + "Hex = \"";
         ASSERT_EQ(line.rfind(head, 0), 0u) << line.substr(0, 40);
         ASSERT_EQ(line.substr(line.size() - 2), "\";");
-        const std::string body = line.substr(head.size(), line.size() - head.size() - 2);
-        ASSERT_EQ(body.size() % 4, 0u);
-        std::vector<unsigned char> bytes;
-        for (size_t at = 0; at < body.size(); at += 4) {
-            ASSERT_EQ(body.compare(at, 2, "\\x"), 0);
-            for (char c : body.substr(at + 2, 2))
-                ASSERT_TRUE((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f')) << "upper case or junk: " << c;
-            bytes.push_back(static_cast<unsigned char>(std::stoi(body.substr(at + 2, 2), nullptr, 16)));
+        std::string expected;
+        for (unsigned char byte : SmallPng(*ToolbarOrder[i])) {
+            char hex[5];
+            std::snprintf(hex, sizeof hex, "\\x%02x", byte);
+            expected += hex;
         }
-        nimbit::ui::bitmap decoded;
-        ASSERT_TRUE(decoded.load_image(bytes.data(), bytes.size(), 1.0f)) << "line " << i;
-        EXPECT_EQ(decoded.get_size(), sizes[i]) << "line " << i;
+        EXPECT_EQ(line.substr(head.size(), line.size() - head.size() - 2), expected);
     }
     EXPECT_FALSE(std::getline(in, line));
 }
@@ -91,10 +80,13 @@ console.log(report.join("\n"));
         output += buffer;
     ASSERT_EQ(pclose(pipe), 0) << output;
     std::string expected = "choice 2\n";
-    const std::vector<nimbit::_vec2<int>> sizes = ExpectedSizes();
-    for (size_t i = 0; i < sizes.size(); ++i)
-        expected += std::to_string(i) + " png " + std::to_string(sizes[i].x) + "x" +
-                    std::to_string(sizes[i].y) + "\n";
+    for (size_t i = 0; i < std::size(ToolbarOrder); ++i) {
+        nimbit::ui::bitmap small;
+        const std::vector<unsigned char> png = SmallPng(*ToolbarOrder[i]);
+        ASSERT_TRUE(small.load_image(png.data(), png.size(), 1.0f));
+        expected += std::to_string(i) + " png " + std::to_string(small.get_size().x) + "x" +
+                    std::to_string(small.get_size().y) + "\n";
+    }
     EXPECT_EQ(output, expected);
 #endif
 }

@@ -1,11 +1,9 @@
 // The global shortcut as the idle hook polls it: the chord table, and opening and closing the popup
 // through the controller on the simulated host, with keys fed to the offscreen keyboard.
-#include "host/effects_popup.h"
-#include "host/popup_window.h"
 #include "host/shortcut_chord.h"
+#include "host_session.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
-#include "tests/host/host_session.h"
 
 #include <gtest/gtest.h>
 
@@ -15,36 +13,12 @@ namespace {
 
 using nimbit::ui::keyboard;
 namespace offscreen = nimbit::ui::offscreen;
-
 namespace key_query = nimbit::ui::key_query;
 namespace vk = nimbit::ui::virtual_key;
 
-struct ChordWindow : PopupWindow {
-    static inline int shows = 0, hides = 0;
-    bool shown = false;
-    uint32_t Show(const std::string&, const std::string&, const std::string&, PopupCommand command) override {
-        if (command.kind == PopupCommand::Show) {
-            ++shows;
-            shown = true;
-        }
-        return NoCommandResult;
-    }
-    void Hide() override {
-        ++hides;
-        shown = false;
-    }
-    bool IsShown() const override { return shown; }
-    void WriteFile() override {}
-    void SetEffectData(const std::vector<EffectData>&) override {}
-    static std::unique_ptr<PopupWindow> Make(PreferencesData&, EffectsPopup&) {
-        return std::make_unique<ChordWindow>();
-    }
-};
-
 struct ChordTest : ::testing::Test {
     void SetUp() override {
-        ChordWindow::shows = ChordWindow::hides = 0;
-        SetPopupWindowFactory(&ChordWindow::Make);
+        RecordingWindow::Install();
         SetKeyQueries({&keyboard::is_key_down, &keyboard::was_key_pressed});
         Release();
         host = &session.Start();
@@ -53,27 +27,25 @@ struct ChordTest : ::testing::Test {
     }
     void TearDown() override {
         controller.reset();
-        SetPopupWindowFactory(nullptr);
+        RecordingWindow::Uninstall();
         SetKeyQueries({});
         Release();
     }
     // Lets go of every key and lets the press memory see it.
-    void Release() {
+    static void Release() {
         offscreen::reset_input();
         for (int key : {int(keyboard::space), int(keyboard::tab), vk::j})
             keyboard::was_key_pressed(key);
     }
-    void Hold(std::initializer_list<int> keys, bool down = true) {
-        for (int k : keys)
-            offscreen::set_key_down(k, down);
-    }
     // One idle tick with exactly these keys down.
     void Tick(std::initializer_list<int> keys) {
         offscreen::reset_input();
-        Hold(keys);
+        for (int k : keys)
+            offscreen::set_key_down(k, true);
         controller->IdleHook();
     }
     PreferencesData& Prefs() { return controller->Preferences(); }
+    static int Shows() { return RecordingWindow::Shows(); }
 
     HostSession session;
     hostsim::SimHost* host = nullptr;
@@ -86,13 +58,14 @@ TEST(ShortcutChordTable, ModifierConditionsPerChoice) {
         ctrlShift{true, false, true, false}, all{true, true, true, true};
     const int keys[] = {key_query::space, key_query::space, key_query::tab, key_query::tab};
     for (int choice = 0; choice < 4; ++choice) {
+        SCOPED_TRACE(choice);
         prefs.shortcutChoice = choice;
         const bool wantsCtrl = choice == 0 || choice == 2;
-        EXPECT_EQ(ShortcutModifiersHold(prefs, ctrl), wantsCtrl) << choice;
-        EXPECT_EQ(ShortcutModifiersHold(prefs, shift), !wantsCtrl) << choice;
-        EXPECT_TRUE(ShortcutModifiersHold(prefs, ctrlShift)) << choice; // other modifiers are not looked at
-        EXPECT_TRUE(ShortcutModifiersHold(prefs, all)) << choice;
-        EXPECT_FALSE(ShortcutModifiersHold(prefs, none)) << choice;
+        EXPECT_EQ(ShortcutModifiersHold(prefs, ctrl), wantsCtrl);
+        EXPECT_EQ(ShortcutModifiersHold(prefs, shift), !wantsCtrl);
+        EXPECT_TRUE(ShortcutModifiersHold(prefs, ctrlShift)); // other modifiers are not looked at
+        EXPECT_TRUE(ShortcutModifiersHold(prefs, all));
+        EXPECT_FALSE(ShortcutModifiersHold(prefs, none));
         EXPECT_EQ(ShortcutKey(prefs), keys[choice]);
     }
     prefs.shortcutChoice = 4;
@@ -103,6 +76,9 @@ TEST(ShortcutChordTable, ModifierConditionsPerChoice) {
     EXPECT_FALSE(ShortcutModifiersHold(prefs, ctrl));
     EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
     EXPECT_EQ(ShortcutKey(prefs), vk::j);
+    prefs.customCtrl = 0;
+    EXPECT_TRUE(ShortcutModifiersHold(prefs, shift));
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, ctrlShift));
     prefs.shortcutChoice = 5;
     EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
     EXPECT_EQ(ShortcutKey(prefs), key_query::none);
@@ -110,68 +86,57 @@ TEST(ShortcutChordTable, ModifierConditionsPerChoice) {
 }
 
 TEST_F(ChordTest, HeldChordOpensOnceAndTheNextPressCloses) {
-    Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 1);
-    Tick({vk::left_control, vk::space});
-    Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 1);
-    EXPECT_EQ(ChordWindow::hides, 0);
+    for (int i = 0; i < 3; ++i)
+        Tick({vk::left_control, vk::space});
+    EXPECT_EQ(Shows(), 1);
+    EXPECT_EQ(RecordingWindow::hides, 0);
     Tick({vk::left_control});
     Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::hides, 1);
+    EXPECT_EQ(RecordingWindow::hides, 1);
     EXPECT_FALSE(controller->Window()->IsShown());
     Tick({vk::space}); // no Control: nothing
     Tick({});
-    EXPECT_EQ(ChordWindow::shows, 1);
+    EXPECT_EQ(Shows(), 1);
 }
 
-TEST_F(ChordTest, RightControlAloneServesTheControlChoices) {
+TEST_F(ChordTest, RightControlServesTheControlChoicesAndExtraModifiersTheOthers) {
     Tick({vk::right_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 1);
     controller->Window()->Hide();
     Prefs().shortcutChoice = 2;
     Tick({vk::right_control, vk::tab});
-    EXPECT_EQ(ChordWindow::shows, 2);
     controller->Window()->Hide();
     Prefs().shortcutChoice = 1;
     Tick({});
     Tick({vk::left_control, vk::left_shift, vk::space}); // Shift + Space, with Control as well
-    EXPECT_EQ(ChordWindow::shows, 3);
+    EXPECT_EQ(Shows(), 3);
 }
 
 TEST_F(ChordTest, CustomChordNeedsExactlyItsModifiers) {
     Prefs().shortcutChoice = 4;
-    Prefs().customCtrl = 1;
-    Prefs().customShift = 1;
+    Prefs().customCtrl = Prefs().customShift = 1;
     Prefs().customKeyCode = vk::j;
-    Tick({vk::left_control, vk::left_shift, vk::option, vk::j});
-    EXPECT_EQ(ChordWindow::shows, 0);
-    Tick({});
-    Tick({vk::left_control, vk::left_shift, vk::command, vk::j});
-    EXPECT_EQ(ChordWindow::shows, 0);
-    Tick({});
+    for (int extra : {vk::option, vk::command}) {
+        Tick({vk::left_control, vk::left_shift, extra, vk::j});
+        Tick({});
+    }
+    EXPECT_EQ(Shows(), 0);
     Tick({vk::left_control, vk::left_shift, vk::j});
-    EXPECT_EQ(ChordWindow::shows, 1);
+    EXPECT_EQ(Shows(), 1);
 }
 
-TEST_F(ChordTest, OnlyTheCurrentKeyIsQueried) {
+TEST_F(ChordTest, OnlyTheCurrentKeyIsQueriedAndOnlyWhileTheHostIsActive) {
     Prefs().shortcutChoice = 2; // Ctrl + Tab: Space is not looked at
     Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 0);
+    EXPECT_EQ(Shows(), 0);
     // Space was never asked for, so its press is still new to the Space choice.
     Prefs().shortcutChoice = 0;
-    Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 1);
-}
-
-TEST_F(ChordTest, ChordWhileAnotherApplicationIsActiveDoesNothing) {
     host->GetModel().active = false;
     Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 0);
+    EXPECT_EQ(Shows(), 0);
     host->GetModel().active = true;
     Tick({});
     Tick({vk::left_control, vk::space});
-    EXPECT_EQ(ChordWindow::shows, 1);
+    EXPECT_EQ(Shows(), 1);
 }
 
 } // namespace
