@@ -57,6 +57,8 @@ TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
     EXPECT_EQ(by_index, 2);
     EXPECT_EQ(by_id, 13) << "the old binding is let go";
     EXPECT_FALSE(box.select_item(1)) << "a separator cannot be selected";
+    box.add_item(14, "Fourteen"); // leaves a stale item just past the end
+    box.remove_item(14);
     EXPECT_FALSE(box.select_item(4) || box.select_item(-1)) << "just past either end";
     EXPECT_EQ(by_index, 2);
 }
