@@ -1,9 +1,7 @@
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/event_object.h"
 #include "nimbit/ui/theme_keys.h"
-#include "nimbit/ui/widget.h"
 #include "nimbit/ui/widget_themes.h"
-#include "nimbit/ui/window.h"
 
 #include <gtest/gtest.h>
 
@@ -126,24 +124,4 @@ TEST(ThemeDeathTest, CharacterArraysStayStringsStreamsKeepTheirScaleUnknownKeysS
     t.set(theme_keys::checkbox_font_name, "abcde"); // a character array, not a bool
     EXPECT_EQ(t.get<std::string>(theme_keys::checkbox_font_name), "abcde");
     EXPECT_DEATH(t.get_theme_style("no_such_key"), "false && \"Style not found\"");
-}
-
-TEST(Theme, AnUnstyledWidgetIsMagentaAndSetBackgroundTellsIt) {
-    window w;
-    w.create("themes", {0, 0, 120, 80});
-    widget child;
-    child.create(w.get_root(), {10, 10, 20, 20});
-    EXPECT_EQ(child.get_theme().get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
-    EXPECT_EQ(w.get_root().get_theme().get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
-
-    std::vector<std::string> heard;
-    event_manager::instance().add_event(&child, &child, event_type::theme_changed, [&](const event_info& e) {
-        EXPECT_EQ(e.sender, &child);
-        heard.emplace_back(pointer_payload<const char>(e.data));
-    });
-    child.set_background({0.1f, 0.2f, 0.3f, 1});
-    child.set_background({0.1f, 0.2f, 0.3f, 1});
-    EXPECT_EQ(heard, (std::vector<std::string>{"default_back_color", "default_back_color"}));
-    EXPECT_EQ(child.get_theme().get<vec4>(theme_keys::default_back_color), (vec4{0.1f, 0.2f, 0.3f, 1}));
-    EXPECT_EQ(w.get_root().get_theme().get<vec4>(theme_keys::default_back_color), (vec4{1, 0, 1, 1}));
 }

@@ -59,8 +59,7 @@ TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSignAndDeletesTakeIt
     auto at = [&] {
         return std::pair(in().get_caret(), in().get_selection());
     };
-    key_with(shift_key, event_key::left);
-    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left, 2);
     EXPECT_EQ(at(), std::pair(5, 2));
     EXPECT_EQ(box.get_selected_text(), "fg");
     key_with(shift_key, event_key::home); // from 0 to the old far end of the selection
@@ -90,8 +89,7 @@ TEST_F(InputBoxTest, ShiftArrowsHomeAndEndFollowTheSelectionSignAndDeletesTakeIt
     key(event_key::forward_delete); // nothing after the caret
     EXPECT_EQ(box.get_text(), "bcde");
     // Typing over a selection replaces it; the caret lands behind the new character.
-    key_with(shift_key, event_key::left);
-    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left, 2);
     type(u"X");
     EXPECT_EQ(box.get_text(), "bcX");
     EXPECT_EQ(in().get_caret(), 3);
@@ -135,8 +133,7 @@ TEST_F(InputBoxTest, UndoKeepsTheLastTwentyStatesAndRedoIsClearedByAnEdit) {
     EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrstu");
 
     // Command+Z and Command+Shift+Z; an edit after an undo drops the redo states.
-    key_with(command_key, 'Z');
-    key_with(command_key, 'Z');
+    key_with(command_key, 'Z', 2);
     EXPECT_EQ(box.get_text(), "abcdefghijklmnopqrs");
     offscreen::set_key_down(shift_key, true);
     key_with(command_key, 'Z');
@@ -161,9 +158,7 @@ TEST_F(InputBoxTest, UndoKeepsTheLastTwentyStatesAndRedoIsClearedByAnEdit) {
 TEST_F(InputBoxTest, ClipboardCopyCutPasteAndCarriageReturns) {
     auto& clip = get_offscreen_clipboard();
     box.set_text("one two");
-    key_with(shift_key, event_key::left);
-    key_with(shift_key, event_key::left);
-    key_with(shift_key, event_key::left);
+    key_with(shift_key, event_key::left, 3);
     key_with(command_key, 'C');
     EXPECT_EQ(clip.get_text(), "two");
     key_with(command_key, 'X');

@@ -47,9 +47,10 @@ protected:
     void send(event_type t, uint64_t data = 0) { win.process_event(t, data); }
     // key_down as the platform sends it: the upper-cased character or function-key code.
     void key(uint32_t code) { send(event_type::key_down, code); }
-    void key_with(int modifier, uint32_t code) {
+    void key_with(int modifier, uint32_t code, int times = 1) {
         offscreen::set_key_down(modifier, true);
-        key(code);
+        while (times-- > 0)
+            key(code);
         offscreen::set_key_down(modifier, false);
     }
     void type(std::u16string_view text) { // key_char, one UTF-16 unit at a time
