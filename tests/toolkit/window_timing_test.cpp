@@ -161,8 +161,8 @@ TEST_F(TimingTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
     });
     EXPECT_EQ(dialog.show_modal(), 42);
     EXPECT_FALSE(dialog.is_modal() || dialog.is_shown());
-    EXPECT_EQ(r.take(),
-              (lines{ev("d", event_type::shown), ev("d", event_type::hidden), ev("d", event_type::hidden)}));
+    EXPECT_EQ(r.take(true), (lines{ev("d", event_type::shown, 0), ev("d", event_type::hidden, 0),
+                                   ev("d", event_type::hidden, 0)}));
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
         EXPECT_EQ(w.get_rect(), offscreen::get_screen_rect());
         w.set_modal_code(5); // a code set and then the window closed: the code is kept
