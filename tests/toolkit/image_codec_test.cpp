@@ -64,26 +64,23 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
     // A caller's smaller cap applies to both formats.
     const std::vector<unsigned char> png = encode_png(solid({8, 8}));
     const std::vector<unsigned char> jpg = encode_jpeg(solid({8, 8}));
-    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out));
-    EXPECT_FALSE(decode_image(jpg.data(), jpg.size(), 63, out));
-    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out));
-    EXPECT_TRUE(decode_image(jpg.data(), jpg.size(), 64, out));
+    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out) ||
+                 decode_image(jpg.data(), jpg.size(), 63, out));
+    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
+                decode_image(jpg.data(), jpg.size(), 64, out));
     EXPECT_FALSE(out.alpha) << "JPG has no alpha";
     EXPECT_EQ(out.size, (_vec2<int>{8, 8}));
     // The size rule itself, and empty or short images encode to nothing.
-    EXPECT_TRUE(size_allowed(1, 1, 1));
-    EXPECT_FALSE(size_allowed(0, 5, 100));
-    EXPECT_FALSE(size_allowed(5, -1, 100));
-    EXPECT_FALSE(size_allowed(3000000000ll, 1, ~0ull)) << "wider than an int";
-    EXPECT_FALSE(size_allowed(65536, 65536, ui::native_bitmap::max_pixels));
-    EXPECT_TRUE(size_allowed(16384, 16384, ui::native_bitmap::max_pixels));
-    EXPECT_TRUE(encode_png(rgba_image{}).empty());
-    EXPECT_TRUE(encode_jpeg(rgba_image{}).empty());
-    EXPECT_TRUE(encode_jpeg(solid({70000, 1})).empty()) << "JPG cannot be that wide";
+    const auto cap = ui::native_bitmap::max_pixels;
+    EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),
+                                 size_allowed(3000000000ll, 1, ~0ull), size_allowed(65536, 65536, cap),
+                                 size_allowed(16384, 16384, cap)}),
+              (std::vector<bool>{true, false, false, false, false, true}));
     rgba_image short_buffer = solid({4, 4});
     short_buffer.pixels.resize(10);
-    EXPECT_TRUE(encode_png(short_buffer).empty());
-    EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
+    EXPECT_TRUE(encode_png(rgba_image{}).empty() && encode_jpeg(rgba_image{}).empty() &&
+                encode_png(short_buffer).empty() && resample(rgba_image{}, {3, 3}).empty());
+    EXPECT_TRUE(encode_jpeg(solid({70000, 1})).empty()) << "JPG cannot be that wide";
 }
 
 namespace {
@@ -113,27 +110,21 @@ TEST(ImageCodecs, EveryPixelLayoutDecodesToRgba) {
     const rgba_image grey = decode_seed("grey_3x2.png");
     ASSERT_EQ(grey.size, (_vec2<int>{3, 2}));
     EXPECT_FALSE(grey.alpha);
-    EXPECT_EQ(at(grey, 0, 0)[0], 0x10);
-    EXPECT_EQ(at(grey, 1, 0)[2], 0x80);
-    EXPECT_EQ(at(grey, 2, 0)[3], 255);
-    EXPECT_EQ(at(grey, 1, 1)[0], 0x40) << "Sub filter undone";
+    EXPECT_EQ((std::vector<int>{at(grey, 0, 0)[0], at(grey, 1, 0)[2], at(grey, 2, 0)[3], at(grey, 1, 1)[0]}),
+              (std::vector<int>{0x10, 0x80, 255, 0x40}))
+        << "the last undoes the Sub filter";
 
     const rgba_image palette = decode_seed("palette_2x2.png");
     ASSERT_EQ(palette.size, (_vec2<int>{2, 2}));
     EXPECT_TRUE(palette.alpha) << "tRNS gives the palette transparency";
-    EXPECT_EQ(at(palette, 0, 0)[0], 255);
-    EXPECT_EQ(at(palette, 0, 0)[3], 255);
-    EXPECT_EQ(at(palette, 1, 0)[1], 255);
-    EXPECT_EQ(at(palette, 1, 0)[3], 128);
+    EXPECT_EQ((std::vector<int>{at(palette, 0, 0)[0], at(palette, 0, 0)[3], at(palette, 1, 0)[1],
+                                at(palette, 1, 0)[3]}),
+              (std::vector<int>{255, 255, 255, 128}));
 
-    const rgba_image deep = decode_seed("rgba16_1x2.png");
-    ASSERT_EQ(deep.size, (_vec2<int>{1, 2}));
-    EXPECT_TRUE(deep.alpha);
-
-    const rgba_image interlaced = decode_seed("interlaced_1x1.png");
+    const rgba_image deep = decode_seed("rgba16_1x2.png"), interlaced = decode_seed("interlaced_1x1.png");
+    EXPECT_TRUE(deep.size == (_vec2<int>{1, 2}) && deep.alpha);
     ASSERT_EQ(interlaced.size, (_vec2<int>{1, 1}));
     EXPECT_EQ(interlaced.pixels[3], 0x40);
-
     for (const char* name : {"grey_8x8.jpg", "cmyk_8x8.jpg"}) {
         const rgba_image jpg = decode_seed(name);
         EXPECT_EQ(jpg.size, (_vec2<int>{8, 8})) << name;

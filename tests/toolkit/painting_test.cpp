@@ -8,7 +8,7 @@
 namespace toolkit_test {
 namespace {
 
-using PaintingTest = ToolkitTest;
+using PaintingTest = OffscreenTest;
 
 // A widget that paints a rectangle of its own size and logs its name.
 struct Painted : widget {
@@ -28,14 +28,11 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
     TestWindow win({0, 0, 300, 200});
     Painted panel, a, b, hidden, outside;
     std::vector<std::string> order;
-    for (auto [w, name] : {std::pair<Painted*, const char*>{&panel, "panel"},
-                           {&a, "a"},
-                           {&b, "b"},
-                           {&hidden, "hidden"},
-                           {&outside, "outside"}}) {
+    for (Painted* w : {&panel, &a, &b, &hidden, &outside})
         w->hook(order);
-        w->set_name(name);
-    }
+    panel.set_name("panel");
+    a.set_name("a");
+    b.set_name("b");
     panel.create(win.get_root(), {10, 10, 200, 100});
     a.create(panel, {0, 0, 50, 50});
     b.create(panel, {60, 0, 50, 50});
@@ -46,7 +43,7 @@ TEST_F(PaintingTest, ParentsPaintBeforeChildrenAndShadowsBeforeAnyChildOfTheLeve
 
     auto& canvas = win.os().get_canvas();
     canvas.clear_calls();
-    offscreen::events_of(win).paint({0, 0, 240, 140}); // misses `outside`
+    paint(win, {0, 0, 240, 140}); // misses `outside`
     EXPECT_EQ(order, (std::vector<std::string>{"panel", "a", "b"}));
 
     std::vector<std::string> ops;
@@ -81,20 +78,17 @@ struct Spilling : widget {
     }
 };
 
-// Where a recorded call can leave paint: its rectangle moved to window coordinates, within its clip.
-ivec4 painted_area(const draw_call& c) {
-    const ivec4 r{c.rect.x + c.origin.x, c.rect.y + c.origin.y, c.rect.w, c.rect.h};
-    const int left = std::max(r.x, c.clip.x), top = std::max(r.y, c.clip.y);
-    const int right = std::min(r.x + r.w, c.clip.x + c.clip.w),
-              bottom = std::min(r.y + r.h, c.clip.y + c.clip.h);
-    return {left, top, std::max(0, right - left), std::max(0, bottom - top)};
-}
-
-// The painted area of each widget's draw_rect, keyed by the widget's order of painting.
+// Where each draw_rect can leave paint, in painting order: its rectangle in window coordinates,
+// within its clip.
 std::vector<ivec4> painted_rects(offscreen_drawer& canvas) {
     std::vector<ivec4> out;
-    for (const auto& c : canvas.calls_named("draw_rect"))
-        out.push_back(painted_area(c));
+    for (const auto& c : canvas.calls_named("draw_rect")) {
+        const int left = std::max(c.rect.x + c.origin.x, c.clip.x),
+                  top = std::max(c.rect.y + c.origin.y, c.clip.y);
+        const int right = std::min(c.rect.x + c.origin.x + c.rect.w, c.clip.x + c.clip.w),
+                  bottom = std::min(c.rect.y + c.origin.y + c.rect.h, c.clip.y + c.clip.h);
+        out.push_back({left, top, std::max(0, right - left), std::max(0, bottom - top)});
+    }
     return out;
 }
 
@@ -109,7 +103,7 @@ TEST_F(PaintingTest, EachWidgetPaintsOnlyInsideItselfAndItsAncestorsWithinTheDir
     auto& canvas = win.os().get_canvas();
 
     canvas.clear_calls();
-    offscreen::events_of(win).paint({0, 0, 300, 200});
+    paint(win, {0, 0, 300, 200});
     EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{
                                          {10, 10, 100, 60}, // panel
                                          {90, 50, 20, 20},  // child, cut by the panel
@@ -121,7 +115,7 @@ TEST_F(PaintingTest, EachWidgetPaintsOnlyInsideItselfAndItsAncestorsWithinTheDir
     // The dirty rectangle still limits every pass, and widgets it misses are not asked to paint.
     canvas.clear_calls();
     child.draws = grandchild.draws = beside.draws = 0;
-    offscreen::events_of(win).paint({0, 0, 95, 55});
+    paint(win, {0, 0, 95, 55});
     EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{{10, 10, 85, 45}, {90, 50, 5, 5}}));
     EXPECT_EQ(grandchild.draws, 0);
     EXPECT_EQ(beside.draws, 0);

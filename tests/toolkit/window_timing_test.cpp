@@ -9,46 +9,37 @@
 namespace toolkit_test {
 namespace {
 
-using TimingTest = ToolkitTest;
-
-void record_timers(widget& w, std::vector<uint64_t>& ids) {
-    event_manager::instance().add_event(&w, w.get_window(), event_type::timer,
-                                        [&ids](const event_info& e) { ids.push_back(e.data); });
-}
+using TimingTest = OffscreenTest;
+using TimingDeathTest = OffscreenTest;
 
 TEST_F(TimingTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
-    TestWindow win;
+    TestWindow win, fresh;
     widget w;
     w.create(win.get_root(), {0, 0, 10, 10});
-    std::vector<uint64_t> fired;
-    record_timers(w, fired);
+    event_recorder fired(w, event_type::timer);
     w.add_timer(7, 100, false);
     w.add_timer(7, 10, false); // already running: the interval stays 100 ms
     w.add_timer(8, 30, true);
-    EXPECT_TRUE(w.has_timer(7));
     offscreen::advance_ms(99);
-    EXPECT_EQ(fired, std::vector<uint64_t>{8});
+    EXPECT_EQ(fired.data(), std::vector<uint64_t>{8});
     offscreen::advance_ms(1);
-    EXPECT_EQ(fired, (std::vector<uint64_t>{8, 7}));
+    EXPECT_EQ(fired.data(), (std::vector<uint64_t>{8, 7}));
     offscreen::advance_ms(200);
-    EXPECT_EQ(fired, (std::vector<uint64_t>{8, 7, 7, 7})); // the single shot fired once
+    EXPECT_EQ(fired.data(), (std::vector<uint64_t>{8, 7, 7, 7})) << "the single shot fired once";
     EXPECT_FALSE(w.has_timer(8));
     w.remove_timer(7);
     EXPECT_FALSE(w.has_timer(7));
     offscreen::advance_ms(500);
-    EXPECT_EQ(fired.size(), 4u);
+    EXPECT_EQ(fired.count(), 4u);
     // Native ids count from 1, and a widget's timers die with it.
-    TestWindow fresh;
     auto doomed = std::make_unique<widget>();
     doomed->create(fresh.get_root(), {0, 0, 10, 10});
     doomed->add_timer(1, 50);
     doomed->add_timer(2, 50);
-    EXPECT_TRUE(fresh.os().is_timer_running(1));
-    EXPECT_TRUE(fresh.os().is_timer_running(2));
+    EXPECT_TRUE(fresh.os().is_timer_running(1) && fresh.os().is_timer_running(2));
     doomed.reset();
     EXPECT_FALSE(fresh.os().is_timer_running(1));
     offscreen::advance_ms(100); // nothing may reach the destroyed widget
-
     // A single-shot handler may restart its timer.
     int restarts = 0;
     event_manager::instance().add_event(&w, &win, event_type::timer, [&](const event_info& e) {
@@ -66,7 +57,7 @@ TEST_F(TimingTest, AnimationHalvesTheDistanceAndSnapsAtTheStep) {
         ivec4 from, to, step;
         std::vector<ivec4> ticks;
     };
-    const std::vector<Case> cases = {
+    const Case cases[] = {
         {{0, 0, 10, 10},
          {100, 0, 10, 10},
          {10, 0, 0, 0},
@@ -101,47 +92,34 @@ void tooltip_ticks(int n) {
     offscreen::advance_ms(100 * static_cast<uint64_t>(n));
 }
 
-// A window and one widget that carries tooltips. The widget goes before the window.
-struct TooltipScene {
-    TestWindow win;
-    widget w;
-    explicit TooltipScene(const ivec4& rect) { w.create(win.get_root(), rect); }
-};
-
 // The tooltip stays hidden for `ticks` - 1 more ticks and shows at the next one.
 ::testing::AssertionResult shows_at_tick(window& win, int ticks) {
     tooltip_ticks(ticks - 1);
     if (win.is_tooltip_shown())
         return ::testing::AssertionFailure() << "shown too early";
     tooltip_ticks(1);
-    if (!win.is_tooltip_shown())
-        return ::testing::AssertionFailure() << "not shown at tick " << ticks;
-    return ::testing::AssertionSuccess();
+    return win.is_tooltip_shown() ? ::testing::AssertionSuccess()
+                                  : ::testing::AssertionFailure() << "not shown";
 }
 
 TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
-    TooltipScene s({10, 10, 100, 50});
-    auto& [win, w] = s;
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {10, 10, 100, 50});
     w.add_tooltip("Applies the effect", "Apply");
     offscreen::move_mouse(win, {20, 20});
-    // The first tick sees a new widget under the pointer and resets the counter.
-    tooltip_ticks(1);
+    tooltip_ticks(1); // the first tick sees a new widget under the pointer and resets the counter
     ASSERT_TRUE(shows_at_tick(win, 8));
     tooltip* tip = win.get_tooltip_window();
-    EXPECT_EQ(tip->get_title(), "Apply");
-    EXPECT_EQ(tip->get_text(), "Applies the effect");
-    const _vec2<int> pointer = win.get_client_rect().position() + _vec2<int>{20, 20};
-    EXPECT_EQ(tip->get_rect().position(), (pointer + _vec2<int>{5, 20}));
+    EXPECT_EQ(tip->get_rect().position(), (win.get_client_rect().position() + _vec2<int>{25, 40}));
     auto& canvas = offscreen::native_of(*tip).get_canvas();
     canvas.clear_calls();
     offscreen::native_of(*tip).paint_pending();
     const auto texts = canvas.calls_named("draw_text");
     ASSERT_EQ(texts.size(), 2u);
-    EXPECT_EQ(texts[0].text, "Apply");
-    EXPECT_EQ(texts[1].text, "Applies the effect");
-    const auto rects = canvas.calls_named("draw_rect");
-    ASSERT_FALSE(rects.empty());
-    EXPECT_EQ(rects[0].color, theme::default_map.at(nimbit::ui::theme_keys::tooltip_back_color).get<vec4>());
+    EXPECT_EQ(texts[0].text + "|" + texts[1].text, "Apply|Applies the effect");
+    EXPECT_EQ(canvas.calls_named("draw_rect").at(0).color,
+              theme::default_map.at(theme_keys::tooltip_back_color).get<vec4>());
     tooltip_ticks(52); // the sixtieth tick after the reset: still shown
     EXPECT_TRUE(win.is_tooltip_shown());
     tooltip_ticks(1);
@@ -149,24 +127,21 @@ TEST_F(TimingTest, TooltipShowsAtTheEighthTickAndHidesAtTheSixtyFirst) {
 }
 
 TEST_F(TimingTest, TooltipAreasAreInclusiveAndMovingBetweenThemRestartsTheDelay) {
-    TooltipScene s({0, 0, 100, 50});
-    auto& [win, w] = s;
+    TestWindow win;
+    widget w;
+    w.create(win.get_root(), {0, 0, 100, 50});
     w.add_tooltip({0, 0, 40, 50}, "left");
     w.add_tooltip({60, 0, 40, 50}, "right");
     offscreen::move_mouse(win, {40, 10}); // the right edge of the first area counts
-    tooltip_ticks(1);                     // new widget: reset
-    tooltip_ticks(1);                     // first area found, differs from the remembered one: reset
+    tooltip_ticks(2);                     // new widget, then a new area: two resets
     ASSERT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "left");
-
     offscreen::move_mouse(win, {70, 10});
     tooltip_ticks(1); // another area: hidden, counting again
     EXPECT_FALSE(win.is_tooltip_shown());
     EXPECT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "right");
-
-    // Between the areas no entry matches: hidden.
-    offscreen::move_mouse(win, {50, 10});
+    offscreen::move_mouse(win, {50, 10}); // between the areas
     tooltip_ticks(1);
     EXPECT_FALSE(win.is_tooltip_shown());
     w.remove_tooltips();
@@ -175,23 +150,19 @@ TEST_F(TimingTest, TooltipAreasAreInclusiveAndMovingBetweenThemRestartsTheDelay)
 
 TEST_F(TimingTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
     TestWindow dialog({10, 10, 100, 100});
-    Recorder r;
+    event_recorder r;
     r.watch(dialog, "d", {event_type::shown, event_type::hidden});
-    dialog.show(true);
-    dialog.show(true);
-    dialog.hide();
-    dialog.hide();
-    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("d", event_type::shown), ev("d", event_type::hidden)}));
+    for (bool shown : {true, true, false, false})
+        dialog.show(shown);
+    EXPECT_EQ(r.take(), (lines{ev("d", event_type::shown), ev("d", event_type::hidden)}));
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
-        EXPECT_EQ(&w, &dialog);
-        EXPECT_TRUE(dialog.is_modal());
+        EXPECT_TRUE(&w == &dialog && dialog.is_modal());
         dialog.end_modal(42);
     });
     EXPECT_EQ(dialog.show_modal(), 42);
-    EXPECT_FALSE(dialog.is_modal());
-    EXPECT_FALSE(dialog.is_shown());
-    EXPECT_EQ(r.take(), (std::vector<std::string>{ev("d", event_type::shown), ev("d", event_type::hidden),
-                                                  ev("d", event_type::hidden)}));
+    EXPECT_FALSE(dialog.is_modal() || dialog.is_shown());
+    EXPECT_EQ(r.take(true), (lines{ev("d", event_type::shown, 0), ev("d", event_type::hidden, 0),
+                                   ev("d", event_type::hidden, 0)}));
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
         EXPECT_EQ(w.get_rect(), offscreen::get_screen_rect());
         w.set_modal_code(5); // a code set and then the window closed: the code is kept
@@ -200,8 +171,7 @@ TEST_F(TimingTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
     EXPECT_EQ(dialog.show_modal(true), 5);
     offscreen::offscreen_window::set_modal_driver([&](window& w) { w.hide(); });
     EXPECT_EQ(dialog.show_modal(), 0);
-
-    // Without a driver, widget timers drive the modal loop.
+    // Without a driver, widget timers drive the modal loop; with nothing to drive it, it ends.
     offscreen::offscreen_window::set_modal_driver({});
     widget w;
     w.create(dialog.get_root(), {0, 0, 10, 10});
@@ -214,19 +184,13 @@ TEST_F(TimingTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
     const uint64_t start = offscreen::now_us();
     EXPECT_EQ(dialog.show_modal(), -2);
     EXPECT_EQ(offscreen::now_us() - start, 1'500'000u);
-    // With nothing to drive it, a modal loop ends as if closed.
     w.remove_timer(1);
     EXPECT_EQ(dialog.show_modal(), 0);
 }
 
-TEST_F(TimingTest, ModalSessionMisuseIsAnError) {
+TEST_F(TimingDeathTest, ModalSessionMisuseIsAnError) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(
-        {
-            TestWindow w;
-            w.end_modal(1);
-        },
-        "assertion failed: modalSession != nullptr");
+    EXPECT_DEATH(TestWindow().end_modal(1), "assertion failed: modalSession != nullptr");
     EXPECT_DEATH(
         {
             TestWindow w;

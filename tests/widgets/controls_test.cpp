@@ -16,9 +16,6 @@
 #include <cstdio>
 #include <fstream>
 
-using namespace nimbit;
-using namespace nimbit::ui;
-
 namespace {
 
 class DropDownTest : public WidgetTest {
@@ -35,22 +32,16 @@ protected:
 };
 
 TEST_F(DropDownTest, WheelStepsOverSeparatorsAndStopsAtTheEnds) {
-    event_log changed(box, event_type::value_changed);
+    event_recorder changed(box, event_type::value_changed);
+    agent_of agent(box, event_type::value_changed);
     EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
     offscreen::wheel(win, {30, 30}, -1.0); // towards the user: down the list
-    EXPECT_EQ(box.get_selected_id(), 10u);
     offscreen::wheel(win, {30, 30}, -1.0);
-    EXPECT_EQ(box.get_selected_item(), 2) << "the separator is skipped";
-    EXPECT_EQ(box.get_selected_text(), "Twelve");
-    offscreen::wheel(win, {30, 30}, -1.0);
-    offscreen::wheel(win, {30, 30}, -1.0);
-    EXPECT_EQ(box.get_selected_id(), 13u);
-    offscreen::wheel(win, {30, 30}, 1.0);
-    offscreen::wheel(win, {30, 30}, 1.0);
-    offscreen::wheel(win, {30, 30}, 1.0);
-    EXPECT_EQ(box.get_selected_id(), 10u);
-    EXPECT_EQ(changed.data, (std::vector<unsigned long long>{10, 12, 13, 12, 10}));
-    EXPECT_EQ(changed.last.agent, event_agent::user);
+    EXPECT_EQ(box.get_selected_text(), "Twelve") << "the separator is skipped";
+    for (double delta : {-1.0, -1.0, 1.0, 1.0, 1.0})
+        offscreen::wheel(win, {30, 30}, delta);
+    EXPECT_EQ(changed.data(), (std::vector<uint64_t>{10, 12, 13, 12, 10}));
+    EXPECT_EQ(agent.last, event_agent::user);
 }
 
 TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
@@ -66,14 +57,15 @@ TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
     EXPECT_EQ(by_index, 2);
     EXPECT_EQ(by_id, 13) << "the old binding is let go";
     EXPECT_FALSE(box.select_item(1)) << "a separator cannot be selected";
-    EXPECT_FALSE(box.select_item(9));
+    box.add_item(14, "Fourteen"); // leaves a stale item just past the end
+    box.remove_item(14);
+    EXPECT_FALSE(box.select_item(4) || box.select_item(-1)) << "just past either end";
     EXPECT_EQ(by_index, 2);
 }
 
 TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
-    event_log changed(box, event_type::value_changed);
+    event_recorder changed(box, event_type::value_changed);
     box.set_selected_item(12);
-    EXPECT_EQ(changed.count, 0);
     offscreen::push_menu_answer(13);
     offscreen::click(win, {40, 30});
     ASSERT_EQ(offscreen::shown_menus().size(), 1u);
@@ -82,12 +74,10 @@ TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
     EXPECT_TRUE(menu.items[1].separator);
     EXPECT_TRUE(menu.items[2].checked);
     EXPECT_EQ(menu.position, (_vec2<int>{20, 44})) << "opens under the box";
-    EXPECT_EQ(box.get_selected_id(), 13u);
-    EXPECT_EQ(changed.count, 1);
     offscreen::push_menu_answer(std::nullopt);
     offscreen::click(win, {40, 30});
     EXPECT_EQ(box.get_selected_id(), 13u);
-    EXPECT_EQ(changed.count, 1);
+    EXPECT_EQ(changed.data(), std::vector<uint64_t>{13}) << "only the choice notifies";
 
     // Editing items keeps the selection right.
     box.remove_item(10);
@@ -99,7 +89,6 @@ TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
     EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
     box.remove_all_items();
     box.add_items("A|B|-|C");
-    EXPECT_EQ(box.item_count(), 4u);
     EXPECT_EQ(box.find_item(3), 3);
     box.select_item(3, false);
     EXPECT_EQ(box.get_selected_text(), "C");
@@ -118,20 +107,16 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     bool value = true;
     box.set_pointer(&value);
     EXPECT_TRUE(box.is_selected());
-    event_log changed(box, event_type::value_changed);
+    event_recorder changed(box, event_type::value_changed);
     offscreen::click(win, {15, 20});
     EXPECT_FALSE(value);
-    EXPECT_EQ(changed.last.data, 0u);
     key(' ');
     EXPECT_TRUE(value);
-    // Code that changes the bool is what the box shows.
-    value = false;
+    value = false; // code that changes the bool is what the box shows
     EXPECT_FALSE(box.is_selected());
-    // A press that is released outside does nothing.
-    offscreen::press_mouse(win, {15, 20});
+    offscreen::press_mouse(win, {15, 20}); // released outside: nothing
     offscreen::release_mouse(win, {300, 200});
-    EXPECT_FALSE(value);
-    EXPECT_EQ(changed.count, 2);
+    EXPECT_EQ(changed.data(), (std::vector<uint64_t>{0, 1}));
     box.set_pointer(nullptr);
     box.set_selected(true);
     EXPECT_FALSE(value);
@@ -155,22 +140,20 @@ using ButtonTest = WidgetTest;
 TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     generic_button button;
     button.create(win.get_root(), {10, 10, 80, 24});
-    event_log pressed(button, event_type::pressed);
+    event_recorder pressed(button, event_type::pressed);
     offscreen::click(win, {20, 20});
-    EXPECT_EQ(pressed.count, 1);
     offscreen::press_mouse(win, {20, 20});
     offscreen::release_mouse(win, {200, 200});
-    EXPECT_EQ(pressed.count, 1) << "released outside";
+    EXPECT_EQ(pressed.count(), 1u) << "released outside";
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
     button.focus();
-    key(13);
-    key(' ');
-    key('A');
-    EXPECT_EQ(pressed.count, 3);
+    for (uint32_t k : {13u, uint32_t(' '), uint32_t('A')})
+        key(k);
+    EXPECT_EQ(pressed.count(), 3u);
     button.set_toggle_mode(true);
     offscreen::click(win, {20, 20});
     EXPECT_TRUE(button.is_toggled());
-    EXPECT_EQ(pressed.last.data, 1u);
+    EXPECT_EQ(pressed.last_data(), 1u);
     offscreen::click(win, {20, 20});
     EXPECT_FALSE(button.is_toggled());
 
@@ -179,7 +162,7 @@ TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     check_box box;
     box.create(win.get_root(), {0, 200, 50, 20});
     offscreen::double_click(win, {20, 20});
-    EXPECT_EQ(pressed.count, 7);
+    EXPECT_EQ(pressed.count(), 7u);
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
     offscreen::double_click(win, {5, 210});
     EXPECT_FALSE(box.is_selected()) << "toggled twice";
@@ -218,14 +201,12 @@ TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
                         true);
     EXPECT_EQ(label.get_text(), "abcde");
     ASSERT_EQ(label.get_runs().size(), 3u);
-    EXPECT_EQ(label.get_runs()[1].start, 2u);
-    EXPECT_EQ(label.get_runs()[1].end, 4u);
-    EXPECT_EQ(label.get_runs()[1].size, 20.0f);
-    EXPECT_EQ(label.get_runs()[1].weight, font_weight::bold);
+    const auto& bold = label.get_runs()[1];
+    EXPECT_EQ(std::tuple(bold.start, bold.end, bold.size, bold.weight),
+              std::tuple(2u, 4u, 20.0f, font_weight::bold));
     EXPECT_EQ(label.get_runs()[2].size, 12.0f);
     // 3 characters at 6 pixels and 2 at 10, two spare pixels; 25 pixels for the 20-point line.
-    EXPECT_EQ(label.get_rect().w, 40);
-    EXPECT_EQ(label.get_rect().h, 25);
+    EXPECT_EQ(label.get_rect().size(), (_vec2<int>{40, 25}));
     label.set_text("<b>", true, false);
     EXPECT_EQ(label.get_text(), "<b>");
     EXPECT_TRUE(label.get_runs().empty());
@@ -243,14 +224,13 @@ TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
     EXPECT_EQ(canvas().get_state().align, text_align::right);
 }
 
-class ImagePanelTest : public WidgetTest {
-protected:
-    static std::vector<unsigned char> png(_vec2<int> size) {
-        bitmap b;
-        b.create(size, image_alpha::alpha);
-        return b.save_image_stream(image_format::png);
-    }
-};
+using ImagePanelTest = WidgetTest;
+
+std::vector<unsigned char> png(_vec2<int> size) {
+    bitmap b;
+    b.create(size, image_alpha::alpha);
+    return b.save_image_stream(image_format::png);
+}
 
 TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     image_panel panel;
@@ -261,8 +241,7 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     EXPECT_EQ(panel.image_rect(), (ivec4{0, 25, 200, 50}));
     // Damaged bytes leave the image as it was.
     const unsigned char junk[] = {0x89, 'P', 'N', 'G', 1, 2, 3};
-    EXPECT_FALSE(panel.set_image(junk, sizeof junk));
-    EXPECT_FALSE(panel.set_image(nullptr, 10));
+    EXPECT_FALSE(panel.set_image(junk, sizeof junk) || panel.set_image(nullptr, 10));
     EXPECT_TRUE(panel.has_image());
     // Zooming about a point keeps that point of the image under it.
     panel.zoom_at(1.0f, {100, 50});
@@ -275,10 +254,10 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     offscreen::release_mouse(win, {70, 45});
     EXPECT_EQ(panel.get_offset(), (_vec2<int>{-100, -10}));
     // Only the part inside the panel is painted.
-    for (const auto& c : repaint())
-        if (c.op == "draw_image") {
-            EXPECT_EQ(c.rect, (ivec4{0, 0, 200, 100}));
-        }
+    EXPECT_EQ(count_painted([](const draw_call& c) {
+                  return c.op == "draw_image" && c.rect != ivec4{0, 0, 200, 100};
+              }),
+              0);
     panel.set_zoom(0.0f);
     EXPECT_FLOAT_EQ(panel.get_zoom(), image_panel::min_zoom);
 
@@ -298,15 +277,12 @@ using PanelTest = WidgetTest;
 TEST_F(PanelTest, AnUnstyledPanelIsMagentaAndFollowsItsBackground) {
     generic_panel panel;
     panel.create(win.get_root(), {0, 0, 50, 50});
-    auto fill = [&] {
-        for (const auto& c : repaint())
-            if (c.op == "draw_rect")
-                return c.color;
-        return vec4{};
+    auto fills = [&](vec4 c) {
+        return count_painted([&](const draw_call& d) { return d.op == "draw_rect" && d.color == c; });
     };
-    EXPECT_EQ(fill(), (vec4{1, 0, 1, 1}));
+    EXPECT_GT(fills({1, 0, 1, 1}), 0);
     panel.set_background({0.1f, 0.2f, 0.3f, 1});
-    EXPECT_EQ(fill(), (vec4{0.1f, 0.2f, 0.3f, 1}));
+    EXPECT_GT(fills({0.1f, 0.2f, 0.3f, 1}), 0);
 }
 
 class ShowcaseTest : public WidgetTest {
@@ -327,17 +303,17 @@ TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
                                                     &c.check, &c.drop_down, &c.split, &c.image, &c.scroll}) {
         const _vec2<int> p = w->calc_absolute_pos();
         const ivec4 r = w->get_rect();
-        EXPECT_GT(r.w, 0) << w->get_name();
-        EXPECT_GT(r.h, 0) << w->get_name();
-        EXPECT_TRUE(client.contains(p) && p.x + r.w <= client.w && p.y + r.h <= client.h) << w->get_name();
+        EXPECT_TRUE(r.w > 0 && r.h > 0 && client.contains(p) && p.x + r.w <= client.w &&
+                    p.y + r.h <= client.h)
+            << w->get_name();
     }
-    EXPECT_EQ(c.drop_down.get_selected_text(), "Light");
     EXPECT_TRUE(c.image.has_image());
     EXPECT_GT(c.scroll.get_max_scroll(), 0) << win.print_widget_tree();
-    EXPECT_GT(c.split.get_panel_a().get_rect().w, 0);
-    // Nothing is left magenta.
-    for (const auto& call : repaint())
-        EXPECT_NE(call.color, (vec4{1, 0, 1, 1})) << call.op;
+    EXPECT_EQ(count_painted([](const draw_call& d) {
+                  return d.color == vec4{1, 0, 1, 1};
+              }),
+              0)
+        << "nothing magenta";
 }
 
 // Where the window lets a recorded call paint: the pass's clip, in window coordinates.
