@@ -187,10 +187,10 @@ unsigned unpack(const pack_source& pack, const file_path& destination) {
         unique_file out(std::fopen(target.c_str(), "wb"));
         if (!out)
             return nimpacker::cannot_create_file;
-        if (compressed == 0)
-            continue; // an empty file
-        if (const unsigned code = inflate_to(pack, offset, compressed, out.get()); code != nimpacker::success)
-            return code;
+        // An empty file has no stream; it still gets its dates.
+        if (compressed != 0)
+            if (const unsigned code = inflate_to(pack, offset, compressed, out.get()); code != nimpacker::success)
+                return code;
         if (std::fclose(out.release()) != 0)
             return nimpacker::write_failed;
         set_file_dates(target, created, modified);
