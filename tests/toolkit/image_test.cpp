@@ -1,11 +1,17 @@
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/clipboard.h"
+#include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_stream.h"
+#include "nimbit/ui/native_bitmap.h"
+#include "nimbit/ui/offscreen/image_codecs.h"
 #include "nimbit/ui/offscreen/offscreen_clipboard.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <cstdio>
 #include <filesystem>
 #include <string>
 #include <tuple>
@@ -13,6 +19,7 @@
 
 using namespace nimbit;
 using namespace nimbit::ui;
+using namespace nimbit::ui::offscreen;
 
 namespace {
 
@@ -55,6 +62,55 @@ rgba grey(int v) {
 rgba pattern(int x, int y) {
     return {static_cast<unsigned char>(x * 40), static_cast<unsigned char>(y * 90),
             static_cast<unsigned char>(255 - x * 20), static_cast<unsigned char>(60 + x * 30 + y)};
+}
+
+uint32_t crc32(const unsigned char* p, size_t n) {
+    uint32_t c = 0xFFFFFFFFu;
+    for (size_t i = 0; i < n; ++i) {
+        c ^= p[i];
+        for (int k = 0; k < 8; ++k)
+            c = (c >> 1) ^ (0xEDB88320u & (0u - (c & 1u)));
+    }
+    return ~c;
+}
+
+void put_be32(unsigned char* p, uint32_t v) {
+    p[0] = static_cast<unsigned char>(v >> 24);
+    p[1] = static_cast<unsigned char>(v >> 16);
+    p[2] = static_cast<unsigned char>(v >> 8);
+    p[3] = static_cast<unsigned char>(v);
+}
+
+rgba_image solid(_vec2<int> size) {
+    rgba_image img;
+    img.size = size;
+    img.pixels.assign(size_t(size.x) * size_t(size.y) * 4, 200);
+    return img;
+}
+
+// A valid PNG whose header is rewritten to claim another size (with a correct header checksum), as
+// a hostile file would.
+std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
+    std::vector<unsigned char> png = encode_png(solid({1, 1}));
+    put_be32(&png[16], width);
+    put_be32(&png[20], height);
+    put_be32(&png[29], crc32(&png[12], 17));
+    return png;
+}
+
+rgba_image decode_seed(const char* name) {
+    const std::string path = std::string(QUILLO_SOURCE_DIR) + "/fuzz/corpus/image_decode_fuzzer/" + name;
+    std::vector<unsigned char> bytes;
+    if (FILE* f = std::fopen(path.c_str(), "rb")) {
+        unsigned char chunk[4096];
+        size_t n;
+        while ((n = std::fread(chunk, 1, sizeof chunk, f)) > 0)
+            bytes.insert(bytes.end(), chunk, chunk + n);
+        std::fclose(f);
+    }
+    rgba_image out;
+    EXPECT_TRUE(decode_image(bytes.data(), bytes.size(), ui::native_bitmap::max_pixels, out)) << name;
+    return out;
 }
 
 } // namespace
@@ -222,4 +278,145 @@ TEST(Bitmap, ClipboardHoldsOneImageOrText) {
     EXPECT_FALSE(b.load_image_from_clipboard());
     EXPECT_EQ(pixels_of(b), pixels_of(source)) << "a failed load keeps the image";
     clip.clear();
+}
+
+TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
+    rgba_image out;
+    const std::vector<unsigned char> honest = png_claiming(1, 1);
+    ASSERT_TRUE(decode_png(honest.data(), honest.size(), ui::native_bitmap::max_pixels, out));
+    EXPECT_EQ(out.size, (_vec2<int>{1, 1}));
+
+    // Beyond the cap.
+    const std::vector<unsigned char> huge = png_claiming(20000, 20000);
+    EXPECT_FALSE(decode_png(huge.data(), huge.size(), ui::native_bitmap::max_pixels, out));
+    // Within the cap, but a few bytes cannot hold so many rows: refused before any allocation.
+    const std::vector<unsigned char> bomb = png_claiming(16000, 16000);
+    EXPECT_FALSE(decode_png(bomb.data(), bomb.size(), ui::native_bitmap::max_pixels, out));
+    // A caller's smaller cap applies to both formats.
+    const std::vector<unsigned char> png = encode_png(solid({8, 8}));
+    const std::vector<unsigned char> jpg = encode_jpeg(solid({8, 8}));
+    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out) ||
+                 decode_image(jpg.data(), jpg.size(), 63, out));
+    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
+                decode_image(jpg.data(), jpg.size(), 64, out));
+    EXPECT_FALSE(out.alpha) << "JPG has no alpha";
+    EXPECT_EQ(out.size, (_vec2<int>{8, 8}));
+    // The size rule itself, and empty or short images encode to nothing.
+    const auto cap = ui::native_bitmap::max_pixels;
+    EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),
+                                 size_allowed(3000000000ll, 1, ~0ull), size_allowed(65536, 65536, cap),
+                                 size_allowed(16384, 16384, cap)}),
+              (std::vector<bool>{true, false, false, false, false, true}));
+    rgba_image short_buffer = solid({4, 4});
+    short_buffer.pixels.resize(10);
+    EXPECT_TRUE(encode_png(rgba_image{}).empty() && encode_jpeg(rgba_image{}).empty() &&
+                encode_png(short_buffer).empty() && resample(rgba_image{}, {3, 3}).empty());
+    EXPECT_TRUE(encode_jpeg(solid({70000, 1})).empty()) << "JPG cannot be that wide";
+}
+
+// Grey without alpha, a palette with transparency and inverted CMYK all come out as RGBA.
+TEST(ImageCodecs, PixelLayoutsDecodeToRgba) {
+    const rgba_image grey = decode_seed("grey_3x2.png"), palette = decode_seed("palette_2x2.png"),
+                     cmyk = decode_seed("cmyk_8x8.jpg");
+    EXPECT_EQ(std::tuple(grey.size, grey.alpha, grey.pixels.at(6), grey.pixels.at(11)),
+              std::tuple(_vec2<int>{3, 2}, false, 0x80, 255));
+    EXPECT_EQ(std::tuple(palette.size, palette.alpha, palette.pixels.at(5), palette.pixels.at(7)),
+              std::tuple(_vec2<int>{2, 2}, true, 255, 128));
+    EXPECT_EQ(std::tuple(cmyk.size, cmyk.alpha, cmyk.pixels.at(3)), std::tuple(_vec2<int>{8, 8}, false, 255));
+}
+
+// The record is what every paint test reads: calls keep the state and the pass they were made in,
+// also when it is cleared in the middle of a pass.
+TEST(OffscreenDrawer, RecordsCallsWithTheStateTheyUsedAndTheirPass) {
+    offscreen_drawer native({200, 100});
+    drawer d(native);
+    native.start_draw({10, 20}, {0, 0, 50, 60});
+    d.set_brush_color({1, 0, 0, 1});
+    d.draw_rect({1, 2, 3, 4});
+    native.start_draw({30, 40}, {30, 40, 5, 5}); // a child's pass inside its parent's
+    d.draw_line({0, 0}, {9, 9});
+    native.end_draw();
+    d.set_pen_color({0, 1, 0, 1}, 2.0f);
+    d.draw_rect_border({5, 6, 7, 8});
+    native.end_draw();
+    native.end_draw(); // unbalanced: ignored
+    d.clear({0, 0, 1, 1});
+    const draw_call rect = native.calls_named("draw_rect").at(0),
+                    line = native.calls_named("draw_line").at(0),
+                    border = native.calls_named("draw_rect_border").at(0);
+    EXPECT_EQ(std::tuple(rect.rect, rect.color, rect.origin, rect.clip),
+              std::tuple(ivec4{1, 2, 3, 4}, vec4{1, 0, 0, 1}, _vec2<int>{10, 20}, ivec4{0, 0, 50, 60}));
+    EXPECT_EQ(line.origin, (_vec2<int>{30, 40}));
+    EXPECT_EQ(line.points, (std::vector<_vec2<int>>{{0, 0}, {9, 9}}));
+    EXPECT_EQ(std::tuple(border.origin, border.color, border.value),
+              std::tuple(_vec2<int>{10, 20}, vec4{0, 1, 0, 1}, 2.0f))
+        << "back in the parent's pass";
+    EXPECT_EQ(native.calls().back().clip, (ivec4{})) << "outside any pass";
+
+    native.start_draw({5, 6}, {0, 0, 40, 40});
+    native.clear_calls();
+    d.draw_text({0, 0, 50, 10}, "third");
+    EXPECT_EQ(native.calls().at(0).origin, (_vec2<int>{5, 6})) << "the open pass survives the clear";
+    native.end_draw();
+    EXPECT_EQ(native.calls().back().op, "end_draw");
+    EXPECT_FALSE(native.in_pass());
+}
+
+TEST(OffscreenDrawerDeathTest, ImagesAreDrawnAtTheirSizeInPointsAndMustBeLoaded) {
+    offscreen_drawer native;
+    drawer d(native);
+    bitmap b, empty;
+    ASSERT_TRUE(b.create({8, 6}, image_alpha::alpha));
+    d.draw_image({3, 4}, b);
+    d.draw_image({0, 0}, b, {2, 2, 4, 2});
+    d.draw_image({1, 1}, b, ivec4{}); // an empty source means the whole image
+    const auto images = native.calls_named("draw_image");
+    ASSERT_EQ(images.size(), 3u);
+    EXPECT_EQ((std::vector{images[0].rect, images[1].rect, images[1].source, images[2].rect}),
+              (std::vector<ivec4>{{3, 4, 8, 6}, {0, 0, 4, 2}, {2, 2, 4, 2}, {1, 1, 8, 6}}));
+    EXPECT_DEATH(d.draw_image({0, 0}, empty), "isLoaded");
+}
+
+TEST(OffscreenDrawer, TextMetricIsFixedAndWrapsAtSpacesThenMidWord) {
+    offscreen_drawer native;
+    drawer d(native);
+    d.set_text_font("tahoma", 12.0f);
+    EXPECT_EQ(d.calc_text_size("ab\ncdef"), (_vec2<int>{24, 30}));
+    // Multi-byte characters count once; damaged bytes count one each and never overrun.
+    EXPECT_EQ(d.calc_char_offsets("a\xC3\xA9\xE2\x82\xAC"), (std::vector<int>{0, 6, 12, 18}));
+    EXPECT_EQ(d.calc_char_offsets("\xE2\x82"), (std::vector<int>{0, 6, 12}));
+    text_full_format big; // runs change the size of the characters they cover
+    big.size = 20.0f;
+    big.start = 1;
+    big.end = 2;
+    EXPECT_EQ(d.calc_text_size("abc", {}, {big}), (_vec2<int>{6 + 10 + 6, 25}));
+    d.set_text_font("tahoma", 10.0f); // 5 wide, 13 tall
+    const std::tuple<const char*, _vec2<int>, _vec2<int>> wraps[] = {
+        {"hello world", {40, 0}, {25, 26}},
+        {"hello world", {55, 0}, {55, 13}},
+        {"abcdefghij", {20, 0}, {20, 39}},
+        {"a b c d e f", {15, 0}, {15, 39}},
+        {"abcdefghij", {20, 30}, {20, 26}}, // only whole lines that fit
+        {"abcdefghij", {20, 5}, {20, 13}},  // the first line always shows
+        {"abc", {1, 0}, {5, 39}}};
+    for (auto [text, limit, size] : wraps)
+        EXPECT_EQ(d.calc_text_size(text, limit), size) << text << " in " << limit.x << "x" << limit.y;
+}
+
+// Plain one-line labels are sized without a layout; a run of the same size forces the full layout,
+// and both must agree wherever the text fits, wraps, or carries trailing spaces.
+TEST(OffscreenDrawer, PlainLabelsMeasureAsTheFullLayoutDoes) {
+    offscreen_drawer native;
+    drawer d(native);
+    for (const float size : {10.0f, 12.0f, 13.0f}) {
+        d.set_text_font("tahoma", size);
+        text_full_format same;
+        same.size = size;
+        same.end = 1000;
+        for (const char* text : {"", " ", "Gaussian Blur", "Blur  ", "a b c d e f", "abcdefghij"})
+            for (const _vec2<int> limit : {_vec2<int>{}, _vec2<int>{-5, 0}, _vec2<int>{20, 0},
+                                           _vec2<int>{60, 0}, _vec2<int>{200, 10}, _vec2<int>{30, 30}})
+                EXPECT_EQ(d.calc_text_size(text, limit), d.calc_text_size(text, limit, {same}))
+                    << '"' << text << "\" at " << size << " within " << limit.x << "x" << limit.y;
+    }
 }
