@@ -3,6 +3,7 @@
 #include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 
+#include <array>
 #include <cstdlib>
 #include <memory>
 
@@ -15,23 +16,20 @@ event_manager& em() {
 
 struct Source : event_object {};
 
-TEST(EventManager, FirstIdInAFreshProcessIsZeroAndIdsCountUp) {
-    // A fresh process (re-executed child), so no earlier test has taken ids.
+TEST(EventManager, IdsCountFromZeroFireReportsWhetherAListExistsAndCallbacksRunInOrderOnASnapshot) {
+    Source s;
+    auto add = [&](event_type t) {
+        return em().add_event(&s, &s, t, [](const event_info&) {});
+    };
+    // In a fresh process (a re-executed child) no earlier test has taken ids; removed ones are not reused.
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_EXIT(
         {
-            Source s;
-            const uint32_t first = em().add_event(&s, &s, custom, [](const event_info&) {});
-            const uint32_t second = em().add_event(&s, &s, draw, [](const event_info&) {});
+            const uint32_t first = add(custom);
             em().remove_event(first);
-            const uint32_t third = em().add_event(&s, &s, custom, [](const event_info&) {});
-            std::exit(first == 0 && second == 1 && third == 2 ? 0 : 1);
+            std::exit(first == 0 && add(draw) == 1 && add(custom) == 2 ? 0 : 1);
         },
         ::testing::ExitedWithCode(0), "");
-}
-
-TEST(EventManager, FireReportsWhetherAListExistsAndCallbacksRunInOrderOnASnapshot) {
-    Source s;
     EXPECT_FALSE(em().fire_event(&s, custom, 0));
     EXPECT_FALSE(em().has_event(&s, custom));
     event_info seen;
@@ -120,13 +118,10 @@ TEST(EventManager, DestroyingObjectsEvenDuringDispatchDropsTheirRegistrations) {
         Source owner;
         em().add_event(&keeper, &owner, custom, [&](const event_info&) { ++heard; });
         em().add_event(&owner, &keeper, custom, [&](const event_info&) { ++heard; });
-        em().fire_event(&keeper, custom, 0);
-        em().fire_event(&owner, custom, 0);
-        EXPECT_EQ(heard, 2);
+        EXPECT_TRUE(em().fire_event(&keeper, custom, 0) && em().fire_event(&owner, custom, 0) && heard == 2);
     }
     // The owner's callback on keeper is gone (keeper's list stays, now empty).
-    EXPECT_TRUE(em().fire_event(&keeper, custom, 0));
-    EXPECT_EQ(heard, 2);
+    EXPECT_TRUE(em().fire_event(&keeper, custom, 0) && heard == 2);
     // keeper still owns a callback on a source that no longer exists; removing keeper's registrations
     // skips it quietly.
     em().remove_events(&keeper);
@@ -175,9 +170,7 @@ struct plugin_guard {
 // any change of a key, the order, a value or its type changes it. After a deliberate change of the
 // table, run this test and paste the digest it reports.
 TEST(Theme, DefaultTableKeepsItsKeysOrderAndValues) {
-    struct raw {
-        unsigned char bytes[16];
-    };
+    using raw = std::array<unsigned char, 16>;
     uint64_t digest = 14695981039346656037ull; // FNV-1a
     auto mix = [&](const void* p, size_t n) {
         for (size_t i = 0; i < n; ++i)
@@ -188,13 +181,13 @@ TEST(Theme, DefaultTableKeepsItsKeysOrderAndValues) {
         const std::string text = s.get<std::string>();
         mix(key.data(), key.size());
         mix(text.c_str(), text.size() + 1);
-        mix(s.get<raw>().bytes, sizeof(raw));
+        mix(s.get<raw>().data(), sizeof(raw));
     }
     EXPECT_EQ(theme::default_map.size(), theme::default_keys().size()) << "a key listed twice";
     EXPECT_EQ(digest, 0x53274745ee08a9fcull) << std::hex << "digest 0x" << digest;
 }
 
-TEST(Theme, OwnStylesWinOverPluginMapOverDefaultsAndLinksReadOneStepDeep) {
+TEST(ThemeDeathTest, OwnStylesWinOverPluginMapOverDefaultsLinksReadOneStepDeepAndUnknownKeysStop) {
     plugin_guard guard;
     theme t;
     theme::plugin_map.insert_or_assign(theme_keys::button_font_color, theme_style(vec4{0.5f, 0.5f, 0.5f, 1}));
@@ -217,6 +210,14 @@ TEST(Theme, OwnStylesWinOverPluginMapOverDefaultsAndLinksReadOneStepDeep) {
     l.link(theme_keys::button_font_color, theme_keys::label_font_color);
     EXPECT_EQ(l.get<vec4>(theme_keys::button_font_color), theme().get<vec4>(theme_keys::label_font_color));
     EXPECT_NE(l.get<vec4>(theme_keys::button_font_color), (vec4{1, 0, 0, 1}));
+    // Character arrays stay strings, streams keep their scale, unknown keys stop.
+    static const unsigned char png[] = {1, 2, 3};
+    const image_stream s(png, 3, 4, 4.0f);
+    EXPECT_EQ(theme_style(s).get<image_stream>(), s);
+    EXPECT_EQ(theme_style(s).get<image_stream>().scale(), 4.0f);
+    t.set(theme_keys::checkbox_font_name, "abcde"); // a character array, not a bool
+    EXPECT_EQ(t.get<std::string>(theme_keys::checkbox_font_name), "abcde");
+    EXPECT_DEATH(t.get_theme_style("no_such_key"), "false && \"Style not found\"");
 }
 
 TEST(Theme, ChangesAreAnnouncedWithTheKeyAddressAndCopiesKeepTheirOwner) {
@@ -246,17 +247,6 @@ TEST(Theme, ChangesAreAnnouncedWithTheKeyAddressAndCopiesKeepTheirOwner) {
     second.set(theme_keys::label_font_size, 20.0f);
     EXPECT_EQ(std::tuple(second.get_owner(), b.keys.size(), a.keys.size()),
               std::tuple(&b, heard + 1, size_t(2)));
-}
-
-TEST(ThemeDeathTest, CharacterArraysStayStringsStreamsKeepTheirScaleUnknownKeysStop) {
-    static const unsigned char png[] = {1, 2, 3};
-    const image_stream s(png, 3, 4, 4.0f);
-    EXPECT_EQ(theme_style(s).get<image_stream>(), s);
-    EXPECT_EQ(theme_style(s).get<image_stream>().scale(), 4.0f);
-    theme t;
-    t.set(theme_keys::checkbox_font_name, "abcde"); // a character array, not a bool
-    EXPECT_EQ(t.get<std::string>(theme_keys::checkbox_font_name), "abcde");
-    EXPECT_DEATH(t.get_theme_style("no_such_key"), "false && \"Style not found\"");
 }
 
 } // namespace
