@@ -1,10 +1,12 @@
 #include "toolkit_fixture.h"
 
+#include "nimbit/graphics/rect.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 
 #include <algorithm>
 #include <memory>
+#include <numeric>
 #include <random>
 
 namespace toolkit_test {
@@ -24,10 +26,9 @@ TEST_F(WidgetTest, CreateRaisesItsEventsAndListsTheChildAndMisuseStops) {
     EXPECT_EQ(r.take(true), (lines{ev("child", shown, 0), ev("child", create, 0),
                                    ev("child", parent_changed, pack_pointer(&parent)),
                                    ev("parent", child_added, pack_pointer(&child))}));
-    EXPECT_TRUE(child.is_created() && child.is_visible(true));
-    EXPECT_EQ(child.get_window(), &win);
-    EXPECT_EQ(parent.get_children(), std::vector<widget*>{&child});
-    EXPECT_EQ(win.get_widgets().back(), &child);
+    EXPECT_EQ(std::tuple(child.is_created(), child.is_visible(true), child.get_window(),
+                         parent.get_children(), win.get_widgets().back()),
+              std::tuple(true, true, static_cast<window*>(&win), std::vector<widget*>{&child}, &child));
     EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 400, 300})) << "the root fills the client area";
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     EXPECT_DEATH(child.create(parent, {0, 0, 10, 10}), "Double create");
@@ -41,21 +42,17 @@ TEST_F(WidgetTest, DisablingAndHidingReachEveryDescendantWithoutTouchingTheirOwn
     b.create(a, {0, 0, 50, 50});
     c.create(b, {0, 0, 10, 10});
     a.enable(false);
-    EXPECT_TRUE(c.is_enabled());
-    EXPECT_FALSE(c.is_parent_enabled() || b.is_live());
+    EXPECT_TRUE(c.is_enabled() && !c.is_parent_enabled() && !b.is_live());
     b.enable(false);
     a.enable(true);
-    EXPECT_TRUE(b.is_parent_enabled());
-    EXPECT_FALSE(c.is_parent_enabled()) << "b itself is still disabled";
+    EXPECT_TRUE(b.is_parent_enabled() && !c.is_parent_enabled()) << "b itself is still disabled";
     b.enable(true);
     EXPECT_TRUE(c.is_live());
     event_recorder r;
     r.watch(b, "b", {shown, hidden});
     a.show(false);
-    EXPECT_TRUE(c.is_visible(false));
-    EXPECT_FALSE(c.is_visible(true));
     b.show(true); // unchanged: no event
-    EXPECT_EQ(r.count(), 0u);
+    EXPECT_TRUE(c.is_visible(false) && !c.is_visible(true) && r.count() == 0);
     // A child added under a hidden, disabled parent inherits both; removal resets them.
     a.enable(false);
     d.create(b, {0, 0, 5, 5});
@@ -92,9 +89,7 @@ TEST_F(WidgetTest, RemovingOrDestroyingChildrenDetachesThemEverywhere) {
         gone.focus();
     }
     event_manager::instance().fire_event(&parent, custom, 0);
-    EXPECT_EQ(other, 1);
-    EXPECT_TRUE(parent.get_children().empty() && grandchild.get_parent() == nullptr);
-    EXPECT_EQ(win.get_focus(), nullptr);
+    EXPECT_TRUE(other == 1 && parent.get_children().empty() && !grandchild.get_parent() && !win.get_focus());
     EXPECT_EQ(std::count(win.get_widgets().begin(), win.get_widgets().end(), nullptr), 0);
 
     // remove_all_children survives callbacks that destroy children.
@@ -107,8 +102,7 @@ TEST_F(WidgetTest, RemovingOrDestroyingChildrenDetachesThemEverywhere) {
         c.reset(); // a later child dies while the list is walked
     });
     parent.remove_all_children();
-    EXPECT_EQ(removed, 3);
-    EXPECT_TRUE(parent.get_children().empty() && a->get_parent() == nullptr);
+    EXPECT_TRUE(removed == 3 && parent.get_children().empty() && !a->get_parent());
 }
 
 // Removed children leave holes squeezed out later; survivors keep their order in the parent and in
@@ -119,10 +113,9 @@ TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
     parent.create(win.get_root(), {0, 0, 100, 100});
     std::vector<std::unique_ptr<widget>> rows(300);
     std::vector<size_t> order(rows.size());
-    for (size_t i = 0; i < rows.size(); ++i) {
-        (rows[i] = std::make_unique<widget>())->create(parent, {0, 0, 10, 10});
-        order[i] = i;
-    }
+    std::iota(order.begin(), order.end(), 0);
+    for (auto& r : rows)
+        (r = std::make_unique<widget>())->create(parent, {0, 0, 10, 10});
     std::shuffle(order.begin(), order.end(), std::mt19937(7));
     for (size_t k = 0; k < 250; ++k) {
         rows[order[k]].reset();
@@ -138,8 +131,7 @@ TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
     EXPECT_EQ(std::vector<widget*>(win.get_widgets().begin() + 2, win.get_widgets().end()), expected);
     expected.back()->send_to_back();
     extra.create(parent, {0, 0, 1, 1});
-    EXPECT_EQ(parent.get_children().front(), expected.back());
-    EXPECT_EQ(parent.get_children().back(), &extra);
+    EXPECT_TRUE(parent.get_children().front() == expected.back() && parent.get_children().back() == &extra);
 }
 
 // A rectangle change raises the old values; anchored children follow silently, and pass the change on
@@ -192,8 +184,8 @@ TEST_F(WidgetTest, UpdateRectanglesAreClippedByEveryAncestor) {
     outer.create(win.get_root(), {10, 10, 100, 100});
     inner.create(outer, {50, 50, 100, 100});
     leaf.create(inner, {-10, 20, 30, 200});
-    EXPECT_EQ(leaf.calc_absolute_pos(), (_vec2<int>{50, 80}));
-    EXPECT_EQ(leaf.get_screen_pos(), (_vec2<int>{150, 180}));
+    EXPECT_EQ(std::pair(leaf.calc_absolute_pos(), leaf.get_screen_pos()),
+              std::pair(_vec2<int>{50, 80}, _vec2<int>{150, 180}));
     // leaf spans x 50..80, y 80..280; inner clips to x 60..160, y 60..160; outer to x 10..110, y 10..110.
     EXPECT_EQ(leaf.calculate_update_rect(), (ivec4{60, 80, 20, 30}));
     win.os().paint_pending();
@@ -219,13 +211,9 @@ struct Spilling : widget {
 // within its clip.
 std::vector<ivec4> painted_rects(offscreen_drawer& canvas) {
     std::vector<ivec4> out;
-    for (const auto& c : canvas.calls_named("draw_rect")) {
-        const int left = std::max(c.rect.x + c.origin.x, c.clip.x),
-                  top = std::max(c.rect.y + c.origin.y, c.clip.y);
-        const int right = std::min(c.rect.x + c.origin.x + c.rect.w, c.clip.x + c.clip.w),
-                  bottom = std::min(c.rect.y + c.origin.y + c.rect.h, c.clip.y + c.clip.h);
-        out.push_back({left, top, std::max(0, right - left), std::max(0, bottom - top)});
-    }
+    for (const auto& c : canvas.calls_named("draw_rect"))
+        out.push_back(
+            intersection({c.rect.x + c.origin.x, c.rect.y + c.origin.y, c.rect.w, c.rect.h}, c.clip));
     canvas.clear_calls();
     return out;
 }
@@ -250,12 +238,10 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
 
     canvas.clear_calls();
     paint(win, {0, 0, 300, 200});
-    std::vector<std::string> ops;
+    std::string ops; // R for a rectangle, S for a shadow
     for (const auto& c : canvas.calls())
-        if (c.op == "draw_rect" || c.op == "draw_shadow")
-            ops.push_back(c.op);
-    EXPECT_EQ(ops, (std::vector<std::string>{"draw_rect", "draw_shadow", "draw_rect", "draw_rect",
-                                             "draw_rect", "draw_rect"}));
+        ops += c.op == "draw_rect" ? "R" : c.op == "draw_shadow" ? "S" : "";
+    EXPECT_EQ(ops, "RSRRRR");
     const auto shadows = canvas.calls_named("draw_shadow");
     ASSERT_EQ(shadows.size(), 1u);
     EXPECT_EQ(std::pair(shadows[0].rect, shadows[0].clip),
