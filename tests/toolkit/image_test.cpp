@@ -12,6 +12,7 @@
 #include <zlib.h>
 
 #include <cstdint>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -34,12 +35,10 @@ template <typename F> bitmap make(_vec2<int> size, image_alpha alpha, F fill) {
     bitmap b;
     EXPECT_TRUE(b.create(size, alpha));
     bitmap_data d = b.lock();
-    for (int y = 0; y < size.y; ++y)
-        for (int x = 0; x < size.x; ++x) {
-            const rgba p = fill(x, y);
-            unsigned char* q = d.bits + size_t(y) * d.pitch + size_t(x) * 4;
-            q[0] = p.r, q[1] = p.g, q[2] = p.b, q[3] = p.a;
-        }
+    for (int i = 0; i < size.x * size.y; ++i) { // at scale 1 the rows are packed
+        const rgba p = fill(i % size.x, i / size.x);
+        std::memcpy(d.bits + size_t(i) * 4, &p, 4);
+    }
     b.unlock(d);
     return b;
 }
@@ -146,8 +145,11 @@ TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
     const auto dir = std::filesystem::path(::testing::TempDir()) / "quillo_bitmap_files";
     std::filesystem::remove_all(dir);
     std::filesystem::create_directories(dir);
+    auto at = [&](const char* name) {
+        return file_path((dir / name).string());
+    };
     bitmap b = make({4, 4}, image_alpha::alpha, pattern);
-    const file_path png((dir / "a.png").string());
+    const file_path png = at("a.png");
     ASSERT_TRUE(b.save_image(png, image_format::png));
     ASSERT_TRUE(b.save_image(png, image_format::png)) << "replacing an existing file";
     EXPECT_EQ(std::filesystem::directory_iterator(dir)->path().filename(), "a.png");
@@ -157,15 +159,14 @@ TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
     EXPECT_EQ(back.get_size(), (_vec2<int>{2, 2})) << "size in points at scale 2";
     EXPECT_EQ(pixels_of(back), pixels_of(b));
 
-    EXPECT_FALSE(b.save_image(file_path((dir / "missing" / "b.png").string()), image_format::png));
-    EXPECT_FALSE(back.load_image(file_path((dir / "none.png").string())));
+    EXPECT_FALSE(b.save_image(at("missing/b.png"), image_format::png) || back.load_image(at("none.png")));
     EXPECT_FALSE(back.load_image(file_path(dir.string()))) << "a folder is not an image";
     EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
     // Unknown formats and empty bitmaps give nothing and leave no file.
     EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(3)).empty() &&
                 b.save_image_stream(static_cast<image_format>(0)).empty() &&
                 bitmap().save_image_stream(image_format::png).empty());
-    EXPECT_FALSE(b.save_image(file_path((dir / "x.img").string()), static_cast<image_format>(7)));
+    EXPECT_FALSE(b.save_image(at("x.img"), static_cast<image_format>(7)));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
     std::filesystem::remove_all(dir);
 }
