@@ -77,8 +77,11 @@ double contrast(const double (&a)[3], const double (&b)[3]) {
     return (std::max(la, lb) + 0.05) / (std::min(la, lb) + 0.05);
 }
 
-TEST(EmbeddedIcons, EveryImageIsAPngStripOfWholePointFramesAndThemesComeInMatchingPairs) {
+TEST(EmbeddedIcons, PngStripsOfWholePointFramesThatAreDistinctNotEmptyReadableAndPairedByTheme) {
     std::map<std::string, const decoded*> byName;
+    // The window backgrounds the themes are designed for (assets/README.md).
+    const double dark[3] = {0x26 / 255.0, 0x26 / 255.0, 0x26 / 255.0};
+    const double light[3] = {0xec / 255.0, 0xec / 255.0, 0xec / 255.0};
     for (const decoded& d : all_images()) {
         SCOPED_TRACE(d.name);
         EXPECT_TRUE(byName.emplace(d.name, &d).second) << "listed twice";
@@ -91,34 +94,7 @@ TEST(EmbeddedIcons, EveryImageIsAPngStripOfWholePointFramesAndThemesComeInMatchi
         ASSERT_GE(scale, 1.0f);
         EXPECT_EQ(d.width / frames / scale, std::floor(d.width / frames / scale));
         EXPECT_EQ(d.height / scale, std::floor(d.height / scale));
-    }
-    int pairs = 0;
-    for (const auto& [name, d] : byName) {
-        const std::string theme = theme_of(name);
-        if (theme.empty())
-            continue;
-        const std::string other =
-            name.substr(0, name.size() - theme.size()) + (theme == "Dark" ? "Light" : "Dark");
-        SCOPED_TRACE(name);
-        ASSERT_TRUE(byName.count(other)) << "no " << other;
-        const decoded* o = byName[other];
-        EXPECT_EQ(std::tuple(d->width, d->height, d->image->frames, d->image->scale),
-                  std::tuple(o->width, o->height, o->image->frames, o->image->scale));
-        EXPECT_NE(d->rgba, o->rgba); // same layout, different colours
-        ++pairs;
-    }
-    EXPECT_GT(pairs, 0);
-}
-
-TEST(EmbeddedIcons, StateFramesAreDistinctNoneIsEmptyAndEachActiveOneReads) {
-    // The window backgrounds the themes are designed for (assets/README.md).
-    const double dark[3] = {0x26 / 255.0, 0x26 / 255.0, 0x26 / 255.0};
-    const double light[3] = {0xec / 255.0, 0xec / 255.0, 0xec / 255.0};
-    for (const decoded& d : all_images()) {
-        SCOPED_TRACE(d.name);
-        if (d.rgba.empty())
-            continue;
-        const int frames = d.image->frames, fw = d.width / frames;
+        const int fw = d.width / frames;
         std::vector<const double(*)[3]> panels;
         if (theme_of(d.name) != "Light")
             panels.push_back(&dark);
@@ -157,6 +133,22 @@ TEST(EmbeddedIcons, StateFramesAreDistinctNoneIsEmptyAndEachActiveOneReads) {
                 EXPECT_GE(best[i], 3.0) << "frame " << f << " panel " << i;
         }
     }
+    int pairs = 0;
+    for (const auto& [name, d] : byName) {
+        const std::string theme = theme_of(name);
+        if (theme.empty())
+            continue;
+        const std::string other =
+            name.substr(0, name.size() - theme.size()) + (theme == "Dark" ? "Light" : "Dark");
+        SCOPED_TRACE(name);
+        ASSERT_TRUE(byName.count(other)) << "no " << other;
+        const decoded* o = byName[other];
+        EXPECT_EQ(std::tuple(d->width, d->height, d->image->frames, d->image->scale),
+                  std::tuple(o->width, o->height, o->image->frames, o->image->scale));
+        EXPECT_NE(d->rgba, o->rgba); // same layout, different colours
+        ++pairs;
+    }
+    EXPECT_GT(pairs, 0);
 }
 
 } // namespace

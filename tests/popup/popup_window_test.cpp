@@ -51,7 +51,7 @@ TEST_F(PopupTest, OpeningLayoutsInEachMode) {
               std::tuple(ivec4{378, 1, 18, 18}, ivec4{51, 8, 116, 30}));
 }
 
-TEST_F(PopupTest, ShortcutsBarShowsOnlyInSearchModeWithAnOccupiedSlot) {
+TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrItsOverride) {
     Open();
     const int bare = popup->get_rect().h;
     SetSlot(1, "Glow", "Glo");
@@ -71,6 +71,39 @@ TEST_F(PopupTest, ShortcutsBarShowsOnlyInSearchModeWithAnOccupiedSlot) {
     EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false));
     Open("", "");
     EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
+
+    // Digits pick occupied slots; an override is applied in place of its entry.
+    Open();
+    Event(event_type::key_char, '7'); // slot 7 is empty: nothing, and still shown
+    EXPECT_TRUE(popup->is_shown());
+    Event(event_type::key_char, '2');
+    EXPECT_TRUE(Applied() == Names{"Glow"} && !popup->is_shown());
+
+    Open(); // inside a search a digit is text
+    offscreen::advance_ms(250);
+    Search("cc");
+    Event(event_type::key_char, '2');
+    EXPECT_EQ(Applied(), Names{});
+
+    Open(); // the shortcut buttons apply their slot
+    const ivec2 at = popup->GetShortcutsBar().GetButtons()[0]->calc_absolute_pos();
+    offscreen::click(*popup, {at.x + 10, at.y + 10});
+    EXPECT_EQ(Applied(), (Names{"Glow"}));
+
+    Open("", ""); // outside search mode any other character hides
+    Event(event_type::key_char, 'x');
+    EXPECT_FALSE(popup->is_shown());
+
+    // An override is applied in place of its entry, from the list and from a slot.
+    popup->GetAliases().push_back({"soft", Named("Gaussian Blur"), Named("Fast Box Blur")});
+    Open();
+    Search("soft");
+    EXPECT_EQ(SelectedName(), "Gaussian Blur");
+    popup->ApplySelectedEffect();
+    SetSlot(0, "Gaussian Blur", "Gau");
+    Open("", "");
+    Event(event_type::key_char, '1');
+    EXPECT_EQ(Applied(), (Names{"Fast Box Blur", "Fast Box Blur"}));
 }
 
 TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
@@ -254,42 +287,7 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     EXPECT_EQ(Applied(), Names{});
 }
 
-TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) {
-    SetSlot(1, "Glow", "Glo");
-    Open();
-    Event(event_type::key_char, '5'); // slot 5 is empty: nothing, and still shown
-    EXPECT_TRUE(popup->is_shown());
-    Event(event_type::key_char, '2');
-    EXPECT_TRUE(Applied() == Names{"Glow"} && !popup->is_shown());
-
-    Open(); // inside a search a digit is text
-    offscreen::advance_ms(250);
-    Search("cc");
-    Event(event_type::key_char, '2');
-    EXPECT_EQ(Applied(), Names{});
-
-    Open(); // the shortcut buttons apply their slot
-    const ivec2 at = popup->GetShortcutsBar().GetButtons()[0]->calc_absolute_pos();
-    offscreen::click(*popup, {at.x + 10, at.y + 10});
-    EXPECT_EQ(Applied(), (Names{"Glow"}));
-
-    Open("", ""); // outside search mode any other character hides
-    Event(event_type::key_char, 'x');
-    EXPECT_FALSE(popup->is_shown());
-
-    // An override is applied in place of its entry, from the list and from a slot.
-    popup->GetAliases().push_back({"soft", Named("Gaussian Blur"), Named("Fast Box Blur")});
-    Open();
-    Search("soft");
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    popup->ApplySelectedEffect();
-    SetSlot(0, "Gaussian Blur", "Gau");
-    Open("", "");
-    Event(event_type::key_char, '1');
-    EXPECT_EQ(Applied(), (Names{"Fast Box Blur", "Fast Box Blur"}));
-}
-
-TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndKeysAndCommandsReachTheirTools) {
+TEST_F(PopupTest, FirstRunWritesTheSettingsAloneKeysAndCommandsReachTheirToolsAndNewsIsPolledUntilKnown) {
     const file_path folder = root / "user/Tarvelo";
     EXPECT_TRUE(SettingsFileExists(folder) &&
                 !file_stats(folder.append(file_path("effects_search.txt"))).exists);
@@ -324,9 +322,8 @@ TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndKeysAndCommandsReachTheirTool
     ASSERT_TRUE(LoadPreferences(read, folder));
     EXPECT_TRUE(read.shortcutChoice == 3 &&
                 file_stats(folder.append(file_path("effects_shortcuts.txt"))).exists);
-}
 
-TEST_F(PopupTest, NewsCountIsPolledUntilKnownAndTheLogoAcknowledgesIt) {
+    // The news count is polled until known, and the logo acknowledges it.
     int32_t answer = -1;
     int polls = 0;
     Window withNews(prefs, [&] {
@@ -344,7 +341,6 @@ TEST_F(PopupTest, NewsCountIsPolledUntilKnownAndTheLogoAcknowledgesIt) {
 
     Command(withNews, PopupCommand::Logo); // the badge goes and the time is saved
     EXPECT_FALSE(withNews.GetNewsBadge().is_visible(false));
-    PreferencesData read;
     read.newsTime = 0;
     ASSERT_TRUE(LoadPreferences(read, root / "user/Tarvelo"));
     EXPECT_EQ(read.newsTime, prefs.newsTime);

@@ -156,7 +156,7 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14);
 }
 
-TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInside) {
+TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrItsPanel) {
     text_label row;
     row.create(content, {0, 0, 100, 20});
     bar.add_wheel_area(view);
@@ -168,9 +168,8 @@ TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInside) {
         values.push_back(bar.get_value());
     }
     EXPECT_EQ(values, (std::vector<int>{40, 120, 80, 80}));
-}
 
-TEST_F(ScrollBarTest, APanelOrAWheelAreaOutlivingTheOtherIsLeftAlone) {
+    // A panel or a wheel area outliving the other is left alone.
     {
         generic_panel temporary;
         temporary.create(view, {0, 0, 100, 500});
