@@ -14,6 +14,7 @@
 #include <string>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -60,21 +61,19 @@ TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInSteps) {
     EXPECT_FALSE(exists(header_path)) << "nothing is opened before the first access";
     EXPECT_FALSE(cache.get_data("anything"));
     EXPECT_EQ(cache.get_status(), cache_status::ready);
-    bytes h = read_bytes(header_path);
-    ASSERT_EQ(h.size(), 10024u);
-    EXPECT_EQ(std::memcmp(h.data(), "NBMPC\0\0\0", 8), 0);
-    EXPECT_EQ(u64_at(h, 8), 524'288'000u);
-    EXPECT_EQ(u64_at(h, 16), 50u);
-    EXPECT_EQ(nimbit::file_stats(data_path).size, 5'242'880u);
-
+    // Header file size, magic, size limit and slot count; the data file's size.
+    const auto layout = [&] {
+        const bytes h = read_bytes(header_path);
+        return std::tuple(h.size(), std::string(h.begin(), h.begin() + 8), u64_at(h, 8), u64_at(h, 16),
+                          nimbit::file_stats(data_path).size);
+    };
+    const std::string magic("NBMPC\0\0\0", 8);
+    EXPECT_EQ(layout(), std::tuple(10024u, magic, 524'288'000u, 50u, 5'242'880u));
     for (unsigned i = 0; i < 51; ++i)
         ASSERT_TRUE(set(cache, "value " + std::to_string(i), pattern(110'000, i)));
-    h = read_bytes(header_path);
-    EXPECT_EQ(h.size(), 12024u);
-    EXPECT_EQ(u64_at(h, 16), 60u);
-    EXPECT_EQ(nimbit::file_stats(data_path).size, 15'728'640u);
-    EXPECT_EQ(get(cache, "value 0"), pattern(110'000, 0));
-    EXPECT_EQ(get(cache, "value 50"), pattern(110'000, 50));
+    EXPECT_EQ(layout(), std::tuple(12024u, magic, 524'288'000u, 60u, 15'728'640u));
+    EXPECT_TRUE(get(cache, "value 0") == pattern(110'000, 0) &&
+                get(cache, "value 50") == pattern(110'000, 50));
     EXPECT_FALSE(cache.set_data("", pattern(1, 1).data(), 1) || cache.set_data("x", nullptr, 1));
     EXPECT_EQ(cache.entry_count(), 51u);
 
@@ -91,13 +90,11 @@ TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInSteps) {
     mapped_cache limited;
     limited.set_max_size(300);
     open(limited);
-    ASSERT_TRUE(set(limited, "e", pattern(150, 'e')));
-    EXPECT_FALSE(set(limited, "big", pattern(301, 0)));
+    ASSERT_TRUE(set(limited, "e", pattern(150, 'e')) && !set(limited, "big", pattern(301, 0)));
     limited.close();
     limited.set_max_size(1);
     open(limited);
-    EXPECT_TRUE(get(limited, "e"));
-    EXPECT_EQ(limited.get_max_size(), 300u);
+    EXPECT_TRUE(get(limited, "e") && limited.get_max_size() == 300u);
 }
 
 TEST_F(MappedCacheTest, KeysKeepTheTailAndAStableHashOfTheWholeName) {
