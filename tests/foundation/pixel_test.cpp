@@ -16,23 +16,10 @@ using nimbit::graphics::pixel_buffer;
 
 namespace {
 
-// Reference conversions, written independently of the library's: clamp to 0..1 (NaN to 0), scale
-// in single precision, round half to even.
-long round_even(double v) {
-    const double f = std::floor(v);
-    const double d = v - f;
-    if (d > 0.5 || (d == 0.5 && std::fmod(f, 2.0) != 0.0))
-        return static_cast<long>(f) + 1;
-    return static_cast<long>(f);
-}
-double clamp01(float v) {
-    return std::isnan(v) ? 0.0 : v < 0 ? 0.0 : v > 1 ? 1.0 : v;
-}
-uint8_t ref8(float v) {
-    return static_cast<uint8_t>(round_even(static_cast<float>(clamp01(v)) * 255.0f));
-}
-uint16_t ref16(float v) {
-    return static_cast<uint16_t>(round_even(static_cast<float>(clamp01(v)) * 32768.0f));
+// The reference conversion, written independently of the library's: clamp to 0..1 (NaN to 0), scale
+// in single precision, round half to even (the default rounding mode).
+long reference(float v, float scale) {
+    return std::lrint(static_cast<float>(std::isnan(v) ? 0.0 : v < 0 ? 0.0 : v > 1 ? 1.0 : v) * scale);
 }
 
 // Channel values that probe clamping, NaN, rounding ties and both ends of the range.
@@ -68,11 +55,11 @@ TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
             for (int x = 0; x < width; ++x)
                 for (int c = 0; c < 4; ++c) {
                     const float v = channel(buffer[y * width + x], c);
-                    ASSERT_EQ(out8[y * pitch8 + x * 4 + c], ref8(v))
+                    ASSERT_EQ(out8[y * pitch8 + x * 4 + c], reference(v, 255.0f))
                         << width << " " << x << "," << y << " " << v;
                     uint16_t got;
                     std::memcpy(&got, &out16[y * pitch16 + x * 8 + c * 2], 2);
-                    ASSERT_EQ(got, ref16(v)) << width << " " << x << "," << y << " " << v;
+                    ASSERT_EQ(got, reference(v, 32768.0f)) << width << " " << x << "," << y << " " << v;
                 }
             // The padding at the end of each row is left alone.
             EXPECT_EQ(out8[y * pitch8 + width * 4], 0xEE);
