@@ -1,6 +1,7 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/file_stats.h"
+#include "nimbit/utils/chunk_file.h"
 #include "popup/effect_alias.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -117,14 +117,10 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     prefs.customCtrl = 1, prefs.customOpt = 2, prefs.customShift = 3, prefs.customCmd = 4;
     ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
 
-    const std::string bytes = read_text(folder.append("effects_settings"));
+    nimbit::chunk_file file(folder.append("effects_settings"), nimbit::chunk_file_access::read);
     std::vector<uint32_t> ids;
-    for (size_t at = 8; at + 8 <= bytes.size();) {
-        uint32_t header[2];
-        std::memcpy(header, bytes.data() + at, 8);
-        ids.push_back(header[0]);
-        at += 8 + header[1];
-    }
+    while (const uint32_t id = file.next_chunk())
+        ids.push_back(id);
     EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12}));
 
     // Saving made the capture folder, so the reader accepts it.
