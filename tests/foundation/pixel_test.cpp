@@ -27,25 +27,17 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeri
 const float probes[] = {0.0f, 1.0f,  0.5f,   -0.25f,        1.75f,         nan,           inf,
                         -inf, 0.25f, 0.999f, 1.0f / 255.0f, 0.5f / 255.0f, 1.5f / 255.0f, 0.5f / 32768.0f};
 
-// A width x height buffer whose channels cycle through the probes, offset per row.
-pixel_buffer probe_buffer(int width, int height) {
-    pixel_buffer buffer({width, height});
-    const size_t n = sizeof probes / sizeof probes[0];
-    for (size_t i = 0; i < buffer.size_pixels(); ++i)
-        buffer[i] = {probes[(i * 4) % n], probes[(i * 4 + 1) % n], probes[(i * 4 + 2) % n],
-                     probes[(i * 4 + 3 + i / width) % n]};
-    return buffer;
-}
-
-const float& channel(const vec4& v, int c) {
-    return (&v.x)[c];
-}
-
 TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
     // Widths with and without a remainder beyond the groups of 4 (8-bit) and 2 (16-bit) pixels.
     for (int width : {1, 2, 3, 4, 5, 7, 8, 13}) {
         const int height = 9;
-        const pixel_buffer buffer = probe_buffer(width, height);
+        // Channels cycle through the probes, the alpha channel offset per row.
+        const auto probe = [&](size_t i, size_t c) {
+            return probes[(i * 4 + c + (c == 3 ? i / width : 0)) % std::size(probes)];
+        };
+        pixel_buffer buffer({width, height});
+        for (size_t i = 0; i < buffer.size_pixels(); ++i)
+            buffer[i] = {probe(i, 0), probe(i, 1), probe(i, 2), probe(i, 3)};
         const unsigned pitch8 = width * 4 + 3, pitch16 = width * 8 + 6;
         std::vector<uint8_t> out8(pitch8 * height, 0xEE);
         std::vector<uint8_t> out16(pitch16 * height, 0xEE);
@@ -53,8 +45,8 @@ TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
         buffer.export_buffer(out16.data(), {width, height}, pitch16, buffer_type::rgba16);
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x)
-                for (int c = 0; c < 4; ++c) {
-                    const float v = channel(buffer[y * width + x], c);
+                for (size_t c = 0; c < 4; ++c) {
+                    const float v = probe(y * width + x, c);
                     ASSERT_EQ(out8[y * pitch8 + x * 4 + c], reference(v, 255.0f))
                         << width << " " << x << "," << y << " " << v;
                     uint16_t got;
