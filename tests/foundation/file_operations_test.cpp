@@ -29,15 +29,13 @@ TEST(FileOperations, StatsMakeDirAndRemoveDir) {
     EXPECT_EQ(file_stats(tmp / "f.txt").modified, 1234567890);
     EXPECT_FALSE(nimbit::set_file_dates(tmp / "missing", 0, 0));
 
-    // make_dir creates every missing level.
-    EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c"));
+    // make_dir creates every missing level, a trailing separator or not.
+    EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c/"));
     EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c", "f.txt"}));
     EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c")) << "an existing folder is success";
-    EXPECT_TRUE(nimbit::make_dir(tmp / "a/x/"));
 
-    ASSERT_TRUE(write_text(tmp / "file", ""));
-    EXPECT_FALSE(nimbit::make_dir(tmp / "file")) << "a file is in the way";
-    EXPECT_FALSE(nimbit::make_dir(tmp / "file/sub/deeper"));
+    // A file in the way.
+    EXPECT_FALSE(nimbit::make_dir(tmp / "f.txt") || nimbit::make_dir(tmp / "f.txt/sub/deeper"));
     EXPECT_FALSE(nimbit::make_dir(file_path()));
 
     // remove_dir deletes the tree but not what links point to.
@@ -46,15 +44,13 @@ TEST(FileOperations, StatsMakeDirAndRemoveDir) {
     ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / "tree/link").c_str()), 0);
 
     EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
-    EXPECT_FALSE(file_stats(tmp / "tree").exists);
+    EXPECT_FALSE(file_stats(tmp / "tree").exists || nimbit::remove_dir(tmp / "tree"));
     EXPECT_EQ(read_text(tmp / "outside/keep"), "keep");
-    EXPECT_FALSE(nimbit::remove_dir(tmp / "tree"));
-
     EXPECT_TRUE(nimbit::remove_file(tmp / "outside/keep"));
     EXPECT_FALSE(nimbit::remove_file(tmp / "outside/keep"));
 }
 
-TEST(FileOperations, CopyFileCopiesAndTruncates) {
+TEST(FileOperations, CopyFileTruncatesAndCopyDirCopiesTheTreeUnderTheSourceName) {
     temp_folder tmp;
     std::string big(200000, '\0');
     for (size_t i = 0; i < big.size(); ++i)
@@ -67,24 +63,20 @@ TEST(FileOperations, CopyFileCopiesAndTruncates) {
     EXPECT_FALSE(nimbit::copy_file(tmp / "missing", tmp / "dst2"));
     EXPECT_FALSE(file_stats(tmp / "dst2").exists);
     EXPECT_FALSE(nimbit::copy_file(tmp / "src", tmp / "no/such/folder/dst"));
-}
 
-TEST(FileOperations, CopyDirCopiesTheTreeUnderTheSourceName) {
-    temp_folder tmp;
-    ASSERT_TRUE(nimbit::make_dir(tmp / "src/a/b") && nimbit::make_dir(tmp / "src/empty"));
-    ASSERT_TRUE(write_text(tmp / "src/top", "1") && write_text(tmp / "src/a/b/deep", "2"));
-    ASSERT_TRUE(nimbit::make_dir(tmp / "dst"));
-
-    EXPECT_TRUE(nimbit::copy_dir(tmp / "src", tmp / "dst"));
-    EXPECT_EQ(tree(tmp / "dst"),
-              (std::vector<std::string>{"src", "src/a", "src/a/b", "src/a/b/deep", "src/empty", "src/top"}));
-    EXPECT_EQ(read_text(tmp / "dst/src/a/b/deep"), "2");
-
-    EXPECT_FALSE(nimbit::copy_dir(tmp / "missing", tmp / "dst"));
-    EXPECT_FALSE(nimbit::copy_dir(tmp / "src", tmp / "missing"));
-    EXPECT_FALSE(nimbit::copy_dir(tmp / "src/top", tmp / "dst")) << "the source must be a folder";
-    EXPECT_FALSE(nimbit::copy_dir(tmp / "src", tmp / "src/a")) << "a folder cannot be copied into itself";
-    EXPECT_FALSE(file_stats(tmp / "src/a/src").exists);
+    // A folder is copied as a whole tree, under its own name.
+    ASSERT_TRUE(nimbit::make_dir(tmp / "dir/a/b") && nimbit::make_dir(tmp / "dir/empty") &&
+                nimbit::make_dir(tmp / "out"));
+    ASSERT_TRUE(write_text(tmp / "dir/top", "1") && write_text(tmp / "dir/a/b/deep", "2"));
+    EXPECT_TRUE(nimbit::copy_dir(tmp / "dir", tmp / "out"));
+    EXPECT_EQ(tree(tmp / "out"),
+              (std::vector<std::string>{"dir", "dir/a", "dir/a/b", "dir/a/b/deep", "dir/empty", "dir/top"}));
+    EXPECT_EQ(read_text(tmp / "out/dir/a/b/deep"), "2");
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "missing", tmp / "out") ||
+                 nimbit::copy_dir(tmp / "dir", tmp / "missing"));
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "dir/top", tmp / "out")) << "the source must be a folder";
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "dir", tmp / "dir/a")) << "a folder cannot be copied into itself";
+    EXPECT_FALSE(file_stats(tmp / "dir/a/dir").exists);
 }
 
 std::vector<std::string> walk(const file_path& root, bool recursive, bool with_dots) {
@@ -106,8 +98,7 @@ TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
         ASSERT_TRUE(write_text(tmp / file, ""));
 
     const auto seen = walk(tmp.path(), true, false);
-    EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c", "a/b/c/f3", "a/b/f2", "a/f1",
-                                                          "d", "d/f4", "f0"}));
+    EXPECT_EQ(seen.size(), 9u);
     // Breadth-first: nothing deeper comes before anything shallower.
     auto depth = [](const std::string& s) {
         return std::count(s.begin(), s.end(), '/');
@@ -123,10 +114,8 @@ TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
 
     // A missing folder ends at once.
     nimbit::folder_iterator it(nimbit::folder_enumerator{tmp / "missing", true});
-    EXPECT_TRUE(it.at_end());
-    EXPECT_TRUE(it == nimbit::folder_iterator());
-    ++it;
-    EXPECT_TRUE(it.at_end());
+    EXPECT_TRUE(it.at_end() && it == nimbit::folder_iterator());
+    EXPECT_TRUE((++it).at_end());
 }
 
 } // namespace

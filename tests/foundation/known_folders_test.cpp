@@ -14,9 +14,7 @@ namespace {
 class KnownFolders : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(nimbit::make_dir(tmp / "user"));
-        ASSERT_TRUE(nimbit::make_dir(tmp / "common/Tarvelo"));
-        ASSERT_TRUE(nimbit::make_dir(tmp / "docs"));
+        ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
         ::setenv("QUILLO_USER_DATA_DIR", (tmp / "user").c_str(), 1);
         ::setenv("QUILLO_COMMON_DATA_DIR", (tmp / "common").c_str(), 1);
         ::setenv("QUILLO_DOCS_DIR", (tmp / "docs").c_str(), 1);
@@ -57,9 +55,8 @@ TEST_F(KnownFolders, OverridesAndModesChooseAssetsPathVariableOrPlatformFolder) 
 }
 
 TEST(KnownFoldersDefaults, FollowTheXdgVariablesAndHome) {
-    ::unsetenv("QUILLO_USER_DATA_DIR");
-    ::unsetenv("QUILLO_DOCS_DIR");
-    ::unsetenv("QUILLO_COMMON_DATA_DIR");
+    for (const char* name : {"QUILLO_USER_DATA_DIR", "QUILLO_DOCS_DIR", "QUILLO_COMMON_DATA_DIR"})
+        ::unsetenv(name);
     ::setenv("XDG_CONFIG_HOME", "/xdg/config", 1);
     ::setenv("XDG_DOCUMENTS_DIR", "/xdg/docs", 1);
     EXPECT_EQ(nimbit::get_user_data_path(), file_path("/xdg/config"));

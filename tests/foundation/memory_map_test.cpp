@@ -31,12 +31,10 @@ TEST_F(MemoryMapTest, RemapShowsAPageAlignedWindowAndNeverPassesTheEnd) {
     memory_map map(file_path(file), memory_map_access::read, 0, true, false);
     EXPECT_EQ(map.data(), nullptr) << "deferred";
     EXPECT_EQ(map.remap(page + 100, 5), page);
-    ASSERT_NE(map.data(), nullptr);
-    EXPECT_EQ(map.view_size(), 105u);
+    ASSERT_TRUE(map.data() && map.view_size() == 105u);
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(map.data()) + 100, 5), "hello");
     map.remap(2 * page, page + 1);
-    EXPECT_EQ(map.data(), nullptr);
-    EXPECT_FALSE(map.is_open()) << "a failed remap ends the map";
+    EXPECT_FALSE(map.data() || map.is_open()) << "a failed remap ends the map";
 }
 
 TEST_F(MemoryMapTest, SizeAndTruncateDecideTheFileLength) {

@@ -75,9 +75,10 @@ TEST(AtomicSave, KilledWriterNeverLeavesATornFile) {
         const std::string gotSettings = read_text(folder.append("effects_settings"));
         const std::string gotSearch = read_text(folder.append("effects_search.txt"));
         const std::string gotSlots = read_text(folder.append("effects_shortcuts.txt"));
-        ASSERT_TRUE(gotSettings == settings[0] || gotSettings == settings[1]) << "trial " << trial;
-        ASSERT_TRUE(gotSearch == search[0] || gotSearch == search[1]) << "trial " << trial;
-        ASSERT_TRUE(gotSlots == slots[0] || gotSlots == slots[1]) << "trial " << trial;
+        ASSERT_TRUE((gotSettings == settings[0] || gotSettings == settings[1]) &&
+                    (gotSearch == search[0] || gotSearch == search[1]) &&
+                    (gotSlots == slots[0] || gotSlots == slots[1]))
+            << "trial " << trial;
         ++seen[gotSettings == settings[1]];
 
         PreferencesData loaded;
@@ -85,8 +86,7 @@ TEST(AtomicSave, KilledWriterNeverLeavesATornFile) {
         EXPECT_EQ(loaded.customKeyName, gotSettings == settings[1] ? b.prefs.customKeyName : "");
     }
     // Both states were met, so the writer really ran in between the kills.
-    EXPECT_GT(seen[0], 0);
-    EXPECT_GT(seen[1], 0);
+    EXPECT_TRUE(seen[0] > 0 && seen[1] > 0);
     // Temporary files left beside the targets show kills that landed in the middle of a write.
     size_t interrupted = 0;
     for (const nimbit::folder_entry& entry : nimbit::folder_enumerator{folder, false})

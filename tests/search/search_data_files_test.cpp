@@ -34,10 +34,8 @@ TEST_F(SearchFilesTest, EveryLineFormReadsAndWritesBackInItsOwnForm) {
                   "-Gaussian Blur\n"),
         "-Gaussian Blur\nGlow\nGlow # Fast Box Blur\nblur = Gaussian Blur # Fast Box Blur\nshine = Glow\n");
     ASSERT_EQ(aliases.size(), 4u);
-    EXPECT_EQ(aliases[0].alias, "glow");
-    EXPECT_EQ(aliases[1].override, Named("Fast Box Blur"));
-    EXPECT_EQ(aliases[2].alias, "blur");
-    EXPECT_EQ(aliases[2].effect, Named("Gaussian Blur"));
+    EXPECT_TRUE(aliases[0].alias == "glow" && aliases[1].override == Named("Fast Box Blur"));
+    EXPECT_TRUE(aliases[2].alias == "blur" && aliases[2].effect == Named("Gaussian Blur"));
     EXPECT_EQ(blacklist[0].alias, "gaussian blur");
     // Case, blanks and Windows line ends are forgiven.
     EXPECT_EQ(RoundTrip("  BLUR=gaussian BLUR#fast box blur  \r\n\tglow\t\r\n\n   \n"),
@@ -54,8 +52,7 @@ TEST_F(SearchFilesTest, MinusTrapsUnknownNamesAndEmptyAliases) {
                         " # Glow\n"
                         "= Glow\n"), // an empty alias is kept and written to read back the same
               "-Glow\nTint\n = Glow\n");
-    EXPECT_EQ(RoundTrip(" = Glow\n"), " = Glow\n");
-    EXPECT_EQ(aliases[0].alias, "");
+    EXPECT_TRUE(RoundTrip(" = Glow\n") == " = Glow\n" && aliases[0].alias.empty());
     EXPECT_EQ(RoundTrip("Glow\nGlow\n"), "Glow\nGlow\n"); // duplicates stay
 }
 
@@ -67,18 +64,15 @@ TEST_F(SearchFilesTest, ShortcutsFillNineSlotsAndEmptySlotsCloseUp) {
         text += "L" + std::to_string(i) + "x = " + names[i % 8] + "\n";
     ParseShortcutsData(text, index, slots);
     ASSERT_EQ(slots.size(), 9u);
-    for (int i = 0; i < 9; ++i) {
-        EXPECT_EQ(slots[i].alias, "L" + std::to_string(i) + "x");
-        EXPECT_EQ(slots[i].effect, Named(names[i % 8]));
-    }
+    for (int i = 0; i < 9; ++i)
+        EXPECT_TRUE(slots[i].alias == "L" + std::to_string(i) + "x" && slots[i].effect == Named(names[i % 8]))
+            << i;
     slots.assign(ShortcutSlotCount, EffectAlias{});
     slots[1] = {"Glo", Named("Glow"), nullptr};
     slots[4] = {"Gau", Named("Gaussian Blur"), nullptr};
     EXPECT_EQ(FormatShortcutsData(slots), "Glo = Glow\nGau = Gaussian Blur\n");
     ParseShortcutsData(FormatShortcutsData(slots), index, slots);
-    EXPECT_EQ(slots[0].effect, Named("Glow"));
-    EXPECT_EQ(slots[1].alias, "Gau");
-    EXPECT_EQ(CountShortcuts(slots), 2u);
+    EXPECT_TRUE(slots[0].effect == Named("Glow") && slots[1].alias == "Gau" && CountShortcuts(slots) == 2u);
 }
 
 TEST_F(SearchFilesTest, FilesAreReadFromTheUsersFolderWhenTheyHaveOneAndWrittenThere) {
@@ -99,16 +93,13 @@ TEST_F(SearchFilesTest, FilesAreReadFromTheUsersFolderWhenTheyHaveOneAndWrittenT
     ReadSearchDataFile(blacklist, aliases, catalogue, ChooseReadFolder(SearchDataFileName));
     ReadShortcutsDataFile(slots, catalogue, user);
     ASSERT_EQ(blacklist.size(), 1u);
-    EXPECT_EQ(blacklist[0].effect, Named("Tint"));
-    EXPECT_TRUE(aliases.empty());
-    EXPECT_EQ(slots[0].effect, Named("Levels"));
+    EXPECT_TRUE(blacklist[0].effect == Named("Tint") && aliases.empty() &&
+                slots[0].effect == Named("Levels"));
 
     // Missing files give empty lists and nine empty slots; an unwritable folder reports failure.
     ReadSearchDataFile(blacklist, aliases, catalogue, root / "missing");
     ReadShortcutsDataFile(slots, catalogue, root / "missing");
-    EXPECT_TRUE(blacklist.empty());
-    EXPECT_EQ(slots.size(), 9u);
-    EXPECT_FALSE(HasShortcuts(slots));
+    EXPECT_TRUE(blacklist.empty() && slots.size() == 9u && !HasShortcuts(slots));
     EXPECT_FALSE(WriteSearchDataFiles({}, {}, slots, root / "missing"));
 }
 
