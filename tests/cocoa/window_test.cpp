@@ -85,9 +85,6 @@ TEST(CocoaWindow, PaintsWidgetsInPlaceAndRoutesPointerWheelAndKeysToThem) {
     const double up = nimbit::ui::wheel_delta(child.data_of(event_type::mouse_wheel).at(0));
     EXPECT_GT(up, 0.0);
     EXPECT_EQ(std::fmod(up, 40.0), 0.0);
-    ASSERT_TRUE(xdotool("click 5"));
-    ASSERT_TRUE(wait_for([&] { return child.count(event_type::mouse_wheel) >= 2; }));
-    EXPECT_LT(nimbit::ui::wheel_delta(child.data_of(event_type::mouse_wheel).back()), 0.0);
 
     // Keys arrive as raw key, character and up: key_down carries the upper-cased character,
     // key_down_raw the virtual key code (A is 0, B is 11) with the character in the high half.
@@ -115,30 +112,12 @@ TEST(CocoaWindow, PaintsWidgetsInPlaceAndRoutesPointerWheelAndKeysToThem) {
     EXPECT_EQ(nimbit::ui::pair_low(child.data_of(event_type::key_down_raw).at(0)), 123u);
     EXPECT_EQ(child.count(event_type::key_char), 0u);
 
-    // Command shortcuts are keys, not text.
-    child.events.entries.clear();
-    bool command_seen = false;
-    nimbit::ui::event_manager::instance().add_event(
-        &child, &w, event_type::key_down, [&](const nimbit::ui::event_info& e) {
-            if (e.data == 'C')
-                command_seen = keyboard::is_key_down(keyboard::command);
-        });
-    ASSERT_TRUE(hold("alt", keyboard::command));
-    ASSERT_TRUE(xdotool("key c"));
-    ASSERT_TRUE(wait_for([&] { return child.count(event_type::key_up) >= 1; }));
-    ASSERT_TRUE(xdotool("keyup alt"));
-    EXPECT_TRUE(command_seen);
-    EXPECT_EQ(child.count(event_type::key_char), 0u);
-    EXPECT_TRUE(wait_for([] { return !keyboard::is_key_down(keyboard::command); }));
-
-    // The key state sees held modifiers.
+    // The key state sees held modifiers (Command is the showcase's part).
     ASSERT_FALSE(keyboard::is_key_down(keyboard::control));
     EXPECT_TRUE(hold("ctrl", keyboard::control));
     EXPECT_FALSE(keyboard::is_key_down(keyboard::shift));
-    EXPECT_TRUE(hold("shift", keyboard::shift));
-    ASSERT_TRUE(xdotool("keyup shift keyup ctrl"));
-    EXPECT_TRUE(wait_for(
-        [] { return !keyboard::is_key_down(keyboard::control) && !keyboard::is_key_down(keyboard::shift); }));
+    ASSERT_TRUE(xdotool("keyup ctrl"));
+    EXPECT_TRUE(wait_for([] { return !keyboard::is_key_down(keyboard::control); }));
     // Names come from the keyboard layout.
     for (auto [code, name] : {std::pair{0, "A"}, {49, "Space"}, {96, "F5"}, {-5, ""}, {100000, ""}})
         EXPECT_EQ(keyboard::get_key_name(code), name) << code;

@@ -9,23 +9,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 
 namespace {
-
-int CountOf(const hostsim::Layer& layer, AEGP_InstalledEffectKey key) {
-    return static_cast<int>(std::count(layer.effects.begin(), layer.effects.end(), key));
-}
-
-AEGP_InstalledEffectKey KeyOf(hostsim::SimHost& host, const std::string& name) {
-    for (const hostsim::Effect& effect : host.GetModel().effects) {
-        if (effect.name == name)
-            return effect.key;
-    }
-    return 0;
-}
 
 TEST(AppKitSeam, PluginWalksTheRealMainMenu) {
     e2e::VirtualDisplay display;
@@ -40,23 +27,21 @@ TEST(AppKitSeam, PluginWalksTheRealMainMenu) {
     ASSERT_TRUE(StartAppKitApplication());
     InstallHostMainMenu(host);
 
-    hostsim::Layer* headline = host.ActiveLayer();
+    const hostsim::Layer* headline = host.ActiveLayer();
     ASSERT_NE(headline, nullptr);
-    const AEGP_InstalledEffectKey boxBlur = KeyOf(host, "Box Blur");
-    const AEGP_InstalledEffectKey basic3d = KeyOf(host, "Basic 3D");
-    ASSERT_NE(boxBlur, 0);
-    ASSERT_NE(basic3d, 0);
+    const size_t applied = headline->effects.size();
 
-    // Titles compare without regard to case; the item's action reaches the host once.
+    // Titles compare without regard to case; the item's action reaches the host once. (Which item
+    // it reaches is the walkthrough's part: a search's Return applies its effect through here.)
     EXPECT_TRUE(HostPlatform::ChooseEffectMenuItem("blur & SHARPEN", "box blur"));
-    EXPECT_EQ(CountOf(*headline, boxBlur), 1);
+    EXPECT_EQ(headline->effects.size(), applied + 1);
     EXPECT_EQ(host.menuActionsSent, 1);
 
     // A disabled category, an unknown category or item: not taken, nothing sent.
     EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Obsolete", "Basic 3D"));
     EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Blurs", "Box Blur"));
     EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Blur & Sharpen", "Box Blur 2"));
-    EXPECT_EQ(CountOf(*headline, basic3d), 0);
+    EXPECT_EQ(headline->effects.size(), applied + 1);
     EXPECT_EQ(host.menuActionsSent, 1);
 
     // The executable is the simulated installation's, as the host reports it.

@@ -7,16 +7,9 @@
 
 namespace {
 
-TEST(HostPlatform, FollowsTheApplicationThatLoadedThePlugin) {
-    {
-        HostSession session;
-        hostsim::SimHost& host = session.Start();
-        EXPECT_TRUE(HostPlatform::IsHostActive());
-        host.GetModel().active = false;
-        EXPECT_FALSE(HostPlatform::IsHostActive());
-        EXPECT_EQ(HostPlatform::ExecutablePath(), host.ExecutablePath());
-    }
-    // No simulated host any more: never active, and the process's own executable.
+// While a host runs the chord and catalogue tests see it through the seam.
+TEST(HostPlatform, WithoutAHostNeverActiveAndTheProcesssOwnExecutable) {
+    HostSession().Start(); // one came and went
     EXPECT_FALSE(HostPlatform::IsHostActive());
     char self[1024] = {};
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
