@@ -94,7 +94,6 @@ TEST(EventManager, DestroyingObjectsEvenDuringDispatchDropsTheirRegistrations) {
     EXPECT_EQ(after, 1); // the snapshot still ran the second callback
 
     // Destroying an object drops what it owns and what is attached to it.
-    const size_t sources_before = em().source_count();
     Source keeper;
     int heard = 0;
     {
@@ -108,7 +107,6 @@ TEST(EventManager, DestroyingObjectsEvenDuringDispatchDropsTheirRegistrations) {
     // keeper still owns a callback on a source that no longer exists; removing keeper's registrations
     // skips it quietly.
     em().remove_events(&keeper);
-    EXPECT_EQ(em().source_count(), sources_before);
 }
 
 TEST(EventManager, AnOwnerOfShortLivedRegistrationsDoesNotGrowWithoutBound) {
