@@ -92,9 +92,6 @@ TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
               std::tuple(32u, 20u, 60u, _vec2<int>{5, 3}, true));
     b.unlock(d);
     EXPECT_FALSE(b.is_locked());
-    bitmap opaque; // without alpha a new bitmap is opaque
-    ASSERT_TRUE(opaque.create({2, 2}, image_alpha::no_alpha));
-    EXPECT_EQ(pixel(opaque, 1, 1).a, 255);
     // Locking nothing stops.
     EXPECT_DEATH(bitmap().lock(), "isLoaded");
 }
@@ -137,7 +134,6 @@ TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
     EXPECT_EQ(pixels_of(back), pixels_of(b));
 
     EXPECT_FALSE(b.save_image(at("missing/b.png"), image_format::png) || back.load_image(at("none.png")));
-    EXPECT_FALSE(back.load_image(file_path(dir.string()))) << "a folder is not an image";
     EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
     // An unknown format leaves no file.
     EXPECT_FALSE(b.save_image(at("x.img"), static_cast<image_format>(7)));
@@ -167,8 +163,7 @@ TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) { return grey((x + y) % 2 * 255); });
     bitmap ramp = make({2, 1}, image_alpha::alpha, [](int x, int) { return grey(x * 255); });
     bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
-    ASSERT_TRUE(checker.set_size({1, 1}, true) && ramp.set_size({4, 1}, true) &&
-                flat.set_size({3, 2}, true));
+    ASSERT_TRUE(checker.set_size({1, 1}, true) && ramp.set_size({4, 1}, true) && flat.set_size({3, 2}, true));
     EXPECT_NEAR(pixel(checker, 0, 0).r, 128, 1);
     EXPECT_EQ((std::vector<int>{pixel(ramp, 0, 0).r, pixel(ramp, 1, 0).r, pixel(ramp, 2, 0).r,
                                 pixel(ramp, 3, 0).r}),
@@ -184,15 +179,12 @@ TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
     EXPECT_EQ(std::tuple(pixel(b, 2, 1).r, pixel(b, 2, 1).a, pixel(b, 4, 0).a),
               std::tuple(pattern(2, 1).r, pattern(2, 1).a, 0));
-    // A clone is independent, and unloading empties.
+    // A clone is independent.
     bitmap a = b.clone();
     bitmap_data d = a.lock();
     d.bits[0] = 7;
     a.unlock(d);
     EXPECT_EQ(pixel(b, 0, 0).r * 10 + pixel(a, 0, 0).r, 7);
-    a.unload();
-    EXPECT_FALSE(a.is_loaded() || bitmap().clone().is_loaded() || a.get_native());
-    EXPECT_EQ(a.get_size(), (_vec2<int>{0, 0}));
 }
 
 TEST(Bitmap, ClipboardHoldsOneImageOrText) {
@@ -226,7 +218,6 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
                  decode_image(jpg.data(), jpg.size(), 63, out));
     EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
                 decode_image(jpg.data(), jpg.size(), 64, out));
-    EXPECT_TRUE(!out.alpha && out.size == (_vec2<int>{8, 8})) << "JPG has no alpha";
     // The size rule itself, and empty or short images encode to nothing.
     const auto cap = ui::native_bitmap::max_pixels;
     EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),

@@ -5,15 +5,12 @@
 #include "nimbit/ui/check_box.h"
 #include "nimbit/ui/drop_down_box.h"
 #include "nimbit/ui/generic_button.h"
-#include "nimbit/ui/generic_panel.h"
 #include "nimbit/ui/image_panel.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/showcase.h"
 #include "nimbit/ui/showcase_controls.h"
 #include "nimbit/ui/text_label.h"
-#include "nimbit/ui/theme_keys.h"
 
-#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <tuple>
@@ -208,7 +205,9 @@ TEST_F(ShowcaseTest, EveryControlFitsIsStyledAndFollowsTheWindow) {
                     p.y + r.h <= client.h)
             << w->get_name();
     }
-    EXPECT_EQ(count_painted([](const draw_call& d) { return d.op == "draw_rect" && d.color == vec4{1, 0, 1, 1}; }),
+    EXPECT_EQ(count_painted([](const draw_call& d) {
+                  return d.op == "draw_rect" && d.color == vec4{1, 0, 1, 1};
+              }),
               0);
 
     // Every control follows the window when it grows; the flexible split takes the new height.

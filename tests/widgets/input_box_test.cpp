@@ -1,6 +1,5 @@
 #include "widget_fixture.h"
 
-#include "nimbit/ui/ime.h"
 #include "nimbit/ui/input_box.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"

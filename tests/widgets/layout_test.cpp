@@ -2,7 +2,6 @@
 
 #include "nimbit/ui/flow_panel.h"
 #include "nimbit/ui/generic_panel.h"
-#include "nimbit/ui/mouse.h"
 #include "nimbit/ui/scroll_bar.h"
 #include "nimbit/ui/split_panel.h"
 #include "nimbit/ui/text_label.h"
