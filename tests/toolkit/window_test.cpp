@@ -130,7 +130,7 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
     win.set_tab_navigation(true);
     event_recorder r;
     r.watch(win, "w", {key_char});
-    r.watch(first, "first", {key_char});
+    r.watch(last, "last", {key_char});
     auto tab = [&](bool shift = false) {
         offscreen::set_key_down(virtual_key::left_shift, shift);
         offscreen::type_key(win, virtual_key::tab, 9);
@@ -143,7 +143,7 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
     EXPECT_EQ(r.count(), 0u) << "no key_char 9 anywhere";
     win.set_tab_navigation(false); // Tab becomes an ordinary character
     tab();
-    EXPECT_EQ(r.take(), (lines{ev("first", key_char), ev("w", key_char)}));
+    EXPECT_EQ(r.take(), (lines{ev("last", key_char), ev("w", key_char)}));
 }
 
 // Keys go to the focused widget, then the window; focus changes carry their cause and skip the gain on
