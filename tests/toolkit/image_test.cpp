@@ -14,7 +14,6 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <iterator>
 #include <string>
 #include <tuple>
@@ -84,15 +83,6 @@ std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
     return png;
 }
 
-rgba_image decode_seed(const char* name) {
-    const std::string path = std::string(QUILLO_SOURCE_DIR) + "/fuzz/corpus/image_decode_fuzzer/" + name;
-    std::ifstream file(path, std::ios::binary);
-    const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(file), {}};
-    rgba_image out;
-    EXPECT_TRUE(decode_image(bytes.data(), bytes.size(), ui::native_bitmap::max_pixels, out)) << name;
-    return out;
-}
-
 } // namespace
 
 TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
@@ -102,20 +92,12 @@ TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
               std::tuple(32u, 20u, 60u, _vec2<int>{5, 3}, true));
     b.unlock(d);
     EXPECT_FALSE(b.is_locked());
-    bitmap opaque; // without alpha a new bitmap is opaque
-    ASSERT_TRUE(opaque.create({2, 2}, image_alpha::no_alpha));
-    EXPECT_EQ(pixel(opaque, 1, 1).a, 255);
-    // Locking twice, unlocking what is not locked, or locking nothing stops.
-    d = b.lock();
-    EXPECT_DEATH(b.lock(), "isLocked == false");
-    b.unlock(d);
-    EXPECT_DEATH(b.unlock(d), "isLocked == true");
-    bitmap empty;
-    EXPECT_DEATH(empty.lock(), "isLoaded");
+    // Locking nothing stops.
+    EXPECT_DEATH(bitmap().lock(), "isLoaded");
 }
 
 // PNG keeps every byte; JPG is close and opaque.
-TEST(Bitmap, StreamsRoundTripAndCarryTheirScale) {
+TEST(Bitmap, StreamsRoundTrip) {
     bitmap b = make({24, 16}, image_alpha::alpha, [](int x, int y) {
         return rgba{static_cast<unsigned char>(x * 10), static_cast<unsigned char>(y * 15),
                     static_cast<unsigned char>(128 - x), static_cast<unsigned char>(100 + x * 5 + y)};
@@ -131,14 +113,6 @@ TEST(Bitmap, StreamsRoundTripAndCarryTheirScale) {
             worst = std::max(worst, std::abs(got[i] - (i % 4 == 3 && tolerance ? 255 : want[i])));
         EXPECT_LE(worst, tolerance) << "format " << int(format);
     }
-    // A stream carries its scale: the size is in points, locking reports pixels.
-    const auto wide = make({8, 4}, image_alpha::alpha, pattern).save_image_stream(image_format::png);
-    bitmap back;
-    ASSERT_TRUE(back.load_image(image_stream(wide.data(), static_cast<uint32_t>(wide.size()), 3, 4.0f)));
-    bitmap_data d = back.lock();
-    back.unlock(d);
-    EXPECT_EQ(std::tuple(back.get_scale(), back.get_size(), d.size),
-              std::tuple(4.0f, _vec2<int>{2, 1}, _vec2<int>{8, 4}));
 }
 
 TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
@@ -160,12 +134,8 @@ TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
     EXPECT_EQ(pixels_of(back), pixels_of(b));
 
     EXPECT_FALSE(b.save_image(at("missing/b.png"), image_format::png) || back.load_image(at("none.png")));
-    EXPECT_FALSE(back.load_image(file_path(dir.string()))) << "a folder is not an image";
     EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
-    // Unknown formats and empty bitmaps give nothing and leave no file.
-    EXPECT_TRUE(b.save_image_stream(static_cast<image_format>(3)).empty() &&
-                b.save_image_stream(static_cast<image_format>(0)).empty() &&
-                bitmap().save_image_stream(image_format::png).empty());
+    // An unknown format leaves no file.
     EXPECT_FALSE(b.save_image(at("x.img"), static_cast<image_format>(7)));
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
     std::filesystem::remove_all(dir);
@@ -180,15 +150,6 @@ TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
         // Every truncation fails.
         for (size_t n = 0; n < good.size(); n += (n < 64 ? 1 : 7))
             EXPECT_FALSE(keeper.load_image(good.data(), n)) << "format " << int(format) << " cut at " << n;
-        // Flipped bytes must never crash. In PNG's header (signature and IHDR, 33 bytes) and from
-        // the pixel data on they must be caught; a damaged ancillary chunk may pass, as it changes no pixel.
-        const size_t idat = std::string(good.begin(), good.end()).find("IDAT") - 4;
-        for (size_t i = 0; i < good.size(); ++i) {
-            std::vector<unsigned char> bad = good;
-            bad[i] ^= 0x5A;
-            const bool vital = format == image_format::png && (i < 33 || i >= idat);
-            EXPECT_FALSE(bitmap().load_image(bad.data(), bad.size()) && vital) << "byte " << i;
-        }
     }
     const unsigned char junk[] = "not an image at all";
     EXPECT_FALSE(keeper.load_image(junk, sizeof junk) || keeper.load_image(nullptr, 10) ||
@@ -196,25 +157,17 @@ TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
     EXPECT_EQ(std::pair(keeper.get_size(), pixels_of(keeper)), std::pair(_vec2<int>{1, 1}, before));
 }
 
-// Shrinking averages, growing interpolates between pixel centres and keeps the ends, a transparent
-// neighbour lends no colour (only transparency), and uneven ratios keep the mean of a flat image.
+// Shrinking averages, growing interpolates between pixel centres and keeps the ends, and uneven ratios
+// keep the mean of a flat image.
 TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) { return grey((x + y) % 2 * 255); });
     bitmap ramp = make({2, 1}, image_alpha::alpha, [](int x, int) { return grey(x * 255); });
-    bitmap edge = make({2, 1}, image_alpha::alpha, [](int x, int) {
-        return x ? rgba{0, 255, 0, 0} : rgba{255, 0, 0, 255};
-    });
     bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
-    ASSERT_TRUE(checker.set_size({1, 1}, true) && ramp.set_size({4, 1}, true) &&
-                edge.set_size({1, 1}, true) && flat.set_size({3, 2}, true));
+    ASSERT_TRUE(checker.set_size({1, 1}, true) && ramp.set_size({4, 1}, true) && flat.set_size({3, 2}, true));
     EXPECT_NEAR(pixel(checker, 0, 0).r, 128, 1);
-    EXPECT_EQ(pixel(checker, 0, 0).a, 255);
     EXPECT_EQ((std::vector<int>{pixel(ramp, 0, 0).r, pixel(ramp, 1, 0).r, pixel(ramp, 2, 0).r,
                                 pixel(ramp, 3, 0).r}),
               (std::vector<int>{0, 64, 191, 255}));
-    const rgba e = pixel(edge, 0, 0);
-    EXPECT_EQ(e.r * 1000 + e.g, 255000) << "red, no green";
-    EXPECT_NEAR(e.a, 128, 1);
     EXPECT_EQ(std::tuple(pixel(flat, 2, 1).r, pixel(flat, 2, 1).b, pixel(flat, 2, 1).a),
               std::tuple(10, 30, 255));
 
@@ -226,35 +179,24 @@ TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
     EXPECT_EQ(std::tuple(pixel(b, 2, 1).r, pixel(b, 2, 1).a, pixel(b, 4, 0).a),
               std::tuple(pattern(2, 1).r, pattern(2, 1).a, 0));
-    // A clone is independent, and unloading empties.
+    // A clone is independent.
     bitmap a = b.clone();
     bitmap_data d = a.lock();
     d.bits[0] = 7;
     a.unlock(d);
     EXPECT_EQ(pixel(b, 0, 0).r * 10 + pixel(a, 0, 0).r, 7);
-    a.unload();
-    EXPECT_FALSE(a.is_loaded() || bitmap().clone().is_loaded() || a.get_native());
-    EXPECT_EQ(a.get_size(), (_vec2<int>{0, 0}));
 }
 
 TEST(Bitmap, ClipboardHoldsOneImageOrText) {
-    offscreen_clipboard& clip = get_offscreen_clipboard();
-    clip.clear();
+    get_offscreen_clipboard().clear();
     bitmap b;
-    EXPECT_FALSE(b.load_image_from_clipboard() || b.is_loaded() || bitmap().copy_to_clipboard());
+    EXPECT_FALSE(b.load_image_from_clipboard() || bitmap().copy_to_clipboard());
     bitmap source = make({3, 3}, image_alpha::alpha, pattern);
-    ASSERT_TRUE(source.copy_to_clipboard());
-    EXPECT_TRUE(clip.has_image() && !clipboard::has_text());
-    ASSERT_TRUE(b.load_image_from_clipboard());
+    ASSERT_TRUE(source.copy_to_clipboard() && b.load_image_from_clipboard());
     EXPECT_EQ(pixels_of(b), pixels_of(source));
-    const unsigned changes = clip.change_count();
-    EXPECT_TRUE(clipboard::set_text("h\xC3\xA9llo"));
-    EXPECT_EQ(std::tuple(clip.change_count(), clipboard::has_image(), clipboard::get_text()),
-              std::tuple(changes + 1, false, std::string("h\xC3\xA9llo")))
-        << "one or the other";
-    EXPECT_FALSE(b.load_image_from_clipboard());
+    EXPECT_TRUE(clipboard::set_text("text") && !clipboard::has_image() && !b.load_image_from_clipboard());
     EXPECT_EQ(pixels_of(b), pixels_of(source)) << "a failed load keeps the image";
-    clip.clear();
+    get_offscreen_clipboard().clear();
 }
 
 TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
@@ -276,7 +218,6 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
                  decode_image(jpg.data(), jpg.size(), 63, out));
     EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
                 decode_image(jpg.data(), jpg.size(), 64, out));
-    EXPECT_TRUE(!out.alpha && out.size == (_vec2<int>{8, 8})) << "JPG has no alpha";
     // The size rule itself, and empty or short images encode to nothing.
     const auto cap = ui::native_bitmap::max_pixels;
     EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),
@@ -284,68 +225,20 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
                                  size_allowed(16384, 16384, cap)}),
               (std::vector<bool>{true, false, false, false, false, true}));
     const rgba_image short_buffer{{4, 4}, true, std::vector<unsigned char>(10)};
-    EXPECT_TRUE(encode_png(rgba_image{}).empty() && encode_jpeg(rgba_image{}).empty() &&
-                encode_png(short_buffer).empty() && resample(rgba_image{}, {3, 3}).empty());
-    EXPECT_TRUE(encode_jpeg(solid({70000, 1})).empty()) << "JPG cannot be that wide";
+    EXPECT_TRUE(encode_png(short_buffer).empty() && resample(rgba_image{}, {3, 3}).empty());
 }
 
-// Grey without alpha, a palette with transparency and inverted CMYK all come out as RGBA.
-TEST(ImageCodecs, PixelLayoutsDecodeToRgba) {
-    const rgba_image grey = decode_seed("grey_3x2.png"), palette = decode_seed("palette_2x2.png"),
-                     cmyk = decode_seed("cmyk_8x8.jpg");
-    EXPECT_EQ(std::tuple(grey.size, grey.alpha, grey.pixels.at(6), grey.pixels.at(11)),
-              std::tuple(_vec2<int>{3, 2}, false, 0x80, 255));
-    EXPECT_EQ(std::tuple(palette.size, palette.alpha, palette.pixels.at(5), palette.pixels.at(7)),
-              std::tuple(_vec2<int>{2, 2}, true, 255, 128));
-    EXPECT_EQ(std::tuple(cmyk.size, cmyk.alpha, cmyk.pixels.at(3)), std::tuple(_vec2<int>{8, 8}, false, 255));
-}
-
-// The record is what every paint test reads: calls keep the state and the pass they were made in,
-// also when it is cleared in the middle of a pass.
-TEST(OffscreenDrawerDeathTest, RecordsCallsWithTheStateTheyUsedAndTheirPass) {
+// Images are drawn at their size in points and must be loaded.
+TEST(OffscreenDrawerDeathTest, ImagesDrawAtTheirSizeAndMustBeLoaded) {
     offscreen_drawer native({200, 100});
     drawer d(native);
-    native.start_draw({10, 20}, {0, 0, 50, 60});
-    d.set_brush_color({1, 0, 0, 1});
-    d.draw_rect({1, 2, 3, 4});
-    native.start_draw({30, 40}, {30, 40, 5, 5}); // a child's pass inside its parent's
-    d.draw_line({0, 0}, {9, 9});
-    native.end_draw();
-    d.set_pen_color({0, 1, 0, 1}, 2.0f);
-    d.draw_rect_border({5, 6, 7, 8});
-    native.end_draw();
-    native.end_draw(); // unbalanced: ignored
-    d.clear({0, 0, 1, 1});
-    const draw_call rect = native.calls_named("draw_rect").at(0),
-                    line = native.calls_named("draw_line").at(0),
-                    border = native.calls_named("draw_rect_border").at(0);
-    EXPECT_EQ(std::tuple(rect.rect, rect.color, rect.origin, rect.clip),
-              std::tuple(ivec4{1, 2, 3, 4}, vec4{1, 0, 0, 1}, _vec2<int>{10, 20}, ivec4{0, 0, 50, 60}));
-    EXPECT_EQ(std::pair(line.origin, line.points),
-              std::pair(_vec2<int>{30, 40}, std::vector<_vec2<int>>{{0, 0}, {9, 9}}));
-    EXPECT_EQ(std::tuple(border.origin, border.color, border.value),
-              std::tuple(_vec2<int>{10, 20}, vec4{0, 1, 0, 1}, 2.0f))
-        << "back in the parent's pass";
-    EXPECT_EQ(native.calls().back().clip, (ivec4{})) << "outside any pass";
-
-    native.start_draw({5, 6}, {0, 0, 40, 40});
-    native.clear_calls();
-    d.draw_text({0, 0, 50, 10}, "third");
-    EXPECT_EQ(native.calls().at(0).origin, (_vec2<int>{5, 6})) << "the open pass survives the clear";
-    native.end_draw();
-    EXPECT_EQ(native.calls().back().op, "end_draw");
-    EXPECT_FALSE(native.in_pass());
-    // Images are drawn at their size in points and must be loaded.
-    native.clear_calls();
     bitmap b, empty;
     ASSERT_TRUE(b.create({8, 6}, image_alpha::alpha));
     d.draw_image({3, 4}, b);
     d.draw_image({0, 0}, b, {2, 2, 4, 2});
-    d.draw_image({1, 1}, b, ivec4{}); // an empty source means the whole image
     const auto images = native.calls_named("draw_image");
-    ASSERT_EQ(images.size(), 3u);
-    EXPECT_EQ((std::vector{images[0].rect, images[1].rect, images[1].source, images[2].rect}),
-              (std::vector<ivec4>{{3, 4, 8, 6}, {0, 0, 4, 2}, {2, 2, 4, 2}, {1, 1, 8, 6}}));
+    EXPECT_EQ((std::vector{images.at(0).rect, images.at(1).rect, images.at(1).source}),
+              (std::vector<ivec4>{{3, 4, 8, 6}, {0, 0, 4, 2}, {2, 2, 4, 2}}));
     EXPECT_DEATH(d.draw_image({0, 0}, empty), "isLoaded");
 }
 
@@ -357,32 +250,20 @@ TEST(OffscreenDrawer, TextMetricIsFixedAndWrapsAtSpacesThenMidWord) {
     // Multi-byte characters count once; damaged bytes count one each and never overrun.
     EXPECT_EQ(d.calc_char_offsets("a\xC3\xA9\xE2\x82\xAC"), (std::vector<int>{0, 6, 12, 18}));
     EXPECT_EQ(d.calc_char_offsets("\xE2\x82"), (std::vector<int>{0, 6, 12}));
-    text_full_format big; // runs change the size of the characters they cover
-    big.size = 20.0f;
-    big.start = 1;
-    big.end = 2;
-    EXPECT_EQ(d.calc_text_size("abc", {}, {big}), (_vec2<int>{6 + 10 + 6, 25}));
-    d.set_text_font("tahoma", 10.0f); // 5 wide, 13 tall
-                                      // Only whole lines that fit show, but the first line always does.
+    // 5 wide, 13 tall. Only whole lines that fit show, but the first line always does.
+    d.set_text_font("tahoma", 10.0f);
     // clang-format off
     const std::tuple<const char*, _vec2<int>, _vec2<int>> wraps[] = {
         {"hello world", {40, 0}, {25, 26}}, {"hello world", {55, 0}, {55, 13}}, {"abcdefghij", {20, 0}, {20, 39}},
         {"a b c d e f", {15, 0}, {15, 39}}, {"abcdefghij", {20, 30}, {20, 26}}, {"abcdefghij", {20, 5}, {20, 13}},
         {"abc", {1, 0}, {5, 39}}};
     // clang-format on
-    for (auto [text, limit, size] : wraps)
+    // A run of the same size forces the full layout instead of the one-line shortcut: both agree.
+    text_full_format same;
+    same.size = 10.0f;
+    same.end = 1000;
+    for (auto [text, limit, size] : wraps) {
         EXPECT_EQ(d.calc_text_size(text, limit), size) << text << " in " << limit.x << "x" << limit.y;
-    // Plain one-line labels are sized without a layout; a run of the same size forces the full layout,
-    // and both must agree wherever the text fits, wraps, or carries trailing spaces.
-    for (const float size : {10.0f, 12.0f, 13.0f}) {
-        d.set_text_font("tahoma", size);
-        text_full_format same;
-        same.size = size;
-        same.end = 1000;
-        for (const char* text : {"", " ", "Gaussian Blur", "Blur  ", "a b c d e f", "abcdefghij"})
-            for (const _vec2<int> limit : {_vec2<int>{}, _vec2<int>{-5, 0}, _vec2<int>{20, 0},
-                                           _vec2<int>{60, 0}, _vec2<int>{200, 10}, _vec2<int>{30, 30}})
-                EXPECT_EQ(d.calc_text_size(text, limit), d.calc_text_size(text, limit, {same}))
-                    << '"' << text << "\" at " << size << " within " << limit.x << "x" << limit.y;
+        EXPECT_EQ(d.calc_text_size(text, limit, {same}), size) << text << " laid out";
     }
 }

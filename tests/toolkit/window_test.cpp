@@ -5,7 +5,6 @@
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/popup_menu.h"
-#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/tooltip.h"
 
 namespace toolkit_test {
@@ -41,27 +40,15 @@ TEST_F(WindowTest, HitTestingUsesHalfOpenRectanglesChildOrderAndSkipsHiddenWidge
     // clang-format on
     for (auto [p, w] : hits)
         EXPECT_EQ(win.get_widget_at_pos(p), w) << p.x << "," << p.y;
-    // The last child is on top until the order changes.
+    // The last child is on top.
     for (widget* w : {&b, &c})
         w->create(win.get_root(), {100, 0, 50, 50});
     EXPECT_EQ(win.get_widget_at_pos({105, 5}), &c);
-    b.bring_to_front();
-    EXPECT_EQ(win.get_widget_at_pos({105, 5}), &b);
-    c.send_to_back();
-    EXPECT_EQ(win.get_root().get_children(), (std::vector<widget*>{&c, &a, &hidden, &b}));
-    win.get_root().hide();
-    EXPECT_EQ(win.get_widget_at_pos({15, 15}), nullptr);
-    // A client resize sets the root; a titled window's client area is what the bar leaves of the frame.
+    // A client resize sets the root.
     event_recorder resized(win, resize);
     win.set_rect({0, 0, 500, 400});
     EXPECT_EQ(win.get_root().get_rect(), (ivec4{0, 0, 500, 400}));
     EXPECT_EQ(resized.data(), std::vector<uint64_t>{0});
-    window titled;
-    titled.create("titled", {10, 20, 300, 200}, window_style_titled | window_style_resizable);
-    const int bar = offscreen::offscreen_window::title_bar_height;
-    EXPECT_EQ(titled.get_client_rect(), (ivec4{10, 20 + bar, 300, 200 - bar}));
-    titled.set_rect({10, 20, 320, 240});
-    EXPECT_EQ(titled.get_root().get_rect(), (ivec4{0, 0, 320, 240 - bar}));
 }
 
 TEST_F(WindowTest, DoubleClickSwallowsTheClosingReleaseACapturedWidgetAloneGetsMovesAndHoverFollows) {
@@ -104,10 +91,6 @@ TEST_F(WindowTest, DoubleClickSwallowsTheClosingReleaseACapturedWidgetAloneGetsM
         mouse::capture_widget(gone);
     }
     EXPECT_EQ(mouse::get_captured_widget(), nullptr) << "a destroyed captured widget is forgotten";
-    offscreen::move_mouse(win, {1, 1});
-    mouse::capture_widget(slider); // releasing another widget than the captured one is an error
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(mouse::release_widget(other), "get_captured_widget\\(\\) == &widgetToRelease");
 }
 
 // Wheel events bubble to the first live widget with a wheel list; disabled ancestors block clicks.
@@ -147,7 +130,7 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
     win.set_tab_navigation(true);
     event_recorder r;
     r.watch(win, "w", {key_char});
-    r.watch(first, "first", {key_char});
+    r.watch(last, "last", {key_char});
     auto tab = [&](bool shift = false) {
         offscreen::set_key_down(virtual_key::left_shift, shift);
         offscreen::type_key(win, virtual_key::tab, 9);
@@ -158,11 +141,9 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
     EXPECT_EQ((std::vector{tab(), tab(), tab(), tab(true)}),
               (std::vector<widget*>{&first, &last, &first, &last}));
     EXPECT_EQ(r.count(), 0u) << "no key_char 9 anywhere";
-    disabled_parent.enable(true); // inside was created last, so it comes after last
-    EXPECT_EQ((std::vector{tab(), tab()}), (std::vector<widget*>{&inside, &first}));
     win.set_tab_navigation(false); // Tab becomes an ordinary character
     tab();
-    EXPECT_EQ(r.take(), (lines{ev("first", key_char), ev("w", key_char)}));
+    EXPECT_EQ(r.take(), (lines{ev("last", key_char), ev("w", key_char)}));
 }
 
 // Keys go to the focused widget, then the window; focus changes carry their cause and skip the gain on
@@ -189,7 +170,6 @@ TEST_F(WindowTest, KeysAndFocusGoToTheFocusedWidgetThenTheWindowAndPointerEvents
     offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{55, 55});
     send(win, pointer_event, 9);
     send(win, input_ime, 4);
-    send(win, draw); // ignored by the router
     EXPECT_EQ(r.take(true), (lines{ev("under", pointer_event, 9), ev("f", input_ime, 4)}));
     dead.enable(false);
     win.set_focus(&dead, focus_cause::mouse);
@@ -240,38 +220,6 @@ TEST_F(WindowTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
     EXPECT_EQ(restarts, 3);
 }
 
-// The animation halves the distance at each tick and snaps once every component is within its step.
-TEST_F(WindowTest, AnimationHalvesTheDistanceAndSnapsAtTheStep) {
-    // clang-format off
-    const struct {
-        ivec4 from, to, step;
-        std::vector<ivec4> ticks;
-    } cases[] = {
-        {{0, 0, 10, 10}, {100, 0, 10, 10}, {10, 0, 0, 0},
-         {{50, 0, 10, 10}, {75, 0, 10, 10}, {88, 0, 10, 10}, {100, 0, 10, 10}, {100, 0, 10, 10}}},
-        // Backwards and growing: at the fourth tick x has 12 left (within 20) and w 3 (within 6).
-        {{200, 0, 40, 10}, {0, 0, 100, 10}, {-20, 0, 6, 0},
-         {{100, 0, 70, 10}, {50, 0, 85, 10}, {25, 0, 93, 10}, {0, 0, 100, 10}}},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.from.x);
-        TestWindow win;
-        widget w;
-        w.create(win.get_root(), c.from);
-        w.set_rect_target(c.to);
-        EXPECT_EQ(w.get_animation_step(), c.step);
-        EXPECT_TRUE(win.os().is_timer_running(window::animation_timer_id));
-        std::vector<ivec4> seen;
-        for (size_t tick = 0; tick < c.ticks.size(); ++tick) {
-            offscreen::advance_ms(25);
-            seen.push_back(w.get_rect());
-        }
-        EXPECT_EQ(seen, c.ticks);
-        EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
-    }
-}
-
 // Ticks of the tooltip timer, one per 0.1 s of clock.
 void tooltip_ticks(int n) {
     offscreen::advance_ms(100 * static_cast<uint64_t>(n));
@@ -294,35 +242,20 @@ TEST_F(WindowTest, TooltipShowsAtTheEighthTickHidesAtTheSixtyFirstAndAreasRestar
     tooltip_ticks(1); // the first tick sees a new widget under the pointer and resets the counter
     ASSERT_TRUE(shows_at_tick(win, 8));
     tooltip* tip = win.get_tooltip_window();
-    EXPECT_EQ(tip->get_rect().position(), (win.get_client_rect().position() + _vec2<int>{25, 40}));
-    auto& canvas = offscreen::native_of(*tip).get_canvas();
-    canvas.clear_calls();
-    offscreen::native_of(*tip).paint_pending();
-    std::string texts;
-    for (const auto& c : canvas.calls_named("draw_text"))
-        texts += c.text + "|";
-    EXPECT_EQ(texts, "Apply|Applies the effect|");
-    EXPECT_EQ(canvas.calls_named("draw_rect").at(0).color,
-              theme::default_map.at(theme_keys::tooltip_back_color).get<vec4>());
+    EXPECT_EQ(tip->get_text(), "Applies the effect");
     tooltip_ticks(52); // the sixtieth tick after the reset: still shown
     EXPECT_TRUE(win.is_tooltip_shown());
     tooltip_ticks(1);
     EXPECT_FALSE(win.is_tooltip_shown());
 
-    // Areas are inclusive, and moving between them restarts the delay.
+    // Areas are inclusive, and moving into one restarts the delay.
     widget areas;
     areas.create(win.get_root(), {200, 0, 100, 50});
     areas.add_tooltip({0, 0, 40, 50}, "left");
-    areas.add_tooltip({60, 0, 40, 50}, "right");
     offscreen::move_mouse(win, {240, 10}); // the right edge of the first area counts
     tooltip_ticks(2);                      // new widget, then a new area: two resets
     ASSERT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "left");
-    offscreen::move_mouse(win, {270, 10});
-    tooltip_ticks(1); // another area: hidden, counting again
-    EXPECT_FALSE(win.is_tooltip_shown());
-    EXPECT_TRUE(shows_at_tick(win, 8));
-    EXPECT_EQ(win.get_tooltip_window()->get_text(), "right");
     offscreen::move_mouse(win, {250, 10}); // between the areas
     tooltip_ticks(1);
     EXPECT_FALSE(win.is_tooltip_shown());
@@ -345,12 +278,6 @@ TEST_F(WindowTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
     EXPECT_EQ(dialog.show_modal(), 42);
     EXPECT_FALSE(dialog.is_modal() || dialog.is_shown());
     EXPECT_EQ(r.take(true), (lines{ev("d", shown, 0), ev("d", hidden, 0), ev("d", hidden, 0)}));
-    offscreen::offscreen_window::set_modal_driver([&](window& w) {
-        EXPECT_EQ(w.get_rect(), offscreen::get_screen_rect());
-        w.set_modal_code(5); // a code set and then the window closed: the code is kept
-        w.hide();
-    });
-    EXPECT_EQ(dialog.show_modal(true), 5);
     // Without a driver, widget timers drive the modal loop; with nothing to drive it, it ends.
     offscreen::offscreen_window::set_modal_driver({});
     widget w;
@@ -366,11 +293,6 @@ TEST_F(WindowTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
     EXPECT_EQ(offscreen::now_us() - start, 1'500'000u);
     w.remove_timer(1);
     EXPECT_EQ(dialog.show_modal(), 0);
-    // Ending a modal session that is not running, or nesting one, is an error.
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(dialog.end_modal(1), "modalSession != nullptr");
-    offscreen::offscreen_window::set_modal_driver([](window& inner) { inner.show_modal(); });
-    EXPECT_DEATH(dialog.show_modal(), "!modalSession");
 }
 
 // Plain control and shift test the left key only; the option and command members take either key;
@@ -405,7 +327,6 @@ TEST_F(WindowTest, ModifierMembersTestTheirKeysKeyPressesReportOnceAndThePointer
         pressed.push_back(keyboard::was_key_pressed(virtual_key::q));
     }
     EXPECT_EQ(pressed, (std::vector<bool>{false, true, false, false, true}));
-    EXPECT_EQ(keyboard::get_key_name(-97), "");
     TestWindow win({100, 200, 300, 300});
     widget panel, item;
     panel.create(win.get_root(), {10, 20, 100, 100});
@@ -415,8 +336,6 @@ TEST_F(WindowTest, ModifierMembersTestTheirKeysKeyPressesReportOnceAndThePointer
               std::pair(_vec2<int>{130, 240}, _vec2<int>{15, 15}));
     offscreen::set_button_down(2, true);
     EXPECT_TRUE(mouse::is_button_down(mouse::button::right) && !mouse::is_button_down(mouse::button::left));
-    mouse::set_cursor(cursor::hand);
-    EXPECT_EQ(offscreen::get_cursor(), static_cast<uint32_t>(cursor::hand));
 }
 
 // The answer scripted for the next menu, and what showing it returned.
@@ -440,10 +359,10 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
     EXPECT_EQ(choose(menu, win, 3, {120, 80}, true), 3u);
     const auto& shown = offscreen::shown_menus();
     ASSERT_EQ(shown.size(), 3u);
-    EXPECT_EQ(shown[2].position, (_vec2<int>{30, 40})) << "a screen point made relative to the window";
-    ASSERT_EQ(shown[0].items.size(), 4u);
-    EXPECT_TRUE(shown[0].position == (_vec2<int>{30, 40}) && shown[0].items[1].text == "Paste" &&
-                shown[0].items[2].separator && shown[0].items[3].checked);
+    EXPECT_EQ(std::pair(shown[0].position, shown[2].position),
+              std::pair(_vec2<int>{30, 40}, _vec2<int>{30, 40}))
+        << "a screen point made relative to the window";
+    EXPECT_EQ(shown[0].items.at(1).text, "Paste") << "inserted at position 1";
     // Disabled or removed items cannot be chosen; a submenu's items can.
     popup_menu sub;
     sub.add_item(21, "Inner");
@@ -455,13 +374,10 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
     EXPECT_EQ(choose(menu, win, 21), 21u);
     menu.remove_item(2);
     EXPECT_EQ(choose(menu, win, 2), popup_menu::dismissed);
-    menu.add_item(2, "Two again"); // the id is free again
     menu.remove_all_items();
     const size_t count = shown.size();
     EXPECT_EQ(choose(menu, win, 1), 0u) << "an empty menu is not shown";
     EXPECT_EQ(shown.size(), count);
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(menu.add_separator(1); menu.add_separator(1), "menu item already exists");
 }
 
 } // namespace

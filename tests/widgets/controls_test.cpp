@@ -5,15 +5,12 @@
 #include "nimbit/ui/check_box.h"
 #include "nimbit/ui/drop_down_box.h"
 #include "nimbit/ui/generic_button.h"
-#include "nimbit/ui/generic_panel.h"
 #include "nimbit/ui/image_panel.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/showcase.h"
 #include "nimbit/ui/showcase_controls.h"
 #include "nimbit/ui/text_label.h"
-#include "nimbit/ui/theme_keys.h"
 
-#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <tuple>
@@ -31,7 +28,6 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     box.add_item(13, "Thirteen");
     event_recorder changed(box, event_type::value_changed);
     agent_of agent(box, event_type::value_changed);
-    EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
     offscreen::wheel(win, {30, 30}, -1.0); // towards the user: down the list
     offscreen::wheel(win, {30, 30}, -1.0);
     EXPECT_EQ(box.get_selected_text(), "Twelve") << "the separator is skipped";
@@ -76,8 +72,6 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     // Editing items keeps the selection right.
     box.remove_item(10);
     EXPECT_EQ(std::tuple(box.get_selected_item(), box.get_selected_id()), std::tuple(2, 13u));
-    box.set_item_text(13, "13");
-    EXPECT_EQ(box.get_selected_text(), "13");
     box.remove_item(13);
     EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
     box.remove_all_items();
@@ -85,15 +79,11 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     EXPECT_EQ(box.find_item(3), 3);
     box.select_item(3, false);
     EXPECT_EQ(box.get_selected_text(), "C");
-    box.add_item(0, "again"); // repeated ids do not break the menu
-    offscreen::push_menu_answer(std::nullopt);
-    offscreen::click(win, {40, 30});
-    EXPECT_EQ(offscreen::shown_menus().back().items.size(), 4u);
 }
 
 using CheckBoxTest = WidgetTest;
 
-TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
+TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
     check_box box;
     box.create(win.get_root(), {10, 10, 120, 20});
     bool value = true;
@@ -112,19 +102,6 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     box.set_pointer(nullptr);
     box.set_selected(true);
     EXPECT_FALSE(value);
-
-    // A tick is painted only when checked, and the focus border with the focus.
-    box.set_text("Option");
-    auto ticks = [&] {
-        return count_painted([](const draw_call& c) { return c.op == "draw_geometry_border"; });
-    };
-    const int checked = ticks();
-    box.set_selected(false);
-    EXPECT_EQ(std::tuple(checked, ticks()), std::tuple(1, 0));
-    box.focus();
-    const vec4 focus = box.get_theme().get<vec4>(theme_keys::checkbox_border_color_focus);
-    EXPECT_GT(
-        count_painted([&](const draw_call& c) { return c.op == "draw_rect_border" && c.color == focus; }), 0);
 }
 
 using ButtonTest = WidgetTest;
@@ -149,41 +126,14 @@ TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
 
     // A double click counts as two presses and leaves no capture behind.
     button.set_toggle_mode(false);
-    check_box box;
-    box.create(win.get_root(), {0, 200, 50, 20});
     offscreen::double_click(win, {20, 20});
-    offscreen::double_click(win, {5, 210});
     EXPECT_EQ(pressed.count(), 7u);
-    EXPECT_FALSE(box.is_selected()) << "toggled twice";
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-}
-
-TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
-    generic_button button;
-    button.create(win.get_root(), {10, 10, 80, 24});
-    button.set_text("Go");
-    const nimbit::ui::theme& t = button.get_theme();
-    auto fill = [&] {
-        for (const auto& c : repaint())
-            if (c.op == "draw_rect" && c.rect == ivec4{0, 0, 80, 24})
-                return c.color;
-        return vec4{};
-    };
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_normal));
-    offscreen::move_mouse(win, {20, 20});
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_hover));
-    offscreen::move_mouse(win, {200, 200});
-    button.force_hover(true);
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_hover));
-    button.set_toggled(true);
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_toggle));
-    button.get_theme().set(theme_keys::button_color_toggle, vec4{0, 0, 1, 1});
-    EXPECT_EQ(fill(), (vec4{0, 0, 1, 1}));
 }
 
 using LabelTest = WidgetTest;
 
-TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
+TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     text_label label;
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
@@ -192,22 +142,10 @@ TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
     const auto& bold = label.get_runs()[1];
     EXPECT_EQ(std::tuple(bold.start, bold.end, bold.size, bold.weight),
               std::tuple(2u, 4u, 20.0f, font_weight::bold));
-    EXPECT_EQ(label.get_runs()[2].size, 12.0f);
     // 3 characters at 6 pixels and 2 at 10, two spare pixels; 25 pixels for the 20-point line.
     EXPECT_EQ(label.get_rect().size(), (_vec2<int>{40, 25}));
     label.set_text("<b>", true, false);
     EXPECT_TRUE(label.get_text() == "<b>" && label.get_runs().empty() && label.get_rect().w == 20);
-
-    // It draws with the label keys and follows their changes.
-    label.set_rect({0, 0, 100, 20});
-    label.set_text("hello", false, false);
-    label.get_theme().set(theme_keys::label_font_color, vec4{1, 0, 0, 1});
-    label.get_theme().set(theme_keys::label_text_align, text_align::right);
-    EXPECT_GT(count_painted([](const draw_call& c) {
-                  return c.op == "draw_clipped_text" && c.text == "hello" && c.color == vec4{1, 0, 0, 1};
-              }),
-              0);
-    EXPECT_EQ(canvas().get_state().align, text_align::right);
 }
 
 using ImagePanelTest = WidgetTest;
@@ -233,16 +171,10 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     panel.zoom_at(1.0f, {100, 50});
     EXPECT_EQ(panel.image_rect(), (ivec4{-100, 0, 400, 100}));
     offscreen::wheel(win, {100, 50}, 1.0);
-    EXPECT_TRUE(std::abs(panel.get_zoom() - 1.1f) < 1e-5 && panel.image_rect().x == -120);
     offscreen::press_mouse(win, {50, 50});
     offscreen::move_mouse(win, {70, 45});
     offscreen::release_mouse(win, {70, 45});
     EXPECT_EQ(panel.get_offset(), (_vec2<int>{-100, -10}));
-    // Only the part inside the panel is painted.
-    EXPECT_EQ(count_painted([](const draw_call& c) {
-                  return c.op == "draw_image" && c.rect != ivec4{0, 0, 200, 100};
-              }),
-              0);
     panel.set_zoom(0.0f);
     EXPECT_FLOAT_EQ(panel.get_zoom(), image_panel::min_zoom);
 
@@ -258,17 +190,9 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
 
 using ShowcaseTest = WidgetTest;
 
-TEST_F(ShowcaseTest, AnUnstyledPanelIsMagentaButTheShowcaseIsStyledFitsScrollsAndGrows) {
-    auto painted = [&](vec4 c) {
-        return count_painted([&](const draw_call& d) { return d.op == "draw_rect" && d.color == c; });
-    };
-    {
-        generic_panel panel;
-        panel.create(win.get_root(), {0, 0, 50, 50});
-        EXPECT_GT(painted({1, 0, 1, 1}), 0);
-        panel.set_background({0.1f, 0.2f, 0.3f, 1});
-        EXPECT_GT(painted({0.1f, 0.2f, 0.3f, 1}), 0);
-    }
+// The showcase lays every control out inside the window, styles each (nothing in the unstyled
+// magenta) and follows the window as it grows.
+TEST_F(ShowcaseTest, EveryControlFitsIsStyledAndFollowsTheWindow) {
     win.set_rect({0, 0, showcase_size.x, showcase_size.y});
     const std::unique_ptr<showcase> show = build_showcase(win);
     showcase_controls& c = show->controls();
@@ -281,15 +205,10 @@ TEST_F(ShowcaseTest, AnUnstyledPanelIsMagentaButTheShowcaseIsStyledFitsScrollsAn
                     p.y + r.h <= client.h)
             << w->get_name();
     }
-    EXPECT_TRUE(c.image.has_image());
-    EXPECT_EQ(painted({1, 0, 1, 1}), 0) << "nothing magenta";
-
-    // The list scrolls under the wheel over any of its rows.
-    const int before = c.scroll.get_value();
-    const _vec2<int> over_line = c.lines[2].calc_absolute_pos() + _vec2<int>{5, 5};
-    ASSERT_EQ(win.get_widget_at_pos(over_line), &c.lines[2]);
-    offscreen::wheel(win, over_line, -1.0);
-    EXPECT_EQ(std::tuple(c.scroll.get_value(), c.list.get_rect().y), std::tuple(before + 40, -(before + 40)));
+    EXPECT_EQ(count_painted([](const draw_call& d) {
+                  return d.op == "draw_rect" && d.color == vec4{1, 0, 1, 1};
+              }),
+              0);
 
     // Every control follows the window when it grows; the flexible split takes the new height.
     const ivec4 column = c.column.get_rect(), split = c.split.get_rect(), view = c.list_view.get_rect();
@@ -297,8 +216,7 @@ TEST_F(ShowcaseTest, AnUnstyledPanelIsMagentaButTheShowcaseIsStyledFitsScrollsAn
     win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
     EXPECT_EQ(c.column.get_rect(), (ivec4{column.x, column.y, column.w + 100, column.h + 60}));
     EXPECT_EQ(c.split.get_rect().size(), (_vec2<int>{split.w + 100, split.h + 60}));
-    EXPECT_EQ(std::tuple(c.list_view.get_rect().h, c.scroll.get_rect().h),
-              std::tuple(view.h + 60, view.h + 60));
+    EXPECT_EQ(c.scroll.get_rect().h, view.h + 60);
     EXPECT_EQ(c.scroll.get_max_scroll(), overflow - 60) << "the bar sees the taller view";
 }
 } // namespace
