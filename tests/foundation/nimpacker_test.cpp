@@ -175,12 +175,15 @@ TEST(Nimpacker, StreamAndWriteFaults) {
 
     ASSERT_TRUE(write_text(tmp / "empty", "old contents"));
     // A date past 2106 needs the upper half of its 64 bits.
-    EXPECT_EQ(
-        unpack(pack_builder{{}, {{"empty", ""}, {"dated", deflated("d"), -1, -1, 0, 5'000'000'000}}}.build(),
-               tmp.path()),
-        nimpacker::success);
+    EXPECT_EQ(unpack(pack_builder{{},
+                                  {{"empty", "", -1, -1, 0, 1'600'000'000},
+                                   {"dated", deflated("d"), -1, -1, 0, 5'000'000'000}}}
+                         .build(),
+                     tmp.path()),
+              nimpacker::success);
     EXPECT_EQ(file_stats(tmp / "dated").modified, 5'000'000'000);
     EXPECT_TRUE(file_stats(tmp / "empty").exists && file_stats(tmp / "empty").size == 0u);
+    EXPECT_EQ(file_stats(tmp / "empty").modified, 1'600'000'000); // an empty file gets its dates too
 
     const auto length = static_cast<long>(stream.size());
     // clang-format off
