@@ -72,17 +72,3 @@ TEST(CocoaTimers, TimersRepeatOrFireOnceMayDestroyTheirWindowAndDriveModalSessio
     EXPECT_EQ(other.w.show_modal(), 0);
     EXPECT_FALSE(other.w.is_modal());
 }
-
-TEST(CocoaModalDeathTest, EndingOrNestingSessionsWrongIsAProgrammingError) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(timed_window().w.end_modal(1),
-                 "nimbit/ui/cocoa/native_window.mm:[0-9]+: assertion failed: modalSession != nullptr");
-    EXPECT_DEATH(
-        {
-            timed_window t;
-            t.on_timer(&t, [&] { t.w.show_modal(); });
-            t.root.add_timer(1, 10, true);
-            t.w.show_modal();
-        },
-        "nimbit/ui/cocoa/native_window.mm:[0-9]+: assertion failed: !modalSession");
-}
