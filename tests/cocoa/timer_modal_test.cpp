@@ -38,9 +38,6 @@ TEST(CocoaTimers, TimersRepeatOrFireOnceMayDestroyTheirWindowAndDriveModalSessio
     EXPECT_TRUE(t.root.has_timer(7));
     EXPECT_FALSE(t.root.has_timer(8));
     t.root.remove_timer(7);
-    t.root.events.entries.clear();
-    pump(0.1);
-    EXPECT_EQ(t.root.count(event_type::timer), 0u);
 
     // A timer may destroy its own window; nothing fires into it afterwards.
     auto doomed = std::make_unique<timed_window>();
