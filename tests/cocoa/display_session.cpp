@@ -36,11 +36,6 @@ class xvfb_environment : public ::testing::Environment {
 public:
     void SetUp() override {
         nimbit::ui::cocoa::autorelease_pool pool;
-        const char* display = std::getenv("DISPLAY");
-        if (display && *display && !std::getenv("QUILLO_OWN_XVFB")) {
-            ASSERT_TRUE(nimbit::ui::cocoa::start_application()) << "cannot reach DISPLAY=" << display;
-            return;
-        }
         std::string name;
         server = quillo_test::start_private_xvfb(name);
         ASSERT_GT(server, 0) << "Xvfb did not start (is it installed?)";

@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-// What the backend tests share: a window server (an Xvfb started for the test process unless
-// $DISPLAY names one), xdotool as the user, screen capture and waiting on conditions while the
-// event loop runs.
+// What the backend tests share: a window server (an Xvfb started for the test process), xdotool as
+// the user, screen capture and waiting on conditions while the event loop runs.
 
 namespace cocoa_test {
 

@@ -33,12 +33,6 @@ std::vector<char*> Argv(const std::vector<std::string>& args) {
     return argv;
 }
 
-std::string ReadFile(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
 // Polls done every 20 ms (short against the application's 30 ms idle tick) until it holds or
 // timeout seconds pass.
 bool Poll(const std::function<bool()>& done, double timeout) {
@@ -52,6 +46,12 @@ bool Poll(const std::function<bool()>& done, double timeout) {
 }
 
 } // namespace
+
+std::string ReadFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
 
 // No reset when the last client leaves: xdotool probes connect and leave before the application.
 VirtualDisplay::VirtualDisplay() : server(quillo_test::start_private_xvfb(name, true)) {}

@@ -81,6 +81,9 @@ private:
     int control = -1;
 };
 
+// The whole file, empty when it cannot be read.
+std::string ReadFile(const std::string& path);
+
 // Indices of the Effect menu's category and item as the application builds them from project.
 std::vector<int> EffectMenuPath(const std::string& project, const std::string& category,
                                 const std::string& name);

@@ -25,14 +25,6 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
     // The choice is used once: later ticks apply nothing more.
     s.Controller().IdleHook();
     EXPECT_EQ(title->effects.size(), 1u);
-    // Shape and footage layers take effects too.
-    SelectOnly(*s.host, "Burst");
-    s.Apply(s.Entry("Mosaic"));
-    EXPECT_EQ(LayerNamed(*s.host, "Burst")->effects, (std::vector<AEGP_InstalledEffectKey>{4}));
-    SelectOnly(*s.host, "");
-    s.host->ActiveItem()->layers[1]->selected = true; // the unnamed footage layer
-    s.Apply(s.Entry("Box Blur"));
-    EXPECT_EQ(s.host->ActiveItem()->layers[1]->effects, (std::vector<AEGP_InstalledEffectKey>{2}));
     EXPECT_EQ(s.host->Outstanding(), 0);
 }
 

@@ -101,7 +101,6 @@ TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
 
     c.CustomEvent(5); // the popup asks for a fresh catalogue
     EXPECT_EQ(RecordingWindow::catalogueSizes, (std::vector<size_t>{8, 8}));
-    EXPECT_EQ(c.PresetPaths().size(), 4u);
     c.CustomEvent(0); // a capture request is not a catalogue refresh
     EXPECT_EQ(RecordingWindow::catalogueSizes.size(), 2u);
 
@@ -187,9 +186,6 @@ TEST(Controller, VersionMapping) {
     };
     for (auto [major, minor, version] : cases)
         EXPECT_EQ(AeVersionFromApi(major, minor), version) << major << "." << minor;
-    EXPECT_TRUE(IsExcludedHostApi(111));
-    EXPECT_TRUE(IsExcludedHostApi(17));
-    EXPECT_FALSE(IsExcludedHostApi(116));
 }
 
 } // namespace

@@ -17,19 +17,4 @@ TEST(HostPlatform, WithoutAHostNeverActiveAndTheProcesssOwnExecutable) {
     EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Stylize", "Glow"));
 }
 
-TEST(HostPlatform, EffectMenuWalk) {
-    HostSession session;
-    hostsim::SimHost& host = session.Start();
-    EXPECT_TRUE(HostPlatform::ChooseEffectMenuItem("STYLIZE", "mosaic"));
-    EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Stylize", "Gaussian Blur")); // another category's
-    EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Effect Controls", "Glow"));  // an item without submenu
-    EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("", ""));
-    EXPECT_EQ(host.menuActionsSent, 1);
-
-    // A main menu of five items has no Effect menu to walk.
-    host.MainMenu().submenu.resize(5);
-    EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Stylize", "Glow"));
-    EXPECT_EQ(host.menuActionsSent, 1);
-}
-
 } // namespace

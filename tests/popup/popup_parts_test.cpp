@@ -3,7 +3,6 @@
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/theme_keys.h"
 #include "popup/parts/effect_slot.h"
-#include "popup/parts/effects_drop_down.h"
 #include "popup/parts/effects_message_popup.h"
 #include "popup/parts/effects_popup_interface.h"
 #include "popup/ui_colors.h"
@@ -175,36 +174,7 @@ TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscap
 
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
-    // Shown, it hands the keyboard to its button.
-    offscreen::offscreen_window::set_modal_driver([&](window& w) {
-        EXPECT_EQ(w.get_focus(), &warn.GetButton());
-        w.end_modal(1);
-    });
-    warn.Run();
     ExpectEscapeEndsWithZero(warn);
-}
-
-TEST_F(MessageTest, DropDownPaintsFlatInTheThemeColours) {
-    window host;
-    host.create("drop", {0, 0, 200, 60});
-    host.show();
-    EffectsDropDown drop;
-    drop.create(host.get_root(), {10, 10, 150, 24});
-    drop.show(true);
-    drop.add_items("Dark|Light");
-    drop.select_item(1, false);
-    const UIColors light = BuildColorThemes()[1];
-    drop.SwitchTheme(&light);
-    const std::vector<draw_call> calls = Painted(host);
-    auto any = [&](auto match) {
-        return std::any_of(calls.begin(), calls.end(), match);
-    };
-    EXPECT_TRUE(
-        any([&](const draw_call& c) { return c.op == "draw_rect" && c.color == light.dropDownBack; }));
-    EXPECT_FALSE(any([](const draw_call& c) { return c.op == "draw_rect_gradient"; }));
-    EXPECT_TRUE(any([&](const draw_call& c) {
-        return c.op == "draw_clipped_text" && c.text == "Light" && c.color == light.dropDownFont;
-    }));
 }
 
 } // namespace
