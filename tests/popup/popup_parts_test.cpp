@@ -113,6 +113,18 @@ TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAl
     EXPECT_EQ(offscreen::shown_menus().size(), 2u);
 }
 
+TEST_F(SlotTest, NameAndCategoryKeepClearOfTheRowsRightAndBottomEdges) {
+    effect.category = "Blur & Sharpen";
+    slot.SetEffect(&effect, false, &labels);
+    std::vector<std::pair<std::string, int>> edges; // text, then its right and bottom edges
+    for (const draw_call& c : Painted(host, "draw_text"))
+        edges.push_back({c.text, c.rect.x + c.rect.w}), edges.push_back({c.text, c.rect.y + c.rect.h});
+    EXPECT_EQ(
+        edges,
+        (std::vector<std::pair<std::string, int>>{
+            {"Gaussian Blur", 296}, {"Gaussian Blur", 26}, {"Blur & Sharpen", 292}, {"Blur & Sharpen", 26}}));
+}
+
 struct MessageTest : OffscreenTest {
     // The popup's inside is the agreed size under a title bar, and the button lies wholly in it.
     static void ExpectLaidOutInside(window& popup, widget& button) {

@@ -41,6 +41,7 @@ TEST_F(PopupTest, OpeningLayoutsInEachMode) {
             enabled.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
         }
         EXPECT_EQ(lefts, c.lefts);
+        EXPECT_EQ(popup->GetNewsBadge().get_rect(), (ivec4{popup->get_rect().w - 19, 1, 18, 18}));
         EXPECT_EQ(enabled,
                   (std::vector<int>{c.capture, 1, c.capture, 1, 1})); // screenshot, gallery, export, ...
         EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));

@@ -68,6 +68,11 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     offscreen::click(win, {40, 30});
     EXPECT_EQ(box.get_selected_id(), 13u);
     EXPECT_EQ(changed.data(), std::vector<uint64_t>{13});
+    box.set_selected_item(10); // the first item gets its tick too
+    offscreen::push_menu_answer(std::nullopt);
+    offscreen::click(win, {40, 30});
+    EXPECT_TRUE(offscreen::shown_menus().back().items[0].checked);
+    box.set_selected_item(13);
 
     // Editing items keeps the selection right.
     box.remove_item(10);

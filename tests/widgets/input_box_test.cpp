@@ -58,6 +58,10 @@ TEST_F(InputBoxTest, TypingRaisesEventsOnTheBoxAndKeysTheFieldDoesNotUseReachIt)
                          3, 0));
     type(std::u16string(1, char16_t(0xDC00)));
     EXPECT_EQ(in().get_wide_text().size(), 3u);
+    type(u"\xD83D"
+         u"c"
+         u"\xDE00"); // a high half that another character followed is forgotten
+    EXPECT_EQ(in().get_wide_text().size(), 4u);
 }
 
 // Each row presses a key (with Shift or not) or types text, then checks the text, the caret and the

@@ -14,6 +14,7 @@ TEST(WideText, RoundTripsAndRepairsDamagedUtf8) {
     const std::wstring wide = utf8_to_wide(text);
     EXPECT_EQ(wide, (std::wstring{L'a', 0xE9, 0x20AC, 0x1F600}));
     EXPECT_EQ(wide_to_utf8(wide), text);
+    EXPECT_EQ(wide_to_utf8(std::wstring{0x7FF, 0x800}), "\xDF\xBF\xE0\xA0\x80"); // the two-byte limit
     // A truncated sequence, an overlong form, an encoded surrogate and a stray byte each become one
     // replacement character; the byte that broke a sequence is read again.
     EXPECT_EQ(utf8_to_wide("\xE2\x82"
