@@ -104,7 +104,7 @@ void EffectsPopup::ApplyEffect(const EffectData* entry) {
 }
 
 void EffectsPopup::CustomEvent(uint32_t code) {
-    if (code == 5) {
+    if (code == static_cast<uint32_t>(PopupRequest::CollectCatalogue)) {
         std::vector<EffectData> catalogue = CollectEffectList();
         if (popupWindow != nullptr)
             popupWindow->SetEffectData(catalogue);
