@@ -334,19 +334,20 @@ TEST(FrameCaptureWithoutProject, TakesTheDepthFromTheScriptAnswer) {
 TEST(ColorProfileName, IsTheDescriptionInUtf8) {
     ControllerSession session;
     hostsim::SimHost& host = session.Start();
-    host.GetModel().workingSpaceProfile = "Rec.709 Gamma 2.4";
     EffectsPopup& controller = session.Controller();
-    AEGP_ColorProfileP profile = nullptr;
-    {
-        AEGP_SuiteHandler suites(host.Basic());
-        suites.ColorSettingsSuite3()->AEGP_GetNewWorkingSpaceColorProfile(
-            7, reinterpret_cast<AEGP_CompH>(host.ActiveItem()), &profile);
+    AEGP_SuiteHandler suites(host.Basic());
+    AEGP_ColorSettingsSuite2& colors = *suites.ColorSettingsSuite3();
+    // ASCII, characters of two and three bytes, one beyond 16 bits (a surrogate pair).
+    for (const char* description : {"sRGB IEC61966-2.1", "\u00C9cran \u2013 HDR", "Wide \U0001D53Eamut"}) {
+        host.GetModel().workingSpaceProfile = description;
+        AEGP_ColorProfileP profile = nullptr;
+        colors.AEGP_GetNewWorkingSpaceColorProfile(7, reinterpret_cast<AEGP_CompH>(host.ActiveItem()),
+                                                   &profile);
+        EXPECT_EQ(controller.GetColorProfileName(profile), description);
+        colors.AEGP_DisposeColorProfile(profile);
     }
-    EXPECT_EQ(controller.GetColorProfileName(profile), "Rec.709 Gamma 2.4");
     EXPECT_EQ(controller.GetColorProfileName(nullptr), "");
     EXPECT_EQ(host.liveMemHandles, 0);
-    AEGP_SuiteHandler suites(host.Basic());
-    suites.ColorSettingsSuite3()->AEGP_DisposeColorProfile(profile);
 }
 
 } // namespace
