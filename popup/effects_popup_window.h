@@ -104,7 +104,7 @@ public:
     // Asks the controller to capture the frame through the "Save to PNG" dialog.
     virtual void ExportScreenshot();
     // Seam for the gallery window (not in this build yet): a shown gallery lists a new capture at once.
-    virtual void RefreshGallery() {}
+    void RefreshGallery() override {}
     void Logo();
 
     // The product page that the logo button opens.
