@@ -131,7 +131,6 @@ public:
     std::vector<EffectAlias>& GetAliases() { return aliases; }
     std::vector<EffectAlias>& GetShortcuts() { return shortcuts; }
     int GetNewsCount() const { return newsCount; }
-    bool IsScreenshotBusy() const { return screenshotBusy; }
     float GetFlash() const { return fade; }
     const std::string& GetShowText(int which) const { return showTexts[static_cast<size_t>(which) % 3]; }
     // The folder the user's files are written to; the user's data folder by default.
