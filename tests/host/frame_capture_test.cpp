@@ -84,7 +84,7 @@ TEST_F(FrameCapture, DeliversEachModeAtTheProjectsDepthThroughTheViewTransform) 
         {CaptureToJpg,       AEGP_ProjBitDepth_16, AEGP_WorldType_16, false, "Save to JPG|JPG files (*.jpg)|*.jpg"},
         {CaptureToPng,       AEGP_ProjBitDepth_16, AEGP_WorldType_16, false, "Save to PNG|PNG files (*.png)|*.png"},
         {CaptureToClipboard, AEGP_ProjBitDepth_8,  AEGP_WorldType_8,  false, ""},
-        {CaptureToFolder,    AEGP_ProjBitDepth_32, AEGP_WorldType_32, false, ""}}) { // last: named to the second
+        {CaptureToFolder,    AEGP_ProjBitDepth_32, AEGP_WorldType_32, false, ""}}) { // last: the folder holds only its capture
         // clang-format on
         SCOPED_TRACE(testing::Message() << int(code) << " at " << depth << (view ? ", viewed" : ""));
         host.GetModel().projects[0]->bitDepth = depth, comp.viewColorTransform = view;
