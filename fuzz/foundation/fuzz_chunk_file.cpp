@@ -1,6 +1,6 @@
 // Arbitrary bytes as a chunk file, from a buffer and from a file: read in sequence and by identifier,
 // and every chunk read written out again (measured first), which must read back the same.
-#include "fuzz_support.h"
+#include "fuzz/fuzz_support.h"
 #include "nimbit/utils/chunk_file.h"
 
 #include <cstdint>

@@ -1,10 +1,7 @@
 // Damaged PNG and JPG bytes: decoding must fail cleanly or give an image that the rest of the
 // pipeline (resampling, encoding, decoding again) handles.
+#include "fuzz/fuzz_support.h"
 #include "nimbit/ui/offscreen/image_codecs.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
 
 using namespace nimbit;
 using namespace nimbit::ui::offscreen;
@@ -15,19 +12,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     rgba_image image;
     if (!decode_image(data, size, cap, image))
         return 0;
-    if (image.size.x <= 0 || image.size.y <= 0 ||
-        image.pixels.size() != size_t(image.size.x) * size_t(image.size.y) * 4)
-        std::abort();
+    check(image.size.x > 0 && image.size.y > 0 &&
+          image.pixels.size() == size_t(image.size.x) * size_t(image.size.y) * 4);
     if (size_t(image.size.x) * size_t(image.size.y) > 256 * 256)
         return 0;
     const rgba_image smaller = resample(image, {image.size.x / 2 + 1, image.size.y / 3 + 1});
     const rgba_image larger = recanvas(smaller, {smaller.size.x + 3, smaller.size.y});
     rgba_image again;
     const auto png = encode_png(larger);
-    if (!decode_png(png.data(), png.size(), cap, again) || again.size != larger.size || again.pixels != larger.pixels)
-        std::abort();
+    check(decode_png(png.data(), png.size(), cap, again) && again.size == larger.size &&
+          again.pixels == larger.pixels);
     const auto jpg = encode_jpeg(image);
-    if (!decode_jpeg(jpg.data(), jpg.size(), cap, again) || again.size != image.size)
-        std::abort();
+    check(decode_jpeg(jpg.data(), jpg.size(), cap, again) && again.size == image.size);
     return 0;
 }

@@ -2,6 +2,7 @@
 // create and destroy widgets while events are being routed, which is where dangling pointers would
 // hide; the sanitizers watch every step.
 
+#include "fuzz/fuzz_support.h"
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
@@ -10,8 +11,6 @@
 #include "nimbit/ui/widget.h"
 #include "nimbit/ui/window.h"
 
-#include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -20,19 +19,10 @@ namespace {
 using namespace nimbit;
 using namespace nimbit::ui;
 
-struct reader {
-    const uint8_t* data;
-    size_t size;
-    size_t at = 0;
-    bool more() const { return at < size; }
-    uint8_t byte() { return at < size ? data[at++] : 0; }
-    int coord() { return static_cast<int>(byte()) * 2 - 40; } // a little outside the window too
-};
-
 struct scene {
     window win;
     std::vector<std::unique_ptr<widget>> widgets;
-    reader* in = nullptr;
+    fuzz_input* in = nullptr;
 
     scene() { win.create("fuzz", {0, 0, 400, 300}); }
     ~scene() {
@@ -63,7 +53,7 @@ struct scene {
         auto& em = event_manager::instance();
         // Handlers that change the tree while events are routed.
         em.add_event(raw, raw, event_type::mouse_down, [this, raw](const event_info&) {
-            add(*raw, {in->coord(), in->coord(), in->byte(), in->byte()});
+            add(*raw, {in->byte() * 2 - 40, in->byte() * 2 - 40, in->byte(), in->byte()});
         });
         em.add_event(raw, raw, event_type::timer,
                      [this](const event_info& e) { destroy(static_cast<uint8_t>(e.data)); });
@@ -73,78 +63,41 @@ struct scene {
         widgets.push_back(std::move(w));
     }
 
-    void step(reader& r) {
+    void step(fuzz_input& r) {
         const uint8_t op = r.byte();
         const uint8_t a = r.byte();
+        const auto coord = [&] {
+            return static_cast<int>(r.byte()) * 2 - 40;
+        }; // a little outside too
+        // clang-format off
         switch (op % 20) {
-        case 0:
-            offscreen::move_mouse(win, {r.coord(), r.coord()});
-            break;
-        case 1:
-            offscreen::press_mouse(win, {r.coord(), r.coord()}, a % 3);
-            break;
-        case 2:
-            offscreen::release_mouse(win, {r.coord(), r.coord()}, a % 3);
-            break;
-        case 3:
-            offscreen::double_click(win, {r.coord(), r.coord()});
-            break;
-        case 4:
-            offscreen::wheel(win, {r.coord(), r.coord()}, static_cast<int8_t>(a) / 8.0);
-            break;
-        case 5:
-            offscreen::type_key(win, a % 128, static_cast<char16_t>(r.byte() % 16 == 0 ? 9 : r.byte()));
-            break;
-        case 6: {
-            uint64_t data = 0;
-            for (int i = 0; i < 8; ++i)
-                data = (data << 8) | r.byte();
-            offscreen::events_of(win).process_event(static_cast<event_type>(a % 50), data);
-            break;
-        }
-        case 7:
-            offscreen::advance_ms(a * 10ull);
-            break;
-        case 8:
-            add(*pick(a), {r.coord(), r.coord(), r.byte(), r.byte()});
-            break;
-        case 9:
-            destroy(a);
-            break;
-        case 10:
-            pick(a)->enable(r.byte() & 1);
-            break;
-        case 11:
-            pick(a)->show(r.byte() & 1);
-            break;
-        case 12:
-            pick(a)->set_rect_target({r.coord(), r.coord(), r.byte(), r.byte()});
-            break;
-        case 13:
-            pick(a)->add_tooltip({r.coord(), r.coord(), r.byte(), r.byte()}, "text", "title");
-            break;
-        case 14:
-            pick(a)->add_timer(r.byte(), (r.byte() + 1u) * 5u, r.byte() & 1);
-            break;
+        case 0: offscreen::move_mouse(win, {coord(), coord()}); break;
+        case 1: offscreen::press_mouse(win, {coord(), coord()}, a % 3); break;
+        case 2: offscreen::release_mouse(win, {coord(), coord()}, a % 3); break;
+        case 3: offscreen::double_click(win, {coord(), coord()}); break;
+        case 4: offscreen::wheel(win, {coord(), coord()}, static_cast<int8_t>(a) / 8.0); break;
+        case 5: offscreen::type_key(win, a % 128, static_cast<char16_t>(r.byte() % 16 == 0 ? 9 : r.byte())); break;
+        case 6: offscreen::events_of(win).process_event(static_cast<event_type>(a % 50), r.take(8)); break;
+        case 7: offscreen::advance_ms(a * 10ull); break;
+        case 8: add(*pick(a), {coord(), coord(), r.byte(), r.byte()}); break;
+        case 9: destroy(a); break;
+        case 10: pick(a)->enable(r.byte() & 1); break;
+        case 11: pick(a)->show(r.byte() & 1); break;
+        case 12: pick(a)->set_rect_target({coord(), coord(), r.byte(), r.byte()}); break;
+        case 13: pick(a)->add_tooltip({coord(), coord(), r.byte(), r.byte()}, "text", "title"); break;
+        case 14: pick(a)->add_timer(r.byte(), (r.byte() + 1u) * 5u, r.byte() & 1); break;
         case 15:
             if (widget* c = mouse::get_captured_widget())
                 mouse::release_widget(*c);
             else
                 mouse::capture_widget(*pick(a));
             break;
-        case 16:
-            win.set_tab_navigation(a & 1);
-            break;
-        case 17:
-            offscreen::native_of(win).paint_pending();
-            break;
-        case 18:
-            (a & 1) ? pick(r.byte())->send_to_back() : pick(r.byte())->bring_to_front();
-            break;
-        case 19:
-            pick(a)->remove_all_children();
-            break;
+        case 16: win.set_tab_navigation(a & 1); break;
+        case 17: offscreen::native_of(win).paint_pending(); break;
+        case 18: (a & 1) ? pick(r.byte())->send_to_back() : pick(r.byte())->bring_to_front(); break;
+        case 19: pick(a)->remove_all_children(); break;
         }
+        // clang-format on
     }
 };
 
@@ -152,7 +105,7 @@ struct scene {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     offscreen::reset_input();
-    reader r{data, size};
+    fuzz_input r{data, size};
     scene s;
     s.in = &r;
     for (int steps = 0; r.more() && steps < 400; ++steps)

@@ -1,20 +1,15 @@
 // Label mark-up and UTF-8 from anywhere: parsing must stay in bounds and give runs that cover the
 // text in order.
+#include "fuzz/fuzz_support.h"
 #include "nimbit/ui/text_markup.h"
 #include "nimbit/ui/wide_text.h"
-
-#include <cstddef>
-#include <cstdint>
-#include <cstdlib>
-#include <string_view>
 
 using namespace nimbit::ui;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    const std::string_view input = fuzz_input{data, size}.text();
     const std::wstring wide = utf8_to_wide(input);
-    if (utf8_to_wide(wide_to_utf8(wide)) != wide)
-        std::abort();
+    check(utf8_to_wide(wide_to_utf8(wide)) == wide);
 
     text_full_format base;
     base.font_name = "tahoma";
@@ -22,11 +17,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t characters = utf8_to_wide(parsed.text).size();
     unsigned next = 0;
     for (const text_full_format& run : parsed.runs) {
-        if (run.start != next || run.end <= run.start || run.size < 1.0f || run.size > 400.0f)
-            std::abort();
+        check(run.start == next && run.end > run.start && run.size >= 1.0f && run.size <= 400.0f);
         next = run.end;
     }
-    if (next != characters)
-        std::abort();
+    check(next == characters);
     return 0;
 }

@@ -1,7 +1,6 @@
 #include "display_session.h"
 
 #include "nimbit/ui/cocoa/native_app.h"
-#include "nimbit/ui/native_bitmap.h"
 #include "tests/support/private_xvfb.h"
 
 #include <gtest/gtest.h>
@@ -14,7 +13,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <fstream>
 #include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -38,11 +36,6 @@ class xvfb_environment : public ::testing::Environment {
 public:
     void SetUp() override {
         nimbit::ui::cocoa::autorelease_pool pool;
-        const char* display = std::getenv("DISPLAY");
-        if (display && *display && !std::getenv("QUILLO_OWN_XVFB")) {
-            ASSERT_TRUE(nimbit::ui::cocoa::start_application()) << "cannot reach DISPLAY=" << display;
-            return;
-        }
         std::string name;
         server = quillo_test::start_private_xvfb(name);
         ASSERT_GT(server, 0) << "Xvfb did not start (is it installed?)";
@@ -138,22 +131,6 @@ screen_image capture_screen(const nimbit::ivec4& rect) {
         }
     XDestroyImage(x);
     return image;
-}
-
-bool save_png(const screen_image& image, const std::string& path) {
-    auto bitmap = nimbit::ui::create_native_bitmap();
-    if (image.empty() || !bitmap->create(image.size, false))
-        return false;
-    unsigned pitch = 0;
-    unsigned char* out = bitmap->lock_pixels(pitch);
-    for (int y = 0; y < image.size.y; ++y)
-        std::copy_n(&image.rgba[static_cast<size_t>(y) * image.size.x * 4],
-                    static_cast<size_t>(image.size.x) * 4, out + static_cast<size_t>(y) * pitch);
-    bitmap->unlock_pixels();
-    const std::vector<unsigned char> png = bitmap->encode(1);
-    std::ofstream file(path, std::ios::binary);
-    file.write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
-    return !png.empty() && file.good();
 }
 
 float color_distance(const nimbit::vec4& a, const nimbit::vec4& b) {

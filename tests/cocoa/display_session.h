@@ -6,9 +6,8 @@
 #include <string>
 #include <vector>
 
-// What the backend tests share: a window server (an Xvfb started for the test process unless
-// $DISPLAY names one), xdotool as the user, screen capture and waiting on conditions while the
-// event loop runs.
+// What the backend tests share: a window server (an Xvfb started for the test process), xdotool as
+// the user, screen capture and waiting on conditions while the event loop runs.
 
 namespace cocoa_test {
 
@@ -35,8 +34,6 @@ struct screen_image {
 };
 // The screen's pixels in a rectangle (screen coordinates, y down).
 screen_image capture_screen(const nimbit::ivec4& rect);
-// Saves the image as PNG; true on success.
-bool save_png(const screen_image& image, const std::string& path);
 
 // Colour distance: the largest channel difference (alpha ignored).
 float color_distance(const nimbit::vec4& a, const nimbit::vec4& b);

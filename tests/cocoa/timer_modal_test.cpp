@@ -38,9 +38,6 @@ TEST(CocoaTimers, TimersRepeatOrFireOnceMayDestroyTheirWindowAndDriveModalSessio
     EXPECT_TRUE(t.root.has_timer(7));
     EXPECT_FALSE(t.root.has_timer(8));
     t.root.remove_timer(7);
-    t.root.events.entries.clear();
-    pump(0.1);
-    EXPECT_EQ(t.root.count(event_type::timer), 0u);
 
     // A timer may destroy its own window; nothing fires into it afterwards.
     auto doomed = std::make_unique<timed_window>();
@@ -71,18 +68,4 @@ TEST(CocoaTimers, TimersRepeatOrFireOnceMayDestroyTheirWindowAndDriveModalSessio
     other.root.add_timer(3, 50, true);
     EXPECT_EQ(other.w.show_modal(), 0);
     EXPECT_FALSE(other.w.is_modal());
-}
-
-TEST(CocoaModalDeathTest, EndingOrNestingSessionsWrongIsAProgrammingError) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    EXPECT_DEATH(timed_window().w.end_modal(1),
-                 "nimbit/ui/cocoa/native_window.mm:[0-9]+: assertion failed: modalSession != nullptr");
-    EXPECT_DEATH(
-        {
-            timed_window t;
-            t.on_timer(&t, [&] { t.w.show_modal(); });
-            t.root.add_timer(1, 10, true);
-            t.w.show_modal();
-        },
-        "nimbit/ui/cocoa/native_window.mm:[0-9]+: assertion failed: !modalSession");
 }

@@ -5,10 +5,10 @@
 
 #include <chrono>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <map>
 #include <sstream>
 #include <thread>
 
@@ -33,12 +33,6 @@ std::vector<char*> Argv(const std::vector<std::string>& args) {
     return argv;
 }
 
-std::string ReadFile(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
-}
-
 // Polls done every 20 ms (short against the application's 30 ms idle tick) until it holds or
 // timeout seconds pass.
 bool Poll(const std::function<bool()>& done, double timeout) {
@@ -52,6 +46,12 @@ bool Poll(const std::function<bool()>& done, double timeout) {
 }
 
 } // namespace
+
+std::string ReadFile(const std::string& path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
 
 // No reset when the last client leaves: xdotool probes connect and leave before the application.
 VirtualDisplay::VirtualDisplay() : server(quillo_test::start_private_xvfb(name, true)) {}
@@ -141,49 +141,47 @@ bool HostAppSession::WaitForIdleTicks(long ticks, double timeout) const {
 }
 
 bool HostAppSession::Xdotool(const std::vector<std::string>& args, std::string* out) const {
-    std::vector<std::string> argv = {"xdotool"};
-    argv.insert(argv.end(), args.begin(), args.end());
-    const std::vector<std::string> env = {"DISPLAY=" + screen.name, "PATH=/usr/bin:/bin"};
-    int pipeEnds[2];
-    if (screen.name.empty() || pipe(pipeEnds) != 0)
+    std::string command = "DISPLAY=" + screen.name + " xdotool";
+    for (const std::string& arg : args) { // each argument single-quoted for the shell
+        command += " '";
+        for (char c : arg)
+            command += c == '\'' ? std::string("'\\''") : std::string(1, c);
+        command += "'";
+    }
+    std::FILE* pipe = screen.name.empty() ? nullptr : popen((command + " 2>/dev/null").c_str(), "r");
+    if (pipe == nullptr)
         return false;
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, pipeEnds[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addclose(&actions, pipeEnds[0]);
-    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
-    pid_t pid = -1;
-    const bool spawned =
-        posix_spawnp(&pid, "xdotool", &actions, nullptr, Argv(argv).data(), Argv(env).data()) == 0;
-    posix_spawn_file_actions_destroy(&actions);
-    close(pipeEnds[1]);
     std::string text;
     char buffer[512];
-    for (ssize_t n; spawned && (n = read(pipeEnds[0], buffer, sizeof buffer)) > 0;)
-        text.append(buffer, static_cast<size_t>(n));
-    close(pipeEnds[0]);
-    int status = 0;
-    if (spawned)
-        waitpid(pid, &status, 0);
+    for (size_t n; (n = std::fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        text.append(buffer, n);
     if (out != nullptr)
         *out = text;
-    return spawned && WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    return pclose(pipe) == 0;
 }
 
-std::vector<WindowGeometry> HostAppSession::VisibleWindows() const {
+std::vector<WindowGeometry> HostAppSession::VisibleWindows(const std::string& name) const {
+    // One run for all: each window's geometry as WINDOW=, X=, Y=, WIDTH=, HEIGHT= lines.
+    std::string shell;
+    Xdotool({"search", "--onlyvisible", "--name", name, "getwindowgeometry", "--shell", "%@"}, &shell);
     std::vector<WindowGeometry> windows;
-    std::string ids, shell;
-    Xdotool({"search", "--onlyvisible", "--name", "."}, &ids);
-    std::istringstream idStream(ids);
-    for (unsigned long id; idStream >> id;) {
-        WindowGeometry& w = windows.emplace_back(WindowGeometry{id});
-        Xdotool({"getwindowgeometry", "--shell", std::to_string(id)}, &shell);
-        std::map<std::string, int> v;
-        std::istringstream lines(shell);
-        for (std::string line; std::getline(lines, line);)
-            if (line.find('=') != std::string::npos)
-                v[line.substr(0, line.find('='))] = std::atoi(line.c_str() + line.find('=') + 1);
-        w.x = v["X"], w.y = v["Y"], w.width = v["WIDTH"], w.height = v["HEIGHT"];
+    std::istringstream lines(shell);
+    for (std::string line; std::getline(lines, line);) {
+        const size_t equals = line.find('=');
+        const std::string key = line.substr(0, equals);
+        const long value = equals == std::string::npos ? 0 : std::atol(line.c_str() + equals + 1);
+        if (key == "WINDOW")
+            windows.push_back({static_cast<unsigned long>(value)});
+        else if (!windows.empty()) {
+            WindowGeometry& w = windows.back();
+            int* field = key == "X"        ? &w.x
+                         : key == "Y"      ? &w.y
+                         : key == "WIDTH"  ? &w.width
+                         : key == "HEIGHT" ? &w.height
+                                           : nullptr;
+            if (field != nullptr)
+                *field = static_cast<int>(value);
+        }
     }
     return windows;
 }
@@ -191,15 +189,10 @@ std::vector<WindowGeometry> HostAppSession::VisibleWindows() const {
 bool HostAppSession::WaitForWindow(const std::string& title, WindowGeometry* found) const {
     return Poll(
         [&] {
-            for (const WindowGeometry& w : VisibleWindows()) {
-                std::string name;
-                if (Xdotool({"getwindowname", std::to_string(w.id)}, &name) && name == title + "\n") {
-                    if (found != nullptr)
-                        *found = w;
-                    return true;
-                }
-            }
-            return false;
+            const std::vector<WindowGeometry> windows = VisibleWindows("^" + title + "$");
+            if (found != nullptr && !windows.empty())
+                *found = windows.back();
+            return !windows.empty();
         },
         10.0);
 }
@@ -289,14 +282,6 @@ bool HostAppSession::Keys(const std::vector<std::string>& keys) const {
 
 bool HostAppSession::Type(const std::string& text, int delay) const {
     return Xdotool({"type", "--delay", std::to_string(delay), text});
-}
-
-json HostAppSession::WindowInRecord(const std::string& title) const {
-    const json record = Record();
-    for (const json& w : record.is_object() ? record.value("windows", json::array()) : json::array())
-        if (w.value("title", "") == title)
-            return w;
-    return {};
 }
 
 void HostAppSession::Signal(int signal) const {

@@ -56,7 +56,8 @@ public:
 
     // Runs xdotool with the arguments; true when it succeeded, its standard output in out.
     bool Xdotool(const std::vector<std::string>& args, std::string* out = nullptr) const;
-    std::vector<WindowGeometry> VisibleWindows() const; // newest last
+    // The visible windows whose name matches the pattern (all for "."), newest last.
+    std::vector<WindowGeometry> VisibleWindows(const std::string& name = ".") const;
     bool WaitForWindow(const std::string& title, WindowGeometry* found = nullptr) const;
     // A click as a person makes it: the button held for a tenth of a second.
     bool ClickAt(int x, int y) const;
@@ -67,8 +68,7 @@ public:
     bool Chord(const std::vector<std::string>& keys) const;
     bool Keys(const std::vector<std::string>& keys) const; // pressed and released in turn
     bool Type(const std::string& text, int delay = 40) const;
-    void Control(const std::string& line) const;         // a control line (see hostsim/app/main.mm)
-    json WindowInRecord(const std::string& title) const; // null json when not shown
+    void Control(const std::string& line) const; // a control line (see hostsim/app/main.mm)
     void Signal(int signal) const;
     // The application's exit status, or -1 when it did not end in time.
     int WaitForExit(double timeout = 10.0);
@@ -80,6 +80,9 @@ private:
     pid_t app = -1;
     int control = -1;
 };
+
+// The whole file, empty when it cannot be read.
+std::string ReadFile(const std::string& path);
 
 // Indices of the Effect menu's category and item as the application builds them from project.
 std::vector<int> EffectMenuPath(const std::string& project, const std::string& category,

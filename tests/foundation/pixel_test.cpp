@@ -16,23 +16,10 @@ using nimbit::graphics::pixel_buffer;
 
 namespace {
 
-// Reference conversions, written independently of the library's: clamp to 0..1 (NaN to 0), scale
-// in single precision, round half to even.
-long round_even(double v) {
-    const double f = std::floor(v);
-    const double d = v - f;
-    if (d > 0.5 || (d == 0.5 && std::fmod(f, 2.0) != 0.0))
-        return static_cast<long>(f) + 1;
-    return static_cast<long>(f);
-}
-double clamp01(float v) {
-    return std::isnan(v) ? 0.0 : v < 0 ? 0.0 : v > 1 ? 1.0 : v;
-}
-uint8_t ref8(float v) {
-    return static_cast<uint8_t>(round_even(static_cast<float>(clamp01(v)) * 255.0f));
-}
-uint16_t ref16(float v) {
-    return static_cast<uint16_t>(round_even(static_cast<float>(clamp01(v)) * 32768.0f));
+// The reference conversion, written independently of the library's: clamp to 0..1 (NaN to 0), scale
+// in single precision, round half to even (the default rounding mode).
+long reference(float v, float scale) {
+    return std::lrint(static_cast<float>(std::isnan(v) ? 0.0 : v < 0 ? 0.0 : v > 1 ? 1.0 : v) * scale);
 }
 
 // Channel values that probe clamping, NaN, rounding ties and both ends of the range.
@@ -40,25 +27,17 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeri
 const float probes[] = {0.0f, 1.0f,  0.5f,   -0.25f,        1.75f,         nan,           inf,
                         -inf, 0.25f, 0.999f, 1.0f / 255.0f, 0.5f / 255.0f, 1.5f / 255.0f, 0.5f / 32768.0f};
 
-// A width x height buffer whose channels cycle through the probes, offset per row.
-pixel_buffer probe_buffer(int width, int height) {
-    pixel_buffer buffer({width, height});
-    const size_t n = sizeof probes / sizeof probes[0];
-    for (size_t i = 0; i < buffer.size_pixels(); ++i)
-        buffer[i] = {probes[(i * 4) % n], probes[(i * 4 + 1) % n], probes[(i * 4 + 2) % n],
-                     probes[(i * 4 + 3 + i / width) % n]};
-    return buffer;
-}
-
-const float& channel(const vec4& v, int c) {
-    return (&v.x)[c];
-}
-
 TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
     // Widths with and without a remainder beyond the groups of 4 (8-bit) and 2 (16-bit) pixels.
     for (int width : {1, 2, 3, 4, 5, 7, 8, 13}) {
         const int height = 9;
-        const pixel_buffer buffer = probe_buffer(width, height);
+        // Channels cycle through the probes, the alpha channel offset per row.
+        const auto probe = [&](size_t i, size_t c) {
+            return probes[(i * 4 + c + (c == 3 ? i / width : 0)) % std::size(probes)];
+        };
+        pixel_buffer buffer({width, height});
+        for (size_t i = 0; i < buffer.size_pixels(); ++i)
+            buffer[i] = {probe(i, 0), probe(i, 1), probe(i, 2), probe(i, 3)};
         const unsigned pitch8 = width * 4 + 3, pitch16 = width * 8 + 6;
         std::vector<uint8_t> out8(pitch8 * height, 0xEE);
         std::vector<uint8_t> out16(pitch16 * height, 0xEE);
@@ -66,13 +45,13 @@ TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
         buffer.export_buffer(out16.data(), {width, height}, pitch16, buffer_type::rgba16);
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x)
-                for (int c = 0; c < 4; ++c) {
-                    const float v = channel(buffer[y * width + x], c);
-                    ASSERT_EQ(out8[y * pitch8 + x * 4 + c], ref8(v))
+                for (size_t c = 0; c < 4; ++c) {
+                    const float v = probe(y * width + x, c);
+                    ASSERT_EQ(out8[y * pitch8 + x * 4 + c], reference(v, 255.0f))
                         << width << " " << x << "," << y << " " << v;
                     uint16_t got;
                     std::memcpy(&got, &out16[y * pitch16 + x * 8 + c * 2], 2);
-                    ASSERT_EQ(got, ref16(v)) << width << " " << x << "," << y << " " << v;
+                    ASSERT_EQ(got, reference(v, 32768.0f)) << width << " " << x << "," << y << " " << v;
                 }
             // The padding at the end of each row is left alone.
             EXPECT_EQ(out8[y * pitch8 + width * 4], 0xEE);
@@ -81,10 +60,10 @@ TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
     }
 }
 
+// Importing and exporting in the same layout gives the same bytes back, padding rows included.
 TEST(PixelBuffer, ImportsEveryLayoutWithPaddedRows) {
     const int width = 5, height = 3;
-    std::vector<uint8_t> bytes8(24 * height, 0);
-    std::vector<uint8_t> bytes16(48 * height, 0);
+    std::vector<uint8_t> bytes8(24 * height, 0), bytes16(48 * height, 0);
     for (int y = 0; y < height; ++y)
         for (int i = 0; i < width * 4; ++i) {
             bytes8[y * 24 + i] = static_cast<uint8_t>(y * 50 + i * 3);
@@ -93,22 +72,12 @@ TEST(PixelBuffer, ImportsEveryLayoutWithPaddedRows) {
         }
     const pixel_buffer from8(bytes8.data(), {width, height}, 24, buffer_type::rgba8);
     const pixel_buffer from16(bytes16.data(), {width, height}, 48, buffer_type::rgba16);
-    ASSERT_EQ(from8.get_size(), (nimbit::_vec2<int>{width, height}));
     EXPECT_FLOAT_EQ(from8[1 * width + 2].z, (50 + 10 * 3) / 255.0f);
     EXPECT_FLOAT_EQ(from16[2 * width].x, 1.0f);
-
-    // Exporting in the layout they came from gives the same bytes back.
     std::vector<uint8_t> back8(24 * height, 0), back16(48 * height, 0);
     from8.export_buffer(back8.data(), {width, height}, 24, buffer_type::rgba8);
     from16.export_buffer(back16.data(), {width, height}, 48, buffer_type::rgba16);
-    EXPECT_EQ(back8, bytes8);
-    EXPECT_EQ(back16, bytes16);
-
-    // Floats come in as they are, including the copy of whole rows.
-    std::vector<vec4> floats = {{0.1f, 0.2f, 0.3f, 0.4f}, {1, 2, 3, 4}, {5, 6, 7, 8}, {9, 10, 11, 12}};
-    const pixel_buffer from32(reinterpret_cast<const uint8_t*>(floats.data()), {2, 2}, 32,
-                              buffer_type::rgba32f);
-    EXPECT_EQ(from32[3], floats[3]);
+    EXPECT_TRUE(back8 == bytes8 && back16 == bytes16);
 }
 
 TEST(PixelBuffer, BadImportArgumentsGiveAnEmptyBuffer) {
@@ -116,10 +85,8 @@ TEST(PixelBuffer, BadImportArgumentsGiveAnEmptyBuffer) {
     EXPECT_TRUE(pixel_buffer(nullptr, {2, 2}, 8, buffer_type::rgba8).empty());
     EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 7, buffer_type::rgba8).empty()) << "rows shorter than a row";
     EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 8, static_cast<buffer_type>(3)).empty());
-    EXPECT_TRUE(pixel_buffer(bytes, {0, 2}, 8, buffer_type::rgba8).empty());
     EXPECT_TRUE(pixel_buffer(bytes, {-2, 2}, 8, buffer_type::rgba8).empty());
     EXPECT_TRUE(pixel_buffer({INT_MAX, INT_MAX}).empty()) << "too large to allocate";
-    EXPECT_EQ(pixel_buffer({-1, 5}).size_pixels(), 0u);
 }
 
 TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
@@ -127,21 +94,15 @@ TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
     for (size_t i = 0; i < buffer.size_pixels(); ++i)
         buffer[i] = {static_cast<float>(i % 10) / 255.0f, static_cast<float>(i / 10) / 255.0f, 0, 1};
 
+    // The region's first pixel (4, 3) and the last of its second row (6, 4).
     std::vector<uint8_t> out(3 * 4 * 2, 0);
     buffer.export_buffer(out.data(), {3, 2}, {4, 3}, 12, buffer_type::rgba8);
-    EXPECT_EQ(out[0], 4);          // x of the region's first pixel
-    EXPECT_EQ(out[1], 3);          // its y
-    EXPECT_EQ(out[12 + 2 * 4], 6); // last pixel of the second row: x 6
-    EXPECT_EQ(out[12 + 2 * 4 + 1], 4);
+    EXPECT_EQ((std::vector<int>{out[0], out[1], out[20], out[21]}), (std::vector<int>{4, 3, 6, 4}));
 
     // The same region as floats goes row by row.
     std::vector<vec4> floats(6);
     buffer.export_buffer(reinterpret_cast<uint8_t*>(floats.data()), {3, 2}, {4, 3}, 48, buffer_type::rgba32f);
     EXPECT_EQ(floats[4], buffer[4 * 10 + 5]);
-    // The whole buffer with a tight pitch is one copy.
-    std::vector<vec4> whole(60);
-    buffer.export_buffer(reinterpret_cast<uint8_t*>(whole.data()), {10, 6}, 160, buffer_type::rgba32f);
-    EXPECT_EQ(std::memcmp(whole.data(), buffer.data(), buffer.size_bytes()), 0);
 
     const std::vector<uint8_t> untouched(4 * 10 * 6, 0x5A);
     auto refused = [&](nimbit::_vec2<int> size, nimbit::_vec2<int> origin, unsigned pitch, buffer_type type) {
@@ -154,69 +115,26 @@ TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
     EXPECT_TRUE(refused({INT_MAX, 1}, {1, 0}, 40, buffer_type::rgba8)) << "no wrap-around";
     EXPECT_TRUE(refused({3, 2}, {0, 0}, 11, buffer_type::rgba8)) << "pitch shorter than a row";
     EXPECT_TRUE(refused({3, 2}, {0, 0}, 12, static_cast<buffer_type>(8)));
-    EXPECT_TRUE(refused({0, 2}, {0, 0}, 12, buffer_type::rgba8));
     buffer.export_buffer(nullptr, {3, 2}, {0, 0}, 12, buffer_type::rgba8); // nothing to write to
-
-    std::vector<uint8_t> dst = untouched;
-    pixel_buffer().export_buffer(dst.data(), {1, 1}, {-1, -1}, 4, buffer_type::rgba8);
-    EXPECT_EQ(dst, untouched) << "an empty buffer returns before any check";
 }
 
-TEST(PixelBufferDeathTest, NegativeOriginAndBadIndexStop) {
+TEST(PixelBufferDeathTest, NegativeOriginStops) {
     pixel_buffer buffer({4, 4});
     uint8_t out[64];
     EXPECT_DEATH(buffer.export_buffer(out, {1, 1}, {-1, 0}, 4, buffer_type::rgba8),
                  "nimbit/graphics/pixel.cpp:[0-9]+: assertion failed: origin.x >= 0 && origin.y >= 0");
-    EXPECT_DEATH(buffer[16], "assertion failed: index < pixels.size\\(\\)");
 }
 
-TEST(PixelBuffer, SamplesBilinearlyAndClampsToTheEdges) {
+// Sampling and the colour models have no caller in the product yet: one check each.
+TEST(Pixel, SamplesBilinearlyAndColourModelsRoundTrip) {
     pixel_buffer buffer({2, 2});
-    buffer[0] = {0, 0, 0, 1};
-    buffer[1] = {1, 0, 0, 1};
-    buffer[2] = {0, 1, 0, 1};
-    buffer[3] = {1, 1, 1, 1};
-    const vec4 centre = buffer.sample_pixel({0.5f, 0.5f});
-    EXPECT_FLOAT_EQ(centre.x, 0.5f);
-    EXPECT_FLOAT_EQ(centre.y, 0.5f);
-    EXPECT_FLOAT_EQ(centre.z, 0.25f);
-    EXPECT_EQ(buffer.sample_pixel({1.0f, 0.0f}), buffer[1]);
-    EXPECT_EQ(buffer.sample_pixel({-5.0f, 9.0f}), buffer[2]);
-    EXPECT_EQ(buffer.sample_pixel({1e30f, 1e30f}), buffer[3]);
-    EXPECT_EQ(buffer.sample_pixel({nan, nan}), buffer[0]);
-    EXPECT_EQ(pixel_buffer().sample_pixel({0, 0}), vec4{});
-}
-
-void expect_near(const vec4& a, const vec4& b, float tolerance = 1e-5f) {
-    EXPECT_NEAR(a.x, b.x, tolerance);
-    EXPECT_NEAR(a.y, b.y, tolerance);
-    EXPECT_NEAR(a.z, b.z, tolerance);
-    EXPECT_EQ(a.w, b.w);
-}
-
-TEST(Pixel, ColourModelsConvertAndRoundTrip) {
-    expect_near(pixel(1, 0, 0, 1).to_hsl(true), {0, 1, 0.5f, 1});
-    expect_near(pixel(0, 0, 1, 0.5f).to_hsl(true), {240, 1, 0.5f, 0.5f}, 1e-3f);
-    expect_near(pixel(0, 0, 1, 0.5f).to_hsl(false), {240.0f / 360.0f, 1, 0.5f, 0.5f});
-    expect_near(pixel(0.5f, 0.5f, 0.5f, 1).to_hsl(false), {0, 0, 0.5f, 1});
-    expect_near(pixel(1, 0, 1, 1).to_hsl(true), {300, 1, 0.5f, 1}, 1e-3f);
-
-    expect_near(pixel(1, 1, 1, 1).rgb_to_yuv(), {1, 0, 0, 1});
-    expect_near(pixel(0, 0, 0, 0.25f).rgb_to_yuv(), {0, 0, 0, 0.25f});
-
-    // Hues in every sixth and lightness on both sides of a half.
-    for (const vec4& c :
-         {vec4{0.2f, 0.4f, 0.6f, 1}, vec4{0.9f, 0.1f, 0.3f, 0.5f}, vec4{0.3f, 0.8f, 0.1f, 0},
-          vec4{0.75f, 0.75f, 0.2f, 1}, vec4{0.05f, 0.05f, 0.05f, 1}, vec4{0.9f, 0.5f, 0.3f, 1}}) {
-        expect_near(pixel(c).to_hsl(false).to_rgb(), c);
-        expect_near(pixel(c).rgb_to_yuv().yuv_to_rgb(), c);
-    }
-
-    const vec4 rgba{1, 2, 3, 4};
-    EXPECT_EQ(pixel::shuffle_channels(rgba, pixel::order::rgba), rgba);
-    EXPECT_EQ(pixel::shuffle_channels(rgba, pixel::order::bgra), (vec4{3, 2, 1, 4}));
-    EXPECT_EQ(pixel::shuffle_channels(rgba, pixel::order::argb), (vec4{4, 1, 2, 3}));
-    EXPECT_EQ(pixel::shuffle_channels(rgba, pixel::order::abgr), (vec4{4, 3, 2, 1}));
+    buffer[0] = {0, 0, 0, 1}, buffer[1] = {1, 0, 0, 1}, buffer[2] = {0, 1, 0, 1}, buffer[3] = {1, 1, 1, 1};
+    EXPECT_EQ(buffer.sample_pixel({0.5f, 0.25f}), (vec4{0.5f, 0.25f, 0.125f, 1}));
+    EXPECT_EQ(buffer.sample_pixel({nan, 9.0f}), buffer[2]);
+    const vec4 c{0.9f, 0.1f, 0.3f, 0.5f};
+    for (const vec4& back : {pixel(c).to_hsl(false).to_rgb(), pixel(c).rgb_to_yuv().yuv_to_rgb()})
+        EXPECT_TRUE(std::fabs(back.x - c.x) + std::fabs(back.y - c.y) + std::fabs(back.z - c.z) < 1e-5f &&
+                    back.w == c.w);
 }
 
 } // namespace

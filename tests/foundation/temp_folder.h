@@ -5,8 +5,9 @@
 #include "nimbit/filesystem/folder_iterator.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -38,28 +39,16 @@ private:
 
 // Small whole-file helpers for checking results.
 inline bool write_text(const nimbit::file_path& path, const std::string& text) {
-    std::FILE* f = std::fopen(path.c_str(), "wb");
-    if (!f)
-        return false;
-    const bool ok = std::fwrite(text.data(), 1, text.size(), f) == text.size();
-    return std::fclose(f) == 0 && ok;
+    std::ofstream out(path.c_str(), std::ios::binary);
+    return out && out.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
 }
-
 inline std::string read_text(const nimbit::file_path& path) {
-    std::string out;
-    if (std::FILE* f = std::fopen(path.c_str(), "rb")) {
-        char buffer[4096];
-        size_t n;
-        while ((n = std::fread(buffer, 1, sizeof buffer, f)) > 0)
-            out.append(buffer, n);
-        std::fclose(f);
-    }
-    return out;
+    std::ifstream in(path.c_str(), std::ios::binary);
+    return {std::istreambuf_iterator<char>(in), {}};
 }
-
 inline std::vector<unsigned char> read_bytes(const nimbit::file_path& path) {
     const std::string text = read_text(path);
-    return std::vector<unsigned char>(text.begin(), text.end());
+    return {text.begin(), text.end()};
 }
 inline bool write_bytes(const nimbit::file_path& path, const std::vector<unsigned char>& content) {
     return write_text(path, std::string(content.begin(), content.end()));
@@ -68,11 +57,9 @@ inline bool write_bytes(const nimbit::file_path& path, const std::vector<unsigne
 // Every path below root other than "." and "..", relative to root, sorted.
 inline std::vector<std::string> tree(const nimbit::file_path& root, bool recursive = true) {
     std::vector<std::string> out;
-    for (const auto& entry : nimbit::folder_enumerator{root, recursive}) {
-        const std::string leaf = entry.path.leaf(true);
-        if (leaf != "." && leaf != "..")
+    for (const auto& entry : nimbit::folder_enumerator{root, recursive})
+        if (const std::string leaf = entry.path.leaf(true); leaf != "." && leaf != "..")
             out.push_back(entry.path.to_string().substr(root.to_string().size() + 1));
-    }
     std::sort(out.begin(), out.end());
     return out;
 }

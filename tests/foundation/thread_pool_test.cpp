@@ -1,12 +1,10 @@
 #include "nimbit/utils/thread_pool.h"
-#include "nimbit/utils/timer.h"
 
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cmath>
-#include <regex>
 #include <thread>
+#include <tuple>
 #include <vector>
 
 using nimbit::thread_pool;
@@ -14,50 +12,30 @@ using nimbit::thread_worker_data;
 
 namespace {
 
-std::vector<std::pair<uint32_t, uint32_t>> shares(uint32_t count, uint32_t workers) {
-    std::vector<std::pair<uint32_t, uint32_t>> out;
-    for (uint32_t i = 0; i < workers; ++i) {
-        const thread_worker_data d = thread_pool::share(count, workers, i);
-        EXPECT_EQ(d.thread_index, i);
-        out.emplace_back(d.begin, d.end);
-    }
-    return out;
-}
-
 using ranges = std::vector<std::pair<uint32_t, uint32_t>>;
 
-TEST(ThreadPool, ShareGivesTheRemainderToTheLastWorkers) {
-    EXPECT_EQ(shares(10, 4), (ranges{{0, 2}, {2, 4}, {4, 7}, {7, 10}}));
-    EXPECT_EQ(shares(2, 4), (ranges{{0, 0}, {0, 0}, {0, 1}, {1, 2}}));
-    EXPECT_EQ(shares(0, 3), (ranges{{0, 0}, {0, 0}, {0, 0}}));
-    EXPECT_EQ(shares(7, 1), (ranges{{0, 7}}));
-    // Large counts neither overflow nor lose items.
-    const auto big = shares(0xFFFFFFFFu, 3);
-    EXPECT_EQ(big.back().second, 0xFFFFFFFFu);
-    EXPECT_EQ(big[1].first, big[0].second);
-}
-
-// A pool asked for no concurrency falls back to one worker.
-TEST(ThreadPool, EveryWorkerRunsItsShareOnceEvenWhenEmpty) {
-    for (uint32_t asked : {4u, 0u}) {
+// Each worker runs its share once, even an empty one; the remainder goes to the last workers. A pool
+// asked for no concurrency falls back to one worker.
+TEST(ThreadPool, EveryWorkerRunsItsShareOnceWithTheRemainderAtTheEnd) {
+    const std::vector<std::tuple<uint32_t, uint32_t, ranges>> cases = {
+        {4, 10, {{0, 2}, {2, 4}, {4, 7}, {7, 10}}},
+        {4, 2, {{0, 0}, {0, 0}, {0, 1}, {1, 2}}},
+        {4, 0, {{0, 0}, {0, 0}, {0, 0}, {0, 0}}},
+        {0, 7, {{0, 7}}}};
+    for (const auto& [asked, count, expected] : cases) {
         thread_pool pool(asked);
-        const uint32_t workers = asked ? asked : 1;
-        ASSERT_EQ(pool.get_worker_count(), workers);
-        for (uint32_t count : {10u, 2u, 0u}) {
-            std::vector<thread_worker_data> seen(workers, thread_worker_data{99, 99, 99});
-            std::atomic<uint32_t> calls{0};
-            pool.enqueue(count, [&](const thread_worker_data& d) {
-                seen[d.thread_index] = d;
-                ++calls;
-            });
-            EXPECT_EQ(calls.load(), workers);
-            for (uint32_t i = 0; i < workers; ++i) {
-                const thread_worker_data expected = thread_pool::share(count, workers, i);
-                EXPECT_EQ(seen[i].begin, expected.begin) << count << " " << i;
-                EXPECT_EQ(seen[i].end, expected.end) << count << " " << i;
-            }
-        }
+        ASSERT_EQ(pool.get_worker_count(), expected.size());
+        ranges seen(expected.size(), {99, 99});
+        std::atomic<uint32_t> calls{0};
+        pool.enqueue(count, [&](const thread_worker_data& d) {
+            seen[d.thread_index] = {d.begin, d.end};
+            ++calls;
+        });
+        EXPECT_EQ(calls.load(), expected.size());
+        EXPECT_EQ(seen, expected) << count;
     }
+    // Large counts neither overflow nor lose items.
+    EXPECT_EQ(thread_pool::share(0xFFFFFFFFu, 3, 2).end, 0xFFFFFFFFu);
 }
 
 // Runs from two threads at once take turns, and every run covers every item exactly once.
@@ -87,16 +65,6 @@ TEST(ThreadPool, NestedRunsFromAJobCompleteInsteadOfDeadlocking) {
         pool.enqueue(8, [&](const thread_worker_data& d) { inner += static_cast<int>(d.end - d.begin); });
     });
     EXPECT_EQ(inner.load(), 16);
-}
-
-TEST(Timer, ClocksAgreeAndStampsHaveTheirFormats) {
-    const double micro = nimbit::timer::get_current_microseconds();
-    const time_t seconds = nimbit::timer::get_current_time();
-    EXPECT_LT(std::fabs(micro / 1e6 - static_cast<double>(seconds)), 2.0);
-    EXPECT_TRUE(std::regex_match(nimbit::timer::get_formated_time(true),
-                                 std::regex(R"(\d{4}-\d\d-\d\d_\d\d\.\d\d\.\d\d)")));
-    EXPECT_TRUE(std::regex_match(nimbit::timer::get_formated_time(false),
-                                 std::regex(R"(\d{4}\.\d\d\.\d\d \d\d:\d\d:\d\d)")));
 }
 
 } // namespace

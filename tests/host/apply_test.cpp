@@ -31,14 +31,12 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
 TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {
     using Edit = void (*)(hostsim::Model&);
     const std::pair<const char*, Edit> cases[] = {
-        std::make_pair(
-            "disabled category", +[](hostsim::Model& m) { m.disabledCategories = {"Stylize"}; }),
-        std::make_pair(
-            "effect menu elsewhere", +[](hostsim::Model& m) { m.effectMenuIndex = 6; }),
-        std::make_pair(
-            "menu item changes nothing", +[](hostsim::Model& m) { m.menuActionsApply = false; }),
-        std::make_pair(
-            "category not in the menu", +[](hostsim::Model& m) { m.effects[2].category = "Renamed"; }),
+        // clang-format off
+        {"disabled category", [](hostsim::Model& m) { m.disabledCategories = {"Stylize"}; }},
+        {"effect menu elsewhere", [](hostsim::Model& m) { m.effectMenuIndex = 6; }},
+        {"menu item changes nothing", [](hostsim::Model& m) { m.menuActionsApply = false; }},
+        {"category not in the menu", [](hostsim::Model& m) { m.effects[2].category = "Renamed"; }},
+        // clang-format on
     };
     for (const auto& [what, edit] : cases) {
         SCOPED_TRACE(what);
@@ -68,18 +66,6 @@ TEST(ApplyEffect, NothingWithoutAnEffectLayer) {
             EXPECT_TRUE(layer->effects.empty()) << layer->name;
         EXPECT_EQ(host.menuActionsSent, 0);
     }
-}
-
-TEST(ApplyEffect, ShapeAndFootageLayersTakeEffects) {
-    ApplySession s;
-    hostsim::SimHost& host = s.Start();
-    SelectOnly(host, "Burst");
-    s.Apply(s.Entry("Mosaic"));
-    EXPECT_EQ(LayerNamed(host, "Burst")->effects.size(), 1u);
-    SelectOnly(host, "");
-    host.ActiveItem()->layers[1]->selected = true; // the unnamed footage layer
-    s.Apply(s.Entry("Box Blur"));
-    EXPECT_EQ(host.ActiveItem()->layers[1]->effects, (std::vector<AEGP_InstalledEffectKey>{2}));
 }
 
 TEST(ApplyEffect, PresetsRunTheHostScriptWithForwardSlashes) {

@@ -18,26 +18,18 @@
 // host and user presets. Tests edit the model before the session starts.
 inline const char* SmallProject = R"({
   "effects": [
-    {"category": "Blur & Sharpen", "names": ["Gaussian Blur", "Box Blur"]},
-    {"category": "Stylize", "names": ["Glow", "Mosaic"]},
-    {"category": "_Obsolete", "names": ["Old Blur"]},
-    {"category": "_obsolete", "names": ["Lower Case Obsolete"]},
+    {"category": "Blur & Sharpen", "names": ["Gaussian Blur", "Box Blur"]}, {"category": "Stylize", "names": ["Glow", "Mosaic"]},
+    {"category": "_Obsolete", "names": ["Old Blur"]}, {"category": "_obsolete", "names": ["Lower Case Obsolete"]},
     {"category": "", "names": ["Wiggle-position", "Orphan Preset"]}
   ],
-  "presets": {
-    "host": ["Behaviors/Wiggle-position.ffx"],
-    "user": ["Glow.ffx"]
-  },
+  "presets": {"host": ["Behaviors/Wiggle-position.ffx"], "user": ["Glow.ffx"]},
   "projects": [{
     "name": "Shot.aep", "bitDepth": 16, "activeItem": 2,
     "items": [
       {"id": 1, "type": "footage", "name": "plate.mov", "width": 1920, "height": 1080},
       {"id": 2, "type": "comp", "name": "Main", "width": 1920, "height": 1080, "layers": [
-        {"name": "Title", "type": "text", "selected": true},
-        {"name": "", "type": "av", "source": 1},
-        {"name": "Burst", "type": "shape"},
-        {"name": "Camera 1", "type": "camera"},
-        {"name": "Key Light", "type": "light"}
+        {"name": "Title", "type": "text", "selected": true}, {"name": "", "type": "av", "source": 1},
+        {"name": "Burst", "type": "shape"}, {"name": "Camera 1", "type": "camera"}, {"name": "Key Light", "type": "light"}
       ]}
     ]
   }]

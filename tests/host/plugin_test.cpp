@@ -31,21 +31,12 @@ struct PluginSession : HostSession {
     }
 };
 
-// The status script: the shortcut line, then one escaped icon per toolbar button.
+// The status script: the shortcut line, then the toolbar icons (their text is the popup tests' part).
 void ExpectStatus(const char* script, int choice) {
     ASSERT_NE(script, nullptr);
     const std::string text = script;
-    const std::string head = "var shortcutValue = " + std::to_string(choice) + ";\n";
-    ASSERT_EQ(text.rfind(head, 0), 0u) << text.substr(0, 40);
-    size_t at = head.size();
-    for (int i = 0; i < 6; ++i) {
-        const std::string line = "var button" + std::to_string(i) + "Hex = \"\\x89\\x50\\x4e\\x47";
-        ASSERT_EQ(text.compare(at, line.size(), line), 0) << "button " << i;
-        at = text.find("\";\n", at);
-        ASSERT_NE(at, std::string::npos);
-        at += 3;
-    }
-    EXPECT_EQ(at, text.size());
+    EXPECT_EQ(text.rfind("var shortcutValue = " + std::to_string(choice) + ";\nvar button0Hex = ", 0), 0u)
+        << text.substr(0, 40);
 }
 
 int64_t Payload(const TaggedData& value) {

@@ -70,19 +70,14 @@ protected:
         OffscreenTest::TearDown();
     }
 
-    static EffectData Effect(int id, std::string name, std::string category) {
-        EffectData e;
-        e.id = id;
-        for (char c : name)
-            e.search_name += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
-        e.name = std::move(name);
-        e.category = std::move(category);
-        return e;
+    static EffectData Effect(int id, std::string name, std::string category, bool preset = false) {
+        std::string lower = name;
+        for (char& c : lower)
+            c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+        return EffectData{id, std::move(name), std::move(lower), std::move(category), preset};
     }
     static EffectData Preset(int id, std::string name) {
-        EffectData e = Effect(id, std::move(name), "Animation Preset");
-        e.is_preset = true;
-        return e;
+        return Effect(id, std::move(name), "Animation Preset", true);
     }
 
     // The entry of the popup's catalogue with this display name.

@@ -10,6 +10,9 @@
 #include "popup/user_lists.h"
 #include "tests/popup/popup_fixture.h"
 
+#include <algorithm>
+#include <tuple>
+
 using namespace nimbit;
 using namespace nimbit::ui;
 
@@ -29,258 +32,48 @@ TEST_F(PopupTest, OpeningLayoutsInEachMode) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.comp) + "/" + c.layer);
         Open(c.comp, c.layer);
-        EXPECT_TRUE(popup->is_shown());
-        EXPECT_EQ(popup->IsSearchMode(), c.search);
-        EXPECT_EQ(popup->IsScreenshotMode(), c.capture);
-        EXPECT_EQ(popup->GetSearchField().is_visible(false), c.search);
-        std::vector<int> lefts;
-        for (int b = 0; b < 5; ++b)
+        EXPECT_EQ(std::tuple(popup->IsSearchMode(), popup->IsScreenshotMode(),
+                             popup->GetSearchField().is_visible(false)),
+                  std::tuple(c.search, c.capture, c.search));
+        std::vector<int> lefts, enabled;
+        for (int b = 0; b < 5; ++b) {
             lefts.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).get_rect().x);
+            enabled.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
+        }
         EXPECT_EQ(lefts, c.lefts);
-        EXPECT_EQ(popup->GetToolButton(W::ScreenshotButton).is_enabled(), c.capture);
-        EXPECT_EQ(popup->GetToolButton(W::ExportButton).is_enabled(), c.capture);
-        EXPECT_TRUE(popup->GetToolButton(W::GalleryButton).is_enabled());
+        EXPECT_EQ(enabled,
+                  (std::vector<int>{c.capture, 1, c.capture, 1, 1})); // screenshot, gallery, export, ...
         EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
         popup->hide();
     }
-    Open();
-    EXPECT_EQ(popup->GetNewsBadge().get_rect(), (ivec4{378, 1, 18, 18}));
-    EXPECT_EQ(popup->GetSearchField().get_rect(), (ivec4{51, 8, 116, 30}));
 }
 
-TEST_F(PopupTest, ShortcutsBarShowsOnlyInSearchModeWithAnOccupiedSlot) {
+TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrItsOverride) {
     Open();
     const int bare = popup->get_rect().h;
     SetSlot(1, "Glow", "Glo");
     SetSlot(4, "Curves", "Cur");
     Open();
-    EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false));
-    EXPECT_EQ(popup->get_rect().h, bare + 35);
+    EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false) && popup->get_rect().h == bare + 35);
     const auto& buttons = popup->GetShortcutsBar().GetButtons();
     ASSERT_EQ(buttons.size(), 2u);
-    EXPECT_EQ(buttons[0]->GetNumber(), 2u);
-    EXPECT_EQ(buttons[0]->get_rect(), (ivec4{45, 1, 43, 34})); // slot 1 stays a gap
-    EXPECT_EQ(buttons[1]->get_rect().x, 4 * 44 + 1);
-    EXPECT_EQ(buttons[1]->GetLabel(), "Cur");
+    EXPECT_EQ(buttons[0]->GetNumber(), 2ul);
+    EXPECT_EQ(std::tuple(buttons[1]->get_rect().x, buttons[1]->GetLabel()),
+              std::tuple(4 * 44 + 1, std::string("Cur")));
 
     Search("glow");
-    EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect().y, bare);
+    EXPECT_TRUE(!popup->GetShortcutsBar().is_visible(false) && popup->GetListFrame().get_rect().y == bare);
     Search("");
     EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false));
     Open("", "");
     EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
-}
 
-TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
-    offscreen::set_pointer({600, 500});
+    // Digits pick occupied slots; an override is applied in place of its entry.
     Open();
-    const ivec4 r = popup->get_rect();
-    EXPECT_EQ(r.x, 600 - r.w / 2);
-    EXPECT_EQ(r.y, 500 - r.h);
-
-    popup->hide();
-    offscreen::set_pointer({10, 30}); // the popup would reach over the menu bar and the left edge
-    Open();
-    const ivec4 screen = offscreen::get_screen_rect();
-    EXPECT_GE(popup->get_rect().x, screen.x);
-    EXPECT_GE(popup->get_rect().y, screen.y);
-
-    // The keyboard reaches the search field a quarter of a second after the window appears.
-    EXPECT_FALSE(popup->GetSearchField().get_inside().has_focus());
-    offscreen::advance_ms(250);
-    EXPECT_TRUE(popup->GetSearchField().get_inside().has_focus());
-
-    // Losing the focus hides; reopening empties the search.
-    Search("blur");
-    EXPECT_FALSE(popup->GetRows().empty());
-    Event(event_type::focus_lost, 0);
-    EXPECT_FALSE(popup->is_shown());
-    Open();
-    EXPECT_EQ(popup->GetSearchField().get_text(), "");
-    EXPECT_TRUE(popup->GetRows().empty());
-}
-
-TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersAndHighlightsThem) {
-    Open();
-    const int top = popup->get_rect().h;
-    Search("blur");
-    // Names containing the text, in catalogue order, effects before presets.
-    EXPECT_EQ(RowNames(), (Names{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
-    ASSERT_NE(popup->GetEffectsHeader(), nullptr);
-    ASSERT_NE(popup->GetPresetsHeader(), nullptr);
-    EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "Effects");
-    EXPECT_EQ(popup->GetEffectsHeader()->get_rect().y, 0);
-    EXPECT_EQ(popup->GetRows()[0]->get_rect().y, 20);
-    EXPECT_EQ(popup->GetPresetsHeader()->get_rect().y, 20 + 3 * 30);
-    EXPECT_EQ(popup->GetRows()[3]->get_rect().y, 20 + 3 * 30 + 20);
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    EXPECT_EQ(popup->get_rect().h, top + 160 + 1); // content fits: one line under it
-
-    Search("zzz");
-    EXPECT_TRUE(popup->GetRows().empty());
-    ASSERT_NE(popup->GetEffectsHeader(), nullptr);
-    EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "No Matches");
-    EXPECT_EQ(popup->GetSelected(), nullptr);
-
-    Search("pulse"); // presets alone still open under "Effects"
-    EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "Effects");
-    EXPECT_EQ(popup->GetPresetsHeader()->get_rect().y, 20);
-    EXPECT_EQ(SelectedName(), "Glow Pulse");
-
-    // Rows highlight red for presets and blue for effects.
-    Search("glow");
-    const auto& rows = popup->GetRows();
-    ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(rows[0]->BackgroundColor(), EffectHighlightColor); // selected
-    EXPECT_EQ(rows[1]->BackgroundColor(), popup->GetColors()->listBack);
-    rows[1]->SetHover(true);
-    EXPECT_EQ(rows[1]->BackgroundColor(), PresetHighlightColor);
-    // Entering a row with the pointer selects it.
-    const ivec2 at = rows[1]->calc_absolute_pos();
-    offscreen::move_mouse(*popup, {at.x + 50, at.y + 5});
-    EXPECT_EQ(SelectedName(), "Glow Pulse");
-    EXPECT_FALSE(rows[0]->IsSelected());
-}
-
-TEST_F(PopupTest, ArrowsWrapAndTabJumpsBetweenEffectsAndPresets) {
-    Open();
-    InputKey(event_key::down); // no rows: nothing to do
-    EXPECT_EQ(popup->GetSelected(), nullptr);
-    Search("blur");
-    const std::pair<unsigned long long, const char*> steps[] = {
-        {event_key::up, "Blur In"},         {event_key::down, "Gaussian Blur"},
-        {event_key::down, "Fast Box Blur"}, {event_key::down, "Directional Blur"},
-        {event_key::down, "Blur In"},       {event_key::tab, "Gaussian Blur"},
-        {event_key::tab, "Blur In"},        {'A', "Blur In"}, // any other key keeps the selection
-    };
-    for (const auto& [key, name] : steps) {
-        InputKey(key);
-        EXPECT_EQ(SelectedName(), name) << key;
-    }
-    popup->SetSelected(nullptr); // with no selection, a key selects the first row
-    InputKey(event_key::up);
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    Search("gaussian"); // no presets: Tab stays
-    InputKey(event_key::tab);
-    EXPECT_EQ(SelectedName(), "Gaussian Blur");
-}
-
-TEST_F(PopupTest, SelectionScrollsIntoViewBelowTheHeaders) {
-    std::vector<EffectData> many;
-    for (int i = 0; i < 30; ++i)
-        many.push_back(Effect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
-    for (int i = 0; i < 5; ++i)
-        many.push_back(Preset(-(i + 1), "Blur Preset " + std::to_string(i)));
-    popup->SetEffectData(many);
-    Open();
-    Search("blur");
-    ASSERT_EQ(popup->GetRows().size(), 35u);
-    const int visible = popup->GetListFrame().get_rect().h;
-    EXPECT_EQ(visible, W::MaxListHeight);
-    auto scrolled = [&] {
-        return popup->GetScrollBar().get_value();
-    };
-
-    // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
-    for (int i = 0; i < 12; ++i)
-        InputKey(event_key::down);
-    EXPECT_EQ(scrolled(), 0);
-    InputKey(event_key::down);
-    EXPECT_EQ(scrolled(), 20 + 13 * 30 + 30 - visible);
-    InputKey(event_key::tab); // the first preset sits under both headers
-    EXPECT_EQ(scrolled(), 20 + 30 * 30 + 20 + 30 - visible);
-    InputKey(event_key::tab); // back to the first row, above the view: the view starts at it
-    EXPECT_EQ(scrolled(), 20);
-    InputKey(event_key::up); // wraps to the last, at the very end
-    EXPECT_EQ(scrolled(), popup->GetScrollBar().get_max_scroll());
-}
-
-TEST_F(PopupTest, ResizeFollowsTheContentUpToTheMaximum) {
-    Open();
-    const int w = popup->get_rect().w, top = popup->get_rect().h;
-    Search("glow");
-    EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 2, 20 + 30 + 20 + 30}));
-    EXPECT_EQ(popup->GetRows()[0]->get_rect().w, w - 2);
-
-    std::vector<EffectData> many;
-    for (int i = 0; i < 40; ++i)
-        many.push_back(Effect(i + 1, "Glow " + std::to_string(i), "Stylize"));
-    popup->SetEffectData(many);
-    Search("glow");
-    EXPECT_TRUE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 20, W::MaxListHeight}));
-    EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{w - 18, top, 16, W::MaxListHeight}));
-    EXPECT_EQ(popup->GetRows()[0]->get_rect().w, w - 20);
-    EXPECT_EQ(popup->get_rect().h, top + W::MaxListHeight + 1);
-
-    // The wheel over a row scrolls the list, within its range.
-    const ivec2 row = popup->GetRows()[2]->calc_absolute_pos() + ivec2{40, 10};
-    offscreen::wheel(*popup, row, -1.0);
-    EXPECT_GT(popup->GetScrollBar().get_value(), 0);
-    for (int i = 0; i < 100; ++i)
-        offscreen::wheel(*popup, row, -1.0);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), popup->GetScrollBar().get_max_scroll());
-    offscreen::wheel(*popup, row, 200.0);
-    EXPECT_EQ(popup->GetScrollBar().get_value(), 0);
-}
-
-TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
-    Open();
-    Search("gauss");
-    InputKey(event_key::return_key);
-    Event(event_type::key_char, 13);
-    EXPECT_EQ(Applied(), (Names{"Gaussian Blur"}));
-    EXPECT_FALSE(popup->is_shown());
-
-    Open();
-    Search("blur");
-    const ivec2 at = popup->GetRows()[3]->calc_absolute_pos() + ivec2{60, 10};
-    offscreen::click(*popup, at, 2); // the right button opens the menu instead
-    EXPECT_EQ(Applied(), Names{});
-    offscreen::click(*popup, at);
-    EXPECT_EQ(Applied(), (Names{"Blur In"}));
-
-    // Keys other than Return on a row do nothing; with no selection Return only hides.
-    Open();
-    Search("glow");
-    event_manager::instance().fire_event(popup->GetRows()[0].get(), event_type::key_down, 'X');
-    EXPECT_EQ(Applied(), Names{});
-    event_manager::instance().fire_event(popup->GetRows()[0].get(), event_type::key_down, 13);
-    EXPECT_EQ(Applied(), (Names{"Glow"}));
-    Open();
-    Search("zzz");
-    popup->ApplySelectedEffect();
-    EXPECT_FALSE(popup->is_shown());
-
-    // Escape empties the search and closes without applying, as the platform delivers it: the key
-    // press to the focused field, then the cancel command; outside search mode as well.
-    for (const bool withSelection : {false, true}) {
-        Open();
-        Search("blur");
-        if (withSelection)
-            InputKey(event_key::down);
-        InputKey(27);
-        EXPECT_EQ(popup->GetSearchField().get_text(), "");
-        EXPECT_TRUE(popup->GetRows().empty());
-        Event(event_type::key_char, 27);
-        EXPECT_FALSE(popup->is_shown());
-    }
-    Open("Comp 1", "");
-    Event(event_type::key_char, 27);
-    EXPECT_FALSE(popup->is_shown());
-    EXPECT_EQ(Applied(), Names{});
-}
-
-TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) {
-    SetSlot(1, "Glow", "Glo");
-    Open();
-    Event(event_type::key_char, '5'); // slot 5 is empty: nothing, and still shown
+    Event(event_type::key_char, '7'); // slot 7 is empty: nothing, and still shown
     EXPECT_TRUE(popup->is_shown());
     Event(event_type::key_char, '2');
-    EXPECT_EQ(Applied(), (Names{"Glow"}));
-    EXPECT_FALSE(popup->is_shown());
+    EXPECT_TRUE(Applied() == Names{"Glow"} && !popup->is_shown());
 
     Open(); // inside a search a digit is text
     offscreen::advance_ms(250);
@@ -309,11 +102,175 @@ TEST_F(PopupTest, DigitsPickOccupiedShortcutSlotsAndOverridesReplaceTheirEntry) 
     EXPECT_EQ(Applied(), (Names{"Fast Box Blur", "Fast Box Blur"}));
 }
 
-TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndKeysAndCommandsReachTheirTools) {
+TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
+    offscreen::set_pointer({600, 500});
+    Open();
+    const ivec4 r = popup->get_rect();
+    EXPECT_EQ(r.position(), (ivec2{600 - r.w / 2, 500 - r.h}));
+
+    popup->hide();
+    offscreen::set_pointer({10, 30}); // the popup would reach over the menu bar and the left edge
+    Open();
+    const ivec4 screen = offscreen::get_screen_rect();
+    EXPECT_TRUE(popup->get_rect().x >= screen.x && popup->get_rect().y >= screen.y);
+
+    // The keyboard reaches the search field a quarter of a second after the window appears.
+    const bool early = popup->GetSearchField().get_inside().has_focus();
+    offscreen::advance_ms(250);
+    EXPECT_EQ(std::tuple(early, popup->GetSearchField().get_inside().has_focus()), std::tuple(false, true));
+
+    // Losing the focus hides; reopening empties the search.
+    Search("blur");
+    EXPECT_FALSE(popup->GetRows().empty());
+    Event(event_type::focus_lost, 0);
+    EXPECT_FALSE(popup->is_shown());
+    Open();
+    EXPECT_TRUE(popup->GetSearchField().get_text().empty() && popup->GetRows().empty());
+}
+
+TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheSelection) {
+    Open();
+    const int top = popup->get_rect().h;
+    Search("blur");
+    // Names containing the text, in catalogue order, effects before presets.
+    EXPECT_EQ(RowNames(), (Names{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
+    ASSERT_TRUE(popup->GetEffectsHeader() && popup->GetPresetsHeader());
+    EXPECT_EQ((std::vector<int>{popup->GetEffectsHeader()->get_rect().y, popup->GetRows()[0]->get_rect().y,
+                                popup->GetPresetsHeader()->get_rect().y, popup->GetRows()[3]->get_rect().y}),
+              (std::vector<int>{0, 20, 20 + 3 * 30, 20 + 3 * 30 + 20}));
+    EXPECT_EQ(SelectedName(), "Gaussian Blur");
+    EXPECT_EQ(popup->get_rect().h, top + 160 + 1); // content fits: one line under it
+
+    Search("zzz");
+    EXPECT_TRUE(popup->GetRows().empty() && popup->GetSelected() == nullptr);
+    ASSERT_NE(popup->GetEffectsHeader(), nullptr);
+    EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "No Matches");
+
+    Search("pulse"); // presets alone still open under "Effects"
+    EXPECT_EQ(std::tuple(popup->GetEffectsHeader()->GetText(), popup->GetPresetsHeader()->get_rect().y,
+                         SelectedName()),
+              std::tuple("Effects", 20, "Glow Pulse"));
+
+    // The selected row shows in the highlight colour.
+    Search("glow");
+    const auto& rows = popup->GetRows();
+    ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(std::tuple(rows[0]->BackgroundColor(), rows[1]->BackgroundColor()),
+              std::tuple(EffectHighlightColor, popup->GetColors()->listBack)); // the first is selected
+    // Entering a row with the pointer selects it.
+    const ivec2 at = rows[1]->calc_absolute_pos();
+    offscreen::move_mouse(*popup, {at.x + 50, at.y + 5});
+    EXPECT_TRUE(SelectedName() == "Glow Pulse" && !rows[0]->IsSelected());
+
+    // Arrows wrap and Tab jumps between effects and presets.
+    Search("");
+    InputKey(event_key::down); // no rows: nothing to do
+    EXPECT_EQ(popup->GetSelected(), nullptr);
+    Search("blur");
+    const std::pair<unsigned long long, const char*> steps[] = {
+        {event_key::up, "Blur In"},         {event_key::down, "Gaussian Blur"},
+        {event_key::down, "Fast Box Blur"}, {event_key::down, "Directional Blur"},
+        {event_key::down, "Blur In"},       {event_key::tab, "Gaussian Blur"},
+        {event_key::tab, "Blur In"},        {'A', "Blur In"}, // any other key keeps the selection
+    };
+    for (const auto& [key, name] : steps) {
+        InputKey(key);
+        EXPECT_EQ(SelectedName(), name) << key;
+    }
+    popup->SetSelected(nullptr); // with no selection, a key selects the first row
+    InputKey(event_key::up);
+    EXPECT_EQ(SelectedName(), "Gaussian Blur");
+    Search("gaussian"); // no presets: Tab stays
+    InputKey(event_key::tab);
+    EXPECT_EQ(SelectedName(), "Gaussian Blur");
+}
+
+TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFollowsTheWheel) {
+    Open();
+    const int w = popup->get_rect().w, top = popup->get_rect().h;
+    Search("glow");
+    EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
+    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 2, 20 + 30 + 20 + 30}));
+
+    std::vector<EffectData> many;
+    for (int i = 0; i < 30; ++i)
+        many.push_back(Effect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
+    for (int i = 0; i < 5; ++i)
+        many.push_back(Preset(-(i + 1), "Blur Preset " + std::to_string(i)));
+    popup->SetEffectData(many);
+    Search("blur");
+    ASSERT_EQ(popup->GetRows().size(), 35u);
+    const int visible = W::MaxListHeight;
+    EXPECT_TRUE(popup->GetScrollBar().is_visible(false));
+    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 20, visible}));
+    EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{w - 18, top, 16, visible}));
+    EXPECT_EQ(popup->get_rect().h, top + visible + 1);
+
+    // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
+    auto scrolled = [&] {
+        return popup->GetScrollBar().get_value();
+    };
+    for (int i = 0; i < 12; ++i)
+        InputKey(event_key::down);
+    EXPECT_EQ(scrolled(), 0);
+    InputKey(event_key::down);
+    EXPECT_EQ(scrolled(), 20 + 13 * 30 + 30 - visible);
+    InputKey(event_key::tab); // the first preset sits under both headers
+    EXPECT_EQ(scrolled(), 20 + 30 * 30 + 20 + 30 - visible);
+    InputKey(event_key::tab); // back to the first row, above the view: the view starts at it
+    EXPECT_EQ(scrolled(), 20);
+    InputKey(event_key::up); // wraps to the last, at the very end
+    EXPECT_EQ(scrolled(), popup->GetScrollBar().get_max_scroll());
+
+    // The wheel over a row scrolls the list.
+    popup->GetScrollBar().set_value(0);
+    offscreen::wheel(*popup, popup->GetRows()[2]->calc_absolute_pos() + ivec2{40, 10}, -1.0);
+    EXPECT_GT(scrolled(), 0);
+}
+
+TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
+    Open();
+    Search("gauss");
+    InputKey(event_key::return_key);
+    Event(event_type::key_char, 13);
+    EXPECT_TRUE(Applied() == Names{"Gaussian Blur"} && !popup->is_shown());
+
+    Open();
+    Search("blur");
+    const ivec2 at = popup->GetRows()[3]->calc_absolute_pos() + ivec2{60, 10};
+    offscreen::click(*popup, at, 2); // the right button opens the menu instead
+    EXPECT_EQ(Applied(), Names{});
+    offscreen::click(*popup, at);
+    EXPECT_EQ(Applied(), (Names{"Blur In"}));
+
+    // With no selection Return only hides.
+    Open();
+    Search("zzz");
+    popup->ApplySelectedEffect();
+    EXPECT_FALSE(popup->is_shown());
+
+    // Escape empties the search and closes without applying, as the platform delivers it: the key
+    // press to the focused field, then the cancel command; outside search mode as well.
+    for (const bool withSelection : {false, true}) {
+        Open();
+        Search("blur");
+        if (withSelection)
+            InputKey(event_key::down);
+        InputKey(27);
+        EXPECT_TRUE(popup->GetSearchField().get_text().empty() && popup->GetRows().empty());
+        Event(event_type::key_char, 27);
+        EXPECT_FALSE(popup->is_shown());
+    }
+    Open("Comp 1", "");
+    Event(event_type::key_char, 27);
+    EXPECT_FALSE(popup->is_shown());
+    EXPECT_EQ(Applied(), Names{});
+}
+
+TEST_F(PopupTest, FirstRunWritesTheSettingsAloneKeysAndCommandsReachTheirToolsAndNewsIsPolledUntilKnown) {
     const file_path folder = root / "user/Tarvelo";
-    EXPECT_TRUE(SettingsFileExists(folder));
-    EXPECT_FALSE(file_stats(folder.append(file_path("effects_search.txt"))).exists);
-    EXPECT_EQ(offscreen::native_of(*popup).get_title(), "Effects Popup");
+    EXPECT_TRUE(SettingsFileExists(folder) &&
+                !file_stats(folder.append(file_path("effects_search.txt"))).exists);
 
     Open();
     Event(event_type::key_down, event_key::f5);
@@ -322,13 +279,13 @@ TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndKeysAndCommandsReachTheirTool
     offscreen::set_key_down(56, false);
     EXPECT_EQ(popup->calls, (std::vector<int>{0, 1}));
     Event(event_type::key_down, 'A'); // search mode keeps the window for typing
-    EXPECT_TRUE(popup->is_shown());
+    const bool keptForTyping = popup->is_shown();
     Open("", "");
     for (unsigned long long modifier : {18ull, 55ull, 56ull})
         Event(event_type::key_down, modifier);
-    EXPECT_TRUE(popup->is_shown());
+    const bool keptForModifiers = popup->is_shown();
     Event(event_type::key_down, 'A');
-    EXPECT_FALSE(popup->is_shown());
+    EXPECT_EQ(std::tuple(keptForTyping, keptForModifiers, popup->is_shown()), std::tuple(true, true, false));
 
     // Each command from the host reaches its tool, and answers nothing but the news count.
     popup->calls.clear();
@@ -337,18 +294,16 @@ TEST_F(PopupTest, FirstRunWritesTheSettingsAloneAndKeysAndCommandsReachTheirTool
                                          PopupCommand::Export, PopupCommand::Preferences, 99u})
         EXPECT_EQ(Command(*popup, kind), NoCommandResult) << kind;
     EXPECT_EQ(popup->calls, (std::vector<int>{0, 1, 2, 3}));
-    EXPECT_EQ(Command(*popup, PopupCommand::NewsCount), 0xFFFFFFFFu); // not known yet
-    EXPECT_FALSE(popup->is_shown());
+    EXPECT_TRUE(Command(*popup, PopupCommand::NewsCount) == 0xFFFFFFFFu && !popup->is_shown()); // not known
 
     prefs.shortcutChoice = 3;
     Command(*popup, PopupCommand::SaveSettings);
     PreferencesData read;
     ASSERT_TRUE(LoadPreferences(read, folder));
-    EXPECT_EQ(read.shortcutChoice, 3);
-    EXPECT_TRUE(file_stats(folder.append(file_path("effects_shortcuts.txt"))).exists);
-}
+    EXPECT_TRUE(read.shortcutChoice == 3 &&
+                file_stats(folder.append(file_path("effects_shortcuts.txt"))).exists);
 
-TEST_F(PopupTest, NewsCountIsPolledUntilKnownAndTheLogoAcknowledgesIt) {
+    // The news count is polled until known, and the logo acknowledges it.
     int32_t answer = -1;
     int polls = 0;
     Window withNews(prefs, [&] {
@@ -356,19 +311,16 @@ TEST_F(PopupTest, NewsCountIsPolledUntilKnownAndTheLogoAcknowledgesIt) {
         return answer;
     });
     offscreen::advance_ms(2000);
-    EXPECT_EQ(polls, 2);
-    EXPECT_FALSE(withNews.GetNewsBadge().is_visible(false));
+    EXPECT_TRUE(polls == 2 && !withNews.GetNewsBadge().is_visible(false));
     answer = 1; // a single item shows the badge too
     offscreen::advance_ms(1000);
-    EXPECT_EQ(withNews.GetNewsCount(), 1);
-    EXPECT_TRUE(withNews.GetNewsBadge().is_visible(false));
+    EXPECT_TRUE(withNews.GetNewsCount() == 1 && withNews.GetNewsBadge().is_visible(false));
     EXPECT_EQ(Command(withNews, PopupCommand::NewsCount), 1u);
     offscreen::advance_ms(5000);
     EXPECT_EQ(polls, 3); // the timer stopped
 
     Command(withNews, PopupCommand::Logo); // the badge goes and the time is saved
     EXPECT_FALSE(withNews.GetNewsBadge().is_visible(false));
-    PreferencesData read;
     read.newsTime = 0;
     ASSERT_TRUE(LoadPreferences(read, root / "user/Tarvelo"));
     EXPECT_EQ(read.newsTime, prefs.newsTime);
@@ -377,39 +329,25 @@ TEST_F(PopupTest, NewsCountIsPolledUntilKnownAndTheLogoAcknowledgesIt) {
 TEST_F(PopupTest, SwitchThemeAppliesOnceUnlessForced) {
     ASSERT_EQ(popup->GetThemes().size(), 2u);
     const UIColors &dark = popup->GetThemes()[0], &light = popup->GetThemes()[1];
-    EXPECT_EQ(popup->GetColors(), &dark);
-    EXPECT_EQ(popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color), dark.windowBack);
-
+    auto back = [&] {
+        return popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color);
+    };
+    EXPECT_TRUE(popup->GetColors() == &dark && back() == dark.windowBack);
     popup->SwitchTheme(UIColorTheme::Light, false);
-    EXPECT_EQ(popup->GetColors(), &light);
-    EXPECT_EQ(popup->get_root().get_theme().get<vec4>(theme_keys::default_back_color), light.windowBack);
-    EXPECT_EQ(theme::plugin_map.at(theme_keys::tooltip_back_color).get<vec4>(), light.tooltipBack);
-    EXPECT_EQ(popup->GetSearchField().get_theme().get<vec4>(theme_keys::input_font_color), light.inputFont);
-    EXPECT_EQ(
-        popup->GetToolButton(W::LogoButton).get_theme().get<image_stream>(theme_keys::button_back_image),
-        light.logoIcon);
+    EXPECT_TRUE(popup->GetColors() == &light && back() == light.windowBack);
 
     // Already current: nothing is pushed again unless forced.
     theme::plugin_map.erase(theme_keys::tooltip_back_color);
     popup->SwitchTheme(UIColorTheme::Light, false);
-    EXPECT_EQ(theme::plugin_map.count(theme_keys::tooltip_back_color), 0u);
+    const size_t unforced = theme::plugin_map.count(theme_keys::tooltip_back_color);
     popup->SwitchTheme(UIColorTheme::Light, true);
-    EXPECT_EQ(theme::plugin_map.count(theme_keys::tooltip_back_color), 1u);
+    EXPECT_EQ(std::tuple(unforced, theme::plugin_map.count(theme_keys::tooltip_back_color)),
+              std::tuple(0ul, 1ul));
 
-    // The window colour fills the whole popup first, under every control.
     Open();
-    const std::vector<draw_call> fills = Painted(*popup, "draw_rect");
-    ASSERT_FALSE(fills.empty());
-    EXPECT_EQ(fills.front().color, light.windowBack);
-    EXPECT_EQ(fills.front().rect,
-              (ivec4{0, 0, popup->get_root().get_rect().w, popup->get_root().get_rect().h}));
-
     Search("glow");
     popup->SwitchTheme(static_cast<UIColorTheme>(7), false); // unknown: the first theme
-    EXPECT_EQ(popup->GetColors(), &dark);
-    EXPECT_EQ(popup->GetRows()[1]->BackgroundColor(), dark.listBack);
-    EXPECT_EQ(popup->GetEffectsHeader()->GetTextColor(), dark.effectsHeaderText);
-    EXPECT_EQ(popup->GetEffectsHeader()->GetBackColor(), dark.effectsHeaderBack);
+    EXPECT_TRUE(popup->GetColors() == &dark && popup->GetRows()[1]->BackgroundColor() == dark.listBack);
 }
 
 TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused) {
@@ -420,14 +358,15 @@ TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused
     Open();
     popup->AddToShortcuts(Named("Curves"));
     EXPECT_FALSE(popup->is_shown());
-    for (size_t i = 0; i < ShortcutSlotCount; ++i)
-        EXPECT_EQ(popup->GetShortcuts()[i].effect, Named("Glow")) << i;
+    const auto& slots = popup->GetShortcuts();
+    EXPECT_EQ(std::count_if(slots.begin(), slots.end(),
+                            [&](const EffectAlias& a) { return a.effect == Named("Glow"); }),
+              static_cast<long>(ShortcutSlotCount));
     popup->GetShortcuts()[4] = EffectAlias{};
     Open();
     popup->ReplaceToShortcuts(Named("Curves"), 4);
     EXPECT_FALSE(popup->is_shown());
-    EXPECT_EQ(popup->GetShortcuts()[4].effect, nullptr);
-    EXPECT_FALSE(file_stats(shortcutsFile).exists);
+    EXPECT_TRUE(popup->GetShortcuts()[4].effect == nullptr && !file_stats(shortcutsFile).exists);
     for (size_t i = 0; i < ShortcutSlotCount; ++i)
         popup->GetShortcuts()[i] = EffectAlias{};
 
@@ -439,20 +378,17 @@ TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused
     offscreen::click(*popup, {at.x + 60, at.y + 10}, 2);
     EXPECT_EQ(RowNames(), (Names{"Glow Pulse"}));
     popup->AddToShortcuts(Named("Curves"));
-    EXPECT_FALSE(popup->is_shown());
-    EXPECT_EQ(popup->GetShortcuts()[0].alias, "Cur");
+    EXPECT_TRUE(!popup->is_shown() && popup->GetShortcuts()[0].alias == "Cur");
     Open();
     popup->ReplaceToShortcuts(Named("Glow Pulse"), 0);
-    EXPECT_EQ(popup->GetShortcuts()[0].effect, Named("Glow Pulse"));
-    EXPECT_FALSE(popup->is_shown());
+    EXPECT_TRUE(!popup->is_shown() && popup->GetShortcuts()[0].effect == Named("Glow Pulse"));
 
     // The files now hold the lists; a new popup reads them back.
     PreferencesData other;
     Window again(other);
     again.SetEffectData(catalogue);
     ASSERT_EQ(again.GetBlacklist().size(), 1u);
-    EXPECT_EQ(again.GetBlacklist()[0].effect->name, "Glow");
-    EXPECT_EQ(again.GetShortcuts()[0].alias, "Glo");
+    EXPECT_EQ(again.GetBlacklist()[0].effect->name + "/" + again.GetShortcuts()[0].alias, "Glow/Glo");
 }
 
 } // namespace

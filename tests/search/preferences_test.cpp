@@ -1,6 +1,7 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/file_stats.h"
+#include "nimbit/utils/chunk_file.h"
 #include "popup/effect_alias.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
@@ -9,7 +10,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <cstring>
 
 namespace {
 
@@ -42,25 +42,6 @@ struct PreferencesTest : ::testing::Test {
     void SetUp() override { ::setenv("QUILLO_DOCS_DIR", (root / "docs").c_str(), 1); }
 };
 
-TEST_F(PreferencesTest, DefaultsAndShortcutText) {
-    const int64_t before = CurrentNewsTime();
-    PreferencesData prefs;
-    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
-    EXPECT_EQ(prefs.captureFolder, (root / "docs").to_string() + "/Tarvelo/Quillo/Capture");
-    EXPECT_EQ(prefs.customKeyCode, -1);
-    EXPECT_GE(prefs.newsTime, before); // seconds now, not microseconds
-    EXPECT_LE(prefs.newsTime, CurrentNewsTime());
-    EXPECT_LT(prefs.newsTime, 100000000000);
-    EXPECT_EQ(prefs.GenerateShortcutText(), "");
-    prefs.customCtrl = prefs.customShift = 1;
-    prefs.customKeyName = "BACKSPACE";
-    EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + SHIFT + BACKSPACE");
-    prefs.customCmd = -7; // any non-zero value counts
-    prefs.customOpt = 1;
-    prefs.customKeyName = "";
-    EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + ");
-}
-
 TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStringsAtZero) {
     PreferencesData prefs;
     ASSERT_TRUE(SettingsBytes()
@@ -75,10 +56,8 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
                     .Int(9, 1)
                     .Int(12, -1)
                     .DecodeInto(prefs));
-    EXPECT_EQ(prefs.shortcutChoice, 0);
-    EXPECT_EQ(prefs.customKeyCode, -1);
+    EXPECT_TRUE(prefs.shortcutChoice == 0 && prefs.customKeyCode == -1 && prefs.theme == UIColorTheme::Dark);
     EXPECT_EQ(prefs.captureFolder, PreferencesData().captureFolder);
-    EXPECT_EQ(prefs.theme, UIColorTheme::Dark);
     EXPECT_TRUE(prefs.fullResolutionScreenshots);
     EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + CMD + F5");
     // A chunk that claims more data than the file holds ends the reading there.
@@ -86,16 +65,14 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
     cut.Int(1, 1).Int(5, 1234567890123ll, 8).bytes += std::string("\x02\0\0\0\xff\xff\0\0\x01", 9);
     PreferencesData other;
     ASSERT_TRUE(cut.DecodeInto(other));
-    EXPECT_EQ(other.theme, UIColorTheme::Light);
-    EXPECT_EQ(other.newsTime, 1234567890123ll);
-    EXPECT_EQ(other.shortcutChoice, 0);
+    EXPECT_TRUE(other.theme == UIColorTheme::Light && other.newsTime == 1234567890123ll &&
+                other.shortcutChoice == 0);
     // Not a settings file at all: nothing changes.
     const std::string wrong("NBCHX\0\0\x01\x01\0\0\0\x04\0\0\0\x01\0\0\0", 20);
     EXPECT_FALSE(
-        DecodePreferences(reinterpret_cast<const unsigned char*>(wrong.data()), wrong.size(), other));
-    EXPECT_FALSE(DecodePreferences(nullptr, 0, other));
+        DecodePreferences(reinterpret_cast<const unsigned char*>(wrong.data()), wrong.size(), other) ||
+        DecodePreferences(nullptr, 0, other) || LoadPreferences(other, root / "nowhere"));
     EXPECT_EQ(other.theme, UIColorTheme::Light);
-    EXPECT_FALSE(LoadPreferences(other, root / "nowhere"));
 }
 
 TEST_F(PreferencesTest, StoredCaptureFolderIsTakenOnlyWhenItExistsAsAFolder) {
@@ -116,24 +93,16 @@ TEST_F(PreferencesTest, StoredCaptureFolderIsTakenOnlyWhenItExistsAsAFolder) {
 
 TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     PreferencesData prefs;
-    prefs.theme = UIColorTheme::Light;
-    prefs.shortcutChoice = 4;
+    prefs.theme = UIColorTheme::Light, prefs.shortcutChoice = 4, prefs.fullResolutionScreenshots = true;
     prefs.captureFolder = (root / "captures/deep/down").to_string();
-    prefs.fullResolutionScreenshots = true;
-    prefs.newsTime = -5;
-    prefs.customKeyCode = 122;
+    prefs.newsTime = -5, prefs.customKeyCode = 122, prefs.customKeyName = "F1";
     prefs.customCtrl = 1, prefs.customOpt = 2, prefs.customShift = 3, prefs.customCmd = 4;
-    prefs.customKeyName = "F1";
     ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
 
-    const std::string bytes = read_text(folder.append("effects_settings"));
+    nimbit::chunk_file file(folder.append("effects_settings"), nimbit::chunk_file_access::read);
     std::vector<uint32_t> ids;
-    for (size_t at = 8; at + 8 <= bytes.size();) {
-        uint32_t header[2];
-        std::memcpy(header, bytes.data() + at, 8);
-        ids.push_back(header[0]);
-        at += 8 + header[1];
-    }
+    while (const uint32_t id = file.next_chunk())
+        ids.push_back(id);
     EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12}));
 
     // Saving made the capture folder, so the reader accepts it.
@@ -147,17 +116,19 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
 }
 
 TEST_F(PreferencesTest, FirstRunWritesDefaultsWithoutTextFilesAndFailuresAreReported) {
-    EXPECT_FALSE(SettingsFileExists(folder));
+    const int64_t before = CurrentNewsTime();
     const PreferencesData prefs;
+    EXPECT_TRUE(prefs.theme == UIColorTheme::Dark && prefs.customKeyCode == -1);
+    EXPECT_EQ(prefs.captureFolder, (root / "docs").to_string() + "/Tarvelo/Quillo/Capture");
+    // Seconds now, not microseconds.
+    EXPECT_TRUE(prefs.newsTime >= before && prefs.newsTime <= CurrentNewsTime() &&
+                prefs.newsTime < 100000000000);
+    EXPECT_EQ(prefs.GenerateShortcutText(), "");
+
+    EXPECT_FALSE(SettingsFileExists(folder));
     ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
     EXPECT_TRUE(SettingsFileExists(folder));
-    EXPECT_FALSE(nimbit::file_stats(folder.append("effects_search.txt")).exists);
-    EXPECT_FALSE(nimbit::file_stats(folder.append("effects_shortcuts.txt")).exists);
-    PreferencesData loaded;
-    loaded.newsTime = 0;
-    ASSERT_TRUE(LoadPreferences(loaded, folder));
-    EXPECT_EQ(loaded.newsTime, prefs.newsTime);
-    EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
+    EXPECT_EQ(tree(folder), std::vector<std::string>{"effects_settings"});
     ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, true));
     EXPECT_TRUE(nimbit::file_stats(folder.append("effects_shortcuts.txt")).exists);
 

@@ -15,6 +15,7 @@ namespace toolkit_test {
 using namespace nimbit;
 using namespace nimbit::ui;
 using lines = std::vector<std::string>;
+using enum event_type;
 
 // A created window at 100,100 on the screen, without a title bar: its client area is its frame.
 struct TestWindow : window {

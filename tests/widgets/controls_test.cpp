@@ -5,36 +5,29 @@
 #include "nimbit/ui/check_box.h"
 #include "nimbit/ui/drop_down_box.h"
 #include "nimbit/ui/generic_button.h"
-#include "nimbit/ui/generic_panel.h"
 #include "nimbit/ui/image_panel.h"
 #include "nimbit/ui/mouse.h"
 #include "nimbit/ui/showcase.h"
 #include "nimbit/ui/showcase_controls.h"
 #include "nimbit/ui/text_label.h"
-#include "nimbit/ui/theme_keys.h"
 
 #include <cstdio>
 #include <fstream>
+#include <tuple>
 
 namespace {
 
-class DropDownTest : public WidgetTest {
-protected:
-    void SetUp() override {
-        WidgetTest::SetUp();
-        box.create(win.get_root(), {20, 20, 120, 24});
-        box.add_item(10, "Ten");
-        box.add_separator(11);
-        box.add_item(12, "Twelve");
-        box.add_item(13, "Thirteen");
-    }
-    drop_down_box box;
-};
+using DropDownTest = WidgetTest;
 
-TEST_F(DropDownTest, WheelStepsOverSeparatorsAndStopsAtTheEnds) {
+TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
+    drop_down_box box;
+    box.create(win.get_root(), {20, 20, 120, 24});
+    box.add_item(10, "Ten");
+    box.add_separator(11);
+    box.add_item(12, "Twelve");
+    box.add_item(13, "Thirteen");
     event_recorder changed(box, event_type::value_changed);
     agent_of agent(box, event_type::value_changed);
-    EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
     offscreen::wheel(win, {30, 30}, -1.0); // towards the user: down the list
     offscreen::wheel(win, {30, 30}, -1.0);
     EXPECT_EQ(box.get_selected_text(), "Twelve") << "the separator is skipped";
@@ -42,9 +35,8 @@ TEST_F(DropDownTest, WheelStepsOverSeparatorsAndStopsAtTheEnds) {
         offscreen::wheel(win, {30, 30}, delta);
     EXPECT_EQ(changed.data(), (std::vector<uint64_t>{10, 12, 13, 12, 10}));
     EXPECT_EQ(agent.last, event_agent::user);
-}
 
-TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
+    // A bound int follows the selection by id or by index; rebinding lets the old one go.
     int by_id = 12;
     box.set_pointer(&by_id);
     EXPECT_EQ(box.get_selected_item(), 2);
@@ -54,37 +46,32 @@ TEST_F(DropDownTest, PointerBindingFollowsTheSelectionByIdOrIndex) {
     box.set_pointer(&by_index, false);
     EXPECT_EQ(box.get_selected_id(), 10u);
     offscreen::wheel(win, {30, 30}, -1.0);
-    EXPECT_EQ(by_index, 2);
-    EXPECT_EQ(by_id, 13) << "the old binding is let go";
+    EXPECT_EQ(std::tuple(by_index, by_id), std::tuple(2, 13));
     EXPECT_FALSE(box.select_item(1)) << "a separator cannot be selected";
     box.add_item(14, "Fourteen"); // leaves a stale item just past the end
     box.remove_item(14);
     EXPECT_FALSE(box.select_item(4) || box.select_item(-1)) << "just past either end";
     EXPECT_EQ(by_index, 2);
-}
+    box.set_pointer(nullptr);
 
-TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
-    event_recorder changed(box, event_type::value_changed);
+    // A click opens the items under the box; only the choice notifies.
+    changed.entries.clear();
     box.set_selected_item(12);
     offscreen::push_menu_answer(13);
     offscreen::click(win, {40, 30});
     ASSERT_EQ(offscreen::shown_menus().size(), 1u);
     const auto& menu = offscreen::shown_menus()[0];
     ASSERT_EQ(menu.items.size(), 4u);
-    EXPECT_TRUE(menu.items[1].separator);
-    EXPECT_TRUE(menu.items[2].checked);
+    EXPECT_TRUE(menu.items[1].separator && menu.items[2].checked);
     EXPECT_EQ(menu.position, (_vec2<int>{20, 44})) << "opens under the box";
     offscreen::push_menu_answer(std::nullopt);
     offscreen::click(win, {40, 30});
     EXPECT_EQ(box.get_selected_id(), 13u);
-    EXPECT_EQ(changed.data(), std::vector<uint64_t>{13}) << "only the choice notifies";
+    EXPECT_EQ(changed.data(), std::vector<uint64_t>{13});
 
     // Editing items keeps the selection right.
     box.remove_item(10);
-    EXPECT_EQ(box.get_selected_item(), 2);
-    EXPECT_EQ(box.get_selected_id(), 13u);
-    box.set_item_text(13, "13");
-    EXPECT_EQ(box.get_selected_text(), "13");
+    EXPECT_EQ(std::tuple(box.get_selected_item(), box.get_selected_id()), std::tuple(2, 13u));
     box.remove_item(13);
     EXPECT_EQ(box.get_selected_id(), drop_down_box::no_id);
     box.remove_all_items();
@@ -92,16 +79,11 @@ TEST_F(DropDownTest, ClickingOpensTheItemsTheChoiceSelectsAndEditsKeepIt) {
     EXPECT_EQ(box.find_item(3), 3);
     box.select_item(3, false);
     EXPECT_EQ(box.get_selected_text(), "C");
-    // Repeated ids do not break the menu.
-    box.add_item(0, "again");
-    offscreen::push_menu_answer(std::nullopt);
-    offscreen::click(win, {40, 30});
-    EXPECT_EQ(offscreen::shown_menus().back().items.size(), 4u);
 }
 
 using CheckBoxTest = WidgetTest;
 
-TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
+TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
     check_box box;
     box.create(win.get_root(), {10, 10, 120, 20});
     bool value = true;
@@ -109,9 +91,9 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     EXPECT_TRUE(box.is_selected());
     event_recorder changed(box, event_type::value_changed);
     offscreen::click(win, {15, 20});
-    EXPECT_FALSE(value);
+    const bool clicked = value;
     key(' ');
-    EXPECT_TRUE(value);
+    EXPECT_EQ(std::tuple(clicked, value), std::tuple(false, true));
     value = false; // code that changes the bool is what the box shows
     EXPECT_FALSE(box.is_selected());
     offscreen::press_mouse(win, {15, 20}); // released outside: nothing
@@ -120,19 +102,6 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBoolAndTheLookFollows) {
     box.set_pointer(nullptr);
     box.set_selected(true);
     EXPECT_FALSE(value);
-
-    // A tick is painted only when checked, and the focus border with the focus.
-    box.set_text("Option");
-    auto ticks = [&] {
-        return count_painted([](const draw_call& c) { return c.op == "draw_geometry_border"; });
-    };
-    EXPECT_EQ(ticks(), 1);
-    box.set_selected(false);
-    EXPECT_EQ(ticks(), 0);
-    box.focus();
-    const vec4 focus = box.get_theme().get<vec4>(theme_keys::checkbox_border_color_focus);
-    EXPECT_GT(
-        count_painted([&](const draw_call& c) { return c.op == "draw_rect_border" && c.color == focus; }), 0);
 }
 
 using ButtonTest = WidgetTest;
@@ -144,84 +113,39 @@ TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     offscreen::click(win, {20, 20});
     offscreen::press_mouse(win, {20, 20});
     offscreen::release_mouse(win, {200, 200});
-    EXPECT_EQ(pressed.count(), 1u) << "released outside";
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
+    EXPECT_TRUE(pressed.count() == 1u && mouse::get_captured_widget() == nullptr) << "released outside";
     button.focus();
     for (uint32_t k : {13u, uint32_t(' '), uint32_t('A')})
         key(k);
     EXPECT_EQ(pressed.count(), 3u);
     button.set_toggle_mode(true);
     offscreen::click(win, {20, 20});
-    EXPECT_TRUE(button.is_toggled());
-    EXPECT_EQ(pressed.last_data(), 1u);
+    EXPECT_TRUE(button.is_toggled() && pressed.last_data() == 1u);
     offscreen::click(win, {20, 20});
     EXPECT_FALSE(button.is_toggled());
 
     // A double click counts as two presses and leaves no capture behind.
     button.set_toggle_mode(false);
-    check_box box;
-    box.create(win.get_root(), {0, 200, 50, 20});
     offscreen::double_click(win, {20, 20});
     EXPECT_EQ(pressed.count(), 7u);
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-    offscreen::double_click(win, {5, 210});
-    EXPECT_FALSE(box.is_selected()) << "toggled twice";
-    EXPECT_EQ(mouse::get_captured_widget(), nullptr);
-}
-
-TEST_F(ButtonTest, LookFollowsHoverToggleAndTheme) {
-    generic_button button;
-    button.create(win.get_root(), {10, 10, 80, 24});
-    button.set_text("Go");
-    const nimbit::ui::theme& t = button.get_theme();
-    auto fill = [&] {
-        for (const auto& c : repaint())
-            if (c.op == "draw_rect" && c.rect == ivec4{0, 0, 80, 24})
-                return c.color;
-        return vec4{};
-    };
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_normal));
-    offscreen::move_mouse(win, {20, 20});
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_hover));
-    offscreen::move_mouse(win, {200, 200});
-    button.force_hover(true);
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_hover));
-    button.set_toggled(true);
-    EXPECT_EQ(fill(), t.get<vec4>(theme_keys::button_color_toggle));
-    button.get_theme().set(theme_keys::button_color_toggle, vec4{0, 0, 1, 1});
-    EXPECT_EQ(fill(), (vec4{0, 0, 1, 1}));
 }
 
 using LabelTest = WidgetTest;
 
-TEST_F(LabelTest, MarkupBecomesRunsFitsTheLabelAndDrawsWithTheLabelKeys) {
+TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     text_label label;
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
                         true);
-    EXPECT_EQ(label.get_text(), "abcde");
     ASSERT_EQ(label.get_runs().size(), 3u);
     const auto& bold = label.get_runs()[1];
     EXPECT_EQ(std::tuple(bold.start, bold.end, bold.size, bold.weight),
               std::tuple(2u, 4u, 20.0f, font_weight::bold));
-    EXPECT_EQ(label.get_runs()[2].size, 12.0f);
     // 3 characters at 6 pixels and 2 at 10, two spare pixels; 25 pixels for the 20-point line.
     EXPECT_EQ(label.get_rect().size(), (_vec2<int>{40, 25}));
     label.set_text("<b>", true, false);
-    EXPECT_EQ(label.get_text(), "<b>");
-    EXPECT_TRUE(label.get_runs().empty());
-    EXPECT_EQ(label.get_rect().w, 20);
-
-    // It draws with the label keys and follows their changes.
-    label.set_rect({0, 0, 100, 20});
-    label.set_text("hello", false, false);
-    label.get_theme().set(theme_keys::label_font_color, vec4{1, 0, 0, 1});
-    label.get_theme().set(theme_keys::label_text_align, text_align::right);
-    EXPECT_GT(count_painted([](const draw_call& c) {
-                  return c.op == "draw_clipped_text" && c.text == "hello" && c.color == vec4{1, 0, 0, 1};
-              }),
-              0);
-    EXPECT_EQ(canvas().get_state().align, text_align::right);
+    EXPECT_TRUE(label.get_text() == "<b>" && label.get_runs().empty() && label.get_rect().w == 20);
 }
 
 using ImagePanelTest = WidgetTest;
@@ -237,8 +161,8 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     panel.create(win.get_root(), {0, 0, 200, 100});
     const auto bytes = png({400, 100});
     ASSERT_TRUE(panel.set_image(bytes.data(), bytes.size()));
-    EXPECT_FLOAT_EQ(panel.get_zoom(), 0.5f) << "fitted into the panel";
-    EXPECT_EQ(panel.image_rect(), (ivec4{0, 25, 200, 50}));
+    EXPECT_EQ(std::tuple(panel.get_zoom(), panel.image_rect()), std::tuple(0.5f, ivec4{0, 25, 200, 50}))
+        << "fitted into the panel";
     // Damaged bytes leave the image as it was.
     const unsigned char junk[] = {0x89, 'P', 'N', 'G', 1, 2, 3};
     EXPECT_FALSE(panel.set_image(junk, sizeof junk) || panel.set_image(nullptr, 10));
@@ -247,17 +171,10 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     panel.zoom_at(1.0f, {100, 50});
     EXPECT_EQ(panel.image_rect(), (ivec4{-100, 0, 400, 100}));
     offscreen::wheel(win, {100, 50}, 1.0);
-    EXPECT_NEAR(panel.get_zoom(), 1.1f, 1e-5);
-    EXPECT_EQ(panel.image_rect().x, -120);
     offscreen::press_mouse(win, {50, 50});
     offscreen::move_mouse(win, {70, 45});
     offscreen::release_mouse(win, {70, 45});
     EXPECT_EQ(panel.get_offset(), (_vec2<int>{-100, -10}));
-    // Only the part inside the panel is painted.
-    EXPECT_EQ(count_painted([](const draw_call& c) {
-                  return c.op == "draw_image" && c.rect != ivec4{0, 0, 200, 100};
-              }),
-              0);
     panel.set_zoom(0.0f);
     EXPECT_FLOAT_EQ(panel.get_zoom(), image_panel::min_zoom);
 
@@ -266,38 +183,19 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     const auto small = png({30, 20});
     std::ofstream(path, std::ios::binary)
         .write(reinterpret_cast<const char*>(small.data()), static_cast<std::streamsize>(small.size()));
-    EXPECT_TRUE(panel.set_image(file_path(path)));
-    EXPECT_EQ(panel.image_rect(), (ivec4{85, 40, 30, 20}));
+    EXPECT_TRUE(panel.set_image(file_path(path)) && (panel.image_rect() == ivec4{85, 40, 30, 20}));
     std::remove(path.c_str());
     EXPECT_FALSE(panel.set_image(file_path(path)));
 }
 
-using PanelTest = WidgetTest;
+using ShowcaseTest = WidgetTest;
 
-TEST_F(PanelTest, AnUnstyledPanelIsMagentaAndFollowsItsBackground) {
-    generic_panel panel;
-    panel.create(win.get_root(), {0, 0, 50, 50});
-    auto fills = [&](vec4 c) {
-        return count_painted([&](const draw_call& d) { return d.op == "draw_rect" && d.color == c; });
-    };
-    EXPECT_GT(fills({1, 0, 1, 1}), 0);
-    panel.set_background({0.1f, 0.2f, 0.3f, 1});
-    EXPECT_GT(fills({0.1f, 0.2f, 0.3f, 1}), 0);
-}
-
-class ShowcaseTest : public WidgetTest {
-protected:
-    void SetUp() override {
-        WidgetTest::SetUp();
-        win.set_rect({0, 0, showcase_size.x, showcase_size.y});
-        show = build_showcase(win);
-    }
-    std::unique_ptr<showcase> show;
-    showcase_controls& c() { return show->controls(); }
-};
-
-TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
-    showcase_controls& c = this->c();
+// The showcase lays every control out inside the window, styles each (nothing in the unstyled
+// magenta) and follows the window as it grows.
+TEST_F(ShowcaseTest, EveryControlFitsIsStyledAndFollowsTheWindow) {
+    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
+    const std::unique_ptr<showcase> show = build_showcase(win);
+    showcase_controls& c = show->controls();
     const ivec4 client{0, 0, showcase_size.x, showcase_size.y};
     for (widget* w : std::initializer_list<widget*>{&c.title, &c.search, &c.password, &c.button, &c.toggle,
                                                     &c.check, &c.drop_down, &c.split, &c.image, &c.scroll}) {
@@ -307,56 +205,18 @@ TEST_F(ShowcaseTest, HoldsOneOfEachControlInsideTheWindowAndPaints) {
                     p.y + r.h <= client.h)
             << w->get_name();
     }
-    EXPECT_TRUE(c.image.has_image());
-    EXPECT_GT(c.scroll.get_max_scroll(), 0) << win.print_widget_tree();
     EXPECT_EQ(count_painted([](const draw_call& d) {
-                  return d.color == vec4{1, 0, 1, 1};
+                  return d.op == "draw_rect" && d.color == vec4{1, 0, 1, 1};
               }),
-              0)
-        << "nothing magenta";
-}
+              0);
 
-// Where the window lets a recorded call paint: the pass's clip, in window coordinates.
-bool inside(const ivec4& inner, const ivec4& outer) {
-    return inner.x >= outer.x && inner.y >= outer.y && inner.x + inner.w <= outer.x + outer.w &&
-           inner.y + inner.h <= outer.y + outer.h;
-}
-
-TEST_F(ShowcaseTest, TheListScrollsUnderTheWheelAndPaintsOnlyInsideItsView) {
-    showcase_controls& c = this->c();
-    const int before = c.scroll.get_value();
-    const _vec2<int> over_line = c.lines[2].calc_absolute_pos() + _vec2<int>{5, 5};
-    ASSERT_EQ(win.get_widget_at_pos(over_line), &c.lines[2]);
-    offscreen::wheel(win, over_line, -1.0);
-    EXPECT_EQ(c.scroll.get_value(), before + 40);
-    EXPECT_EQ(c.list.get_rect().y, -(before + 40));
-
-    const ivec4 view{c.list_view.calc_absolute_pos().x, c.list_view.calc_absolute_pos().y,
-                     c.list_view.get_rect().w, c.list_view.get_rect().h};
-    std::vector<_vec2<int>> line_origins;
-    for (const text_label& line : c.lines)
-        line_origins.push_back(line.calc_absolute_pos());
-    int line_passes = 0;
-    for (const auto& call : repaint())
-        if (call.op == "start_draw" &&
-            std::find(line_origins.begin(), line_origins.end(), call.origin) != line_origins.end()) {
-            ++line_passes;
-            EXPECT_TRUE(inside(call.clip, view)) << call.origin.x << "," << call.origin.y;
-        }
-    EXPECT_GT(line_passes, 0);
-    EXPECT_LT(line_passes, static_cast<int>(c.lines.size())) << "rows out of view are not painted";
-}
-
-TEST_F(ShowcaseTest, EveryControlFollowsTheWindowWhenItGrows) {
-    showcase_controls& c = this->c();
+    // Every control follows the window when it grows; the flexible split takes the new height.
     const ivec4 column = c.column.get_rect(), split = c.split.get_rect(), view = c.list_view.get_rect();
     const int overflow = c.scroll.get_max_scroll();
     win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
     EXPECT_EQ(c.column.get_rect(), (ivec4{column.x, column.y, column.w + 100, column.h + 60}));
-    EXPECT_EQ(c.split.get_rect().w, split.w + 100);
-    EXPECT_EQ(c.split.get_rect().h, split.h + 60) << "the flexible split takes the new height";
-    EXPECT_EQ(c.list_view.get_rect().h, view.h + 60);
+    EXPECT_EQ(c.split.get_rect().size(), (_vec2<int>{split.w + 100, split.h + 60}));
+    EXPECT_EQ(c.scroll.get_rect().h, view.h + 60);
     EXPECT_EQ(c.scroll.get_max_scroll(), overflow - 60) << "the bar sees the taller view";
-    EXPECT_EQ(c.scroll.get_rect().h, c.list_view.get_rect().h);
 }
 } // namespace

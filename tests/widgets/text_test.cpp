@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <tuple>
+
 using namespace nimbit::ui;
 
 namespace {
@@ -40,21 +42,19 @@ TEST(TextMarkup, FontTagsNestAndCloseIntoRuns) {
                      base());
     EXPECT_EQ(m.text, "abcde");
     ASSERT_EQ(m.runs.size(), 5u);
-    EXPECT_EQ(m.runs[1].font_name, "Arial");
-    EXPECT_EQ(m.runs[2].style, font_style::italic);
-    EXPECT_TRUE(m.runs[2].underline);
-    EXPECT_EQ(m.runs[2].size, 20.0f) << "inherited from the outer tag";
-    EXPECT_EQ(m.runs[3].style, font_style::normal);
-    EXPECT_EQ(m.runs[4].font_name, "tahoma");
-    EXPECT_EQ(m.runs[4].start, 4u);
-    EXPECT_EQ(m.runs[4].end, 5u);
+    // The inner run inherits face and size from the outer tag; closing it restores the outer style.
+    EXPECT_EQ(std::tuple(m.runs[2].font_name, m.runs[2].style, m.runs[2].underline, m.runs[2].size),
+              std::tuple("Arial", font_style::italic, true, 20.0f));
+    EXPECT_EQ(std::tuple(m.runs[3].font_name, m.runs[3].style, m.runs[3].underline),
+              std::tuple("Arial", font_style::normal, false));
+    EXPECT_EQ(std::tuple(m.runs[4].font_name, m.runs[4].start, m.runs[4].end), std::tuple("tahoma", 4u, 5u));
 }
 
 TEST(TextMarkup, EntitiesBreaksAndEverythingElseIsText) {
     const markup_text m = parse_markup("x &lt;y&gt; &amp; &#65;&#x42;<br/>&bogus; a<b & <font", base());
     EXPECT_EQ(m.text, "x <y> & AB\n&bogus; a<b & <font");
     ASSERT_EQ(m.runs.size(), 1u) << "one font throughout";
-    EXPECT_EQ(m.runs[0].end, 30u);
+    EXPECT_EQ(m.runs[0].end, 30u) << "counts characters";
     // Run ranges count characters, not bytes; extra closing tags and bad sizes are ignored.
     const markup_text w = parse_markup("\xC3\xA9<font size=900>\xE2\x82\xAC</font></font>z", base());
     ASSERT_EQ(w.runs.size(), 1u);
@@ -72,8 +72,7 @@ TEST(TextMarkup, DeepNestingIsBounded) {
     const markup_text m = parse_markup(deep, base());
     EXPECT_EQ(m.text, "xy");
     ASSERT_EQ(m.runs.size(), 2u);
-    EXPECT_EQ(m.runs[0].size, 13.0f);
-    EXPECT_EQ(m.runs[1].size, 12.0f) << "every opened tag was closed again";
+    EXPECT_EQ(std::tuple(m.runs[0].size, m.runs[1].size), std::tuple(13.0f, 12.0f)) << "every tag was closed";
 }
 
 } // namespace

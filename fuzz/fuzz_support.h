@@ -1,18 +1,45 @@
 #pragma once
-// What the foundation fuzzers share: a scratch folder for the files they rewrite on every input, and
-// a check that stops the run.
+// What the fuzz targets share: a check that stops the run, a reader that hands out the input byte by
+// byte (zeros once it runs dry), and a scratch folder for the files rewritten on every input.
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
+#include <string_view>
 #include <unistd.h>
 
 inline void check(bool condition) {
     if (!condition)
         std::abort();
 }
+
+struct fuzz_input {
+    const uint8_t* data;
+    size_t size;
+    size_t at = 0;
+
+    bool more() const { return at < size; }
+    size_t left() const { return size - at; }
+    uint8_t byte() { return at < size ? data[at++] : 0; }
+    // A little-endian number of up to eight bytes.
+    uint64_t take(size_t bytes) {
+        uint64_t v = 0;
+        for (size_t i = 0; i < bytes; ++i)
+            v |= static_cast<uint64_t>(byte()) << (8 * i);
+        return v;
+    }
+    std::string_view text() const { return {reinterpret_cast<const char*>(data), size}; }
+    // The next n bytes, or as many as are left.
+    std::string_view bytes(size_t n) {
+        const size_t from = at;
+        at += std::min(n, left());
+        return text().substr(from, at - from);
+    }
+};
 
 // One folder for the whole run, memory-backed when the system has it, removed at exit.
 inline nimbit::file_path scratch(const char* leaf) {

@@ -1,0 +1,269 @@
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/clipboard.h"
+#include "nimbit/ui/drawer.h"
+#include "nimbit/ui/image_stream.h"
+#include "nimbit/ui/native_bitmap.h"
+#include "nimbit/ui/offscreen/image_codecs.h"
+#include "nimbit/ui/offscreen/offscreen_clipboard.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <iterator>
+#include <string>
+#include <tuple>
+#include <vector>
+
+using namespace nimbit;
+using namespace nimbit::ui;
+using namespace nimbit::ui::offscreen;
+
+namespace {
+
+struct rgba {
+    unsigned char r, g, b, a;
+};
+
+// A bitmap whose pixel (x, y) is fill(x, y).
+template <typename F> bitmap make(_vec2<int> size, image_alpha alpha, F fill) {
+    bitmap b;
+    EXPECT_TRUE(b.create(size, alpha));
+    bitmap_data d = b.lock();
+    for (int i = 0; i < size.x * size.y; ++i) { // at scale 1 the rows are packed
+        const rgba p = fill(i % size.x, i / size.x);
+        std::memcpy(d.bits + size_t(i) * 4, &p, 4);
+    }
+    b.unlock(d);
+    return b;
+}
+
+std::vector<unsigned char> pixels_of(bitmap& b) {
+    bitmap_data d = b.lock();
+    std::vector<unsigned char> out(d.bits, d.bits + d.byte_count);
+    b.unlock(d);
+    return out;
+}
+
+rgba pixel(bitmap& b, int x, int y) { // at scale 1 a row is four bytes per pixel
+    const std::vector<unsigned char> v = pixels_of(b);
+    const size_t i = (size_t(y) * size_t(b.get_size().x) + size_t(x)) * 4;
+    return {v[i], v[i + 1], v[i + 2], v[i + 3]};
+}
+
+rgba grey(int v) {
+    return {static_cast<unsigned char>(v), static_cast<unsigned char>(v), static_cast<unsigned char>(v), 255};
+}
+
+rgba pattern(int x, int y) {
+    return {static_cast<unsigned char>(x * 40), static_cast<unsigned char>(y * 90),
+            static_cast<unsigned char>(255 - x * 20), static_cast<unsigned char>(60 + x * 30 + y)};
+}
+
+void put_be32(unsigned char* p, unsigned long v) {
+    for (int k = 0; k < 4; ++k)
+        p[k] = static_cast<unsigned char>(v >> (24 - 8 * k));
+}
+
+rgba_image solid(_vec2<int> size) {
+    return {size, true, std::vector<unsigned char>(size_t(size.x) * size_t(size.y) * 4, 200)};
+}
+
+// A valid PNG whose header is rewritten to claim another size (with a correct header checksum), as
+// a hostile file would.
+std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
+    std::vector<unsigned char> png = encode_png(solid({1, 1}));
+    put_be32(&png[16], width);
+    put_be32(&png[20], height);
+    put_be32(&png[29], crc32(0, &png[12], 17));
+    return png;
+}
+
+} // namespace
+
+TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
+    bitmap b = make({5, 3}, image_alpha::alpha, pattern);
+    bitmap_data d = b.lock();
+    EXPECT_EQ(std::tuple(d.bits_per_pixel, d.pitch, d.byte_count, d.size, b.is_locked()),
+              std::tuple(32u, 20u, 60u, _vec2<int>{5, 3}, true));
+    b.unlock(d);
+    EXPECT_FALSE(b.is_locked());
+    // Locking nothing stops.
+    EXPECT_DEATH(bitmap().lock(), "isLoaded");
+}
+
+// PNG keeps every byte; JPG is close and opaque.
+TEST(Bitmap, StreamsRoundTrip) {
+    bitmap b = make({24, 16}, image_alpha::alpha, [](int x, int y) {
+        return rgba{static_cast<unsigned char>(x * 10), static_cast<unsigned char>(y * 15),
+                    static_cast<unsigned char>(128 - x), static_cast<unsigned char>(100 + x * 5 + y)};
+    });
+    for (auto [format, tolerance] : {std::pair{image_format::png, 0}, {image_format::jpg, 6}}) {
+        const std::vector<unsigned char> bytes = b.save_image_stream(format);
+        bitmap back;
+        ASSERT_TRUE(back.load_image(bytes.data(), bytes.size()));
+        ASSERT_EQ(back.get_size(), (_vec2<int>{24, 16}));
+        const std::vector<unsigned char> want = pixels_of(b), got = pixels_of(back);
+        int worst = 0;
+        for (size_t i = 0; i < got.size(); ++i)
+            worst = std::max(worst, std::abs(got[i] - (i % 4 == 3 && tolerance ? 255 : want[i])));
+        EXPECT_LE(worst, tolerance) << "format " << int(format);
+    }
+}
+
+TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
+    const auto dir = std::filesystem::path(::testing::TempDir()) / "quillo_bitmap_files";
+    std::filesystem::remove_all(dir);
+    std::filesystem::create_directories(dir);
+    auto at = [&](const char* name) {
+        return file_path((dir / name).string());
+    };
+    bitmap b = make({4, 4}, image_alpha::alpha, pattern);
+    const file_path png = at("a.png");
+    ASSERT_TRUE(b.save_image(png, image_format::png));
+    ASSERT_TRUE(b.save_image(png, image_format::png)) << "replacing an existing file";
+    EXPECT_EQ(std::filesystem::directory_iterator(dir)->path().filename(), "a.png");
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1) << "no temporary left";
+    bitmap back;
+    ASSERT_TRUE(back.load_image(png, 2.0f));
+    EXPECT_EQ(back.get_size(), (_vec2<int>{2, 2})) << "size in points at scale 2";
+    EXPECT_EQ(pixels_of(back), pixels_of(b));
+
+    EXPECT_FALSE(b.save_image(at("missing/b.png"), image_format::png) || back.load_image(at("none.png")));
+    EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
+    // An unknown format leaves no file.
+    EXPECT_FALSE(b.save_image(at("x.img"), static_cast<image_format>(7)));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
+    std::filesystem::remove_all(dir);
+}
+
+TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
+    bitmap source = make({9, 6}, image_alpha::alpha, pattern);
+    bitmap keeper = make({1, 1}, image_alpha::alpha, pattern);
+    const std::vector<unsigned char> before = pixels_of(keeper);
+    for (image_format format : {image_format::png, image_format::jpg}) {
+        const std::vector<unsigned char> good = source.save_image_stream(format);
+        // Every truncation fails.
+        for (size_t n = 0; n < good.size(); n += (n < 64 ? 1 : 7))
+            EXPECT_FALSE(keeper.load_image(good.data(), n)) << "format " << int(format) << " cut at " << n;
+    }
+    const unsigned char junk[] = "not an image at all";
+    EXPECT_FALSE(keeper.load_image(junk, sizeof junk) || keeper.load_image(nullptr, 10) ||
+                 keeper.load_image(image_stream{}));
+    EXPECT_EQ(std::pair(keeper.get_size(), pixels_of(keeper)), std::pair(_vec2<int>{1, 1}, before));
+}
+
+// Shrinking averages, growing interpolates between pixel centres and keeps the ends, and uneven ratios
+// keep the mean of a flat image.
+TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
+    bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) { return grey((x + y) % 2 * 255); });
+    bitmap ramp = make({2, 1}, image_alpha::alpha, [](int x, int) { return grey(x * 255); });
+    bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
+    ASSERT_TRUE(checker.set_size({1, 1}, true) && ramp.set_size({4, 1}, true) && flat.set_size({3, 2}, true));
+    EXPECT_NEAR(pixel(checker, 0, 0).r, 128, 1);
+    EXPECT_EQ((std::vector<int>{pixel(ramp, 0, 0).r, pixel(ramp, 1, 0).r, pixel(ramp, 2, 0).r,
+                                pixel(ramp, 3, 0).r}),
+              (std::vector<int>{0, 64, 191, 255}));
+    EXPECT_EQ(std::tuple(pixel(flat, 2, 1).r, pixel(flat, 2, 1).b, pixel(flat, 2, 1).a),
+              std::tuple(10, 30, 255));
+
+    // Without resampling the image is cut or padded with transparency; bad sizes change nothing.
+    bitmap b = make({3, 3}, image_alpha::alpha, pattern);
+    ASSERT_TRUE(b.set_size({5, 2}, false));
+    EXPECT_FALSE(b.set_size({0, 4}, true) || b.set_size({100000, 100000}, true) ||
+                 bitmap().set_size({2, 2}, true));
+    EXPECT_EQ(b.get_size(), (_vec2<int>{5, 2}));
+    EXPECT_EQ(std::tuple(pixel(b, 2, 1).r, pixel(b, 2, 1).a, pixel(b, 4, 0).a),
+              std::tuple(pattern(2, 1).r, pattern(2, 1).a, 0));
+    // A clone is independent.
+    bitmap a = b.clone();
+    bitmap_data d = a.lock();
+    d.bits[0] = 7;
+    a.unlock(d);
+    EXPECT_EQ(pixel(b, 0, 0).r * 10 + pixel(a, 0, 0).r, 7);
+}
+
+TEST(Bitmap, ClipboardHoldsOneImageOrText) {
+    get_offscreen_clipboard().clear();
+    bitmap b;
+    EXPECT_FALSE(b.load_image_from_clipboard() || bitmap().copy_to_clipboard());
+    bitmap source = make({3, 3}, image_alpha::alpha, pattern);
+    ASSERT_TRUE(source.copy_to_clipboard() && b.load_image_from_clipboard());
+    EXPECT_EQ(pixels_of(b), pixels_of(source));
+    EXPECT_TRUE(clipboard::set_text("text") && !clipboard::has_image() && !b.load_image_from_clipboard());
+    EXPECT_EQ(pixels_of(b), pixels_of(source)) << "a failed load keeps the image";
+    get_offscreen_clipboard().clear();
+}
+
+TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
+    rgba_image out;
+    const std::vector<unsigned char> honest = png_claiming(1, 1);
+    ASSERT_TRUE(decode_png(honest.data(), honest.size(), ui::native_bitmap::max_pixels, out) &&
+                out.size == (_vec2<int>{1, 1}));
+
+    // Beyond the cap.
+    const std::vector<unsigned char> huge = png_claiming(20000, 20000);
+    EXPECT_FALSE(decode_png(huge.data(), huge.size(), ui::native_bitmap::max_pixels, out));
+    // Within the cap, but a few bytes cannot hold so many rows: refused before any allocation.
+    const std::vector<unsigned char> bomb = png_claiming(16000, 16000);
+    EXPECT_FALSE(decode_png(bomb.data(), bomb.size(), ui::native_bitmap::max_pixels, out));
+    // A caller's smaller cap applies to both formats.
+    const std::vector<unsigned char> png = encode_png(solid({8, 8}));
+    const std::vector<unsigned char> jpg = encode_jpeg(solid({8, 8}));
+    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out) ||
+                 decode_image(jpg.data(), jpg.size(), 63, out));
+    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
+                decode_image(jpg.data(), jpg.size(), 64, out));
+    // The size rule itself, and empty or short images encode to nothing.
+    const auto cap = ui::native_bitmap::max_pixels;
+    EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),
+                                 size_allowed(3000000000ll, 1, ~0ull), size_allowed(65536, 65536, cap),
+                                 size_allowed(16384, 16384, cap)}),
+              (std::vector<bool>{true, false, false, false, false, true}));
+    const rgba_image short_buffer{{4, 4}, true, std::vector<unsigned char>(10)};
+    EXPECT_TRUE(encode_png(short_buffer).empty() && resample(rgba_image{}, {3, 3}).empty());
+}
+
+// Images are drawn at their size in points and must be loaded.
+TEST(OffscreenDrawerDeathTest, ImagesDrawAtTheirSizeAndMustBeLoaded) {
+    offscreen_drawer native({200, 100});
+    drawer d(native);
+    bitmap b, empty;
+    ASSERT_TRUE(b.create({8, 6}, image_alpha::alpha));
+    d.draw_image({3, 4}, b);
+    d.draw_image({0, 0}, b, {2, 2, 4, 2});
+    const auto images = native.calls_named("draw_image");
+    EXPECT_EQ((std::vector{images.at(0).rect, images.at(1).rect, images.at(1).source}),
+              (std::vector<ivec4>{{3, 4, 8, 6}, {0, 0, 4, 2}, {2, 2, 4, 2}}));
+    EXPECT_DEATH(d.draw_image({0, 0}, empty), "isLoaded");
+}
+
+TEST(OffscreenDrawer, TextMetricIsFixedAndWrapsAtSpacesThenMidWord) {
+    offscreen_drawer native;
+    drawer d(native);
+    d.set_text_font("tahoma", 12.0f);
+    EXPECT_EQ(d.calc_text_size("ab\ncdef"), (_vec2<int>{24, 30}));
+    // Multi-byte characters count once; damaged bytes count one each and never overrun.
+    EXPECT_EQ(d.calc_char_offsets("a\xC3\xA9\xE2\x82\xAC"), (std::vector<int>{0, 6, 12, 18}));
+    EXPECT_EQ(d.calc_char_offsets("\xE2\x82"), (std::vector<int>{0, 6, 12}));
+    // 5 wide, 13 tall. Only whole lines that fit show, but the first line always does.
+    d.set_text_font("tahoma", 10.0f);
+    // clang-format off
+    const std::tuple<const char*, _vec2<int>, _vec2<int>> wraps[] = {
+        {"hello world", {40, 0}, {25, 26}}, {"hello world", {55, 0}, {55, 13}}, {"abcdefghij", {20, 0}, {20, 39}},
+        {"a b c d e f", {15, 0}, {15, 39}}, {"abcdefghij", {20, 30}, {20, 26}}, {"abcdefghij", {20, 5}, {20, 13}},
+        {"abc", {1, 0}, {5, 39}}};
+    // clang-format on
+    // A run of the same size forces the full layout instead of the one-line shortcut: both agree.
+    text_full_format same;
+    same.size = 10.0f;
+    same.end = 1000;
+    for (auto [text, limit, size] : wraps) {
+        EXPECT_EQ(d.calc_text_size(text, limit), size) << text << " in " << limit.x << "x" << limit.y;
+        EXPECT_EQ(d.calc_text_size(text, limit, {same}), size) << text << " laid out";
+    }
+}
