@@ -101,13 +101,13 @@ bool bitmap::copy_to_clipboard() const {
 std::vector<unsigned char> bitmap::save_image_stream(image_format format) const {
     if (!loaded || (format != image_format::png && format != image_format::jpg))
         return {};
-    // Encoded here rather than by the platform, so that every platform saves as fast.
+    // Encoded here rather than by the platform, so that every platform saves as fast; always with
+    // alpha, since resizing may have padded the picture with transparent pixels.
     unsigned pitch = 0;
     const unsigned char* pixels = native->read_pixels(pitch);
     const _vec2<int> pixel_size = native->get_size();
     const graphics::rgba_view view{pixels, pixel_size.x, pixel_size.y, pitch};
-    return format == image_format::png ? graphics::encode_png(view, native->has_alpha())
-                                       : graphics::encode_jpg(view);
+    return format == image_format::png ? graphics::encode_png(view) : graphics::encode_jpg(view);
 }
 
 bool bitmap::save_image(const file_path& path, image_format format) const {

@@ -88,8 +88,8 @@ bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_
 std::vector<unsigned char> encode_png(const rgba_image& image) {
     if (image.pixels.size() < size_t(image.pitch()) * size_t(std::max(image.size.y, 0)))
         return {};
-    return graphics::encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()},
-                                image.alpha);
+    // Always with alpha: padding added by recanvas is transparent even in an image without alpha.
+    return graphics::encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
 }
 
 } // namespace nimbit::ui::offscreen
