@@ -1,13 +1,13 @@
 #pragma once
 // What the fuzz targets share: a check that stops the run, a reader that hands out the input byte by
 // byte (zeros once it runs dry), and a scratch folder for the files rewritten on every input.
-#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -23,7 +23,6 @@ struct fuzz_input {
     size_t at = 0;
 
     bool more() const { return at < size; }
-    size_t left() const { return size - at; }
     uint8_t byte() { return at < size ? data[at++] : 0; }
     // A little-endian number of up to eight bytes.
     uint64_t take(size_t bytes) {
@@ -36,7 +35,7 @@ struct fuzz_input {
     // The next n bytes, or as many as are left.
     std::string_view bytes(size_t n) {
         const size_t from = at;
-        at += std::min(n, left());
+        at += std::min(n, size - at);
         return text().substr(from, at - from);
     }
 };
@@ -44,24 +43,15 @@ struct fuzz_input {
 // One folder for the whole run, memory-backed when the system has it, removed at exit.
 inline nimbit::file_path scratch(const char* leaf) {
     static const struct folder {
-        nimbit::file_path root;
-        folder() {
-            const char* base = std::getenv("TMPDIR");
-            if (!base || !*base)
-                base = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-            std::string pattern = std::string(base) + "/quillo-fuzz-XXXXXX";
-            check(::mkdtemp(pattern.data()) != nullptr);
-            root = nimbit::file_path(pattern);
-        }
-        ~folder() { nimbit::remove_dir(root); }
+        const std::filesystem::path root =
+            std::filesystem::path(::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp") /
+            ("quillo-fuzz-" + std::to_string(::getpid()));
+        folder() { std::filesystem::create_directories(root); }
+        ~folder() { std::filesystem::remove_all(root); }
     } made;
-    return made.root.append(nimbit::file_path(leaf));
+    return nimbit::file_path(made.root.string()).append(nimbit::file_path(leaf));
 }
 
-inline bool write_file(const nimbit::file_path& path, const unsigned char* bytes, size_t length) {
-    std::FILE* out = std::fopen(path.c_str(), "wb");
-    if (!out)
-        return false;
-    std::fwrite(bytes, 1, length, out);
-    return std::fclose(out) == 0;
+inline bool write_file(const nimbit::file_path& path, std::string_view bytes) {
+    return static_cast<bool>(std::ofstream(path.c_str(), std::ios::binary).write(bytes.data(), bytes.size()));
 }

@@ -104,13 +104,18 @@ void EffectsPopup::ApplyEffect(const EffectData* entry) {
 }
 
 void EffectsPopup::CustomEvent(uint32_t code) {
-    if (code == 5) {
-        std::vector<EffectData> catalogue = CollectEffectList();
-        if (popupWindow != nullptr)
-            popupWindow->SetEffectData(catalogue);
+    try {
+        if (code == static_cast<uint32_t>(PopupRequest::CollectCatalogue)) {
+            std::vector<EffectData> catalogue = CollectEffectList();
+            if (popupWindow != nullptr)
+                popupWindow->SetEffectData(catalogue);
+        } else {
+            CaptureFrame(code);
+        }
+    } catch (...) {
+        // Called from the popup's event, inside the host's event loop: a failed request (out of
+        // memory for a huge frame) is dropped rather than unwound into the host.
     }
-    // Frame capture (every other code) belongs to the capture module, which is not part of this
-    // build yet: the request is dropped as a capture without a composition would be.
 }
 
 void EffectsPopup::ApplyPendingEffect() {

@@ -58,6 +58,8 @@ public:
     std::string GetProjName(AEGP_ProjectH project);
     // 0 for 8 bits per channel, 1 for 16, 2 for 32 (also when the host's answer is not understood).
     int GetProjectBitDepth();
+    // A colour profile's description, UTF-8; empty for a null profile.
+    std::string GetColorProfileName(AEGP_ColorProfileP profile);
 
     PreferencesData& Preferences() { return prefs; }
     const std::vector<std::string>& PresetPaths() const { return presetPaths; }
@@ -69,6 +71,8 @@ private:
     void SetUpPopupWindow();
     void ApplyPendingEffect();
     bool ApplyPreset(const EffectData& entry);
+    // Renders the current frame and delivers it as code (a PopupRequest) asks; frame_capture.cpp.
+    void CaptureFrame(uint32_t code);
 
     SPBasicSuite* basic;
     AEGP_PluginID pluginId;

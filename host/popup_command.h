@@ -21,3 +21,13 @@ struct PopupCommand {
 // What Execute answers when there is no window to carry a command, and for every command but
 // NewsCount.
 inline constexpr uint32_t NoCommandResult = 0xFFFFFFFFu;
+
+// What the popup window asks of the controller through its custom event: render the current frame
+// and deliver it one way, or collect the catalogue again.
+enum class PopupRequest : uint32_t {
+    CaptureToClipboard = 0,
+    CaptureToJpg = 1, // through the "Save to JPG" dialog
+    CaptureToPng = 2, // through the "Save to PNG" dialog
+    CaptureToFolder = 3,
+    CollectCatalogue = 5,
+};

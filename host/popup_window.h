@@ -2,7 +2,8 @@
 
 // What the host controller needs of the search popup window. The window itself lives in popup/;
 // the controller only creates it through the registered factory and talks to it through this
-// interface, so the host side builds and runs (windowless) without the toolkit.
+// interface, so the host side builds and runs (windowless) without the popup. (It does use the
+// toolkit's bitmaps and dialogs for frame captures.)
 
 #include "host/popup_command.h"
 
@@ -30,6 +31,8 @@ public:
     virtual void WriteFile() = 0;
     // Replaces the window's catalogue with a copy; the user's lists are read again against it.
     virtual void SetEffectData(const std::vector<EffectData>& catalogue) = 0;
+    // A capture was written to the capture folder: a shown gallery lists it at once.
+    virtual void RefreshGallery() {}
 };
 
 // Creates the popup window, which has no parent (the host's windows are not ours). The window keeps

@@ -42,6 +42,20 @@ uint32_t NextCodePoint(const std::string& text, size_t& i) {
 
 } // namespace
 
+std::vector<uint16_t> Utf8ToUtf16(const std::string& text) {
+    std::vector<uint16_t> out;
+    for (size_t i = 0; i < text.size();) {
+        const uint32_t cp = NextCodePoint(text, i);
+        if (cp >= 0x10000) { // a surrogate pair
+            out.push_back(static_cast<uint16_t>(0xD800 + ((cp - 0x10000) >> 10)));
+            out.push_back(static_cast<uint16_t>(0xDC00 + ((cp - 0x10000) & 0x3FF)));
+        } else {
+            out.push_back(static_cast<uint16_t>(cp));
+        }
+    }
+    return out;
+}
+
 std::string Utf8ToMacRoman(const std::string& text) {
     std::string out;
     out.reserve(text.size());

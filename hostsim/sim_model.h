@@ -99,5 +99,7 @@ std::vector<Effect> LoadEffectsTable(const std::string& path);
 
 // Encodes UTF-8 text in Mac Roman, the host's legacy encoding; characters it lacks become "?".
 std::string Utf8ToMacRoman(const std::string& text);
+// Encodes UTF-8 text in UTF-16, as the host's newer suites hand text out; no terminator.
+std::vector<uint16_t> Utf8ToUtf16(const std::string& text);
 
 } // namespace hostsim

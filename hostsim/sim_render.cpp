@@ -261,8 +261,7 @@ A_Err GetNewColorProfileDescription(AEGP_PluginID, AEGP_ConstColorProfileP profi
                                     AEGP_MemHandle* description) {
     if (profile == nullptr)
         return A_Err_PARAMETER;
-    const std::string& text = Host().GetModel().workingSpaceProfile; // ASCII, so one unit per byte
-    std::vector<A_UTF16Char> utf16(text.begin(), text.end());
+    std::vector<A_UTF16Char> utf16 = Utf8ToUtf16(Host().GetModel().workingSpaceProfile);
     utf16.push_back(0);
     *description = Host().NewMemHandle(utf16.data(), utf16.size() * sizeof(A_UTF16Char));
     return A_Err_NONE;

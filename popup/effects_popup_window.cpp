@@ -2,6 +2,8 @@
 
 #include "popup/effects_popup_theme.h"
 
+#include "gallery/capture_store.h"
+
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/drawer.h"
@@ -68,6 +70,9 @@ void EffectsPopupWindow::Build() {
     toolButtons[ExportButton].add_tooltip("Export");
     toolButtons[SettingsButton].add_tooltip("Settings");
     newsBadge.create(root, {SearchWidth - 19, 1, NewsSize, NewsSize});
+    // Created last so that it lies over every control; clicks pass through it.
+    flash.create(root, {0, 0, SearchWidth, 0});
+    flash.set_mouse_transparent(true);
     newsBadge.get_theme().set(theme_keys::button_font_size, 9.0f);
     newsBadge.hide(); // until the news check reports something new
 
@@ -89,6 +94,11 @@ void EffectsPopupWindow::Build() {
         drawer& d = get_drawer();
         d.set_brush_color(get_root().get_theme().get<vec4>(theme_keys::default_back_color));
         d.draw_rect({0, 0, get_root().get_rect().w, get_root().get_rect().h});
+    });
+    ev.add_event(&flash, this, event_type::draw, [this](const event_info&) {
+        drawer& d = get_drawer();
+        d.set_brush_color({1, 1, 1, FlashOpacity * std::min(fade, 1.0f)});
+        d.draw_rect({0, 0, flash.get_rect().w, flash.get_rect().h});
     });
     ev.add_event(&toolButtons[ScreenshotButton], this, event_type::pressed,
                  &EffectsPopupWindow::OnScreenshotButton);
@@ -325,9 +335,11 @@ void EffectsPopupWindow::Timer(const event_info& e) {
     }
     case FadeTimer:
         fade = std::max(0.0f, fade - 0.1f);
-        if (fade <= 0.0f)
+        if (fade <= 0.0f) {
             get_root().remove_timer(FadeTimer);
-        get_root().update(false);
+            flash.hide();
+        }
+        flash.update(false);
         break;
     default:
         break;
@@ -502,14 +514,38 @@ void EffectsPopupWindow::ReplaceToShortcuts(const EffectData* effect, unsigned l
 
 // --- tools ---------------------------------------------------------------------------------------
 
+// A pasted image is named for the moment alone: it need not come from the open composition.
 void EffectsPopupWindow::Paste() {
     bitmap image;
-    if (!image.load_image_from_clipboard())
-        return;
-    const file_path folder(prefs.captureFolder);
-    make_dir(folder);
-    const file_path target = folder.append(file_path(timer::get_formated_time(true))).append_extension("png");
-    image.save_image(target, image_format::png);
+    if (image.load_image_from_clipboard())
+        CaptureStore::SaveCapture(image, prefs.captureFolder, "", "");
+}
+
+void EffectsPopupWindow::TakeScreenshot(bool from_clipboard) {
+    // The capture runs modal work (the controller renders; dialogs may open): the chord must not
+    // reopen the popup meanwhile.
+    screenshotBusy = true;
+    fade = 1.1f;
+    const ivec4 area = get_root().get_rect();
+    flash.set_rect({0, 0, area.w, area.h});
+    flash.show(true);
+    get_root().add_timer(FadeTimer, 100);
+    event_manager::instance().fire_event(this, event_type::custom,
+                                         static_cast<uint64_t>(PopupRequest::CaptureToFolder));
+    if (from_clipboard) {
+        bitmap image;
+        if (image.load_image_from_clipboard())
+            CaptureStore::SaveCapture(image, prefs.captureFolder, showTexts[0], showTexts[1]);
+    }
+    RefreshGallery();
+    screenshotBusy = false;
+}
+
+void EffectsPopupWindow::ExportScreenshot() {
+    screenshotBusy = true;
+    event_manager::instance().fire_event(this, event_type::custom,
+                                         static_cast<uint64_t>(PopupRequest::CaptureToPng));
+    screenshotBusy = false;
 }
 
 void EffectsPopupWindow::Logo() {
@@ -519,10 +555,8 @@ void EffectsPopupWindow::Logo() {
     SavePreferences(true);
 }
 
-// The gallery, the preferences window and frame capture are separate pieces that are not part of this
-// build yet: their entry points are here so that the buttons, keys and script commands are wired,
-// and they do nothing until those pieces arrive.
+// The gallery and the preferences window are separate pieces that are not part of this build yet:
+// their entry points are here so that the buttons, keys and script commands are wired, and they do
+// nothing until those pieces arrive.
 void EffectsPopupWindow::OpenGallery() {}
 void EffectsPopupWindow::OpenPreferences() {}
-void EffectsPopupWindow::TakeScreenshot(bool) {}
-void EffectsPopupWindow::ExportScreenshot() {}

@@ -50,6 +50,7 @@ public:
     static constexpr uint32_t NewsTimer = 200;
     static constexpr uint32_t FocusTimer = 300;
     static constexpr uint32_t FadeTimer = 100;
+    static constexpr float FlashOpacity = 0.7f; // of the white flash at its strongest
 
     enum ToolButton : int { ScreenshotButton = 0, GalleryButton, ExportButton, SettingsButton, LogoButton };
 
@@ -94,12 +95,16 @@ public:
     void InitThemes();
     void SavePreferences(bool writeLists);
 
-    // Later pieces: the gallery and preferences windows and the frame capture. Until they arrive these
-    // do nothing.
+    // Later pieces: the gallery and preferences windows. Until they arrive these do nothing.
     virtual void OpenGallery();
     virtual void OpenPreferences();
-    virtual void TakeScreenshot(bool toFile);
+    // Flashes the popup and asks the controller to capture the frame into the capture folder; with
+    // from_clipboard, an image on the clipboard is written there too.
+    virtual void TakeScreenshot(bool from_clipboard);
+    // Asks the controller to capture the frame through the "Save to PNG" dialog.
     virtual void ExportScreenshot();
+    // Seam for the gallery window (not in this build yet): a shown gallery lists a new capture at once.
+    void RefreshGallery() override {}
     void Logo();
 
     // The product page that the logo button opens.
@@ -126,6 +131,7 @@ public:
     std::vector<EffectAlias>& GetAliases() { return aliases; }
     std::vector<EffectAlias>& GetShortcuts() { return shortcuts; }
     int GetNewsCount() const { return newsCount; }
+    float GetFlash() const { return fade; }
     const std::string& GetShowText(int which) const { return showTexts[static_cast<size_t>(which) % 3]; }
     // The folder the user's files are written to; the user's data folder by default.
     void SetSettingsFolder(const nimbit::file_path& folder) { settingsFolder = folder; }
@@ -167,7 +173,7 @@ private:
 
     std::function<int32_t()> newsPoll;
     int newsCount = -1;
-    float fade = 0.0f;
+    float fade = 0.0f; // the screenshot flash: starts at 1.1, down 0.1 per tick of FadeTimer
 
     IconView searchIcon;
     nimbit::ui::input_box searchField;
@@ -177,4 +183,5 @@ private:
     EffectsShortcutsBar shortcutsBar;
     std::array<nimbit::ui::generic_button, 5> toolButtons;
     nimbit::ui::generic_button newsBadge;
+    nimbit::ui::widget flash; // over everything, shown while the screenshot flash fades
 };

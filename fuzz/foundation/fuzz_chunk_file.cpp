@@ -46,7 +46,7 @@ template <typename... Source> std::vector<chunk_copy> read_both_ways(const Sourc
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::vector<chunk_copy> chunks = read_both_ways(data, size);
     const nimbit::file_path path = scratch("settings");
-    if (write_file(path, data, size))
+    if (write_file(path, fuzz_input{data, size}.text()))
         check(read_both_ways(path, nimbit::chunk_file_access::read) == chunks);
 
     const auto write_all = [&](nimbit::chunk_file& file) {

@@ -13,10 +13,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const size_t header_length = in.take(4), data_length = in.take(4);
     const nimbit::file_path path = scratch("effects_cache");
     for (const auto& [file, length] :
-         {std::pair{path.append_extension("header"), header_length}, {path, data_length}}) {
-        const std::string_view part = in.bytes(length);
-        write_file(file, reinterpret_cast<const unsigned char*>(part.data()), part.size());
-    }
+         {std::pair{path.append_extension("header"), header_length}, {path, data_length}})
+        write_file(file, in.bytes(length));
 
     nimbit::mapped_cache cache;
     if (flags & 2)

@@ -1,5 +1,6 @@
 // Unpacks arbitrary bytes as a folder pack into a fresh scratch folder, then removes it.
 #include "fuzz/fuzz_support.h"
+#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/nimpacker.h"
 
 namespace {

@@ -2,6 +2,8 @@
 
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/write_file_atomic.h"
+#include "nimbit/graphics/jpeg_encoder.h"
+#include "nimbit/graphics/png_encoder.h"
 #include "nimbit/ui/image_stream.h"
 #include "nimbit/ui/native_bitmap.h"
 #include "nimbit/ui/native_clipboard.h"
@@ -99,7 +101,13 @@ bool bitmap::copy_to_clipboard() const {
 std::vector<unsigned char> bitmap::save_image_stream(image_format format) const {
     if (!loaded || (format != image_format::png && format != image_format::jpg))
         return {};
-    return native->encode(static_cast<int>(format));
+    // Encoded here rather than by the platform, so that every platform saves as fast; always with
+    // alpha, since resizing may have padded the picture with transparent pixels.
+    unsigned pitch = 0;
+    const unsigned char* pixels = native->read_pixels(pitch);
+    const _vec2<int> pixel_size = native->get_size();
+    const graphics::rgba_view view{pixels, pixel_size.x, pixel_size.y, pitch};
+    return format == image_format::png ? graphics::encode_png(view) : graphics::encode_jpg(view);
 }
 
 bool bitmap::save_image(const file_path& path, image_format format) const {

@@ -97,6 +97,9 @@ public:
 
     void set_name(std::string_view new_name) { name = new_name; }
     const std::string& get_name() const { return name; }
+    // An overlay that only shows something lets the pointer through to the widgets below it.
+    void set_mouse_transparent(bool on) { mouse_transparent = on; }
+    bool is_mouse_transparent() const { return mouse_transparent; }
     void set_tab_stop(bool on) { tab_stop = on; }
     bool is_tab_stop() const { return tab_stop; }
 
@@ -149,6 +152,7 @@ private:
     bool visible = false;
     bool parent_visible = true;
     bool tab_stop = false;
+    bool mouse_transparent = false;
     bool spare_flag = false;
     bool enabled = true;
     bool parent_enabled = true;

@@ -364,7 +364,7 @@ widget* window::get_widget_at_pos(_vec2<int> point) const {
         const auto& list = current->get_children();
         for (size_t i = list.size(); i-- > 0;) {
             const widget* c = list[i];
-            if (c && c->is_visible(true) && c->get_rect().contains(point)) {
+            if (c && c->is_visible(true) && !c->is_mouse_transparent() && c->get_rect().contains(point)) {
                 hit = c;
                 break;
             }

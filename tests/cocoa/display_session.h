@@ -30,7 +30,6 @@ struct screen_image {
     nimbit::_vec2<int> size;
     std::vector<unsigned char> rgba; // straight RGBA, rows top to bottom
     nimbit::vec4 pixel(int x, int y) const;
-    bool empty() const { return rgba.empty(); }
 };
 // The screen's pixels in a rectangle (screen coordinates, y down).
 screen_image capture_screen(const nimbit::ivec4& rect);

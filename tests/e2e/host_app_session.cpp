@@ -1,8 +1,6 @@
 #include "host_app_session.h"
 #include "tests/support/private_xvfb.h"
 
-#include "hostsim/sim_host.h"
-
 #include <chrono>
 #include <csignal>
 #include <cstdio>
@@ -54,12 +52,8 @@ std::string ReadFile(const std::string& path) {
 }
 
 // No reset when the last client leaves: xdotool probes connect and leave before the application.
-VirtualDisplay::VirtualDisplay() : server(quillo_test::start_private_xvfb(name, true)) {}
-VirtualDisplay::~VirtualDisplay() {
-    quillo_test::stop_private_xvfb(server);
-}
-
-HostAppSession::HostAppSession(const SessionOptions& options) : root(options.root) {
+HostAppSession::HostAppSession(const SessionOptions& options)
+    : server(quillo_test::start_private_xvfb(display, true)), root(options.root) {
     if (root.empty()) {
         char pattern[] = "/tmp/quillo-e2e-XXXXXX";
         if (mkdtemp(pattern) == nullptr)
@@ -74,7 +68,7 @@ HostAppSession::HostAppSession(const SessionOptions& options) : root(options.roo
     if (options.prepare)
         options.prepare(root + "/disk");
     int controlPipe[2];
-    if (screen.name.empty() || pipe(controlPipe) != 0)
+    if (server <= 0 || pipe(controlPipe) != 0)
         return;
     // Control lines come through a pipe; the output goes to a log in the root.
     posix_spawn_file_actions_t actions;
@@ -84,17 +78,14 @@ HostAppSession::HostAppSession(const SessionOptions& options) : root(options.roo
     posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, (root + "/app.log").c_str(),
                                      O_WRONLY | O_CREAT | O_TRUNC, 0644);
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
-    // The application's own defaults go into the run's folder, never the real home.
-    std::vector<std::string> env = {"DISPLAY=" + screen.name, "HOME=" + root + "/home"};
-    for (char** e = environ; *e != nullptr; ++e)
-        if (std::string(*e).rfind("DISPLAY=", 0) != 0 && std::string(*e).rfind("HOME=", 0) != 0)
-            env.push_back(*e);
-    const std::vector<std::string> args = {QUILLO_HOST_APP, "--project",
+    // Run through env: the application's own defaults go into the run's folder, never the real home.
+    const std::vector<std::string> args = {"/usr/bin/env", "DISPLAY=" + display, "HOME=" + root + "/home",
+                                           QUILLO_HOST_APP, "--project",
                                            options.project.empty() ? QUILLO_SAMPLE_PROJECT : options.project,
                                            "--root", root + "/disk", "--record", recordPath,
                                            // A port nothing listens on: the news check fails fast.
                                            "--news-url", "http://127.0.0.1:9/news", "--control"};
-    if (posix_spawn(&app, QUILLO_HOST_APP, &actions, nullptr, Argv(args).data(), Argv(env).data()) != 0)
+    if (posix_spawn(&app, args[0].c_str(), &actions, nullptr, Argv(args).data(), environ) != 0)
         app = -1;
     posix_spawn_file_actions_destroy(&actions);
     close(controlPipe[0]);
@@ -112,6 +103,7 @@ HostAppSession::~HostAppSession() {
             waitpid(app, nullptr, 0);
         }
     }
+    quillo_test::stop_private_xvfb(server);
     std::error_code ignored;
     if (ownRoot && !std::getenv("QUILLO_E2E_KEEP"))
         std::filesystem::remove_all(root, ignored);
@@ -141,14 +133,14 @@ bool HostAppSession::WaitForIdleTicks(long ticks, double timeout) const {
 }
 
 bool HostAppSession::Xdotool(const std::vector<std::string>& args, std::string* out) const {
-    std::string command = "DISPLAY=" + screen.name + " xdotool";
+    std::string command = "DISPLAY=" + display + " xdotool";
     for (const std::string& arg : args) { // each argument single-quoted for the shell
         command += " '";
         for (char c : arg)
             command += c == '\'' ? std::string("'\\''") : std::string(1, c);
         command += "'";
     }
-    std::FILE* pipe = screen.name.empty() ? nullptr : popen((command + " 2>/dev/null").c_str(), "r");
+    std::FILE* pipe = server <= 0 ? nullptr : popen((command + " 2>/dev/null").c_str(), "r");
     if (pipe == nullptr)
         return false;
     std::string text;
@@ -167,20 +159,17 @@ std::vector<WindowGeometry> HostAppSession::VisibleWindows(const std::string& na
     std::vector<WindowGeometry> windows;
     std::istringstream lines(shell);
     for (std::string line; std::getline(lines, line);) {
-        const size_t equals = line.find('=');
+        const size_t equals = line.find('='); // npos + 1 wraps to 0: no number, value 0
         const std::string key = line.substr(0, equals);
-        const long value = equals == std::string::npos ? 0 : std::atol(line.c_str() + equals + 1);
+        const long value = std::atol(line.c_str() + equals + 1);
         if (key == "WINDOW")
             windows.push_back({static_cast<unsigned long>(value)});
         else if (!windows.empty()) {
             WindowGeometry& w = windows.back();
-            int* field = key == "X"        ? &w.x
-                         : key == "Y"      ? &w.y
-                         : key == "WIDTH"  ? &w.width
-                         : key == "HEIGHT" ? &w.height
-                                           : nullptr;
-            if (field != nullptr)
-                *field = static_cast<int>(value);
+            for (auto [name, field] :
+                 {std::pair{"X", &w.x}, {"Y", &w.y}, {"WIDTH", &w.width}, {"HEIGHT", &w.height}})
+                if (key == name)
+                    *field = static_cast<int>(value);
         }
     }
     return windows;
@@ -297,31 +286,12 @@ int HostAppSession::WaitForExit(double timeout) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
-std::vector<int> EffectMenuPath(const std::string& project, const std::string& category,
-                                const std::string& name) {
-    hostsim::SimHost host(hostsim::LoadModelFile(project), "/nonexistent");
-    const int effectIndex = host.GetModel().effectMenuIndex;
-    if (effectIndex < 0 || static_cast<size_t>(effectIndex) >= host.MainMenu().submenu.size())
-        return {};
-    const auto& categories = host.MainMenu().submenu[static_cast<size_t>(effectIndex)]->submenu;
-    for (size_t c = 0; c < categories.size(); ++c)
-        for (size_t i = 0; categories[c]->title == category && i < categories[c]->submenu.size(); ++i)
-            if (categories[c]->submenu[i]->title == name)
-                return {effectIndex, static_cast<int>(c), static_cast<int>(i)};
-    return {};
-}
-
-json ActiveLayer(const json& record, const std::string& name) {
+std::vector<std::string> LayerList(const json& record, const std::string& name, const char* field) {
     for (const json& comp : record.is_object() ? record.value("compositions", json::array()) : json::array())
         for (const json& layer : comp.value("active", false) ? comp["layers"] : json::array())
             if (layer.value("name", "") == name)
-                return layer;
+                return layer[field].get<std::vector<std::string>>();
     return {};
-}
-
-std::vector<std::string> LayerList(const json& record, const std::string& name, const char* field) {
-    const json layer = ActiveLayer(record, name);
-    return layer.is_object() ? layer[field].get<std::vector<std::string>>() : std::vector<std::string>{};
 }
 
 } // namespace e2e

@@ -20,16 +20,6 @@ struct WindowGeometry {
     int x = 0, y = 0, width = 0, height = 0;
 };
 
-// An Xvfb of our own (so that parallel tests never share a screen), ended with the object.
-struct VirtualDisplay {
-    VirtualDisplay();
-    ~VirtualDisplay();
-    VirtualDisplay(const VirtualDisplay&) = delete;
-    VirtualDisplay& operator=(const VirtualDisplay&) = delete;
-    std::string name; // ":N", empty when the server did not start
-    pid_t server = -1;
-};
-
 struct SessionOptions {
     std::string project; // the sample project when empty
     // The run's folder (the simulated disk is its "disk" folder): a fresh one, removed with the
@@ -74,7 +64,8 @@ public:
     int WaitForExit(double timeout = 10.0);
 
 private:
-    VirtualDisplay screen;
+    std::string display; // ":N", of an Xvfb of the session's own, ended with it
+    pid_t server = -1;
     std::string root, recordPath;
     bool ownRoot = false;
     pid_t app = -1;
@@ -84,13 +75,8 @@ private:
 // The whole file, empty when it cannot be read.
 std::string ReadFile(const std::string& path);
 
-// Indices of the Effect menu's category and item as the application builds them from project.
-std::vector<int> EffectMenuPath(const std::string& project, const std::string& category,
-                                const std::string& name);
-
-// The layer of the active composition named name in a record (null json when missing).
-json ActiveLayer(const json& record, const std::string& name);
-// Its effects (or presets, with field "presets"); empty when the layer is missing.
+// The effects (or presets, with field "presets") of the active composition's layer named name;
+// empty when the layer is missing.
 std::vector<std::string> LayerList(const json& record, const std::string& name,
                                    const char* field = "effects");
 

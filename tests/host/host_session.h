@@ -97,7 +97,7 @@ struct RecordingWindow : PopupWindow {
         uint32_t kind;
     };
     static inline std::vector<Call> calls;
-    static inline int made = 0, hides = 0, filesWritten = 0, destroyed = 0;
+    static inline int made = 0, hides = 0, filesWritten = 0, destroyed = 0, galleryRefreshes = 0;
     static inline std::vector<size_t> catalogueSizes;
     static inline uint32_t newsCount = 12;
     bool shown = false;
@@ -115,6 +115,7 @@ struct RecordingWindow : PopupWindow {
     }
     bool IsShown() const override { return shown; }
     void WriteFile() override { ++filesWritten; }
+    void RefreshGallery() override { ++galleryRefreshes; }
     void SetEffectData(const std::vector<EffectData>& catalogue) override {
         catalogueSizes.push_back(catalogue.size());
     }
@@ -125,7 +126,7 @@ struct RecordingWindow : PopupWindow {
     static void Install() {
         calls.clear();
         catalogueSizes.clear();
-        made = hides = filesWritten = destroyed = 0;
+        made = hides = filesWritten = destroyed = galleryRefreshes = 0;
         SetPopupWindowFactory(&Make);
     }
     static void Uninstall() { SetPopupWindowFactory(nullptr); }

@@ -1,5 +1,8 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 
+#include "nimbit/graphics/jpeg_encoder.h"
+
+#include <algorithm>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
@@ -7,10 +10,10 @@
 
 #include <jerror.h> // after jpeglib.h, which it needs
 
-// JPG through libjpeg. libjpeg reports fatal errors by calling error_exit, which must not return:
-// ours jumps back to the decode or encode function, which then destroys the libjpeg object and
-// fails. Only plain C data lives in the frames between setjmp and the jump, and everything that
-// owns memory is declared in the caller so that it is released normally afterwards.
+// JPG decoding through libjpeg (encoding is the shared encoder's). libjpeg reports fatal errors by
+// calling error_exit, which must not return: ours jumps back to the decode function, which then destroys the
+// libjpeg object and fails. Only plain C data lives in the frames between setjmp and the jump, and everything
+// that owns memory is declared in the caller so that it is released normally afterwards.
 
 namespace nimbit::ui::offscreen {
 
@@ -88,34 +91,6 @@ bool run_decompress(jpeg_decompress_struct& info, error_manager& errors, const u
     return true;
 }
 
-bool run_compress(jpeg_compress_struct& info, error_manager& errors, const rgba_image& image,
-                  unsigned char*& buffer, unsigned long& length) {
-    if (setjmp(errors.jump)) {
-        jpeg_destroy_compress(&info);
-        return false;
-    }
-    jpeg_create_compress(&info);
-    jpeg_mem_dest(&info, &buffer, &length);
-    info.image_width = static_cast<JDIMENSION>(image.size.x);
-    info.image_height = static_cast<JDIMENSION>(image.size.y);
-    info.input_components = 4;
-    info.in_color_space = JCS_EXT_RGBA;
-    jpeg_set_defaults(&info);
-    jpeg_set_quality(&info, 100, TRUE);
-    // Full quality also means full colour resolution: no chroma subsampling.
-    for (int c = 0; c < info.num_components; ++c)
-        info.comp_info[c].h_samp_factor = info.comp_info[c].v_samp_factor = 1;
-    jpeg_start_compress(&info, TRUE);
-    while (info.next_scanline < info.image_height) {
-        JSAMPROW row =
-            const_cast<unsigned char*>(image.pixels.data()) + size_t(info.next_scanline) * image.pitch();
-        jpeg_write_scanlines(&info, &row, 1);
-    }
-    jpeg_finish_compress(&info);
-    jpeg_destroy_compress(&info);
-    return true;
-}
-
 } // namespace
 
 bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
@@ -136,21 +111,9 @@ bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max
 }
 
 std::vector<unsigned char> encode_jpeg(const rgba_image& image) {
-    if (image.empty() || image.size.x > JPEG_MAX_DIMENSION || image.size.y > JPEG_MAX_DIMENSION ||
-        image.pixels.size() < size_t(image.pitch()) * size_t(image.size.y))
+    if (image.pixels.size() < size_t(image.pitch()) * size_t(std::max(image.size.y, 0)))
         return {};
-    jpeg_compress_struct info{};
-    error_manager errors{};
-    install(errors);
-    info.err = &errors.base;
-    unsigned char* buffer = nullptr;
-    unsigned long length = 0;
-    const bool ok = run_compress(info, errors, image, buffer, length);
-    std::vector<unsigned char> bytes;
-    if (ok && buffer)
-        bytes.assign(buffer, buffer + length);
-    std::free(buffer);
-    return bytes;
+    return graphics::encode_jpg({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
 }
 
 } // namespace nimbit::ui::offscreen

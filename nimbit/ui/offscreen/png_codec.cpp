@@ -1,13 +1,16 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 
+#include "nimbit/graphics/png_encoder.h"
+
 #include <png.h>
 
 #include <algorithm>
 #include <cstring>
 #include <iterator>
 
-// PNG through libpng's simplified interface: it catches libpng's errors internally (no longjmp
-// crosses our frames) and releases everything with png_image_free.
+// PNG decoding through libpng's simplified interface: it catches libpng's errors internally (no
+// longjmp crosses our frames) and releases everything with png_image_free. Encoding is the shared
+// fast encoder's.
 
 namespace nimbit::ui::offscreen {
 
@@ -82,23 +85,11 @@ bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_
     return true;
 }
 
-std::vector<unsigned char> encode_png(const rgba_image& source) {
-    if (source.empty() || source.pixels.size() < size_t(source.pitch()) * size_t(source.size.y))
+std::vector<unsigned char> encode_png(const rgba_image& image) {
+    if (image.pixels.size() < size_t(image.pitch()) * size_t(std::max(image.size.y, 0)))
         return {};
-    png_image image;
-    std::memset(&image, 0, sizeof image);
-    image.version = PNG_IMAGE_VERSION;
-    image.width = static_cast<png_uint_32>(source.size.x);
-    image.height = static_cast<png_uint_32>(source.size.y);
-    image.format = PNG_FORMAT_RGBA;
-    png_alloc_size_t length = 0;
-    if (!png_image_write_to_memory(&image, nullptr, &length, 0, source.pixels.data(), 0, nullptr))
-        return {};
-    std::vector<unsigned char> bytes(length);
-    if (!png_image_write_to_memory(&image, bytes.data(), &length, 0, source.pixels.data(), 0, nullptr))
-        return {};
-    bytes.resize(length);
-    return bytes;
+    // Always with alpha: padding added by recanvas is transparent even in an image without alpha.
+    return graphics::encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
 }
 
 } // namespace nimbit::ui::offscreen

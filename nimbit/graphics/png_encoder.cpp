@@ -1,0 +1,106 @@
+#include "nimbit/graphics/png_encoder.h"
+
+#include <libdeflate.h>
+
+#include <cstdint>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace nimbit::graphics {
+
+namespace {
+
+constexpr unsigned char Signature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+constexpr size_t MaxChunk = 0x7FFFFFFF; // chunk lengths are 31-bit
+constexpr unsigned char FilterSub = 1;  // each byte minus the same channel of the pixel to its left
+
+void put_be32(unsigned char* at, uint32_t v) {
+    at[0] = static_cast<unsigned char>(v >> 24);
+    at[1] = static_cast<unsigned char>(v >> 16);
+    at[2] = static_cast<unsigned char>(v >> 8);
+    at[3] = static_cast<unsigned char>(v);
+}
+
+// Appends one chunk: length, type, data, and the CRC of type and data.
+void put_chunk(std::vector<unsigned char>& out, const char (&type)[5], const unsigned char* data,
+               size_t size) {
+    const size_t start = out.size();
+    out.resize(start + 12 + size);
+    unsigned char* at = out.data() + start;
+    put_be32(at, static_cast<uint32_t>(size));
+    std::memcpy(at + 4, type, 4);
+    if (size != 0)
+        std::memcpy(at + 8, data, size);
+    put_be32(at + 8 + size, libdeflate_crc32(0, at + 4, size + 4));
+}
+
+// The Sub filter: a frame's neighbouring pixels are alike, so the differences are small numbers
+// that deflate well, and the filter needs no second row.
+void filter_row(const unsigned char* in, unsigned char* out, int width, int channels) {
+    *out++ = FilterSub;
+    if (channels == 4) {
+        std::memcpy(out, in, 4);
+        for (int x = 1; x < width; ++x)
+            for (int c = 0; c < 4; ++c)
+                out[x * 4 + c] = static_cast<unsigned char>(in[x * 4 + c] - in[x * 4 + c - 4]);
+        return;
+    }
+    unsigned char left[3] = {0, 0, 0};
+    for (int x = 0; x < width; ++x, in += 4, out += 3)
+        for (int c = 0; c < 3; ++c) {
+            out[c] = static_cast<unsigned char>(in[c] - left[c]);
+            left[c] = in[c];
+        }
+}
+
+struct compressor_free {
+    void operator()(libdeflate_compressor* c) const { libdeflate_free_compressor(c); }
+};
+
+} // namespace
+
+std::vector<unsigned char> encode_png(const rgba_view& image, bool with_alpha) {
+    if (image.pixels == nullptr || image.width <= 0 || image.height <= 0 ||
+        image.pitch < static_cast<size_t>(image.width) * 4)
+        return {};
+    const int channels = with_alpha ? 4 : 3;
+    const size_t row_bytes = 1 + static_cast<size_t>(image.width) * channels;
+    try {
+        std::vector<unsigned char> filtered(row_bytes * static_cast<size_t>(image.height));
+        for (int y = 0; y < image.height; ++y)
+            filter_row(image.pixels + static_cast<size_t>(y) * image.pitch, filtered.data() + y * row_bytes,
+                       image.width, channels);
+
+        const std::unique_ptr<libdeflate_compressor, compressor_free> compressor(
+            libdeflate_alloc_compressor(1));
+        if (!compressor)
+            return {};
+        std::vector<unsigned char> deflated(
+            libdeflate_zlib_compress_bound(compressor.get(), filtered.size()));
+        const size_t deflated_size = libdeflate_zlib_compress(
+            compressor.get(), filtered.data(), filtered.size(), deflated.data(), deflated.size());
+        if (deflated_size == 0 || deflated_size > MaxChunk)
+            return {};
+        filtered = {}; // the two big buffers need not live together with the output
+
+        unsigned char header[13];
+        put_be32(header, static_cast<uint32_t>(image.width));
+        put_be32(header + 4, static_cast<uint32_t>(image.height));
+        header[8] = 8;                            // bits per channel
+        header[9] = with_alpha ? 6 : 2;           // colour type: RGBA or RGB
+        header[10] = header[11] = header[12] = 0; // deflate, adaptive filtering, no interlace
+
+        std::vector<unsigned char> png;
+        png.reserve(sizeof Signature + 25 + 12 + deflated_size + 12);
+        png.insert(png.end(), Signature, Signature + sizeof Signature);
+        put_chunk(png, "IHDR", header, sizeof header);
+        put_chunk(png, "IDAT", deflated.data(), deflated_size);
+        put_chunk(png, "IEND", nullptr, 0);
+        return png;
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
+}
+
+} // namespace nimbit::graphics

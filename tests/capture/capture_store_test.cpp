@@ -1,0 +1,131 @@
+#include "gallery/capture_store.h"
+
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/offscreen/offscreen_file_browser.h"
+#include "tests/foundation/temp_folder.h"
+#include "tests/support/offscreen_test.h"
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+class CaptureStoreTest : public OffscreenTest {
+protected:
+    static bitmap Picture() {
+        bitmap image;
+        image.create({6, 4}, image_alpha::alpha);
+        return image;
+    }
+    file_path Capture(const std::string& name, int64_t modified) {
+        const file_path path = tmp / name.c_str();
+        EXPECT_TRUE(Picture().save_image(path, image_format::png) &&
+                    set_file_dates(path, modified, modified));
+        return path;
+    }
+    std::vector<std::string> Listed(const file_path& folder) const {
+        std::vector<std::string> names;
+        for (const ListedCapture& c : CaptureStore::ListCaptures(folder.to_string()))
+            names.push_back(c.path.leaf(true) + "@" + std::to_string(c.time));
+        return names;
+    }
+    // JPG files start with a start-of-image marker; ours are otherwise PNG.
+    static bool IsJpg(const file_path& path) { return read_text(path).rfind("\xFF\xD8\xFF", 0) == 0; }
+
+    temp_folder tmp;
+    offscreen_file_browser& dialogs = offscreen_file_browser::instance();
+};
+
+} // namespace
+
+TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFailsSilently) {
+    const char* const cases[][3] = {
+        {"", "", "2018-03-07_14.05.09"},
+        {"Intro", "Comp 1", "Intro_Comp 1_2018-03-07_14.05.09"},
+        {"Intro", "", "Intro_2018-03-07_14.05.09"},
+        {"", "Comp 1", "Comp 1_2018-03-07_14.05.09"},
+        {"a/b", "c", "a/b_c_2018-03-07_14.05.09"}, // nothing escaped
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(CaptureStore::CaptureName(c[0], c[1], "2018-03-07_14.05.09"), c[2]);
+
+    const file_path folder = tmp / "deep/er/Capture";
+    const file_path saved = CaptureStore::SaveCapture(Picture(), folder.to_string(), "Intro", "Comp 1");
+    EXPECT_EQ(saved.stem(), folder);
+    EXPECT_TRUE(saved.leaf(true).starts_with("Intro_Comp 1_") && saved.extension() == "png");
+    bitmap back;
+    EXPECT_TRUE(back.load_image(saved) && back.get_size() == (ivec2{6, 4}));
+    ASSERT_TRUE(write_text(tmp / "blocked", "a file where the folder should be"));
+    EXPECT_TRUE(CaptureStore::SaveCapture(Picture(), (tmp / "blocked").to_string(), "", "").empty());
+}
+
+TEST_F(CaptureStoreTest, ListsPngAndJpgInAnyCaseNewestFirst) {
+    Capture("a.PNG", 100), Capture("b.Jpg", 300), Capture("c.png", 200);
+    for (const char* other : {"c.jpeg", "d.bmp", "e.pn", "png"})
+        ASSERT_TRUE(write_text(tmp / other, "x"));
+    ASSERT_TRUE(make_dir(tmp / "folder.png"));
+    EXPECT_EQ(Listed(tmp.path()), (std::vector<std::string>{"b.Jpg@300", "c.png@200", "a.PNG@100"}));
+    EXPECT_TRUE(Listed(tmp / "missing").empty());
+}
+
+TEST_F(CaptureStoreTest, DeletesOnlyWhatTheUserConfirmed) {
+    const std::vector<file_path> files{Capture("1.png", 1), Capture("2.png", 2), Capture("3.png", 3)};
+    std::vector<std::string> asked;
+    bool confirm = false;
+    const auto ask = [&](const std::string& title, const std::string& question) {
+        asked.push_back(title + " " + question);
+        return confirm;
+    };
+    EXPECT_TRUE(CaptureStore::DeleteCaptures(files, ask).empty());
+    confirm = true;
+    EXPECT_EQ(CaptureStore::DeleteCaptures({files[1]}, ask), (std::vector<file_path>{files[1]}));
+    EXPECT_TRUE(CaptureStore::DeleteCaptures({}, ask).empty()); // nothing to delete: nothing asked
+    EXPECT_EQ(asked, (std::vector<std::string>{"Delete? Are you sure you want to delete these 3 images?",
+                                               "Delete? Are you sure you want to delete this image?"}));
+    EXPECT_EQ(Listed(tmp.path()), (std::vector<std::string>{"3.png@3", "1.png@1"}));
+}
+
+TEST_F(CaptureStoreTest, ExportingOneUsesTheDialogOfItsKindAndTheFormatItNames) {
+    const file_path capture = Capture("Intro_2018.png", 1);
+    const struct {
+        CaptureExport kind;
+        const char* title;
+        size_t filters;
+        const char* proposed;
+        const char* chosen;
+        bool jpg;
+    } cases[] = {
+        {CaptureExport::Png, "Save to PNG", 1, "Intro_2018.png", "out1.png", false},
+        {CaptureExport::Jpg, "Save to JPG", 1, "Intro_2018.jpg", "out2.jpg", true},
+        {CaptureExport::Either, "Save to File", 2, "Intro_2018.png", "out3.JPG", true},
+        {CaptureExport::Either, "Save to File", 2, "Intro_2018.png", "out4.tga", false},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.chosen);
+        dialogs.answer({tmp / c.chosen});
+        EXPECT_TRUE(CaptureStore::ExportCapture(capture, c.kind, nullptr));
+        const dialog_request& shown = dialogs.requests().back();
+        EXPECT_EQ(std::tie(shown.title, shown.default_name), std::tie(c.title, c.proposed));
+        EXPECT_EQ(shown.filters.size(), c.filters);
+        EXPECT_EQ(IsJpg(tmp / c.chosen), c.jpg);
+    }
+    EXPECT_EQ(dialogs.requests()[1].filters[0].label, "JPG files (*.jpg)");
+    dialogs.answer({}); // cancelled
+    EXPECT_FALSE(CaptureStore::ExportCapture(capture, CaptureExport::Png, nullptr));
+}
+
+TEST_F(CaptureStoreTest, ExportingSeveralWritesEachUnderItsStemOnThePool) {
+    std::vector<file_path> captures;
+    for (int i = 0; i < 7; ++i)
+        captures.push_back(Capture("shot" + std::to_string(i) + ".png", i));
+    captures.push_back(tmp / "gone.png"); // unreadable: skipped, the others still written
+    ASSERT_TRUE(make_dir(tmp / "out"));
+    dialogs.answer({tmp / "out"});
+    EXPECT_EQ(CaptureStore::ExportCaptures(captures, CaptureExport::Jpg, nullptr), 7u);
+    EXPECT_EQ(dialogs.requests().back().title, "Select Folder");
+    EXPECT_EQ(tree(tmp / "out").size(), 7u);
+    EXPECT_TRUE(IsJpg(tmp / "out/shot6.jpg"));
+    dialogs.answer({});
+    EXPECT_EQ(CaptureStore::ExportCaptures(captures, CaptureExport::Png, nullptr), 0u);
+}
