@@ -37,21 +37,11 @@ void put_chunk(std::vector<unsigned char>& out, const char (&type)[5], const uns
 
 // The Sub filter: a frame's neighbouring pixels are alike, so the differences are small numbers
 // that deflate well, and the filter needs no second row.
-void filter_row(const unsigned char* in, unsigned char* out, int width, int channels) {
+void filter_row(const unsigned char* in, unsigned char* out, int width) {
     *out++ = FilterSub;
-    if (channels == 4) {
-        std::memcpy(out, in, 4);
-        for (int x = 1; x < width; ++x)
-            for (int c = 0; c < 4; ++c)
-                out[x * 4 + c] = static_cast<unsigned char>(in[x * 4 + c] - in[x * 4 + c - 4]);
-        return;
-    }
-    unsigned char left[3] = {0, 0, 0};
-    for (int x = 0; x < width; ++x, in += 4, out += 3)
-        for (int c = 0; c < 3; ++c) {
-            out[c] = static_cast<unsigned char>(in[c] - left[c]);
-            left[c] = in[c];
-        }
+    std::memcpy(out, in, 4);
+    for (int x = 4; x < width * 4; ++x)
+        out[x] = static_cast<unsigned char>(in[x] - in[x - 4]);
 }
 
 struct compressor_free {
@@ -60,17 +50,16 @@ struct compressor_free {
 
 } // namespace
 
-std::vector<unsigned char> encode_png(const rgba_view& image, bool with_alpha) {
+std::vector<unsigned char> encode_png(const rgba_view& image) {
     if (image.pixels == nullptr || image.width <= 0 || image.height <= 0 ||
         image.pitch < static_cast<size_t>(image.width) * 4)
         return {};
-    const int channels = with_alpha ? 4 : 3;
-    const size_t row_bytes = 1 + static_cast<size_t>(image.width) * channels;
+    const size_t row_bytes = 1 + static_cast<size_t>(image.width) * 4;
     try {
         std::vector<unsigned char> filtered(row_bytes * static_cast<size_t>(image.height));
         for (int y = 0; y < image.height; ++y)
             filter_row(image.pixels + static_cast<size_t>(y) * image.pitch, filtered.data() + y * row_bytes,
-                       image.width, channels);
+                       image.width);
 
         const std::unique_ptr<libdeflate_compressor, compressor_free> compressor(
             libdeflate_alloc_compressor(1));
@@ -88,7 +77,7 @@ std::vector<unsigned char> encode_png(const rgba_view& image, bool with_alpha) {
         put_be32(header, static_cast<uint32_t>(image.width));
         put_be32(header + 4, static_cast<uint32_t>(image.height));
         header[8] = 8;                            // bits per channel
-        header[9] = with_alpha ? 6 : 2;           // colour type: RGBA or RGB
+        header[9] = 6;                            // colour type: RGBA
         header[10] = header[11] = header[12] = 0; // deflate, adaptive filtering, no interlace
 
         std::vector<unsigned char> png;

@@ -14,10 +14,10 @@ struct rgba_view {
     size_t pitch = 0;
 };
 
-// A PNG of 8-bit RGBA (RGB when with_alpha is false), made for speed: every row gets the same
-// cheap filter and the rows are deflated at the fastest level, which for rendered frames costs a
-// few percent in size against the slowest settings for a fraction of the time. Empty for an empty
-// or oversized image (PNG stores 31-bit sizes) or when memory runs out.
-std::vector<unsigned char> encode_png(const rgba_view& image, bool with_alpha = true);
+// A PNG of 8-bit RGBA, made for speed: every row gets the same cheap filter and the rows are
+// deflated at the fastest level, which for rendered frames costs a few percent in size against the
+// slowest settings for a fraction of the time. Empty for an empty image, when the compressed pixels
+// exceed one chunk's 31-bit length, or when memory runs out.
+std::vector<unsigned char> encode_png(const rgba_view& image);
 
 } // namespace nimbit::graphics

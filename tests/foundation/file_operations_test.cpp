@@ -48,6 +48,15 @@ TEST(FileOperations, StatsMakeDirAndRemoveDir) {
 }
 
 // The enumerator hands out "." and ".." as well; tree() drops them, so the raw walk is checked here.
+TEST(FileOperations, CopyDirCopiesAFolderIntoAnotherButNeverIntoItself) {
+    temp_folder tmp;
+    ASSERT_TRUE(nimbit::make_dir(tmp / "a/inner") && write_text(tmp / "a/inner/f", "x") &&
+                nimbit::make_dir(tmp / "b"));
+    EXPECT_TRUE(nimbit::copy_dir(tmp / "a", tmp / "b"));
+    EXPECT_EQ(read_text(tmp / "b/a/inner/f"), "x");
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "a", tmp / "a") || nimbit::copy_dir(tmp / "a", tmp / "a/inner"));
+}
+
 TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
     temp_folder tmp;
     ASSERT_TRUE(nimbit::make_dir(tmp / "a/b/c") && nimbit::make_dir(tmp / "d"));

@@ -144,5 +144,6 @@ TEST(Rect, IntersectionAndUnion) {
     const nimbit::ivec4 a{10, 10, 20, 20}, b{25, 5, 20, 10};
     EXPECT_EQ(nimbit::intersection(a, b), (nimbit::ivec4{25, 10, 5, 5}));
     EXPECT_EQ(nimbit::unite(a, b), (nimbit::ivec4{10, 5, 35, 25}));
+    EXPECT_EQ(nimbit::unite(a, {0, 0, 5, 5}), (nimbit::ivec4{0, 0, 30, 30}));
     EXPECT_EQ(nimbit::unite({3, 3, 0, 9}, b), b); // an empty rectangle adds nothing
 }
