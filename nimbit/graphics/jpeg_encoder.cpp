@@ -1,31 +1,19 @@
 #include "nimbit/graphics/jpeg_encoder.h"
 
-#include <csetjmp>
-#include <cstdio>
+#include "nimbit/graphics/jpeg_errors.h"
+
 #include <cstdlib>
 #include <new>
 
-#include <jpeglib.h>
-
-// libjpeg reports fatal errors by calling error_exit, which must not return: ours jumps back into
-// run_compress, which destroys the libjpeg object and fails. Only plain C data lives in the frames
-// between setjmp and the jump; the output buffer is owned by the caller and freed normally.
+// The output buffer is owned by the caller of run_compress and freed normally after a jump.
 
 namespace nimbit::graphics {
 
 namespace {
 
-struct error_manager {
-    jpeg_error_mgr base;
-    std::jmp_buf jump;
-};
-
-[[noreturn]] void on_error(j_common_ptr info) {
-    std::longjmp(reinterpret_cast<error_manager*>(info->err)->jump, 1);
-}
 void on_message(j_common_ptr, int) {}
 
-bool run_compress(jpeg_compress_struct& info, error_manager& errors, const rgba_view& image,
+bool run_compress(jpeg_compress_struct& info, jpeg_errors& errors, const rgba_view& image,
                   unsigned char*& buffer, unsigned long& length) {
     if (setjmp(errors.jump)) {
         jpeg_destroy_compress(&info);
@@ -60,10 +48,8 @@ std::vector<unsigned char> encode_jpg(const rgba_view& image) {
         image.pitch < static_cast<size_t>(image.width) * 4)
         return {};
     jpeg_compress_struct info{};
-    error_manager errors{};
-    jpeg_std_error(&errors.base);
-    errors.base.error_exit = on_error;
-    errors.base.emit_message = on_message;
+    jpeg_errors errors{};
+    install_jpeg_errors(errors, on_message);
     info.err = &errors.base;
     unsigned char* buffer = nullptr;
     unsigned long length = 0;

@@ -1,51 +1,31 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 
 #include "nimbit/graphics/jpeg_encoder.h"
+#include "nimbit/graphics/jpeg_errors.h"
 
 #include <algorithm>
-#include <csetjmp>
-#include <cstdio>
 #include <cstdlib>
-#include <jpeglib.h>
 
 #include <jerror.h> // after jpeglib.h, which it needs
 
-// JPG decoding through libjpeg (encoding is the shared encoder's). libjpeg reports fatal errors by
-// calling error_exit, which must not return: ours jumps back to the decode function, which then destroys the
-// libjpeg object and fails. Only plain C data lives in the frames between setjmp and the jump, and everything
-// that owns memory is declared in the caller so that it is released normally afterwards.
+// JPG decoding through libjpeg (encoding is the shared encoder's). Everything that owns memory is
+// declared in the caller of run_decompress, so that it is released normally after an error's jump.
 
 namespace nimbit::ui::offscreen {
 
 namespace {
 
-struct error_manager {
-    jpeg_error_mgr base;
-    std::jmp_buf jump;
-};
-
-[[noreturn]] void on_error(j_common_ptr info) {
-    std::longjmp(reinterpret_cast<error_manager*>(info->err)->jump, 1);
-}
+using graphics::jpeg_errors;
 
 // Warnings are silent, except that data ending early is a failure: libjpeg would fill the rest
 // with grey and call the image good.
 void on_message(j_common_ptr info, int level) {
     if (level < 0 && info->err->msg_code == JWRN_JPEG_EOF)
-        on_error(info);
-}
-
-void on_output(j_common_ptr) {}
-
-void install(error_manager& errors) {
-    jpeg_std_error(&errors.base);
-    errors.base.error_exit = on_error;
-    errors.base.emit_message = on_message;
-    errors.base.output_message = on_output;
+        graphics::jpeg_error_exit(info);
 }
 
 // Fills `pixels` (sized by the caller once the header is known); false on any libjpeg error.
-bool run_decompress(jpeg_decompress_struct& info, error_manager& errors, const unsigned char* bytes,
+bool run_decompress(jpeg_decompress_struct& info, jpeg_errors& errors, const unsigned char* bytes,
                     size_t size, unsigned long long max_pixels, std::vector<unsigned char>& pixels,
                     _vec2<int>& out_size) {
     if (setjmp(errors.jump)) {
@@ -97,8 +77,8 @@ bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max
     if (!bytes || size < 4 || bytes[0] != 0xFF || bytes[1] != 0xD8)
         return false;
     jpeg_decompress_struct info{};
-    error_manager errors{};
-    install(errors);
+    jpeg_errors errors{};
+    graphics::install_jpeg_errors(errors, on_message);
     info.err = &errors.base;
     std::vector<unsigned char> pixels;
     _vec2<int> decoded_size;
