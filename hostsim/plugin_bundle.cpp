@@ -123,11 +123,13 @@ bool ParsePipl(std::string_view data, Pipl& out, std::string& error) {
         if (vendor != "8BIM")
             continue;
         bool ok = true;
-        if (key == "kind")
-            ok = length == 4 && (out.kind = value, true);
-        else if (key == "vers")
-            ok = length == 4 && (out.version = Big32(value, 0), true);
-        else if (key == "name")
+        if (key == "kind" || key == "vers") {
+            ok = length == 4;
+            if (ok && key == "kind")
+                out.kind = value;
+            else if (ok)
+                out.version = Big32(value, 0);
+        } else if (key == "name")
             ok = PascalString(value, out.name);
         else if (key == "catg")
             ok = PascalString(value, out.category);
