@@ -2,6 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
+#include "nimbit/utils/thread_pool.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -13,6 +15,13 @@ std::unique_ptr<native_bitmap> create_native_bitmap() { return std::make_unique<
 namespace cocoa {
 
 namespace {
+
+// Pool threads load, scale and save bitmaps, and AppKit hands out autoreleased objects there too:
+// each job gets an autorelease pool of its own, or those objects would leak. Installed with the
+// bitmap code, which every program that gives images to the pool links.
+void *open_job_pool() { return [[NSAutoreleasePool alloc] init]; }
+void close_job_pool(void *pool) { [static_cast<NSAutoreleasePool *>(pool) release]; }
+const bool job_pools_installed = (set_thread_scope({open_job_pool, close_job_pool}), true);
 
 bool size_ok(_vec2<int> s) {
     return s.x > 0 && s.y > 0 &&
