@@ -25,9 +25,12 @@ if [ "${1:-}" = "--walkthrough" ]; then
 fi
 if [ -n "${DISPLAY:-}" ] && xdpyinfo >/dev/null 2>&1; then
     root=$(mktemp -d /tmp/quillo-host-XXXXXX)
-    mkdir -p "$root/home"
+    mkdir -p "$root/home" "$root/host"
+    # Installed as an artist would install it; the host finds it through its PiPL.
+    bash scripts/install.sh --into "$root/host" --bundle build/release/host/Plug-ins.appkit/Quillo.plugin
     echo "run: simulated host on $DISPLAY, files under $root"
-    HOME="$root/home" exec build/release/hostsim/app/hostsim-app --root "$root/disk" "$@"
+    HOME="$root/home" exec build/release/hostsim/app/hostsim-app --plugins "$root/host/Plug-ins" \
+        --root "$root/disk" "$@"
 fi
 echo "run: no display; starting Xvfb and the walkthrough"
 exec bash scripts/walkthrough.sh "$@"

@@ -10,14 +10,16 @@ cd "$(dirname "$0")/.."
 repo=$(pwd)
 app=$repo/build/release/hostsim/app/hostsim-app
 project=$repo/hostsim/sample_project.json
-# The Plug-ins folder holding the bundle of the plug-in whose windows are real (AppKit over GNUstep);
-# see host/CMakeLists.txt. The host finds the plug-in there through its PiPL.
-plugins=$repo/build/release/host/Plug-ins.appkit
-plugin=$plugins/Quillo.plugin
+# The bundle of the plug-in whose windows are real (AppKit over GNUstep); see host/CMakeLists.txt.
+# It is installed into the run's host folder, where the host finds it through its PiPL.
+plugin=$repo/build/release/host/Plug-ins.appkit/Quillo.plugin
 [ -x "$app" ] && [ -d "$plugin" ] || { echo "walkthrough: $app or $plugin is missing; run scripts/run.sh" >&2; exit 1; }
 
 out=$repo/build/walkthrough/$(date -u +%Y%m%d-%H%M%S)
-mkdir -p "$out" "$out/run/home"
+mkdir -p "$out" "$out/run/home" "$out/run/host"
+# Installed as an artist would install it, into this run's own host folder.
+bash "$repo/scripts/install.sh" --into "$out/run/host" --bundle "$plugin" >/dev/null
+plugins=$out/run/host/Plug-ins
 transcript=$out/transcript.txt
 record=$out/session.json
 say() { echo "$*" | tee -a "$transcript"; }
