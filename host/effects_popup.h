@@ -70,7 +70,7 @@ public:
 private:
     void SetUpPopupWindow();
     void ApplyPendingEffect();
-    bool ApplyPreset(const EffectData& entry);
+    void ApplyPreset(const EffectData& entry);
     // Renders the current frame and delivers it as code (a PopupRequest) asks; frame_capture.cpp.
     void CaptureFrame(uint32_t code);
 

@@ -1,0 +1,72 @@
+// The popup and its message windows as they paint, checked against approved pictures (see
+// tests/support/draw_snapshot.h): layout, colours and texts in the states an artist sees.
+
+#include "nimbit/ui/offscreen/offscreen_input.h"
+#include "popup/parts/effects_message_popup.h"
+#include "popup/ui_colors.h"
+#include "tests/popup/popup_fixture.h"
+#include "tests/support/draw_snapshot.h"
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+using PicturePopupTest = PopupTest;
+
+TEST_F(PicturePopupTest, PopupInEachModeWithRowsHoverAndShortcuts) {
+    snapshot::picture p;
+    const struct {
+        const char *title, *comp, *layer;
+    } modes[] = {{"no composition", "", ""}, {"composition, no layer", "Comp 1", ""}};
+    for (const auto& m : modes) {
+        p.section(m.title);
+        Open(m.comp, m.layer);
+        p.place("window", popup->get_rect());
+        p.calls(Painted(*popup));
+        popup->hide();
+    }
+
+    p.section("search mode with two shortcuts");
+    SetSlot(1, "Glow", "Glo");
+    SetSlot(4, "Curves", "Cur");
+    Open();
+    p.place("window", popup->get_rect());
+    p.calls(Painted(*popup));
+
+    p.section("rows for \"blur\", the second hovered");
+    Search("blur");
+    p.place("window", popup->get_rect());
+    const ivec4 second = popup->GetRows()[1]->get_rect();
+    const _vec2<int> at = popup->GetRows()[1]->calc_absolute_pos();
+    offscreen::move_mouse(*popup, {at.x, at.y + second.h / 2}); // its left edge
+    p.calls(Painted(*popup));
+    p.line("selected " + SelectedName());
+
+    p.section("no matches");
+    Search("zzz");
+    p.calls(Painted(*popup));
+    EXPECT_TRUE(p.matches("popup"));
+}
+
+TEST_F(PicturePopupTest, QuestionAndNotice) {
+    const UIColors colours = BuildColorThemes()[0];
+    snapshot::picture p;
+    window parent;
+    parent.create("parent", {0, 0, 400, 300});
+    EffectsMessagePopup ask(&parent, {40, 50}, &colours,
+                            {.title = "Delete?",
+                             .message = "Are you sure you want to delete these 3 images?",
+                             .confirm = "Delete"});
+    p.section("question");
+    p.place("window", ask.get_rect());
+    p.calls(Painted(ask));
+    EffectsWarningPopup warn(nullptr, {0, 0}, &colours,
+                             {.title = "Failed to Load", .message = "Unable to import settings from the file."});
+    p.section("notice");
+    p.place("window", warn.get_rect());
+    p.calls(Painted(warn));
+    EXPECT_TRUE(p.matches("message_popups"));
+}
+
+} // namespace
