@@ -9,7 +9,7 @@ packages=(
   # foundation and host side
   zlib1g-dev libcurl4-openssl-dev nlohmann-json3-dev libpng-dev libjpeg-dev libdeflate-dev
   # tests, benchmarks, fuzzing
-  libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev python3
+  libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev python3 nodejs
   # compiled-in icons: SVG sources rendered to PNG at build time
   librsvg2-bin
   # AppKit backend on Linux, real windows under a virtual display
