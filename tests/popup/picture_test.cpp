@@ -1,9 +1,8 @@
-// The popup and its message windows as they paint, checked against approved pictures (see
-// tests/support/draw_snapshot.h): layout, colours and texts in the states an artist sees.
+// The popup as it paints, checked against approved pictures (see tests/support/draw_snapshot.h):
+// layout, colours and texts in the states an artist sees. The message windows' pictures are taken
+// with their own tests.
 
 #include "nimbit/ui/offscreen/offscreen_input.h"
-#include "popup/parts/effects_message_popup.h"
-#include "popup/ui_colors.h"
 #include "tests/popup/popup_fixture.h"
 #include "tests/support/draw_snapshot.h"
 
@@ -47,26 +46,6 @@ TEST_F(PicturePopupTest, PopupInEachModeWithRowsHoverAndShortcuts) {
     Search("zzz");
     p.calls(Painted(*popup));
     EXPECT_TRUE(p.matches("popup"));
-}
-
-TEST_F(PicturePopupTest, QuestionAndNotice) {
-    const UIColors colours = BuildColorThemes()[0];
-    snapshot::picture p;
-    window parent;
-    parent.create("parent", {0, 0, 400, 300});
-    EffectsMessagePopup ask(&parent, {40, 50}, &colours,
-                            {.title = "Delete?",
-                             .message = "Are you sure you want to delete these 3 images?",
-                             .confirm = "Delete"});
-    p.section("question");
-    p.place("window", ask.get_rect());
-    p.calls(Painted(ask));
-    EffectsWarningPopup warn(nullptr, {0, 0}, &colours,
-                             {.title = "Failed to Load", .message = "Unable to import settings from the file."});
-    p.section("notice");
-    p.place("window", warn.get_rect());
-    p.calls(Painted(warn));
-    EXPECT_TRUE(p.matches("message_popups"));
 }
 
 } // namespace
