@@ -40,7 +40,7 @@ TEST_F(PicturePopupTest, PopupInEachModeWithRowsHoverAndShortcuts) {
     const _vec2<int> at = popup->GetRows()[1]->calc_absolute_pos();
     offscreen::move_mouse(*popup, {at.x, at.y + second.h / 2}); // its left edge
     p.calls(Painted(*popup));
-    p.line("selected " + SelectedName());
+    p.lines.push_back("selected " + SelectedName());
 
     p.section("no matches");
     Search("zzz");

@@ -46,7 +46,7 @@ TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
     key(event_key::down);
     offscreen::move_mouse(win, centre(c.drop_down));
     p.calls(repaint());
-    p.line("theme choice " + std::to_string(c.theme_choice));
+    p.lines.push_back("theme choice " + std::to_string(c.theme_choice));
 
     p.section("tooltip resting on the check box");
     c.check.add_tooltip("Renders at full size", "Full resolution");
@@ -63,7 +63,7 @@ TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
     p.section("grown by 100 x 60: the flexible split takes the height");
     win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
     p.calls(repaint());
-    p.line("scroll range " + std::to_string(c.scroll.get_max_scroll()));
+    p.lines.push_back("scroll range " + std::to_string(c.scroll.get_max_scroll()));
 
     EXPECT_TRUE(p.matches("showcase"));
 }
