@@ -130,10 +130,4 @@ struct RecordingWindow : PopupWindow {
         SetPopupWindowFactory(&Make);
     }
     static void Uninstall() { SetPopupWindowFactory(nullptr); }
-    static int Shows() {
-        int shows = 0;
-        for (const Call& c : calls)
-            shows += c.kind == PopupCommand::Show;
-        return shows;
-    }
 };
