@@ -150,8 +150,7 @@ class KnownFolders : public ::testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
-        for (const char* name : folder_variables)
-            ::unsetenv(name);
+        ::unsetenv("QUILLO_TEST_ASSETS");
         ::setenv("QUILLO_USER_DATA_DIR", (tmp / "user").c_str(), 1);
         ::setenv("QUILLO_COMMON_DATA_DIR", (tmp / "common").c_str(), 1);
         ::setenv("QUILLO_DOCS_DIR", (tmp / "docs").c_str(), 1);
@@ -164,7 +163,7 @@ protected:
     temp_folder tmp;
 };
 
-TEST_F(KnownFolders, OverridesAndModesChooseAssetsPathVariableOrPlatformFolder) {
+TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
 
@@ -181,10 +180,8 @@ TEST_F(KnownFolders, OverridesAndModesChooseAssetsPathVariableOrPlatformFolder) 
     // The common folder's modes: the variable, then the user's or the machine's folder.
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 1), tmp / "user");
-}
 
-// Without overrides: the XDG variables, then the home folder.
-TEST_F(KnownFolders, DefaultsFollowTheXdgVariablesAndHome) {
+    // Without overrides: the XDG variables, then the home folder.
     for (const char* name : folder_variables)
         ::unsetenv(name);
     ::setenv("XDG_CONFIG_HOME", "/xdg/config", 1);

@@ -77,16 +77,7 @@ TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPathAndImportBack) {
     }
 }
 
-TEST(PixelBuffer, BadImportArgumentsGiveAnEmptyBuffer) {
-    const uint8_t bytes[64] = {};
-    EXPECT_TRUE(pixel_buffer(nullptr, {2, 2}, 8, buffer_type::rgba8).empty());
-    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 7, buffer_type::rgba8).empty()) << "rows shorter than a row";
-    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 8, static_cast<buffer_type>(3)).empty());
-    EXPECT_TRUE(pixel_buffer(bytes, {-2, 2}, 8, buffer_type::rgba8).empty());
-    EXPECT_TRUE(pixel_buffer({INT_MAX, INT_MAX}).empty()) << "too large to allocate";
-}
-
-TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
+TEST(PixelBuffer, ExportsRegionsAndImportsAndExportsRefuseWhatDoesNotFit) {
     pixel_buffer buffer({10, 6});
     for (size_t i = 0; i < buffer.size_pixels(); ++i)
         buffer[i] = {static_cast<float>(i % 10) / 255.0f, static_cast<float>(i / 10) / 255.0f, 0, 1};
@@ -113,6 +104,14 @@ TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
     EXPECT_TRUE(refused({3, 2}, {0, 0}, 11, buffer_type::rgba8)) << "pitch shorter than a row";
     EXPECT_TRUE(refused({3, 2}, {0, 0}, 12, static_cast<buffer_type>(8)));
     buffer.export_buffer(nullptr, {3, 2}, {0, 0}, 12, buffer_type::rgba8); // nothing to write to
+
+    // Bad import arguments give an empty buffer.
+    const uint8_t* bytes = untouched.data();
+    EXPECT_TRUE(pixel_buffer(nullptr, {2, 2}, 8, buffer_type::rgba8).empty());
+    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 7, buffer_type::rgba8).empty()) << "rows shorter than a row";
+    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 8, static_cast<buffer_type>(3)).empty());
+    EXPECT_TRUE(pixel_buffer(bytes, {-2, 2}, 8, buffer_type::rgba8).empty());
+    EXPECT_TRUE(pixel_buffer({INT_MAX, INT_MAX}).empty()) << "too large to allocate";
 }
 
 TEST(PixelBufferDeathTest, NegativeOriginStops) {
