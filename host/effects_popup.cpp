@@ -1,5 +1,6 @@
 #include "host/effects_popup.h"
 
+#include "gallery/capture_writer.h"
 #include "host/aegp_suite_handler.h"
 #include "host/host_platform.h"
 #include "host/popup_window.h"
@@ -15,10 +16,14 @@ namespace {
 PopupWindowFactory popupWindowFactory = nullptr;
 
 // The hooks ignore their refcons: there is one controller per process.
-A_Err IdleHookCallback(AEGP_GlobalRefcon, AEGP_IdleRefcon, A_long*) {
+A_Err IdleHookCallback(AEGP_GlobalRefcon, AEGP_IdleRefcon, A_long* maxSleep) {
     try {
-        if (effectsPopup != nullptr)
+        if (effectsPopup != nullptr) {
             effectsPopup->IdleHook();
+            // A capture on its way to disk is announced within a tick or two, not a host's long nap.
+            if (maxSleep != nullptr && *maxSleep > 1 && effectsPopup->CapturesPending())
+                *maxSleep = 1;
+        }
     } catch (...) {
         // Nothing may unwind into the host; a failed tick is retried on the next one.
     }
@@ -45,7 +50,7 @@ PopupWindowFactory GetPopupWindowFactory() {
 }
 
 EffectsPopup::EffectsPopup(SPBasicSuite* basic, AEGP_PluginID pluginId, AeVersion version)
-    : basic(basic), pluginId(pluginId), version(version) {
+    : basic(basic), pluginId(pluginId), captureWriter(std::make_unique<CaptureWriter>()), version(version) {
     AEGP_SuiteHandler suites(basic);
     A_Boolean suppressed = 0;
     if (AEGP_UtilitySuite5* utility = suites.UtilitySuite11())
@@ -70,6 +75,21 @@ void EffectsPopup::IdleHook() {
             Execute(PopupCommand{PopupCommand::Show});
     }
     ApplyPendingEffect();
+    AnnounceCaptures();
+}
+
+void EffectsPopup::AnnounceCaptures() {
+    if (!captureWriter->TakeWritten().empty() && popupWindow != nullptr)
+        popupWindow->RefreshGallery();
+}
+
+void EffectsPopup::FinishCaptures() {
+    captureWriter->Flush();
+    AnnounceCaptures();
+}
+
+bool EffectsPopup::CapturesPending() const {
+    return captureWriter->Busy();
 }
 
 void EffectsPopup::SetUpPopupWindow() {
@@ -84,6 +104,9 @@ void EffectsPopup::SetUpPopupWindow() {
 }
 
 void EffectsPopup::DeathHook() {
+    // The plug-in may be unloaded next: the queued captures are written and the writer's thread
+    // joined (a fresh writer starts none until it is given a capture).
+    captureWriter = std::make_unique<CaptureWriter>();
     if (popupWindow != nullptr) {
         popupWindow->WriteFile();
         popupWindow.reset();

@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+class CaptureWriter;
 class PopupWindow;
 
 // The one host controller: created by the entry point, alive for the whole host session. It owns
@@ -28,6 +29,10 @@ public:
     // application; the death hook saves the search data and destroys the windows.
     void IdleHook();
     void DeathHook();
+    // Waits until the folder captures taken so far are on disk and tells the gallery of them.
+    void FinishCaptures();
+    // Whether a folder capture is still being written: the idle hook then asks to be called soon.
+    bool CapturesPending() const;
 
     // Carries a command to the popup window; see PopupWindow::Show. Without a window: NoCommandResult.
     uint32_t Execute(PopupCommand command);
@@ -73,10 +78,13 @@ private:
     void ApplyPreset(const EffectData& entry);
     // Renders the current frame and delivers it as code (a PopupRequest) asks; frame_capture.cpp.
     void CaptureFrame(uint32_t code);
+    // Tells the gallery of the captures the writer has finished; on the main thread, as any UI call.
+    void AnnounceCaptures();
 
     SPBasicSuite* basic;
     AEGP_PluginID pluginId;
     std::unique_ptr<PopupWindow> popupWindow;
+    std::unique_ptr<CaptureWriter> captureWriter; // folder captures, encoded and written off this thread
     std::vector<std::string> presetPaths;
     AeVersion version;
     const EffectData* pending = nullptr;

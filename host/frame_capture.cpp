@@ -2,6 +2,7 @@
 // project's depth, shown as the viewer shows it, converted to 8 bits and delivered one way.
 
 #include "gallery/capture_store.h"
+#include "gallery/capture_writer.h"
 #include "host/aegp_suite_handler.h"
 #include "host/effects_popup.h"
 #include "host/popup_window.h"
@@ -9,9 +10,11 @@
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/native_file_browser.h"
 #include "nimbit/ui/wide_text.h"
+#include "nimbit/utils/timer.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -137,40 +140,19 @@ AEGP_WorldH TransformToView(AEGP_SuiteHandler& suites, AEGP_PluginID pluginId, A
     return world;
 }
 
-// The frame as 8-bit pixels in the host's channel order (alpha, red, green, blue), rows width * 4
-// bytes apart.
-std::vector<unsigned char> ConvertTo8Bits(const Pixels& frame, const DepthClass& depth) {
-    using namespace nimbit::graphics;
-    const nimbit::_vec2<int> size{frame.width, frame.height};
-    const auto rowBytes = static_cast<unsigned>(frame.width) * 4;
-    std::vector<unsigned char> converted(static_cast<size_t>(rowBytes) * static_cast<size_t>(frame.height),
-                                         0);
-    const pixel_buffer buffer(frame.data, size, static_cast<unsigned>(frame.rowBytes),
-                              static_cast<buffer_type>(depth.bytesPerChannel));
-    buffer.export_buffer(converted.data(), size, rowBytes, buffer_type::rgba8);
-    return converted;
-}
-
-// A bitmap of the converted frame: the bitmap's bytes are red, green, blue, alpha.
-bool MakeBitmap(const std::vector<unsigned char>& argb, A_long width, A_long height,
-                nimbit::ui::bitmap& image) {
-    if (!image.create({width, height}, nimbit::ui::image_alpha::alpha))
+// A bitmap of the frame in 8 bits: the host's alpha, red, green, blue become the bitmap's red,
+// green, blue, alpha in the same pass, straight from the host's rows.
+bool MakeBitmap(const Pixels& frame, const DepthClass& depth, nimbit::ui::bitmap& image) {
+    if (!image.create({frame.width, frame.height}, nimbit::ui::image_alpha::alpha))
         return false;
     nimbit::ui::bitmap_data locked = image.lock();
-    if (locked.bits != nullptr) {
-        for (A_long y = 0; y < height; ++y) {
-            const unsigned char* from = argb.data() + static_cast<size_t>(y) * static_cast<size_t>(width) * 4;
-            unsigned char* to = locked.bits + static_cast<size_t>(y) * locked.pitch;
-            for (A_long x = 0; x < width; ++x, from += 4, to += 4) {
-                to[0] = from[1];
-                to[1] = from[2];
-                to[2] = from[3];
-                to[3] = from[0];
-            }
-        }
-    }
+    const bool converted =
+        locked.bits != nullptr &&
+        nimbit::graphics::convert_argb_to_rgba8(
+            frame.data, {frame.width, frame.height}, static_cast<unsigned>(frame.rowBytes),
+            static_cast<nimbit::graphics::buffer_type>(depth.bytesPerChannel), locked.bits, locked.pitch);
     image.unlock(locked);
-    return locked.bits != nullptr;
+    return converted;
 }
 
 struct SaveDialog {
@@ -252,13 +234,13 @@ void EffectsPopup::CaptureFrame(uint32_t code) {
     if (frame.viewWorld != nullptr)
         pixels = Describe(*worlds, frame.viewWorld);
 
-    const std::vector<unsigned char> converted = ConvertTo8Bits(pixels, depth);
-    const A_long width = pixels.width, height = pixels.height;
-    // The host's memory goes back before any dialog: the artist may leave one open for long.
-    frame.Release();
-
     nimbit::ui::bitmap image;
-    if (!MakeBitmap(converted, width, height, image))
+    const bool converted = MakeBitmap(pixels, depth, image);
+    const A_long width = pixels.width, height = pixels.height;
+    // The host's memory goes back before any encoding or dialog: the artist may leave one open for
+    // long.
+    frame.Release();
+    if (!converted)
         return;
     // Non-square pixels are shown stretched; the capture looks as the viewer does.
     A_Ratio aspect{1, 1};
@@ -283,9 +265,12 @@ void EffectsPopup::CaptureFrame(uint32_t code) {
                           {"Save to PNG", {"PNG files (*.png)", "*.png"}, nimbit::ui::image_format::png});
         break;
     case PopupRequest::CaptureToFolder:
-        CaptureStore::SaveCapture(image, prefs.captureFolder, GetProjName(project), GetCompName(comp));
-        if (popupWindow != nullptr)
-            popupWindow->RefreshGallery();
+        // Named for the moment of capture; encoded and written by the writer, and the gallery told
+        // on a later idle tick, once the file is whole.
+        captureWriter->Write(std::move(image),
+                             CaptureStore::CapturePath(prefs.captureFolder, GetProjName(project),
+                                                       GetCompName(comp),
+                                                       nimbit::timer::get_formated_time(true)));
         break;
     default:
         break; // rendered and converted, delivered nowhere

@@ -1,7 +1,7 @@
 // The simulated host's command-line driver: loads the plug-in into a simulated session and shows
 // what it does.
 //
-//   hostsim [--project file.json] [--root folder] [--plugin Quillo.so] [--idle ticks]
+//   hostsim [--project file.json] [--root folder] [--plugins folder] [--idle ticks]
 //           [--execute word [number]]...
 //
 // The session starts the plug-in with the project's API version, runs the idle ticks, runs each
@@ -27,7 +27,7 @@ struct ScriptCall {
 };
 
 int Usage() {
-    std::fprintf(stderr, "usage: hostsim [--project file.json] [--root folder] [--plugin Quillo.so] "
+    std::fprintf(stderr, "usage: hostsim [--project file.json] [--root folder] [--plugins folder] "
                          "[--idle ticks] [--execute word [number]]...\n");
     return 2;
 }
@@ -55,7 +55,7 @@ void PrintResult(const std::string& word, long status, const TaggedData& result,
 
 int main(int argc, char** argv) {
     std::string project = QUILLO_SAMPLE_PROJECT;
-    std::string plugin = QUILLO_PLUGIN_PATH;
+    std::string plugins = QUILLO_PLUGINS_DIR;
     std::string root;
     int idleTicks = 3;
     std::vector<ScriptCall> calls;
@@ -67,8 +67,8 @@ int main(int argc, char** argv) {
         const char* v = nullptr;
         if (arg == "--project" && (v = value()))
             project = v;
-        else if (arg == "--plugin" && (v = value()))
-            plugin = v;
+        else if (arg == "--plugins" && (v = value()))
+            plugins = v;
         else if (arg == "--root" && (v = value()))
             root = v;
         else if (arg == "--idle" && (v = value()))
@@ -95,10 +95,14 @@ int main(int argc, char** argv) {
         host.Materialize();
         std::printf("project %s, %zu installed effects, files under %s\n", project.c_str(),
                     host.GetModel().effects.size(), root.c_str());
-        if (!host.LoadPlugin(plugin)) {
-            std::fprintf(stderr, "cannot load %s: %s\n", plugin.c_str(), host.loadError.c_str());
+        const bool loaded = host.LoadPlugins(plugins);
+        for (const std::string& reason : host.skippedPlugins)
+            std::fprintf(stderr, "skipped %s\n", reason.c_str());
+        if (!loaded) {
+            std::fprintf(stderr, "%s\n", host.loadError.c_str());
             return 1;
         }
+        std::printf("plug-in %s\n", host.loadedBundle.c_str());
         std::printf("script functions: %s (version %ld)\n", host.ScriptInitialize().c_str(),
                     host.ScriptVersion());
         const A_Err started = host.StartPlugin();

@@ -1,5 +1,6 @@
 #include "hostsim/sim_host.h"
 
+#include "hostsim/plugin_bundle.h"
 #include "hostsim/sim_suites.h"
 #include "hostsim/suite_calls.h"
 
@@ -182,25 +183,56 @@ const Effect* SimHost::FindEffect(AEGP_InstalledEffectKey key) const {
     return nullptr;
 }
 
-bool SimHost::LoadPlugin(const std::string& path) {
-    library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (library == nullptr) {
-        loadError = dlerror();
+std::string SimHost::PluginsFolder() const {
+    return root + "/" + model.installFolder + "/Plug-ins";
+}
+
+bool SimHost::LoadPlugins(const std::string& folder) {
+    for (const PluginBundle& plugin : ScanPlugins(folder, skippedPlugins)) {
+        std::string error;
+        if (LoadCode(plugin.code, plugin.pipl.entryPoints.at(PlatformEntryKey()), error)) {
+            loadedBundle = plugin.bundle;
+            return true;
+        }
+        skippedPlugins.push_back(plugin.bundle + ": " + error);
+    }
+    loadError = "no plug-in to load in " + folder;
+    for (const std::string& reason : skippedPlugins)
+        loadError += "; " + reason;
+    return false;
+}
+
+bool SimHost::LoadCode(const std::string& path, const std::string& entryPoint, std::string& error) {
+    void* code = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (code == nullptr) {
+        const char* why = dlerror();
+        error = why != nullptr ? why : "cannot load " + path;
         return false;
     }
     auto find = [&](const char* name) {
-        void* symbol = dlsym(library, name);
+        void* symbol = dlsym(code, name);
         if (symbol == nullptr)
-            loadError += std::string(loadError.empty() ? "" : ", ") + "missing " + name;
+            error += std::string(error.empty() ? "" : ", ") + "missing " + name;
         return symbol;
     };
-    pluginMain = reinterpret_cast<AEGP_PluginInitFunc>(find("PluginMain"));
-    esInitialize = reinterpret_cast<char* (*)()>(find("ESInitialize"));
-    esGetVersion = reinterpret_cast<long (*)()>(find("ESGetVersion"));
-    esFreeMem = reinterpret_cast<void (*)(void*)>(find("ESFreeMem"));
-    esTerminate = reinterpret_cast<void (*)()>(find("ESTerminate"));
-    esExecute = reinterpret_cast<long (*)(TaggedData*, long, TaggedData*)>(find("execute"));
-    return loadError.empty();
+    void* entry = find(entryPoint.c_str());
+    void* initialize = find("ESInitialize");
+    void* version = find("ESGetVersion");
+    void* freeMem = find("ESFreeMem");
+    void* terminate = find("ESTerminate");
+    void* execute = find("execute");
+    if (!error.empty()) {
+        dlclose(code);
+        return false;
+    }
+    library = code;
+    pluginMain = reinterpret_cast<AEGP_PluginInitFunc>(entry);
+    esInitialize = reinterpret_cast<char* (*)()>(initialize);
+    esGetVersion = reinterpret_cast<long (*)()>(version);
+    esFreeMem = reinterpret_cast<void (*)(void*)>(freeMem);
+    esTerminate = reinterpret_cast<void (*)()>(terminate);
+    esExecute = reinterpret_cast<long (*)(TaggedData*, long, TaggedData*)>(execute);
+    return true;
 }
 
 A_Err SimHost::StartPlugin(A_long major, A_long minor, AEGP_PluginID pluginId) {

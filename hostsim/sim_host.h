@@ -69,10 +69,16 @@ public:
     int colorTransforms = 0;
     RenderRequest lastRender;
 
-    // The plug-in library. Load returns false (and says why in loadError) when the library or one of
-    // its entry points is missing.
-    bool LoadPlugin(const std::string& path);
+    // The host's own Plug-ins folder, in its installation.
+    std::string PluginsFolder() const;
+    // Loads the plug-in as the host does: the first bundle below folder (see plugin_bundle.h) whose
+    // PiPL checks out and whose code has the entry point the PiPL names for this processor and the
+    // script functions. Every bundle passed over is in skippedPlugins with the reason; false (and
+    // why in loadError) when none is left.
+    bool LoadPlugins(const std::string& folder);
+    std::vector<std::string> skippedPlugins;
     std::string loadError;
+    std::string loadedBundle;
     A_Err StartPlugin(A_long major, A_long minor, AEGP_PluginID pluginId = 7);
     A_Err StartPlugin() { return StartPlugin(model.apiMajor, model.apiMinor); }
     std::string ScriptInitialize();
@@ -102,6 +108,7 @@ private:
     Model model;
     std::string root;
     SPBasicSuite basic;
+    bool LoadCode(const std::string& path, const std::string& entryPoint, std::string& error);
     MenuItem mainMenu;
     std::string executablePath;
 

@@ -13,7 +13,7 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 cmake -S . -B build/release -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo >/dev/null
-cmake --build build/release --target hostsim hostsim-app Quillo -j "$(nproc)"
+cmake --build build/release --target hostsim hostsim-app -j "$(nproc)"
 
 if [ "${1:-}" = "--batch" ]; then
     shift

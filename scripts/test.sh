@@ -3,7 +3,7 @@
 # gcc build, and a clang build with AddressSanitizer and UndefinedBehaviorSanitizer that also holds
 # the fuzz targets), then runs each fuzz target for a short time.
 #   FUZZ_SECONDS   seconds per fuzz target (default 20; 0 skips fuzzing)
-#   QUILLO_LABELS  a ctest label regex to run only some areas (default: all)
+#   QUILLO_LABELS  a ctest label regex to run only some areas (default: all), e.g. "host|install"
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$(pwd)

@@ -9,9 +9,11 @@ cd "$(dirname "$0")/.."
 repo=$(pwd)
 app=$repo/build/release/hostsim/app/hostsim-app
 project=$repo/hostsim/sample_project.json
-# The plug-in whose windows are real (AppKit over GNUstep); see host/CMakeLists.txt.
-plugin=$repo/build/release/host/Quillo.appkit.so
-[ -x "$app" ] && [ -f "$plugin" ] || { echo "walkthrough: $app or $plugin is missing; run scripts/run.sh" >&2; exit 1; }
+# The Plug-ins folder holding the bundle of the plug-in whose windows are real (AppKit over GNUstep);
+# see host/CMakeLists.txt. The host finds the plug-in there through its PiPL.
+plugins=$repo/build/release/host/Plug-ins.appkit
+plugin=$plugins/Quillo.plugin
+[ -x "$app" ] && [ -d "$plugin" ] || { echo "walkthrough: $app or $plugin is missing; run scripts/run.sh" >&2; exit 1; }
 
 out=$repo/build/walkthrough/$(date -u +%Y%m%d-%H%M%S)
 mkdir -p "$out" "$out/run/home"
@@ -130,7 +132,7 @@ start_host() {
     rm -f "$record"
     [ -p "$out/run/control" ] || mkfifo "$out/run/control"
     exec 7<>"$out/run/control"
-    HOME=$out/run/home "$app" --plugin "$plugin" --project "$project" --root "$out/run/disk" --record "$record" \
+    HOME=$out/run/home "$app" --plugins "$plugins" --project "$project" --root "$out/run/disk" --record "$record" \
         --news-url http://127.0.0.1:9/news --control <"$out/run/control" >>"$out/host.log" 2>&1 &
     app_pid=$!
     xdotool search --sync --onlyvisible --name "$title" >/dev/null 2>&1 &&

@@ -9,15 +9,15 @@
 HostAppOptions ParseHostAppOptions(int argc, char** argv) {
     HostAppOptions options;
     options.project = QUILLO_SAMPLE_PROJECT;
-    options.plugin = QUILLO_PLUGIN_PATH;
+    options.plugins = QUILLO_PLUGINS_DIR;
     for (int i = 1; i < argc; ++i) {
         const std::string_view arg = argv[i];
         const char* value = i + 1 < argc ? argv[i + 1] : nullptr;
         std::string* target = nullptr;
         if (arg == "--project")
             target = &options.project;
-        else if (arg == "--plugin")
-            target = &options.plugin;
+        else if (arg == "--plugins")
+            target = &options.plugins;
         else if (arg == "--root")
             target = &options.root;
         else if (arg == "--news-url")
@@ -32,7 +32,7 @@ HostAppOptions ParseHostAppOptions(int argc, char** argv) {
             continue;
         }
         if (target == nullptr || value == nullptr) {
-            std::fprintf(stderr, "usage: hostsim-app [--project file.json] [--plugin Quillo.so] "
+            std::fprintf(stderr, "usage: hostsim-app [--project file.json] [--plugins folder] "
                                  "[--root folder] [--news-url url] [--record file.json] [--control]\n");
             options.ok = false;
             return options;

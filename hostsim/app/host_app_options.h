@@ -6,7 +6,7 @@
 
 struct HostAppOptions {
     std::string project;  // project file (JSON)
-    std::string plugin;   // the plug-in library
+    std::string plugins;  // the Plug-ins folder the plug-in is loaded from (its first usable bundle)
     std::string root;     // the simulated disk: installation, documents and data folders
     std::string newsUrl;  // the news endpoint handed to the plug-in; empty leaves it as configured
     std::string record;   // the session record file; empty: <root>/session.json

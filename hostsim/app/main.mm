@@ -4,7 +4,7 @@
 // the Effect menu at index 5, built from the project; a 30 ms timer calls the idle hooks; quitting
 // runs the death hooks. Every change is written to the session record (a JSON file) for tests.
 //
-//   hostsim-app [--project file.json] [--plugin Quillo.so] [--root folder] [--news-url url]
+//   hostsim-app [--project file.json] [--plugins folder] [--root folder] [--news-url url]
 //               [--record file.json] [--control]
 //
 // With --control the application also reads lines from standard input, one command each:
@@ -143,9 +143,8 @@ NSTextView *AddTextPane(NSView *content, NSRect frame, unsigned int resizing, CG
     s->host->Materialize();
     if (!s->options.newsUrl.empty())
         setenv("QUILLO_NEWS_URL", s->options.newsUrl.c_str(), 1);
-    if (!s->host->LoadPlugin(s->options.plugin)) {
-        std::fprintf(stderr, "hostsim-app: cannot load %s: %s\n", s->options.plugin.c_str(),
-                     s->host->loadError.c_str());
+    if (!s->host->LoadPlugins(s->options.plugins)) {
+        std::fprintf(stderr, "hostsim-app: %s\n", s->host->loadError.c_str());
         return NO;
     }
     s->host->ScriptInitialize();

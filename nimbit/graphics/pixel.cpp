@@ -109,6 +109,90 @@ void row_from_16(const unsigned char* src, float* dst, int width) {
     }
 }
 
+// A, R, G, B bytes to R, G, B, A: each pixel read as a little-endian word, rotated by one byte.
+inline uint32_t argb_to_rgba(uint32_t v) {
+    return (v >> 8) | (v << 24);
+}
+
+#if defined(__SSE2__)
+inline __m128i argb_to_rgba(__m128i v) {
+    return _mm_or_si128(_mm_srli_epi32(v, 8), _mm_slli_epi32(v, 24));
+}
+#endif
+
+// One row of 8-bit host pixels reordered.
+void argb8_row(const unsigned char* src, unsigned char* dst, int width) {
+    int x = 0;
+#if defined(__SSE2__)
+    for (; x + 4 <= width; x += 4) {
+        const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + x * 4));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x * 4), argb_to_rgba(v));
+    }
+#endif
+    for (; x < width; ++x) {
+        uint32_t v;
+        std::memcpy(&v, src + x * 4, 4);
+        v = argb_to_rgba(v);
+        std::memcpy(dst + x * 4, &v, 4);
+    }
+}
+
+// One row of 16-bit host pixels to 8 bits, reordered. The arithmetic is the import's (to a float in
+// 0..1) followed by the export's, so the values are the same as through a pixel_buffer.
+void argb16_row(const unsigned char* src, unsigned char* dst, int width) {
+    constexpr float inv = 1.0f / scale16;
+    int x = 0;
+#if defined(__SSE2__)
+    const __m128 scale = _mm_set1_ps(scale8);
+    const __m128 inverse = _mm_set1_ps(inv);
+    const __m128i zero = _mm_setzero_si128();
+    auto convert = [&](__m128i words) { // 4 zero-extended channels
+        const __m128 unit_value = _mm_mul_ps(_mm_cvtepi32_ps(words), inverse);
+        return _mm_cvtps_epi32(_mm_min_ps(scale, _mm_mul_ps(unit_value, scale)));
+    };
+    for (; x + 4 <= width; x += 4) {
+        const unsigned char* s = src + x * 8;
+        const __m128i a = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s));
+        const __m128i b = _mm_loadu_si128(reinterpret_cast<const __m128i*>(s + 16));
+        const __m128i lo =
+            _mm_packs_epi32(convert(_mm_unpacklo_epi16(a, zero)), convert(_mm_unpackhi_epi16(a, zero)));
+        const __m128i hi =
+            _mm_packs_epi32(convert(_mm_unpacklo_epi16(b, zero)), convert(_mm_unpackhi_epi16(b, zero)));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x * 4), argb_to_rgba(_mm_packus_epi16(lo, hi)));
+    }
+#endif
+    for (; x < width; ++x)
+        for (int c = 0; c < 4; ++c) {
+            uint16_t v;
+            std::memcpy(&v, src + (x * 4 + c) * 2, 2);
+            dst[x * 4 + (c + 3) % 4] = to8(static_cast<float>(v) * inv);
+        }
+}
+
+// One row of float host pixels to 8 bits, reordered; the export's arithmetic (floats_to_8).
+void argb32f_row(const unsigned char* src, unsigned char* dst, int width) {
+    int x = 0;
+#if defined(__SSE2__)
+    const __m128 scale = _mm_set1_ps(scale8);
+    auto convert = [&](const unsigned char* p) {
+        return _mm_cvtps_epi32(
+            _mm_min_ps(scale, _mm_mul_ps(_mm_loadu_ps(reinterpret_cast<const float*>(p)), scale)));
+    };
+    for (; x + 4 <= width; x += 4) {
+        const unsigned char* s = src + x * 16;
+        const __m128i lo = _mm_packs_epi32(convert(s), convert(s + 16));
+        const __m128i hi = _mm_packs_epi32(convert(s + 32), convert(s + 48));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(dst + x * 4), argb_to_rgba(_mm_packus_epi16(lo, hi)));
+    }
+#endif
+    for (; x < width; ++x)
+        for (int c = 0; c < 4; ++c) {
+            float v;
+            std::memcpy(&v, src + (x * 4 + c) * 4, 4);
+            dst[x * 4 + (c + 3) % 4] = to8(v);
+        }
+}
+
 bool valid_size(_vec2<int> size) {
     return size.x > 0 && size.y > 0;
 }
@@ -148,6 +232,25 @@ unsigned bytes_per_pixel(buffer_type type) {
         return 16;
     }
     return 0;
+}
+
+bool convert_argb_to_rgba8(const unsigned char* source, _vec2<int> size, unsigned source_row_bytes,
+                           buffer_type type, unsigned char* destination, unsigned destination_row_bytes) {
+    const unsigned pixel_bytes = bytes_per_pixel(type);
+    if (source == nullptr || destination == nullptr || !valid_size(size) || pixel_bytes == 0 ||
+        uint64_t{source_row_bytes} < uint64_t{pixel_bytes} * static_cast<uint64_t>(size.x) ||
+        uint64_t{destination_row_bytes} < uint64_t{4} * static_cast<uint64_t>(size.x))
+        return false;
+    void (*const row)(const unsigned char*, unsigned char*, int) = type == buffer_type::rgba8 ? argb8_row
+                                                                   : type == buffer_type::rgba16
+                                                                       ? argb16_row
+                                                                       : argb32f_row;
+    for_rows(size.y, [&](int begin, int end) {
+        for (int y = begin; y < end; ++y)
+            row(source + static_cast<size_t>(y) * source_row_bytes,
+                destination + static_cast<size_t>(y) * destination_row_bytes, size.x);
+    });
+    return true;
 }
 
 pixel_buffer::pixel_buffer(_vec2<int> size) {

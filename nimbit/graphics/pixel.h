@@ -19,6 +19,14 @@ enum class buffer_type : unsigned {
 // Bytes per pixel of a layout; 0 for a value that is none of the above.
 unsigned bytes_per_pixel(buffer_type type);
 
+// Converts size.x by size.y pixels of a host frame (channels alpha, red, green, blue in layout type,
+// rows source_row_bytes apart) to 8-bit red, green, blue, alpha at destination, rows
+// destination_row_bytes apart: one pass, no intermediate copy, split by rows over the thread pool.
+// The values are those of a pixel_buffer export. Returns false, writing nothing, for null pointers, a
+// size that is not positive, rows shorter than a row of pixels or an unknown layout.
+bool convert_argb_to_rgba8(const unsigned char* source, _vec2<int> size, unsigned source_row_bytes,
+                           buffer_type type, unsigned char* destination, unsigned destination_row_bytes);
+
 // A colour (four channels in 0..1) with conversions between colour models. Alpha (w) passes
 // through every conversion unchanged.
 struct pixel : vec4 {

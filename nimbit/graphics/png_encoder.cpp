@@ -7,6 +7,10 @@
 #include <memory>
 #include <new>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace nimbit::graphics {
 
 namespace {
@@ -40,7 +44,15 @@ void put_chunk(std::vector<unsigned char>& out, const char (&type)[5], const uns
 void filter_row(const unsigned char* in, unsigned char* out, int width) {
     *out++ = FilterSub;
     std::memcpy(out, in, 4);
-    for (int x = 4; x < width * 4; ++x)
+    int x = 4;
+#if defined(__SSE2__)
+    for (; x + 16 <= width * 4; x += 16) {
+        const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + x));
+        const __m128i left = _mm_loadu_si128(reinterpret_cast<const __m128i*>(in + x - 4));
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out + x), _mm_sub_epi8(here, left));
+    }
+#endif
+    for (; x < width * 4; ++x)
         out[x] = static_cast<unsigned char>(in[x] - in[x - 4]);
 }
 
@@ -56,22 +68,25 @@ std::vector<unsigned char> encode_png(const rgba_view& image) {
         return {};
     const size_t row_bytes = 1 + static_cast<size_t>(image.width) * 4;
     try {
-        std::vector<unsigned char> filtered(row_bytes * static_cast<size_t>(image.height));
+        // Both big buffers are left uninitialised: every filtered byte is written, and of the
+        // compressor's bound only the part it fills is ever touched (and paged in).
+        const size_t filtered_size = row_bytes * static_cast<size_t>(image.height);
+        std::unique_ptr<unsigned char[]> filtered(new unsigned char[filtered_size]);
         for (int y = 0; y < image.height; ++y)
-            filter_row(image.pixels + static_cast<size_t>(y) * image.pitch, filtered.data() + y * row_bytes,
+            filter_row(image.pixels + static_cast<size_t>(y) * image.pitch, filtered.get() + y * row_bytes,
                        image.width);
 
         const std::unique_ptr<libdeflate_compressor, compressor_free> compressor(
             libdeflate_alloc_compressor(1));
         if (!compressor)
             return {};
-        std::vector<unsigned char> deflated(
-            libdeflate_zlib_compress_bound(compressor.get(), filtered.size()));
-        const size_t deflated_size = libdeflate_zlib_compress(
-            compressor.get(), filtered.data(), filtered.size(), deflated.data(), deflated.size());
+        const size_t bound = libdeflate_zlib_compress_bound(compressor.get(), filtered_size);
+        std::unique_ptr<unsigned char[]> deflated(new unsigned char[bound]);
+        const size_t deflated_size =
+            libdeflate_zlib_compress(compressor.get(), filtered.get(), filtered_size, deflated.get(), bound);
         if (deflated_size == 0 || deflated_size > MaxChunk)
             return {};
-        filtered = {}; // the two big buffers need not live together with the output
+        filtered.reset(); // the two big buffers need not live together with the output
 
         unsigned char header[13];
         put_be32(header, static_cast<uint32_t>(image.width));
@@ -84,7 +99,7 @@ std::vector<unsigned char> encode_png(const rgba_view& image) {
         png.reserve(sizeof Signature + 25 + 12 + deflated_size + 12);
         png.insert(png.end(), Signature, Signature + sizeof Signature);
         put_chunk(png, "IHDR", header, sizeof header);
-        put_chunk(png, "IDAT", deflated.data(), deflated_size);
+        put_chunk(png, "IDAT", deflated.get(), deflated_size);
         put_chunk(png, "IEND", nullptr, 0);
         return png;
     } catch (const std::bad_alloc&) {

@@ -10,7 +10,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cmath>
+#include <filesystem>
+#include <thread>
 
 namespace {
 
@@ -70,7 +73,11 @@ struct FrameCapture : ::testing::Test {
         EXPECT_EQ(host.liveMemHandles + host.Outstanding(), 0);
     }
 
-    void Capture(PopupRequest code) { controller.CustomEvent(static_cast<uint32_t>(code)); }
+    // A capture, and for the folder the wait until it is written.
+    void Capture(PopupRequest code) {
+        controller.CustomEvent(static_cast<uint32_t>(code));
+        controller.FinishCaptures();
+    }
 };
 
 TEST_F(FrameCapture, DeliversEachModeAtTheProjectsDepthThroughTheViewTransform) {
@@ -106,6 +113,32 @@ TEST_F(FrameCapture, DeliversEachModeAtTheProjectsDepthThroughTheViewTransform) 
         EXPECT_TRUE(captures.empty() || captures[0].path.leaf(true).starts_with("Shot_Main_"));
     }
     EXPECT_EQ(RecordingWindow::galleryRefreshes, 1); // by the folder capture
+}
+
+// A folder capture returns before its file is written; the gallery hears of it on the idle tick after
+// the file is whole, and a controller going away first still writes it.
+TEST_F(FrameCapture, FolderCapturesAreAnnouncedOnceWholeAndOutliveTheController) {
+    host.GetModel().projects[0]->bitDepth = AEGP_ProjBitDepth_32;
+    int wholeWhenTold = 0;
+    RecordingWindow::onRefreshGallery = [&] {
+        const std::vector<ListedCapture> captures = CaptureStore::ListCaptures(folder);
+        wholeWhenTold +=
+            captures.size() == 1 && Mismatches(Load(&captures[0].path), AEGP_WorldType_32, comp.time) == 0;
+    };
+    controller.CustomEvent(static_cast<uint32_t>(CaptureToFolder));
+    EXPECT_EQ(RecordingWindow::galleryRefreshes, 0); // not from inside the capture
+    while (controller.CapturesPending())
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    controller.IdleHook();
+    controller.IdleHook(); // told once per capture
+    EXPECT_EQ(std::pair(RecordingWindow::galleryRefreshes, wholeWhenTold), std::pair(1, 1));
+
+    std::filesystem::remove_all(folder);
+    controller.CustomEvent(static_cast<uint32_t>(CaptureToFolder));
+    session.controller.reset();
+    const std::vector<ListedCapture> captures = CaptureStore::ListCaptures(folder);
+    ASSERT_EQ(captures.size(), 1u);
+    EXPECT_EQ(Mismatches(Load(&captures[0].path), AEGP_WorldType_32, comp.time), 0);
 }
 
 TEST_F(FrameCapture, RendersTheLayersTimeAtTheViewersOrFullResolutionStretchedToThePixelAspect) {

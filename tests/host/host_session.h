@@ -9,6 +9,7 @@
 #include "hostsim/sim_host.h"
 #include "nimbit/filesystem/file_stats.h"
 
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -100,6 +101,7 @@ struct RecordingWindow : PopupWindow {
     static inline int made = 0, hides = 0, filesWritten = 0, destroyed = 0, galleryRefreshes = 0;
     static inline std::vector<size_t> catalogueSizes;
     static inline uint32_t newsCount = 12;
+    static inline std::function<void()> onRefreshGallery; // what a test checks when the gallery is told
     bool shown = false;
 
     ~RecordingWindow() override { ++destroyed; }
@@ -115,7 +117,11 @@ struct RecordingWindow : PopupWindow {
     }
     bool IsShown() const override { return shown; }
     void WriteFile() override { ++filesWritten; }
-    void RefreshGallery() override { ++galleryRefreshes; }
+    void RefreshGallery() override {
+        ++galleryRefreshes;
+        if (onRefreshGallery)
+            onRefreshGallery();
+    }
     void SetEffectData(const std::vector<EffectData>& catalogue) override {
         catalogueSizes.push_back(catalogue.size());
     }
@@ -127,7 +133,11 @@ struct RecordingWindow : PopupWindow {
         calls.clear();
         catalogueSizes.clear();
         made = hides = filesWritten = destroyed = galleryRefreshes = 0;
+        onRefreshGallery = nullptr;
         SetPopupWindowFactory(&Make);
     }
-    static void Uninstall() { SetPopupWindowFactory(nullptr); }
+    static void Uninstall() {
+        SetPopupWindowFactory(nullptr);
+        onRefreshGallery = nullptr;
+    }
 };

@@ -14,15 +14,17 @@
 
 namespace {
 
-// A session with its own copy of the plug-in library, so that every test starts from a freshly
-// loaded plug-in (the loader would otherwise hand back the instance an earlier test started).
+// A session with its own copy of the plug-in's bundle in the host's Plug-ins folder, so that every
+// test starts from a freshly loaded plug-in (the loader would otherwise hand back the instance an
+// earlier test started).
 struct PluginSession : HostSession {
     explicit PluginSession(const std::string& json = SmallProject) : HostSession(json) {}
     hostsim::SimHost& Load() {
         hostsim::SimHost& h = Start();
-        const nimbit::file_path copy = folder / "Quillo.so";
-        EXPECT_TRUE(nimbit::copy_file(nimbit::file_path(QUILLO_PLUGIN_PATH), copy));
-        EXPECT_TRUE(h.LoadPlugin(copy.to_string())) << h.loadError;
+        const nimbit::file_path plugins(h.PluginsFolder());
+        EXPECT_TRUE(nimbit::make_dir(plugins));
+        EXPECT_TRUE(nimbit::copy_dir(nimbit::file_path(QUILLO_PLUGINS_DIR "/Quillo.plugin"), plugins));
+        EXPECT_TRUE(h.LoadPlugins(plugins.to_string())) << h.loadError;
         return h;
     }
     // Runs execute with args; returns the status, the result in result.
