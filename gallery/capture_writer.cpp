@@ -1,6 +1,7 @@
 #include "gallery/capture_writer.h"
 
 #include "nimbit/filesystem/file_operations.h"
+#include "nimbit/utils/thread_pool.h"
 
 #include <exception>
 #include <utility>
@@ -60,8 +61,12 @@ void CaptureWriter::Run() {
         queue.pop_front();
         writing = true;
         lock.unlock();
-        const bool saved = Save(job);
-        job.image.unload(); // the frame's memory goes back before the next one is taken
+        bool saved = false;
+        {
+            const nimbit::thread_scope_guard scope; // the platform's per-job set-up (an autorelease pool)
+            saved = Save(job);
+            job.image.unload(); // the frame's memory goes back before the next one is taken
+        }
         lock.lock();
         if (saved)
             written.push_back(std::move(job.path));

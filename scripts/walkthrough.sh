@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The scripted walkthrough of the simulated host: its own Xvfb, the host with the plug-in and the
 # sample project, xdotool as the artist. Every step is written to a transcript as "ok" or "failed";
-# screenshots (popup-dark.png and popup-light.png: the popup open in each theme), the transcript with
+# screenshots (popup-dark.png and popup-light.png: the popup open in each theme; capture-flash.png:
+# the screenshot button's flash, and capture.png the frame it saved), the transcript with
 # the measured latencies, and the host's session record go to a folder named at the end. Expects
 # the release build (scripts/run.sh makes it).
 set -uo pipefail
@@ -306,6 +307,66 @@ else
     step_failed "could not open Effect > Blur & Sharpen"
 fi
 say "   disabled categories in this project: $(python3 -c 'import json,sys; print(json.load(open(sys.argv[1]))["host"].get("disabledCategories", []))' "$project")"
+
+# ---- Frame capture: the popup's screenshot button renders the current frame into the capture
+# folder (the default one, under the simulated documents), then a white flash over the popup fades
+# out in ten steps of 100 ms. The render and the save come first, and take a second or more on a
+# loaded machine, so the screen is grabbed again and again for a few seconds from the click (raw
+# grabs: ImageMagick's PNG writing would take longer than the flash lasts) and the grab where the
+# popup is brightest is kept. The capture may be written after the click returns: the file is
+# waited for.
+captures=$out/run/disk/Documents/Tarvelo/Quillo/Capture
+popup_geometry() { query "[(w['x'], w['y'], w['width'], w['height']) for w in r['windows'] if w['title'] == 'Effects Popup'][0]" | tr -d '(),'; }
+brightness() { # image x y width height -> the area's mean grey, 0..1
+    convert "$1" -crop "$4x$5+$2+$3" +repage -colorspace gray -format '%[fx:mean]' info: 2>/dev/null
+}
+capture_png() { # the newest PNG in the capture folder, once one is there
+    for _ in $(seq 200); do
+        f=$(ls -t "$captures"/*.png 2>/dev/null | head -1)
+        [ -n "$f" ] && { echo "$f"; return 0; }
+        sleep 0.05
+    done
+    return 1
+}
+png_size() { python3 -c 'import struct,sys; d=open(sys.argv[1],"rb").read(24); print("%d x %d" % struct.unpack(">II", d[16:24]))' "$1"; }
+xdotool mousemove 560 330 # the popup opens over the project outline again, clear of the menus
+if open_popup; then
+    read -r px py pw ph < <(popup_geometry)
+    import -window root "$out/run/before-flash.bmp"
+    before_grey=$(brightness "$out/run/before-flash.bmp" "$px" "$py" "$pw" "$ph")
+    click $((px + pw - 209 + 14)) $((py + 8 + 14))
+    start=$(date +%s%N)
+    n=0
+    while [ $(( ($(date +%s%N) - start) / 1000000 )) -lt 6000 ]; do
+        n=$((n + 1))
+        import -window root "$out/run/flash-$n.bmp"
+    done
+    best=0 flash_grey=0
+    for i in $(seq "$n"); do
+        grey=$(brightness "$out/run/flash-$i.bmp" "$px" "$py" "$pw" "$ph")
+        python3 -c 'import sys; sys.exit(0 if float(sys.argv[1]) > float(sys.argv[2]) else 1)' "${grey:-0}" "$flash_grey" &&
+            best=$i flash_grey=$grey
+    done
+    if python3 -c 'import sys; sys.exit(0 if float(sys.argv[2]) > float(sys.argv[1]) + 0.1 else 1)' "$before_grey" "$flash_grey"; then
+        convert "$out/run/flash-$best.bmp" "$out/capture-flash.png"
+        step_ok "screenshot button: the flash over the popup in grab $best of $n (the popup's mean grey $before_grey before the click, $flash_grey then)"
+        say "   screenshot capture-flash.png"
+    else
+        step_failed "none of $n grabs showed the flash over the popup (mean grey $before_grey before the click, at most $flash_grey)"
+    fi
+    rm -f "$out"/run/flash-*.bmp "$out/run/before-flash.bmp"
+    if png=$(capture_png); then
+        step_ok "the capture: $(basename "$png") ($(png_size "$png"), $(stat -c %s "$png") bytes) in the capture folder"
+        cp "$png" "$out/capture.png"
+        say "   capture folder: $(cd "$captures" && ls | tr '\n' ' ')"
+    else
+        step_failed "the capture: nothing in $captures within 10 s"
+    fi
+    xdotool key Escape
+    popup_hidden
+else
+    step_failed "the popup did not open for the screenshot button"
+fi
 
 # ---- The script console: words typed into the host's console field, as a script panel sends them.
 eval "$(xdotool search --onlyvisible --name "$title" getwindowgeometry --shell 2>/dev/null | head -5)"

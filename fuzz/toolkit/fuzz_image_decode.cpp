@@ -1,10 +1,19 @@
 // Damaged PNG and JPG bytes: decoding must fail cleanly or give an image that the rest of the
 // pipeline (resampling, encoding, decoding again) handles.
 #include "fuzz/fuzz_support.h"
+#include "nimbit/graphics/jpeg_encoder.h"
 #include "nimbit/ui/offscreen/image_codecs.h"
 
 using namespace nimbit;
 using namespace nimbit::ui::offscreen;
+
+namespace {
+
+graphics::rgba_view view_of(const rgba_image& image) {
+    return {image.pixels.data(), image.size.x, image.size.y, image.pitch()};
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // A smaller cap than the bitmap's keeps each run fast; the cap logic itself is the same.
@@ -19,10 +28,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const rgba_image smaller = resample(image, {image.size.x / 2 + 1, image.size.y / 3 + 1});
     const rgba_image larger = recanvas(smaller, {smaller.size.x + 3, smaller.size.y});
     rgba_image again;
-    const auto png = encode_png(larger);
+    const auto png = graphics::encode_png(view_of(larger));
     check(decode_png(png.data(), png.size(), cap, again) && again.size == larger.size &&
           again.pixels == larger.pixels);
-    const auto jpg = encode_jpeg(image);
+    const auto jpg = graphics::encode_jpg(view_of(image));
     check(decode_jpeg(jpg.data(), jpg.size(), cap, again) && again.size == image.size);
     return 0;
 }

@@ -8,9 +8,9 @@
 
 // The platform side of images. A native bitmap holds 32-bit pixels, four 8-bit channels in the order
 // red, green, blue, alpha, not premultiplied, rows top to bottom. It decodes PNG and JPG (recognised
-// by their signatures) and encodes both. Damaged input fails cleanly: decode returns false and the
-// bitmap stays as it was. Images above max_pixels are refused so that a tiny file cannot demand
-// gigabytes.
+// by their signatures); saving encodes the pixels with the shared encoders. Damaged input fails cleanly:
+// decode returns false and the bitmap stays as it was. Images above max_pixels are refused so that a tiny
+// file cannot demand gigabytes.
 
 namespace nimbit::ui {
 
@@ -27,8 +27,6 @@ public:
     virtual bool has_alpha() const = 0;
 
     virtual bool decode(const unsigned char* bytes, size_t size) = 0;
-    // format 1 PNG, 2 JPG (highest quality); an empty vector for any other format or an empty image.
-    virtual std::vector<unsigned char> encode(int format) const = 0;
 
     // The pixels for reading and writing, size.y rows of `pitch` bytes each; null for an empty
     // image. They stay valid until unlock_pixels, which makes the changes part of the image.

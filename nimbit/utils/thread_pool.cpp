@@ -12,7 +12,27 @@ constexpr int spin_rounds = 64;
 // The pool whose worker runs on this thread, so a nested run can be detected.
 thread_local const thread_pool* current_pool = nullptr;
 
+std::atomic<void* (*)()> scope_begin{nullptr};
+std::atomic<void (*)(void*)> scope_end{nullptr};
+
 } // namespace
+
+void set_thread_scope(thread_scope scope) {
+    scope_begin.store(scope.begin);
+    scope_end.store(scope.end);
+}
+
+thread_scope_guard::thread_scope_guard() {
+    void* (*begin)() = scope_begin.load();
+    end = scope_end.load();
+    if (begin != nullptr)
+        state = begin();
+}
+
+thread_scope_guard::~thread_scope_guard() {
+    if (end != nullptr)
+        end(state);
+}
 
 thread_pool& thread_pool::get_instance() {
     static thread_pool pool(std::thread::hardware_concurrency());
@@ -104,7 +124,10 @@ void thread_pool::worker_loop(uint32_t index) {
             status[index] = 0;
             seen = generation.load(std::memory_order_relaxed);
         }
-        job(share(item_count, worker_count, index));
+        {
+            const thread_scope_guard scope;
+            job(share(item_count, worker_count, index));
+        }
         finished.fetch_add(1, std::memory_order_release);
         done.count_down();
     }

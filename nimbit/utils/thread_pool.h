@@ -39,9 +39,32 @@ private:
     void (*call)(void*, const thread_worker_data&) = nullptr;
 };
 
+// Set-up and tear-down around each job a worker runs, for a platform whose objects need per-thread
+// care: the AppKit backend opens an autorelease pool, so that objects a job makes are freed when it
+// ends. begin's result is handed to end. Installed once, before pools run jobs; both null: none.
+struct thread_scope {
+    void* (*begin)() = nullptr;
+    void (*end)(void*) = nullptr;
+};
+void set_thread_scope(thread_scope scope);
+
+// The installed scope, open for the guard's lifetime: for threads of one's own (a background
+// writer) that do the pool's kind of work.
+class thread_scope_guard {
+public:
+    thread_scope_guard();
+    ~thread_scope_guard();
+    thread_scope_guard(const thread_scope_guard&) = delete;
+    thread_scope_guard& operator=(const thread_scope_guard&) = delete;
+
+private:
+    void (*end)(void*) = nullptr;
+    void* state = nullptr;
+};
+
 // A fixed set of worker threads running one parallel loop at a time. Every worker takes a
 // contiguous share of the items (the last one the largest) and the caller blocks until all shares
-// are done. The job is called for every worker, also with an empty share.
+// are done. The job is called for every worker, also with an empty share, inside the thread scope.
 class thread_pool {
 public:
     // The process-wide pool, one worker per hardware thread, made on first use.

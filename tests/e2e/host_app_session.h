@@ -38,6 +38,8 @@ public:
 
     bool Started() const { return app > 0; }
     std::string Log() const; // what the application printed
+    // The simulated disk's folder.
+    std::string Disk() const { return root + "/disk"; }
 
     json Record() const; // the latest session record (null until one is written)
     bool WaitForRecord(const std::function<bool(const json&)>& done, double timeout = 10.0) const;

@@ -4,15 +4,20 @@
 
 #include "host_app_session.h"
 
+#include "hostsim/sim_render.h"
 #include "nimbit/filesystem/file_path.h"
+#include "nimbit/ui/bitmap.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <cmath>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 namespace {
 
@@ -249,6 +254,84 @@ TEST(HostApp, CustomChordDigitsTypedSearchAndARestartThatReadsTheFilesBack) {
     }
     std::error_code ignored;
     std::filesystem::remove_all(options.root, ignored);
+}
+
+// The capture folder's one PNG once it can be read whole (captures may be written after the trigger
+// returns); an empty bitmap when none appears within the timeout.
+nimbit::ui::bitmap WaitForCapture(const std::string& folder, std::string* name, double timeout = 10.0) {
+    const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(timeout);
+    nimbit::ui::bitmap image;
+    do {
+        std::error_code ignored;
+        for (const auto& entry : std::filesystem::directory_iterator(folder, ignored))
+            if (entry.path().extension() == ".png" &&
+                image.load_image(nimbit::file_path(entry.path().string()))) {
+                *name = entry.path().filename().string();
+                return image;
+            }
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    } while (std::chrono::steady_clock::now() < end);
+    return image;
+}
+
+// How many channels of the capture (red, green, blue, alpha) are off the host's 16-bit pattern
+// (alpha, red, green, blue) by more than rounding.
+long Mismatches(nimbit::ui::bitmap& image, const A_Time& time) {
+    const nimbit::ui::bitmap_data data = image.lock();
+    long mismatches = 0;
+    for (int y = 0; y < data.size.y; ++y)
+        for (int x = 0; x < data.size.x; ++x) {
+            double argb[4];
+            hostsim::PatternPixel(AEGP_WorldType_16, x, y, time, argb);
+            const unsigned char* got =
+                data.bits + static_cast<size_t>(y) * data.pitch + static_cast<size_t>(x) * 4;
+            for (int c = 0; c < 4; ++c)
+                mismatches += std::labs(got[c] - std::lround(argb[(c + 1) % 4] / 32768 * 255)) > 1;
+        }
+    image.unlock(data);
+    return mismatches;
+}
+
+// Each way of asking for a screenshot puts the frame the artist is looking at into the capture folder:
+// the sample project's Main Comp (1920 x 1080, 16 bits) at the Headline layer's time, 5 s.
+TEST(HostApp, ScreenshotButtonKeyAndConsoleWordEachWriteTheFrameToTheCaptureFolder) {
+    HostAppSession session;
+    WaitUntilReady(session);
+    // The default capture folder, in the documents folder of the simulated disk.
+    const std::string folder = session.Disk() + "/Documents/Tarvelo/Quillo/Capture";
+    e2e::WindowGeometry host;
+    ASSERT_TRUE(session.WaitForWindow(MainWindow, &host));
+    // The popup's screenshot button: 28 points square, 209 from its right edge, 8 from its top.
+    const auto button = [&] {
+        if (!OpenPopup(session))
+            return false;
+        const json popup = PopupIn(session.Record());
+        return session.ClickAt(popup.value("x", 0) + popup.value("width", 0) - 209 + 14,
+                               popup.value("y", 0) + 8 + 14);
+    };
+    const auto key = [&] {
+        return OpenPopup(session) && session.Chord({"shift", "F5"});
+    };
+    const auto console = [&] {
+        return session.ClickAt(host.x + host.width / 2, host.y + host.height - 151) &&
+               session.Type("screenshot", 15) && session.Keys({"Return"});
+    };
+    for (const auto& [trigger, capture] :
+         std::initializer_list<std::pair<const char*, std::function<bool()>>>{
+             {"button", button}, {"Shift+F5", key}, {"console", console}}) {
+        SCOPED_TRACE(trigger);
+        std::filesystem::remove_all(folder);
+        ASSERT_TRUE(capture()) << session.Log();
+        std::string name;
+        nimbit::ui::bitmap image = WaitForCapture(folder, &name);
+        ASSERT_EQ(image.get_size(), (nimbit::_vec2<int>{1920, 1080})) << session.Log();
+        EXPECT_TRUE(name.starts_with("Launch Teaser_Main Comp_")) << name;
+        EXPECT_EQ(Mismatches(image, A_Time{120, 24}), 0);
+        if (PopupShown(session.Record())) { // the next trigger starts with it closed
+            ASSERT_TRUE(session.Keys({"Escape"}) && WaitPopupHidden(session)) << session.Record().dump(1);
+        }
+    }
+    EXPECT_EQ(session.Record()["console"].size(), 1u);
 }
 
 } // namespace

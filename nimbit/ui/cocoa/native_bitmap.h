@@ -5,8 +5,8 @@
 #include <vector>
 
 // The AppKit bitmap. The pixels live in memory as straight (not premultiplied) RGBA, which is what
-// the toolkit reads and writes; NSBitmapImageRep decodes and encodes them, and a premultiplied
-// NSBitmapImageRep copy is made on demand for drawing (and dropped whenever the pixels change).
+// the toolkit reads and writes; NSBitmapImageRep decodes them and makes the clipboard's TIFF, and a
+// premultiplied NSBitmapImageRep copy is made on demand for drawing (and dropped whenever the pixels change).
 
 #ifdef __OBJC__
 @class NSBitmapImageRep;
@@ -29,7 +29,6 @@ public:
     _vec2<int> get_size() const override { return size; }
     bool has_alpha() const override { return alpha; }
     bool decode(const unsigned char* bytes, size_t length) override;
-    std::vector<unsigned char> encode(int format) const override;
     unsigned char* lock_pixels(unsigned& pitch) override;
     void unlock_pixels() override { drop_drawable(); }
     const unsigned char* read_pixels(unsigned& pitch) const override;

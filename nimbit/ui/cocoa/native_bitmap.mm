@@ -2,6 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
+#include "nimbit/utils/thread_pool.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -14,18 +16,18 @@ namespace cocoa {
 
 namespace {
 
+// Pool threads load, scale and save bitmaps, and AppKit hands out autoreleased objects there too:
+// each job gets an autorelease pool of its own, or those objects would leak. Installed with the
+// bitmap code, which every program that gives images to the pool links.
+void *open_job_pool() { return [[NSAutoreleasePool alloc] init]; }
+void close_job_pool(void *pool) { [static_cast<NSAutoreleasePool *>(pool) release]; }
+const bool job_pools_installed = (set_thread_scope({open_job_pool, close_job_pool}), true);
+
 bool size_ok(_vec2<int> s) {
     return s.x > 0 && s.y > 0 &&
            static_cast<unsigned long long>(s.x) * static_cast<unsigned long long>(s.y) <=
                native_bitmap::max_pixels;
 }
-
-#ifdef GNUSTEP
-// GNUstep reads the JPEG compression factor on a 0..255 scale where AppKit's runs 0..1.
-constexpr float best_jpeg_quality = 255.0f;
-#else
-constexpr float best_jpeg_quality = 1.0f;
-#endif
 
 bool has_signature(const unsigned char *bytes, size_t length) {
     static const unsigned char png[] = {0x89, 'P', 'N', 'G', 0x0D, 0x0A, 0x1A, 0x0A};
@@ -231,7 +233,7 @@ bool cocoa_bitmap::decode_any(const unsigned char *bytes, size_t length) {
     return ok;
 }
 
-// A straight-alpha rep over a copy of the pixels (JPG drops the alpha channel).
+// A straight-alpha rep over a copy of the pixels; without alpha the fourth channel is left out.
 static NSBitmapImageRep *new_export_rep(const std::vector<unsigned char> &pixels, _vec2<int> s,
                                         bool with_alpha) {
     const int spp = with_alpha ? 4 : 3;
@@ -256,16 +258,14 @@ static NSBitmapImageRep *new_export_rep(const std::vector<unsigned char> &pixels
     return rep;
 }
 
-// The bytes of an export rep over the pixels, in the form `write` makes of it (nil: none).
-static std::vector<unsigned char> export_bytes(const std::vector<unsigned char> &pixels, _vec2<int> s,
-                                               bool with_alpha, NSData *(*write)(NSBitmapImageRep *)) {
+std::vector<unsigned char> cocoa_bitmap::encode_tiff() const {
     std::vector<unsigned char> bytes;
     if (pixels.empty())
         return bytes;
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    NSBitmapImageRep *rep = new_export_rep(pixels, s, with_alpha);
+    NSBitmapImageRep *rep = new_export_rep(pixels, size, alpha);
     if (rep != nil) {
-        NSData *data = write(rep);
+        NSData *data = [rep TIFFRepresentation];
         if (data != nil) {
             const auto *p = static_cast<const unsigned char *>([data bytes]);
             bytes.assign(p, p + [data length]);
@@ -274,30 +274,6 @@ static std::vector<unsigned char> export_bytes(const std::vector<unsigned char> 
     }
     [pool release];
     return bytes;
-}
-
-static NSData *write_png(NSBitmapImageRep *rep) {
-    return [rep representationUsingType:NSPNGFileType properties:nil];
-}
-
-static NSData *write_jpg(NSBitmapImageRep *rep) {
-    NSDictionary *properties = [NSDictionary dictionaryWithObject:[NSNumber numberWithFloat:best_jpeg_quality]
-                                                           forKey:NSImageCompressionFactor];
-    return [rep representationUsingType:NSJPEGFileType properties:properties];
-}
-
-static NSData *write_tiff(NSBitmapImageRep *rep) { return [rep TIFFRepresentation]; }
-
-std::vector<unsigned char> cocoa_bitmap::encode(int format) const {
-    if (format == 1)
-        return export_bytes(pixels, size, alpha, write_png);
-    if (format == 2)
-        return export_bytes(pixels, size, false, write_jpg);
-    return {};
-}
-
-std::vector<unsigned char> cocoa_bitmap::encode_tiff() const {
-    return export_bytes(pixels, size, alpha, write_tiff);
 }
 
 unsigned char *cocoa_bitmap::lock_pixels(unsigned &pitch) {

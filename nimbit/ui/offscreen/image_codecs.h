@@ -30,10 +30,6 @@ bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max
 // By signature; false for anything that is neither PNG nor JPG.
 bool decode_image(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out);
 
-std::vector<unsigned char> encode_png(const rgba_image& image);
-// Highest quality; alpha is dropped.
-std::vector<unsigned char> encode_jpeg(const rgba_image& image);
-
 // Scales the picture to the new size: an area average along an axis that shrinks, linear
 // interpolation along one that grows. Colours are weighted by alpha so that transparent pixels do
 // not bleed their colour into the result.

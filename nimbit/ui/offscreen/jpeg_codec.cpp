@@ -1,6 +1,5 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 
-#include "nimbit/graphics/jpeg_encoder.h"
 #include "nimbit/graphics/jpeg_errors.h"
 
 #include <algorithm>
@@ -8,8 +7,8 @@
 
 #include <jerror.h> // after jpeglib.h, which it needs
 
-// JPG decoding through libjpeg (encoding is the shared encoder's). Everything that owns memory is
-// declared in the caller of run_decompress, so that it is released normally after an error's jump.
+// JPG decoding through libjpeg. Everything that owns memory is declared in the caller of
+// run_decompress, so that it is released normally after an error's jump.
 
 namespace nimbit::ui::offscreen {
 
@@ -88,12 +87,6 @@ bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max
     out.alpha = false;
     out.pixels = std::move(pixels);
     return true;
-}
-
-std::vector<unsigned char> encode_jpeg(const rgba_image& image) {
-    if (image.pixels.size() < size_t(image.pitch()) * size_t(std::max(image.size.y, 0)))
-        return {};
-    return graphics::encode_jpg({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
 }
 
 } // namespace nimbit::ui::offscreen

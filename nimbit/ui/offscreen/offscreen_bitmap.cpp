@@ -30,17 +30,6 @@ bool offscreen_bitmap::decode(const unsigned char* bytes, size_t size) {
     return true;
 }
 
-std::vector<unsigned char> offscreen_bitmap::encode(int format) const {
-    switch (format) {
-    case 1:
-        return offscreen::encode_png(image);
-    case 2:
-        return offscreen::encode_jpeg(image);
-    default:
-        return {};
-    }
-}
-
 unsigned char* offscreen_bitmap::lock_pixels(unsigned& pitch) {
     pitch = image.pitch();
     return image.pixels.empty() ? nullptr : image.pixels.data();

@@ -16,7 +16,6 @@ public:
     _vec2<int> get_size() const override { return image.size; }
     bool has_alpha() const override { return image.alpha; }
     bool decode(const unsigned char* bytes, size_t size) override;
-    std::vector<unsigned char> encode(int format) const override;
     unsigned char* lock_pixels(unsigned& pitch) override;
     void unlock_pixels() override {}
     const unsigned char* read_pixels(unsigned& pitch) const override;

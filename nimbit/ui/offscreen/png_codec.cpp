@@ -1,7 +1,5 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 
-#include "nimbit/graphics/png_encoder.h"
-
 #include <png.h>
 
 #include <algorithm>
@@ -9,8 +7,7 @@
 #include <iterator>
 
 // PNG decoding through libpng's simplified interface: it catches libpng's errors internally (no
-// longjmp crosses our frames) and releases everything with png_image_free. Encoding is the shared
-// fast encoder's.
+// longjmp crosses our frames) and releases everything with png_image_free.
 
 namespace nimbit::ui::offscreen {
 
@@ -83,13 +80,6 @@ bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_
     out.pixels = std::move(pixels);
     png_image_free(&image);
     return true;
-}
-
-std::vector<unsigned char> encode_png(const rgba_image& image) {
-    if (image.pixels.size() < size_t(image.pitch()) * size_t(std::max(image.size.y, 0)))
-        return {};
-    // Always with alpha: padding added by recanvas is transparent even in an image without alpha.
-    return graphics::encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
 }
 
 } // namespace nimbit::ui::offscreen
