@@ -138,7 +138,8 @@ TEST(Pipl, ResourcesHoldEveryPropertyInEachPlatformsLayout) {
     // Windows: the same little-endian after a version word; here the stated lengths include the
     // padding, and the entry point is a C string.
     const std::string data = Slurp(fs::path(QUILLO_PIPL_DIR) / "Quillo.pipl");
-    EXPECT_EQ(Bytes{data, true}.U16(0), 1u);
+    const Bytes w{data, true};
+    EXPECT_EQ(w.U16(0), 1u);
     const std::vector<Property> windows{
         {"8BIM", "kind", 0, 4, "xgEA"},
         {"8BIM", "name", 0, 8, std::string("\x06Quillo\0", 8)},
@@ -146,7 +147,7 @@ TEST(Pipl, ResourcesHoldEveryPropertyInEachPlatformsLayout) {
         {"8BIM", "vers", 0, 4, NumberBytes(PackedVersion(), true)},
         {"8BIM", "8664", 0, 12, std::string("PluginMain\0\0", 12)},
     };
-    EXPECT_EQ(Properties(Bytes{data, true}, 2), windows);
+    EXPECT_EQ(Properties(w, 2), windows);
 }
 
 TEST(Bundle, HasTheHostsLayoutAndKeys) {
