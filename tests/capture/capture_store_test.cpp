@@ -3,11 +3,17 @@
 
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/ui/bitmap.h"
+#include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
+#include "nimbit/ui/offscreen/offscreen_window.h"
+#include "popup/effects_popup_window.h"
+#include "popup/preferences_data.h"
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
+#include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <thread>
 
 using namespace nimbit;
@@ -46,6 +52,11 @@ protected:
     temp_folder tmp;
     offscreen_file_browser& dialogs = offscreen_file_browser::instance();
 };
+
+// Whether a listed capture is named for its parts: the prefix, then the time and ".png".
+bool NamedFor(const std::string& listed, const std::string& prefix) {
+    return listed.rfind(prefix, 0) == 0 && listed.find('@') == prefix.size() + 23;
+}
 
 } // namespace
 
@@ -161,4 +172,52 @@ TEST_F(CaptureStoreTest, WriterListsEachCaptureOnceItIsWholeAndDropsFailuresSile
     writer.Flush();
     EXPECT_TRUE(writer.TakeWritten().empty());
     EXPECT_EQ(listed, queued);
+}
+
+// The popup's side of a capture: the chord cannot reopen it while the controller captures, the flash
+// lets the pointer through and fades out, and clipboard images become captures named for their
+// source (a paste for the moment alone).
+TEST_F(CaptureStoreTest, PopupAsksTheControllerFlashesAndSavesClipboardImages) {
+    ::setenv("QUILLO_USER_DATA_DIR", (tmp / "user").to_string().c_str(), 1);
+    PreferencesData prefs;
+    prefs.captureFolder = (tmp / "Capture").to_string();
+    EffectsPopupWindow popup(prefs);
+    event_recorder requests(popup, event_type::custom);
+    const auto show = [&](std::string project, std::string comp, std::string layer, PopupCommand::Kind kind) {
+        popup.Show(project, comp, layer, PopupCommand{kind});
+    };
+    show("Intro", "Comp 1", "Layer", PopupCommand::Show);
+    const size_t timers = offscreen::running_timers();
+    bool shownDuringCapture = true;
+    event_recorder controller;
+    event_manager::instance().add_event(&popup, &controller, event_type::custom, [&](const event_info&) {
+        popup.hide();
+        show("P", "C", "L", PopupCommand::Show); // the chord, while the host renders
+        shownDuringCapture = popup.IsShown();
+    });
+    generic_button& button = popup.GetToolButton(EffectsPopupWindow::ScreenshotButton);
+    button.press();
+    EXPECT_EQ(requests.data(), (std::vector<uint64_t>{3}));
+    EXPECT_FALSE(shownDuringCapture);
+    EXPECT_TRUE(Listed(tmp / "Capture").empty()); // the host writes the frame; the popup wrote nothing
+    const ivec4 at = button.get_rect();
+    EXPECT_EQ(popup.get_widget_at_pos({at.x + 4, at.y + 4}), &button);
+    offscreen::advance_ms(1100);
+    EXPECT_EQ(std::pair(popup.GetFlash(), offscreen::running_timers()), std::pair(0.0f, timers));
+    event_manager::instance().remove_events(&controller);
+    show("", "", "", PopupCommand::Export);
+    EXPECT_EQ(requests.data(), (std::vector<uint64_t>{3, 2}));
+
+    show("Intro", "Comp 1", "", PopupCommand::Show);
+    popup.TakeScreenshot(true); // nothing on the clipboard: nothing written
+    EXPECT_TRUE(Listed(tmp / "Capture").empty());
+    ASSERT_TRUE(Picture().copy_to_clipboard());
+    popup.TakeScreenshot(true);
+    popup.Paste();
+    std::vector<std::string> names = Listed(tmp / "Capture");
+    ASSERT_EQ(names.size(), 2u);
+    std::sort(names.begin(), names.end()); // digits sort before letters
+    EXPECT_TRUE(NamedFor(names[0], ""));
+    EXPECT_TRUE(NamedFor(names[1], "Intro_Comp 1_"));
+    ::unsetenv("QUILLO_USER_DATA_DIR");
 }

@@ -69,9 +69,8 @@ struct FrameCapture : ::testing::Test {
     }
     void TearDown() override {
         RecordingWindow::Uninstall();
-        EXPECT_EQ(host.liveRenderOptions + host.liveFrames + host.liveWorlds + host.liveProfiles +
-                      host.liveMemHandles + host.Outstanding(),
-                  0);
+        EXPECT_EQ(host.liveRenderOptions + host.liveFrames + host.liveWorlds + host.liveProfiles, 0);
+        EXPECT_EQ(host.liveMemHandles + host.Outstanding(), 0);
     }
 
     // A capture, and for the folder the wait until it is written.
