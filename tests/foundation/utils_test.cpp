@@ -155,4 +155,31 @@ TEST(ThreadPool, RunsFromTwoThreadsOrFromInsideAJobCoverEveryItemExactlyOnce) {
     EXPECT_EQ(inner.load(), 24);
 }
 
+// Every job a worker runs is inside the installed scope, opened and closed on the worker's own
+// thread; a guard opens it on any thread; without a scope nothing is called.
+thread_local int open_scopes = 0;
+std::atomic<int> scopes_ended{0};
+
+TEST(ThreadPool, EachWorkersJobRunsInsideTheInstalledThreadScope) {
+    nimbit::set_thread_scope({[]() -> void* { return ++open_scopes, &open_scopes; },
+                              [](void* state) {
+                                  EXPECT_EQ(state, &open_scopes) << "ended on the thread that began it";
+                                  --open_scopes, ++scopes_ended;
+                              }});
+    thread_pool pool(3);
+    std::atomic<int> inside{0};
+    pool.enqueue(2, [&](const thread_worker_data&) { inside += open_scopes == 1; }); // one share is empty
+    EXPECT_EQ(std::pair(inside.load(), scopes_ended.load()), std::pair(3, 3));
+    {
+        const nimbit::thread_scope_guard own;
+        EXPECT_EQ(open_scopes, 1);
+    }
+    EXPECT_EQ(std::pair(open_scopes, scopes_ended.load()), std::pair(0, 4));
+
+    nimbit::set_thread_scope({});
+    inside = 0;
+    pool.enqueue(3, [&](const thread_worker_data&) { inside += open_scopes; });
+    EXPECT_EQ(std::pair(inside.load(), scopes_ended.load()), std::pair(0, 4));
+}
+
 } // namespace

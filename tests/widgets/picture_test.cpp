@@ -41,8 +41,11 @@ TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
     key_with(shift_key, event_key::left, 3);
     p.calls(repaint());
 
-    p.section("drop-down stepped down past the separator, then hovered");
+    p.section("drop-down stepped up, down, down past the separator, then hovered");
     c.drop_down.focus(focus_cause::keyboard);
+    key(event_key::up);
+    key(event_key::down);
+    p.lines.push_back("theme choice " + std::to_string(c.theme_choice));
     key(event_key::down);
     offscreen::move_mouse(win, centre(c.drop_down));
     p.calls(repaint());
