@@ -137,10 +137,11 @@ TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheS
                          SelectedName()),
               std::tuple("Effects", 20, "Glow Pulse"));
 
-    // Entering a row with the pointer selects it (the highlight is in the approved pictures).
+    // The row the keys selected is lit without the pointer; entering a row with the pointer selects it.
     Search("glow");
     const auto& rows = popup->GetRows();
     ASSERT_EQ(rows.size(), 2u);
+    EXPECT_EQ(rows[0]->BackgroundColor(), EffectHighlightColor); // selected, not hovered
     const ivec2 at = rows[1]->calc_absolute_pos();
     offscreen::move_mouse(*popup, {at.x + 50, at.y + 5});
     EXPECT_TRUE(SelectedName() == "Glow Pulse" && !rows[0]->IsSelected());
