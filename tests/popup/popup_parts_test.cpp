@@ -114,16 +114,8 @@ TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAl
 }
 
 struct MessageTest : OffscreenTest {
-    // The popup's inside is the agreed size under a title bar, and the button lies wholly in it.
-    static void ExpectLaidOutInside(window& popup, widget& button) {
-        const ivec4 frame = popup.get_rect(), client = popup.get_client_rect();
-        EXPECT_EQ(client.size(), MessagePopupSize);
-        EXPECT_EQ(frame.h, client.h + offscreen::offscreen_window::title_bar_height);
-        const ivec4 r = button.get_rect();
-        EXPECT_TRUE(r.x >= 0 && r.y >= 0 && r.x + r.w <= client.w && r.y + r.h <= client.h)
-            << button.get_name() << " at " << r.x << "," << r.y << " size " << r.w << "x" << r.h;
-    }
-    // The title bar shows the title; the inside paints as approved (the message as one text).
+    // The title bar shows the title; the inside paints as approved: the size, the message as one
+    // text and the buttons' places and labels.
     static void ExpectPicture(window& popup, const std::string& title, const std::string& name) {
         EXPECT_EQ(offscreen::native_of(popup).get_title(), title);
         snapshot::picture p;
@@ -146,10 +138,7 @@ TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwis
                              .message = "Are you sure you want to delete these 3 images?",
                              .confirm = "Delete"});
     EXPECT_EQ(ask.get_rect().position(), (ivec2{40, 50}));
-    ExpectLaidOutInside(ask, ask.GetConfirmButton());
-    ExpectLaidOutInside(ask, ask.GetCancelButton());
     ExpectPicture(ask, "Delete?", "question");
-    EXPECT_EQ(ask.GetConfirmButton().get_text() + "/" + ask.GetCancelButton().get_text(), "Delete/Cancel");
 
     int turn = 0;
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
@@ -168,9 +157,7 @@ TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscap
     EffectsWarningPopup warn(
         nullptr, {0, 0}, &colours,
         {.title = "Failed to Load", .message = "Unable to import settings from the file."});
-    ExpectLaidOutInside(warn, warn.GetButton());
     ExpectPicture(warn, "Failed to Load", "notice");
-    EXPECT_EQ(warn.GetButton().get_text(), "OK");
 
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);

@@ -123,31 +123,25 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
 
 TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheSelection) {
     Open();
-    const int top = popup->get_rect().h;
     Search("blur");
     // Names containing the text, in catalogue order, effects before presets.
     EXPECT_EQ(RowNames(), (Names{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
     ASSERT_TRUE(popup->GetEffectsHeader() && popup->GetPresetsHeader());
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    EXPECT_EQ(popup->get_rect().h, top + 160 + 1); // content fits: one line under it
 
     Search("zzz");
-    EXPECT_TRUE(popup->GetRows().empty() && popup->GetSelected() == nullptr);
-    ASSERT_NE(popup->GetEffectsHeader(), nullptr);
-    EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "No Matches");
+    EXPECT_TRUE(popup->GetRows().empty() && popup->GetSelected() == nullptr); // its header is in the pictures
 
     Search("pulse"); // presets alone still open under "Effects"
     EXPECT_EQ(std::tuple(popup->GetEffectsHeader()->GetText(), popup->GetPresetsHeader()->get_rect().y,
                          SelectedName()),
               std::tuple("Effects", 20, "Glow Pulse"));
 
-    // The selected row shows in the highlight colour.
+    // The row the keys selected is lit without the pointer; entering a row with the pointer selects it.
     Search("glow");
     const auto& rows = popup->GetRows();
     ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(std::tuple(rows[0]->BackgroundColor(), rows[1]->BackgroundColor()),
-              std::tuple(EffectHighlightColor, popup->GetColors()->listBack)); // the first is selected
-    // Entering a row with the pointer selects it.
+    EXPECT_EQ(rows[0]->BackgroundColor(), EffectHighlightColor); // selected, not hovered
     const ivec2 at = rows[1]->calc_absolute_pos();
     offscreen::move_mouse(*popup, {at.x + 50, at.y + 5});
     EXPECT_TRUE(SelectedName() == "Glow Pulse" && !rows[0]->IsSelected());
@@ -180,7 +174,6 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
     const int w = popup->get_rect().w, top = popup->get_rect().h;
     Search("glow");
     EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 2, 20 + 30 + 20 + 30}));
 
     std::vector<EffectData> many;
     for (int i = 0; i < 30; ++i)

@@ -141,10 +141,7 @@ TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
                         true);
-    ASSERT_EQ(label.get_runs().size(), 3u);
-    const auto& bold = label.get_runs()[1];
-    EXPECT_EQ(std::tuple(bold.start, bold.end, bold.size, bold.weight),
-              std::tuple(2u, 4u, 20.0f, font_weight::bold));
+    ASSERT_EQ(label.get_runs().size(), 3u); // the runs themselves: text_test and the showcase's pictures
     // 3 characters at 6 pixels and 2 at 10, two spare pixels; 25 pixels for the 20-point line.
     EXPECT_EQ(label.get_rect().size(), (_vec2<int>{40, 25}));
     label.set_text("<b>", true, false);
