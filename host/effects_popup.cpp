@@ -177,11 +177,12 @@ void EffectsPopup::ApplyPendingEffect() {
     }
 }
 
-bool EffectsPopup::ApplyPreset(const EffectData& entry) {
-    // id is -(index + 1); computed in 64 bits so that the most negative id cannot overflow.
+void EffectsPopup::ApplyPreset(const EffectData& entry) {
+    // id is -(index + 1); computed in 64 bits so that the most negative id cannot overflow. A stale
+    // id (the preset list was collected again) applies nothing.
     const int64_t index = -static_cast<int64_t>(entry.id) - 1;
     if (index < 0 || static_cast<uint64_t>(index) >= presetPaths.size())
-        return false;
+        return;
     std::string path = presetPaths[static_cast<size_t>(index)];
     for (char& c : path) {
         if (c == '\\')
@@ -191,7 +192,6 @@ bool EffectsPopup::ApplyPreset(const EffectData& entry) {
     AEGP_SuiteHandler suites(basic);
     if (AEGP_UtilitySuite4* utility = suites.UtilitySuite10())
         utility->AEGP_ExecuteScript(pluginId, script.c_str(), 0, nullptr, nullptr);
-    return true;
 }
 
 A_Err StartPlugin(SPBasicSuite* basic, A_long majorVersion, A_long minorVersion, AEGP_PluginID pluginId) {

@@ -75,7 +75,7 @@ public:
 private:
     void SetUpPopupWindow();
     void ApplyPendingEffect();
-    bool ApplyPreset(const EffectData& entry);
+    void ApplyPreset(const EffectData& entry);
     // Renders the current frame and delivers it as code (a PopupRequest) asks; frame_capture.cpp.
     void CaptureFrame(uint32_t code);
     // Tells the gallery of the captures the writer has finished; on the main thread, as any UI call.

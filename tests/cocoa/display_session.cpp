@@ -93,14 +93,6 @@ void xdotool_later(const std::string& arguments) {
         waitpid(pid, nullptr, 0);
 }
 
-bool wait_for(const std::function<bool()>& done, double timeout_seconds) {
-    return nimbit::ui::cocoa::run_until(done, timeout_seconds);
-}
-
-void pump(double seconds) {
-    nimbit::ui::cocoa::process_events(seconds);
-}
-
 nimbit::vec4 screen_image::pixel(int x, int y) const {
     if (x < 0 || y < 0 || x >= size.x || y >= size.y)
         return {};

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "nimbit/graphics/vec.h"
+#include "nimbit/ui/cocoa/native_app.h"
 
 #include <functional>
 #include <string>
@@ -22,9 +23,13 @@ void xdotool_later(const std::string& arguments);
 bool click_at(nimbit::_vec2<int> screen_point, int button = 1);
 
 // Runs the event loop until done() holds or the time is up.
-bool wait_for(const std::function<bool()>& done, double timeout_seconds = 5.0);
+inline bool wait_for(const std::function<bool()>& done, double timeout_seconds = 5.0) {
+    return nimbit::ui::cocoa::run_until(done, timeout_seconds);
+}
 // Runs the event loop for a while (to let a window server settle, never to wait for a result).
-void pump(double seconds);
+inline void pump(double seconds) {
+    nimbit::ui::cocoa::process_events(seconds);
+}
 
 struct screen_image {
     nimbit::_vec2<int> size;

@@ -31,8 +31,9 @@ std::vector<char*> Argv(const std::vector<std::string>& args) {
     return argv;
 }
 
-// Polls done every 20 ms (short against the application's 30 ms idle tick) until it holds or
-// timeout seconds pass.
+} // namespace
+
+// Every 20 ms: short against the application's 30 ms idle tick.
 bool Poll(const std::function<bool()>& done, double timeout) {
     const auto start = Clock::now();
     while (!done()) {
@@ -42,8 +43,6 @@ bool Poll(const std::function<bool()>& done, double timeout) {
     }
     return true;
 }
-
-} // namespace
 
 std::string ReadFile(const std::string& path) {
     std::ostringstream text;
@@ -284,14 +283,6 @@ int HostAppSession::WaitForExit(double timeout) {
         return -1;
     app = -1;
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
-}
-
-std::vector<std::string> LayerList(const json& record, const std::string& name, const char* field) {
-    for (const json& comp : record.is_object() ? record.value("compositions", json::array()) : json::array())
-        for (const json& layer : comp.value("active", false) ? comp["layers"] : json::array())
-            if (layer.value("name", "") == name)
-                return layer[field].get<std::vector<std::string>>();
-    return {};
 }
 
 } // namespace e2e

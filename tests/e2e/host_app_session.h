@@ -74,12 +74,9 @@ private:
     int control = -1;
 };
 
+// Polls done until it holds (true) or timeout seconds pass (false).
+bool Poll(const std::function<bool()>& done, double timeout);
 // The whole file, empty when it cannot be read.
 std::string ReadFile(const std::string& path);
-
-// The effects (or presets, with field "presets") of the active composition's layer named name;
-// empty when the layer is missing.
-std::vector<std::string> LayerList(const json& record, const std::string& name,
-                                   const char* field = "effects");
 
 } // namespace e2e

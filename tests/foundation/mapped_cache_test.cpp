@@ -1,5 +1,6 @@
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/utils/mapped_cache.h"
+#include "nimbit/utils/memory_map.h"
 
 #include "temp_folder.h"
 
@@ -22,6 +23,7 @@ namespace {
 using bytes = std::vector<unsigned char>;
 using nimbit::cache_status;
 using nimbit::mapped_cache;
+using nimbit::memory_map;
 
 uint64_t u64_at(const bytes& b, size_t at) {
     uint64_t v = 0;
@@ -53,7 +55,16 @@ protected:
     nimbit::file_path data_path = tmp / "effects_cache", header_path = tmp / "effects_cache.header";
 };
 
-TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInSteps) {
+TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInStepsWhereItsFolderAllows) {
+    // A missing folder leaves the cache unavailable; a read-only cache does not create its files either.
+    for (const auto& [place, read_only] : {std::pair{tmp / "missing/c", false}, {data_path, true}}) {
+        mapped_cache cache;
+        cache.load(place, read_only);
+        EXPECT_FALSE(get(cache, "a") || set(cache, "a", pattern(10, 1))) << place.to_string();
+        EXPECT_EQ(cache.get_status(), cache_status::unavailable) << place.to_string();
+    }
+    EXPECT_FALSE(exists(tmp / "missing") || exists(header_path));
+
     mapped_cache cache;
     open(cache);
     EXPECT_EQ(cache.get_status(), cache_status::loaded);
@@ -171,18 +182,11 @@ TEST_F(MappedCacheTest, ReadOnlyCachesNeverWriteAndDamagedHeadersAreRebuiltOrLea
     EXPECT_FALSE(get(cache, "b"));
 }
 
-TEST_F(MappedCacheTest, MissingOrUnwritableFoldersLeaveTheCacheUnavailable) {
-    // A read-only cache does not create its files either.
-    for (const auto& [place, read_only] : {std::pair{tmp / "missing/c", false}, {data_path, true}}) {
-        mapped_cache cache;
-        cache.load(place, read_only);
-        EXPECT_FALSE(get(cache, "a") || set(cache, "a", pattern(10, 1))) << place.to_string();
-        EXPECT_EQ(cache.get_status(), cache_status::unavailable) << place.to_string();
-    }
-    EXPECT_FALSE(exists(tmp / "missing") || exists(header_path));
-}
+// The suite's name makes it run before other tests start threads (the pixel export's pool): a forked
+// child would inherit their locks.
+using MappedCacheDeathTest = MappedCacheTest;
 
-TEST_F(MappedCacheTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
+TEST_F(MappedCacheDeathTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
     // In a child process: the file size limit stands in for a full disk.
     const auto fill = [&] {
         std::signal(SIGXFSZ, SIG_IGN);
@@ -196,6 +200,22 @@ TEST_F(MappedCacheTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
         std::exit(faults + !cache.check_consistency());
     };
     EXPECT_EXIT(fill(), testing::ExitedWithCode(0), "");
+}
+
+// Creating, growing and cutting the mapped files is covered through the chunk file and the cache.
+TEST(MemoryMap, RemapShowsAPageAlignedWindowAndNeverPassesTheEnd) {
+    temp_folder tmp;
+    const uint64_t page = memory_map::page_size();
+    std::string text(3 * page, '.');
+    text.replace(page + 100, 5, "hello");
+    ASSERT_TRUE(write_text(tmp / "f", text));
+    memory_map map(tmp / "f", nimbit::memory_map_access::read, 0, true, false);
+    EXPECT_EQ(map.data(), nullptr) << "deferred";
+    EXPECT_EQ(map.remap(page + 100, 5), page);
+    ASSERT_TRUE(map.data() && map.view_size() == 105u);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(map.data()) + 100, 5), "hello");
+    map.remap(2 * page, page + 1);
+    EXPECT_FALSE(map.data() || map.is_open()) << "a failed remap ends the map";
 }
 
 // A plain model of placement and eviction: first fit over values sorted by offset, least recently

@@ -29,14 +29,10 @@ TEST(Catalogue, OrderAndFilteringRules) {
         "-2 Glow / Animation Preset *", // user presets last
     };
     EXPECT_EQ(Rows(s.catalogue), expected);
-    for (const EffectData& e : s.catalogue) {
-        std::string lower = e.name;
-        std::transform(lower.begin(), lower.end(), lower.begin(), ::tolower);
-        EXPECT_EQ(e.search_name, lower);
-    }
-    ASSERT_EQ(controller.PresetPaths().size(), 2u);
-    EXPECT_EQ(controller.PresetPaths()[0], host.HostPresetsFolder() + "/Behaviors/WIGGLE-Position.ffx");
-    EXPECT_EQ(controller.PresetPaths()[1], host.UserPresetsFolder() + "/Glow.ffx");
+    EXPECT_EQ(s.catalogue.front().search_name, "wiggle-position"); // effects' are checked with the names
+    EXPECT_EQ(controller.PresetPaths(),
+              (std::vector<std::string>{host.HostPresetsFolder() + "/Behaviors/WIGGLE-Position.ffx",
+                                        host.UserPresetsFolder() + "/Glow.ffx"}));
     EXPECT_EQ(controller.GetAEPresetsPath().to_string(), host.HostPresetsFolder());
     // A second collection adds its presets to the path list, with ids that lead to them.
     const auto second = controller.CollectEffectList();
@@ -50,13 +46,10 @@ TEST(Catalogue, OrderAndFilteringRules) {
 TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
     ControllerSession s;
     s.model.effects.clear();
-    s.model.hostPresets = {"Glow.FFX",
-                           "Glow.Ffx",
-                           "Glow.ffx",
-                           "notes.txt",
-                           "A/Fade.ffx",
-                           "B/Fade.ffx",
+    // clang-format off
+    s.model.hostPresets = {"Glow.FFX", "Glow.Ffx", "Glow.ffx", "notes.txt", "A/Fade.ffx", "B/Fade.ffx",
                            "A/Deep/Deeper/Spin.ffx"};
+    // clang-format on
     s.model.userPresets.clear();
     EffectsPopup& controller = s.Controller();
     const auto& catalogue = s.catalogue;

@@ -1,3 +1,4 @@
+#include "host/host_platform.h"
 #include "host/script_bridge.h"
 #include "host_session.h"
 
@@ -6,6 +7,8 @@
 #include <cmath>
 #include <cstring>
 #include <tuple>
+
+#include <unistd.h>
 
 namespace {
 
@@ -41,21 +44,17 @@ TEST_F(ControllerTest, WithoutAWindowCommandsAnswerAllOnes) {
     EXPECT_FALSE(nimbit::file_stats(session.folder / "Library/Application Support/Tarvelo").exists);
 }
 
-TEST_F(ControllerTest, HostNames) {
+TEST_F(ControllerTest, HostNamesAndBitDepth) {
     hostsim::Project& project = *host.GetModel().projects[0];
-    auto projectName = [&](const std::string& name) {
+    // clang-format off
+    const std::pair<const char*, const char*> names[] = {{"Shot.aep", "Shot"}, {"Shot.AEP", "Shot"},
+        {"Shot.v2", "Shot.v2"}, {"shot.v2.aep", "shot.v2"}, {".aep", ""}, {"", "Unknown"},
+        {"Caf\xC3\xA9.aep", "Caf\xC3\xA9"}};
+    // clang-format on
+    for (auto [name, shown] : names) {
         project.name = name;
-        return c.GetProjName(c.GetCurrentProject());
-    };
-    EXPECT_EQ(projectName("Shot.aep"), "Shot");
-    EXPECT_EQ(projectName("Shot.AEP"), "Shot");
-    EXPECT_EQ(projectName("Shot.v2"), "Shot.v2");
-    EXPECT_EQ(projectName("shot.v2.aep"), "shot.v2");
-    EXPECT_EQ(projectName(".aep"), "");
-    EXPECT_EQ(projectName(""), "Unknown");
-    EXPECT_EQ(projectName("Caf\xC3\xA9.aep"), "Caf\xC3\xA9");
-    EXPECT_EQ(c.GetProjName(nullptr), "");
-
+        EXPECT_EQ(c.GetProjName(c.GetCurrentProject()), shown) << name;
+    }
     EXPECT_EQ(c.GetCompName(c.GetActiveComp()), "Main");
     EXPECT_EQ(c.GetLayerName(c.GetActiveLayer()), "Title");
     SelectOnly(host, "");
@@ -63,26 +62,21 @@ TEST_F(ControllerTest, HostNames) {
     EXPECT_EQ(c.GetLayerName(c.GetActiveLayer()), "plate.mov"); // no name of its own: the source's
     host.ActiveItem()->layers[1]->sourceItem = 0;
     EXPECT_EQ(c.GetLayerName(c.GetActiveLayer()), "Unknown");
-    EXPECT_EQ(c.GetLayerName(nullptr), "");
-    EXPECT_EQ(c.GetCompName(nullptr), "");
+    EXPECT_EQ(c.GetProjName(nullptr) + c.GetCompName(nullptr) + c.GetLayerName(nullptr), "");
 
     // Lights and cameras are no active layer.
-    for (auto [name, isLayer] : {std::pair{"Title", true},
-                                 {"Burst", true},
-                                 {"Camera 1", false},
-                                 {"Key Light", false},
-                                 {"", false}}) {
+    // clang-format off
+    const std::pair<const char*, bool> layers[] = {{"Title", true}, {"Burst", true}, {"Camera 1", false},
+        {"Key Light", false}, {"", false}};
+    // clang-format on
+    for (auto [name, isLayer] : layers) {
         SelectOnly(host, name);
         EXPECT_EQ(c.GetActiveLayer() != nullptr, isLayer) << name;
     }
+    EXPECT_EQ(c.GetProjectBitDepth(), 1);
     host.GetModel().projects[0]->activeItem = 1; // footage is not a composition
     EXPECT_EQ(c.GetActiveComp(), nullptr);
     EXPECT_EQ(c.GetActiveLayer(), nullptr);
-    EXPECT_EQ(host.Outstanding(), 0);
-}
-
-TEST_F(ControllerTest, ProjectBitDepth) {
-    EXPECT_EQ(c.GetProjectBitDepth(), 1);
     host.GetModel().projects.clear(); // no project: the script engine answers
     for (auto [answer, depth] : {std::pair{"32", 2}, {"16", 1}, {"8", 0}, {"", 2}, {"8 bits", 2}}) {
         host.GetModel().bitsPerChannel = answer;
@@ -162,12 +156,12 @@ TEST_F(WindowedController, ScriptWordsReachTheWindowAsTheirCommand) {
     EXPECT_EQ(RecordingWindow::calls.back().project + "|" + RecordingWindow::calls.back().layer, "Unknown|");
     // The choice's argument, as the engine may pass it.
     using hostsim::ScriptDouble;
-    for (auto [arg, choice] : {std::pair{ScriptDouble(2.9), 2},
-                               {ScriptDouble(-1.7), -1},
-                               {ScriptDouble(1e300), INT32_MAX},
-                               {ScriptDouble(-1e300), INT32_MIN},
-                               {ScriptDouble(std::nan("")), 0},
-                               {ScriptString("4"), 0}}) {
+    // clang-format off
+    const std::pair<TaggedData, int32_t> choices[] = {{ScriptDouble(2.9), 2}, {ScriptDouble(-1.7), -1},
+        {ScriptDouble(1e300), INT32_MAX}, {ScriptDouble(-1e300), INT32_MIN}, {ScriptDouble(std::nan("")), 0},
+        {ScriptString("4"), 0}};
+    // clang-format on
+    for (auto [arg, choice] : choices) {
         TaggedData args[] = {ScriptString("shortcut"), arg}, result{};
         RunScriptCommand(&c, args, 2, &result);
         EXPECT_EQ(c.Preferences().shortcutChoice, choice);
@@ -186,6 +180,16 @@ TEST(Controller, VersionMapping) {
     };
     for (auto [major, minor, version] : cases)
         EXPECT_EQ(AeVersionFromApi(major, minor), version) << major << "." << minor;
+}
+
+// While a host runs the chord and catalogue tests see it through the seam.
+TEST(HostPlatform, WithoutAHostNeverActiveAndTheProcesssOwnExecutable) {
+    HostSession().Start(); // one came and went
+    EXPECT_FALSE(HostPlatform::IsHostActive());
+    char self[1024] = {};
+    ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
+    EXPECT_EQ(HostPlatform::ExecutablePath(), self);
+    EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Stylize", "Glow"));
 }
 
 } // namespace

@@ -140,10 +140,4 @@ struct RecordingWindow : PopupWindow {
         SetPopupWindowFactory(nullptr);
         onRefreshGallery = nullptr;
     }
-    static int Shows() {
-        int shows = 0;
-        for (const Call& c : calls)
-            shows += c.kind == PopupCommand::Show;
-        return shows;
-    }
 };

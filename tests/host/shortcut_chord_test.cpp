@@ -45,7 +45,12 @@ struct ChordTest : ::testing::Test {
         controller->IdleHook();
     }
     PreferencesData& Prefs() { return controller->Preferences(); }
-    static int Shows() { return RecordingWindow::Shows(); }
+    static int Shows() {
+        int shows = 0;
+        for (const RecordingWindow::Call& c : RecordingWindow::calls)
+            shows += c.kind == PopupCommand::Show;
+        return shows;
+    }
 
     HostSession session;
     hostsim::SimHost* host = nullptr;

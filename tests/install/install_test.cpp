@@ -105,10 +105,9 @@ std::string NumberBytes(uint32_t v, bool little) {
     return out;
 }
 
-TEST(Pipl, MacResourceFileHoldsOnePiplResourceWithEveryProperty) {
+TEST(Pipl, ResourcesHoldEveryPropertyInEachPlatformsLayout) {
     const std::string file = Slurp(fs::path(QUILLO_PIPL_DIR) / "Quillo.rsrc");
     const Bytes b{file};
-    ASSERT_GE(file.size(), 256u);
     const uint32_t dataOffset = b.U32(0), mapOffset = b.U32(4), dataLength = b.U32(8), mapLength = b.U32(12);
     EXPECT_EQ(dataOffset, 256u); // the header, then bytes reserved for the system
     EXPECT_EQ(mapOffset, dataOffset + dataLength);
@@ -125,40 +124,34 @@ TEST(Pipl, MacResourceFileHoldsOnePiplResourceWithEveryProperty) {
     const size_t at = dataOffset + (b.U32(reference + 4) & 0xffffff);
     const uint32_t length = b.U32(at);
     ASSERT_LE(at + 4 + length, mapOffset);
-
-    const std::string version = NumberBytes(PackedVersion(), false);
     // The Mac's strings are Pascal strings whose stated length leaves out the padding.
-    const std::vector<Property> expected{
+    const std::vector<Property> mac{
         {"8BIM", "kind", 0, 4, "AEgx"},
         {"8BIM", "name", 0, 7, "\x06Quillo"},
         {"8BIM", "catg", 0, 15, "\x0eGeneral Plugin"},
-        {"8BIM", "vers", 0, 4, version},
+        {"8BIM", "vers", 0, 4, NumberBytes(PackedVersion(), false)},
         {"8BIM", "mi64", 0, 11, "\x0aPluginMain"},
         {"8BIM", "ma64", 0, 11, "\x0aPluginMain"},
     };
-    EXPECT_EQ(Properties(Bytes{std::string_view(file).substr(at + 4, length)}, 0), expected);
-}
+    EXPECT_EQ(Properties(Bytes{std::string_view(file).substr(at + 4, length)}, 0), mac);
 
-TEST(Pipl, WindowsResourceDataHoldsTheSamePropertiesLittleEndian) {
+    // Windows: the same little-endian after a version word; here the stated lengths include the
+    // padding, and the entry point is a C string.
     const std::string data = Slurp(fs::path(QUILLO_PIPL_DIR) / "Quillo.pipl");
-    const Bytes b{data, true};
-    ASSERT_GE(data.size(), 10u);
-    EXPECT_EQ(b.U16(0), 1u);
-    const std::string version = NumberBytes(PackedVersion(), true);
-    // Here the stated lengths include the padding, and the entry point is a C string.
-    const std::vector<Property> expected{
+    const Bytes w{data, true};
+    EXPECT_EQ(w.U16(0), 1u);
+    const std::vector<Property> windows{
         {"8BIM", "kind", 0, 4, "xgEA"},
         {"8BIM", "name", 0, 8, std::string("\x06Quillo\0", 8)},
         {"8BIM", "catg", 0, 16, std::string("\x0eGeneral Plugin\0", 16)},
-        {"8BIM", "vers", 0, 4, version},
+        {"8BIM", "vers", 0, 4, NumberBytes(PackedVersion(), true)},
         {"8BIM", "8664", 0, 12, std::string("PluginMain\0\0", 12)},
     };
-    EXPECT_EQ(Properties(b, 2), expected);
+    EXPECT_EQ(Properties(w, 2), windows);
 }
 
 TEST(Bundle, HasTheHostsLayoutAndKeys) {
-    for (const char* file : {"Info.plist", "PkgInfo", "MacOS/Quillo", "Resources/Quillo.rsrc"})
-        EXPECT_TRUE(fs::is_regular_file(BuiltBundle / "Contents" / file)) << file;
+    // The code itself is checked by the host loading it below.
     EXPECT_EQ(Slurp(BuiltBundle / "Contents/PkgInfo"), "eFKTFXTC");
     EXPECT_EQ(Slurp(BuiltBundle / "Contents/Resources/Quillo.rsrc"),
               Slurp(fs::path(QUILLO_PIPL_DIR) / "Quillo.rsrc"));
@@ -176,10 +169,8 @@ TEST(Bundle, HasTheHostsLayoutAndKeys) {
 // ---- Plug-ins folders with bundles made from the built one.
 
 std::string PiplJson(const std::string& kind, const std::string& name, const std::string& entry) {
-    std::string entries;
-    if (!entry.empty())
-        entries =
-            R"("macIntel64": ")" + entry + R"(", "macArm64": ")" + entry + R"(", "winX64": ")" + entry + "\"";
+    const std::string entries =
+        entry.empty() ? "" : R"("macIntel64": ")" + entry + R"(", "macArm64": ")" + entry + "\"";
     return R"({"resourceId": 16000, "kind": ")" + kind + R"(", "name": ")" + name +
            R"(", "category": "General Plugin", "entryPoints": {)" + entries + "}}";
 }
@@ -193,105 +184,50 @@ void MakeBundle(const fs::path& path, const std::string& json = {}) {
     const fs::path description = path.parent_path() / (path.stem().string() + ".json");
     Spill(description, json);
     const std::string command = "python3 '" QUILLO_SOURCE_DIR "/host/pipl/make_pipl.py' --json '" +
-                                description.string() + "' --version 1.0.0 --rsrc '" +
+                                description.string() + "' --version " QUILLO_VERSION " --rsrc '" +
                                 (path / "Contents/Resources/Quillo.rsrc").string() + "'";
     ASSERT_EQ(std::system(command.c_str()), 0) << command;
 }
 
-hostsim::Model SampleModel() {
-    return hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT);
-}
-
 TEST(PluginScan, PassesOverBadBundlesWithTheReason) {
-    const fs::path rsrc = "Contents/Resources/Quillo.rsrc";
-    auto resize = [&](size_t size) {
-        return [=](const fs::path& bundle) {
-            fs::resize_file(bundle / rsrc, size);
-        };
-    };
+    // A bundle of another kind is in the host's scene below.
     struct Case {
         const char* what;
         std::string json;
-        std::function<void(const fs::path&)> spoil;
+        std::function<void(std::string& fork)> spoil; // the resource file's bytes
+        const char* remove;                           // a file below Contents
         const char* reason;
     };
+    // clang-format off
     const Case cases[] = {
-        {"another kind", PiplJson("eFKT", "Quillo", "PluginMain"), nullptr, "kind 'eFKT'"},
-        {"no entry point", PiplJson("AEgx", "Quillo", ""), nullptr, "no entry point for this processor"},
-        {"resource file cut in its header", "", resize(10), "shorter than its header"},
-        {"resource file cut in its data", "", resize(300), "truncated"},
-        {"PiPL shorter than its properties", "",
-         [&](const fs::path& bundle) {
-             std::string fork = Slurp(bundle / rsrc);
-             fork[259] = static_cast<char>(fork[259] - 20); // the resource's stated length, low byte
-             Spill(bundle / rsrc, fork);
-         },
-         "PiPL truncated"},
-        {"no resource file", "", [&](const fs::path& bundle) { fs::remove(bundle / rsrc); },
-         "no PiPL resource"},
-        {"no code", "", [](const fs::path& bundle) { fs::remove(bundle / "Contents/MacOS/Quillo"); },
-         "no code"},
+        {"no entry point", PiplJson("AEgx", "Quillo", ""), nullptr, nullptr, "no entry point for this processor"},
+        {"resource file cut in its header", "", [](std::string& fork) { fork.resize(10); }, nullptr, "shorter than its header"},
+        {"resource file cut in its data", "", [](std::string& fork) { fork.resize(300); }, nullptr, "truncated"},
+        // Byte 259 is the low byte of the resource's stated length.
+        {"PiPL shorter than its properties", "", [](std::string& fork) { fork[259] -= 20; }, nullptr, "PiPL truncated"},
+        {"no resource file", "", nullptr, "Resources/Quillo.rsrc", "no PiPL resource"},
+        {"no code", "", nullptr, "MacOS/Quillo", "no code"},
     };
+    // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(c.what);
         temp_folder plugins;
         const fs::path bundle = fs::path(plugins.path().to_string()) / "Effects/Quillo.plugin";
+        const fs::path rsrc = bundle / "Contents/Resources/Quillo.rsrc";
         MakeBundle(bundle, c.json);
-        if (c.spoil)
-            c.spoil(bundle);
+        if (c.spoil) {
+            std::string fork = Slurp(rsrc);
+            c.spoil(fork);
+            Spill(rsrc, fork);
+        }
+        if (c.remove)
+            fs::remove(bundle / "Contents" / c.remove);
         std::vector<std::string> skipped;
         EXPECT_TRUE(hostsim::ScanPlugins(plugins.path().to_string(), skipped).empty());
         ASSERT_EQ(skipped.size(), 1u);
         EXPECT_EQ(skipped[0].rfind(bundle.string() + ": ", 0), 0u) << skipped[0];
         EXPECT_NE(skipped[0].find(c.reason), std::string::npos) << skipped[0];
     }
-}
-
-TEST(PluginScan, FindsEveryBundleBelowTheFolderInPathOrder) {
-    temp_folder plugins;
-    const fs::path root = plugins.path().to_string();
-    MakeBundle(root / "B/Other.plugin", PiplJson("AEgx", "Other", "PluginMain"));
-    MakeBundle(root / "A/Quillo.plugin");
-    std::vector<std::string> skipped;
-    const std::vector<hostsim::PluginBundle> found = hostsim::ScanPlugins(root.string(), skipped);
-    EXPECT_TRUE(skipped.empty());
-    ASSERT_EQ(found.size(), 2u);
-    EXPECT_EQ(found[0].pipl.name, "Quillo");
-    EXPECT_EQ(found[0].code, (root / "A/Quillo.plugin/Contents/MacOS/Quillo").string());
-    EXPECT_EQ(found[1].pipl.name, "Other");
-    EXPECT_EQ(found[1].pipl.category, "General Plugin");
-    EXPECT_EQ(found[1].pipl.version, PackedVersion());
-}
-
-TEST(SimHost, LoadsTheGoodBundleAndCallsTheEntryPointItsPiplNames) {
-    temp_folder disk;
-    hostsim::SimHost host(SampleModel(), disk.path().to_string());
-    host.Materialize();
-    const fs::path plugins = host.PluginsFolder();
-    MakeBundle(plugins / "A/Quillo.plugin", PiplJson("eFKT", "Quillo", "PluginMain"));
-    MakeBundle(plugins / "B/Quillo.plugin");
-    ASSERT_TRUE(host.LoadPlugins(plugins.string())) << host.loadError;
-    EXPECT_EQ(host.loadedBundle, (plugins / "B/Quillo.plugin").string());
-    ASSERT_EQ(host.skippedPlugins.size(), 1u);
-    EXPECT_NE(host.skippedPlugins[0].find("A/Quillo.plugin: PiPL kind"), std::string::npos);
-    EXPECT_EQ(host.StartPlugin(), A_Err(0));
-    EXPECT_FALSE(host.idleHooks.empty());
-    host.RunDeath();
-    host.ScriptTerminate();
-    EXPECT_EQ(host.Outstanding(), 0);
-}
-
-TEST(SimHost, RefusesAFolderWithoutALoadablePlugin) {
-    // A bundle whose PiPL names an entry point the code does not have, one of another kind.
-    temp_folder disk;
-    hostsim::SimHost host(SampleModel(), disk.path().to_string());
-    const fs::path plugins = host.PluginsFolder();
-    MakeBundle(plugins / "Quillo.plugin", PiplJson("AEgx", "Quillo", "QuilloMain"));
-    MakeBundle(plugins / "Old.plugin", PiplJson("AEgp", "Quillo", "PluginMain"));
-    EXPECT_FALSE(host.LoadPlugins(plugins.string()));
-    EXPECT_NE(host.loadError.find("Quillo.plugin: missing QuilloMain"), std::string::npos) << host.loadError;
-    EXPECT_NE(host.loadError.find("Old.plugin: PiPL kind 'AEgp'"), std::string::npos) << host.loadError;
-    EXPECT_TRUE(host.loadedBundle.empty());
 }
 
 // ---- The install script.
@@ -302,24 +238,52 @@ int Install(const std::string& arguments, const std::string& environment = {}) {
     return std::system(command.c_str());
 }
 
-TEST(InstallScript, InstallsIntoTheSimulatedHostAndOutAgain) {
+TEST(InstallScript, InstallsIntoTheSimulatedHostWhichFindsAndLoadsItAmongOtherBundles) {
     temp_folder disk;
-    hostsim::SimHost host(SampleModel(), disk.path().to_string());
+    hostsim::SimHost host(hostsim::LoadModelFile(QUILLO_SAMPLE_PROJECT), disk.path().to_string());
     host.Materialize();
     const fs::path installation = disk.path().to_string() + "/" + host.GetModel().installFolder;
     const fs::path panel = fs::path(disk.path().to_string()) / "Quillo.jsx";
     Spill(panel, "// panel\n");
     const fs::path installedPanel = installation / "Scripts/ScriptUI Panels/Quillo.jsx";
-
     ASSERT_EQ(Install("--into '" + installation.string() + "' --panel '" + panel.string() + "'"), 0);
     EXPECT_EQ(Slurp(installedPanel), "// panel\n");
-    ASSERT_TRUE(host.LoadPlugins(host.PluginsFolder())) << host.loadError;
-    EXPECT_EQ(host.loadedBundle, host.PluginsFolder() + "/Quillo.plugin");
+
+    // Made out of path order. Bad/ holds one bundle the scan passes over and one whose PiPL names an
+    // entry point the code does not have.
+    const fs::path plugins = host.PluginsFolder();
+    MakeBundle(plugins / "Zed/Other.plugin", PiplJson("AEgx", "Other", "PluginMain"));
+    MakeBundle(plugins / "Bad/Kind.plugin", PiplJson("eFKT", "Quillo", "PluginMain"));
+    MakeBundle(plugins / "Bad/Entry.plugin", PiplJson("AEgx", "Quillo", "QuilloMain"));
+    std::vector<std::string> skipped;
+    const std::vector<hostsim::PluginBundle> found = hostsim::ScanPlugins(plugins.string(), skipped);
+    EXPECT_EQ(skipped, std::vector<std::string>{(plugins / "Bad/Kind.plugin").string() +
+                                                ": PiPL kind 'eFKT' is not a host plug-in's"});
+    ASSERT_EQ(found.size(), 3u);
+    EXPECT_EQ(found[0].bundle, (plugins / "Bad/Entry.plugin").string());
+    EXPECT_EQ(found[1].code, (plugins / "Quillo.plugin/Contents/MacOS/Quillo").string());
+    EXPECT_EQ(found[2].pipl.name, "Other");
+    EXPECT_EQ(found[2].pipl.category, "General Plugin");
+    EXPECT_EQ(found[2].pipl.version, PackedVersion());
+
+    // No loadable plug-in: refused with every reason.
+    EXPECT_FALSE(host.LoadPlugins((plugins / "Bad").string()));
+    EXPECT_NE(host.loadError.find("Entry.plugin: missing QuilloMain"), std::string::npos) << host.loadError;
+    EXPECT_NE(host.loadError.find("Kind.plugin: PiPL kind 'eFKT'"), std::string::npos) << host.loadError;
+    EXPECT_TRUE(host.loadedBundle.empty());
+
+    ASSERT_TRUE(host.LoadPlugins(plugins.string())) << host.loadError;
+    EXPECT_EQ(host.loadedBundle, (plugins / "Quillo.plugin").string());
+    EXPECT_EQ(host.StartPlugin(), A_Err(0));
+    EXPECT_FALSE(host.idleHooks.empty());
+    host.RunDeath();
+    host.ScriptTerminate();
+    EXPECT_EQ(host.Outstanding(), 0);
 
     ASSERT_EQ(Install("--uninstall --into '" + installation.string() + "'"), 0);
-    EXPECT_FALSE(fs::exists(host.PluginsFolder() + "/Quillo.plugin"));
+    EXPECT_FALSE(fs::exists(plugins / "Quillo.plugin"));
     EXPECT_FALSE(fs::exists(installedPanel));
-    EXPECT_TRUE(fs::is_directory(host.PluginsFolder())); // the host's own folders stay
+    EXPECT_TRUE(fs::is_directory(plugins)); // the host's own folders stay
 }
 
 TEST(InstallScript, ChoosesInstallationsByVersion) {

@@ -5,6 +5,7 @@
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
 #include "nimbit/ui/window.h"
+#include "nimbit/utils/string_utils.h"
 #include "popup/effect_alias.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
@@ -71,9 +72,7 @@ protected:
     }
 
     static EffectData Effect(int id, std::string name, std::string category, bool preset = false) {
-        std::string lower = name;
-        for (char& c : lower)
-            c = static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+        std::string lower = nimbit::string_lower(name);
         return EffectData{id, std::move(name), std::move(lower), std::move(category), preset};
     }
     static EffectData Preset(int id, std::string name) {

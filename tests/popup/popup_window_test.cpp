@@ -21,27 +21,21 @@ namespace {
 using W = EffectsPopupWindow;
 
 TEST_F(PopupTest, OpeningLayoutsInEachMode) {
-    const std::vector<int> searchLefts{188, 231, 274, 317, 360}, plainLefts{9, 52, 95, 138, 181};
     const struct {
         const char *comp, *layer;
         bool search, capture;
-        const std::vector<int>& lefts;
-    } cases[] = {{"Comp 1", "Layer 1", true, true, searchLefts},
-                 {"", "", false, false, plainLefts},
-                 {"Comp 1", "", false, true, plainLefts}}; // capture works, search does not
+    } cases[] = {{"Comp 1", "Layer 1", true, true},
+                 {"", "", false, false},
+                 {"Comp 1", "", false, true}}; // capture works, search does not
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.comp) + "/" + c.layer);
         Open(c.comp, c.layer);
         EXPECT_EQ(std::tuple(popup->IsSearchMode(), popup->IsScreenshotMode(),
                              popup->GetSearchField().is_visible(false)),
                   std::tuple(c.search, c.capture, c.search));
-        std::vector<int> lefts, enabled;
-        for (int b = 0; b < 5; ++b) {
-            lefts.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).get_rect().x);
+        std::vector<int> enabled;
+        for (int b = 0; b < 5; ++b)
             enabled.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
-        }
-        EXPECT_EQ(lefts, c.lefts);
-        EXPECT_EQ(popup->GetNewsBadge().get_rect(), (ivec4{popup->get_rect().w - 19, 1, 18, 18}));
         EXPECT_EQ(enabled,
                   (std::vector<int>{c.capture, 1, c.capture, 1, 1})); // screenshot, gallery, export, ...
         EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
@@ -59,8 +53,6 @@ TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrIt
     const auto& buttons = popup->GetShortcutsBar().GetButtons();
     ASSERT_EQ(buttons.size(), 2u);
     EXPECT_EQ(buttons[0]->GetNumber(), 2ul);
-    EXPECT_EQ(std::tuple(buttons[1]->get_rect().x, buttons[1]->GetLabel()),
-              std::tuple(4 * 44 + 1, std::string("Cur")));
 
     Search("glow");
     EXPECT_TRUE(!popup->GetShortcutsBar().is_visible(false) && popup->GetListFrame().get_rect().y == bare);
@@ -131,34 +123,25 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
 
 TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheSelection) {
     Open();
-    const int top = popup->get_rect().h;
     Search("blur");
     // Names containing the text, in catalogue order, effects before presets.
     EXPECT_EQ(RowNames(), (Names{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
     ASSERT_TRUE(popup->GetEffectsHeader() && popup->GetPresetsHeader());
-    EXPECT_EQ((std::vector<int>{popup->GetEffectsHeader()->get_rect().y, popup->GetRows()[0]->get_rect().y,
-                                popup->GetPresetsHeader()->get_rect().y, popup->GetRows()[3]->get_rect().y}),
-              (std::vector<int>{0, 20, 20 + 3 * 30, 20 + 3 * 30 + 20}));
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
-    EXPECT_EQ(popup->get_rect().h, top + 160 + 1); // content fits: one line under it
 
     Search("zzz");
-    EXPECT_TRUE(popup->GetRows().empty() && popup->GetSelected() == nullptr);
-    ASSERT_NE(popup->GetEffectsHeader(), nullptr);
-    EXPECT_EQ(popup->GetEffectsHeader()->GetText(), "No Matches");
+    EXPECT_TRUE(popup->GetRows().empty() && popup->GetSelected() == nullptr); // its header is in the pictures
 
     Search("pulse"); // presets alone still open under "Effects"
     EXPECT_EQ(std::tuple(popup->GetEffectsHeader()->GetText(), popup->GetPresetsHeader()->get_rect().y,
                          SelectedName()),
               std::tuple("Effects", 20, "Glow Pulse"));
 
-    // The selected row shows in the highlight colour.
+    // The row the keys selected is lit without the pointer; entering a row with the pointer selects it.
     Search("glow");
     const auto& rows = popup->GetRows();
     ASSERT_EQ(rows.size(), 2u);
-    EXPECT_EQ(std::tuple(rows[0]->BackgroundColor(), rows[1]->BackgroundColor()),
-              std::tuple(EffectHighlightColor, popup->GetColors()->listBack)); // the first is selected
-    // Entering a row with the pointer selects it.
+    EXPECT_EQ(rows[0]->BackgroundColor(), EffectHighlightColor); // selected, not hovered
     const ivec2 at = rows[1]->calc_absolute_pos();
     offscreen::move_mouse(*popup, {at.x + 50, at.y + 5});
     EXPECT_TRUE(SelectedName() == "Glow Pulse" && !rows[0]->IsSelected());
@@ -191,7 +174,6 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
     const int w = popup->get_rect().w, top = popup->get_rect().h;
     Search("glow");
     EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 2, 20 + 30 + 20 + 30}));
 
     std::vector<EffectData> many;
     for (int i = 0; i < 30; ++i)

@@ -43,6 +43,9 @@ TEST_F(ListsTest, AddAndReplaceShortcutsStayWithinNineSlots) {
 
 TEST_F(ListsTest, ShortcutLabelsStopAtTheFirstEmptySlotButCountsDoNot) {
     EXPECT_FALSE(HasShortcuts(slots));
+    slots[0] = {"Gau", gaussian, nullptr};
+    EXPECT_TRUE(HasShortcuts(slots)) << "the first slot counts";
+    slots[0] = {};
     slots[8] = {"Glo", glow, nullptr};
     EXPECT_TRUE(HasShortcuts(slots) && GetShortcutsAlias(slots).empty());
     slots[0] = {"Gau", gaussian, nullptr};

@@ -94,17 +94,6 @@ std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
 
 } // namespace
 
-TEST(BitmapDeathTest, LockGivesThirtyTwoBitRowsKeepsWritesAndMisuseStops) {
-    bitmap b = make({5, 3}, image_alpha::alpha, pattern);
-    bitmap_data d = b.lock();
-    EXPECT_EQ(std::tuple(d.bits_per_pixel, d.pitch, d.byte_count, d.size, b.is_locked()),
-              std::tuple(32u, 20u, 60u, _vec2<int>{5, 3}, true));
-    b.unlock(d);
-    EXPECT_FALSE(b.is_locked());
-    // Locking nothing stops.
-    EXPECT_DEATH(bitmap().lock(), "isLoaded");
-}
-
 // PNG keeps every byte; JPG is close and opaque.
 TEST(Bitmap, StreamsRoundTrip) {
     bitmap b = make({24, 16}, image_alpha::alpha, [](int x, int y) {
@@ -236,18 +225,24 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
     EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
 }
 
-// Images are drawn at their size in points and must be loaded.
-TEST(OffscreenDrawerDeathTest, ImagesDrawAtTheirSizeAndMustBeLoaded) {
+// Locks give packed 32-bit rows; images are drawn at their size in points; either needs a loaded image.
+TEST(BitmapDeathTest, LocksGiveThirtyTwoBitRowsImagesDrawAtTheirSizeAndBothNeedAnImage) {
     offscreen_drawer native({200, 100});
     drawer d(native);
     bitmap b, empty;
     ASSERT_TRUE(b.create({8, 6}, image_alpha::alpha));
+    bitmap_data data = b.lock();
+    EXPECT_EQ(std::tuple(data.bits_per_pixel, data.pitch, data.byte_count, data.size, b.is_locked()),
+              std::tuple(32u, 32u, 192u, _vec2<int>{8, 6}, true));
+    b.unlock(data);
+    EXPECT_FALSE(b.is_locked());
     d.draw_image({3, 4}, b);
     d.draw_image({0, 0}, b, {2, 2, 4, 2});
     const auto images = native.calls_named("draw_image");
     EXPECT_EQ((std::vector{images.at(0).rect, images.at(1).rect, images.at(1).source}),
               (std::vector<ivec4>{{3, 4, 8, 6}, {0, 0, 4, 2}, {2, 2, 4, 2}}));
     EXPECT_DEATH(d.draw_image({0, 0}, empty), "isLoaded");
+    EXPECT_DEATH(empty.lock(), "isLoaded");
 }
 
 TEST(OffscreenDrawer, TextMetricIsFixedAndWrapsAtSpacesThenMidWord) {

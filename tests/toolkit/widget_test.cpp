@@ -14,7 +14,7 @@ namespace {
 
 using WidgetTest = OffscreenTest;
 
-TEST_F(WidgetTest, CreateRaisesItsEventsAndListsTheChild) {
+TEST_F(WidgetTest, CreateRaisesItsEventsAndDisablingAndHidingReachEveryDescendant) {
     TestWindow win;
     widget parent, child;
     parent.create(win.get_root(), {10, 10, 200, 100});
@@ -28,10 +28,8 @@ TEST_F(WidgetTest, CreateRaisesItsEventsAndListsTheChild) {
     EXPECT_EQ(std::tuple(child.is_created(), child.is_visible(true), child.get_window(),
                          parent.get_children(), win.get_widgets().back()),
               std::tuple(true, true, static_cast<window*>(&win), std::vector<widget*>{&child}, &child));
-}
 
-TEST_F(WidgetTest, DisablingAndHidingReachEveryDescendantWithoutTouchingTheirOwnFlags) {
-    TestWindow win;
+    // Disabling and hiding reach every descendant without touching their own flags.
     widget a, b, c, d;
     a.create(win.get_root(), {0, 0, 100, 100});
     b.create(a, {0, 0, 50, 50});
@@ -43,7 +41,6 @@ TEST_F(WidgetTest, DisablingAndHidingReachEveryDescendantWithoutTouchingTheirOwn
     EXPECT_TRUE(b.is_parent_enabled() && !c.is_parent_enabled()) << "b itself is still disabled";
     b.enable(true);
     EXPECT_TRUE(c.is_live());
-    event_recorder r;
     r.watch(b, "b", {shown, hidden});
     a.show(false);
     b.show(true); // unchanged: no event
@@ -130,29 +127,20 @@ TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
 }
 
 // A rectangle change raises the old values; anchored children follow silently, and pass the change on
-// to their own children through parent_resize and parent_move.
+// to their own children through parent_resize and parent_move. Where anchors place widgets is the
+// showcase picture's part (it grows the window).
 TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowThroughEveryLevel) {
     TestWindow win;
-    widget panel, stretch, right, bottom, fixed, pinned, content;
+    widget panel, stretch, right, pinned, content;
     panel.create(win.get_root(), {10, 20, 200, 100});
-    for (widget* w : {&stretch, &right, &bottom})
+    for (widget* w : {&stretch, &right})
         w->create(panel, {0, 0, 30, 10});
-    fixed.create(panel, {3, 4, 5, 6}); // no anchors: keeps its place in the panel
     pinned.create(stretch, {0, 0, 20, 20});
     content.create(right, {0, 0, 10, 10});
     stretch.set_anchor(anchor_type::left, 5);
     stretch.set_anchor(anchor_type::right, 7);
     right.set_anchor(anchor_type::right, 4);
-    bottom.set_anchor(anchor_type::top, 3);
-    bottom.set_anchor(anchor_type::bottom, 2);
     pinned.set_anchor(anchor_type::right, 5);
-    auto rects = [&] {
-        return std::vector{stretch.get_rect(), right.get_rect(), bottom.get_rect(), pinned.get_rect(),
-                           fixed.get_rect()};
-    };
-    EXPECT_EQ(rects(),
-              (std::vector<ivec4>{
-                  {5, 0, 188, 10}, {166, 0, 30, 10}, {0, 3, 30, 95}, {163, 0, 20, 20}, {3, 4, 5, 6}}));
     event_recorder r;
     r.watch(panel, "panel", {resize, move});
     const auto all = {resize, move, parent_resize, parent_move};
@@ -164,9 +152,7 @@ TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowThroughEveryLev
         (lines{ev("panel", resize, pack_pair(200, 100)), ev("stretch", parent_resize, pack_pair(200, 100)),
                ev("pinned", parent_resize, pack_pair(188, 10)), ev("content", parent_move, pack_pair(166, 0)),
                ev("panel", move, pack_pair(10, 20)), ev("stretch", parent_move, pack_pair(10, 20))}));
-    EXPECT_EQ(rects(),
-              (std::vector<ivec4>{
-                  {5, 0, 288, 10}, {266, 0, 30, 10}, {0, 3, 30, 145}, {263, 0, 20, 20}, {3, 4, 5, 6}}));
+    EXPECT_EQ(pinned.get_rect(), (ivec4{263, 0, 20, 20}));
     panel.set_rect({11, 22, 300, 150}); // unchanged: nothing raised
     EXPECT_EQ(r.count(), 0u);
 }
@@ -201,7 +187,7 @@ struct Spilling : widget {
 };
 
 // Where each draw_rect can leave paint, in painting order: its rectangle in window coordinates,
-// within its clip.
+// within its clip. Every widget asked to paint adds one, so the list also says who painted.
 std::vector<ivec4> painted_rects(offscreen_drawer& canvas) {
     std::vector<ivec4> out;
     for (const auto& c : canvas.calls_named("draw_rect"))
@@ -246,17 +232,14 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
                                          {100, 60, 10, 10}, // grandchild, cut by both
                                          {120, 10, 50, 50}, // beside
                                      }));
-    EXPECT_EQ(order, (std::vector<std::string>{"panel", "a", "child", "grandchild", "beside"}));
     EXPECT_FALSE(canvas.in_pass());
 
     // The dirty rectangle still limits every pass, and widgets it misses are not asked to paint.
-    order.clear();
     paint(win, {0, 0, 95, 55});
     for (const auto& c : canvas.calls_named("start_draw"))
         EXPECT_TRUE(c.clip.w > 0 && c.clip.h > 0) << "no pass opens with nothing to paint";
     EXPECT_EQ(painted_rects(canvas),
               (std::vector<ivec4>{{10, 10, 85, 45}, {10, 10, 30, 30}, {90, 50, 5, 5}}));
-    EXPECT_EQ(order, (std::vector<std::string>{"panel", "a", "child"}));
 
     // A flush paints the dirty area and leaves nothing behind.
     win.os().paint_pending();

@@ -7,8 +7,6 @@
 #include "nimbit/ui/generic_button.h"
 #include "nimbit/ui/image_panel.h"
 #include "nimbit/ui/mouse.h"
-#include "nimbit/ui/showcase.h"
-#include "nimbit/ui/showcase_controls.h"
 #include "nimbit/ui/text_label.h"
 
 #include <cstdio>
@@ -143,10 +141,7 @@ TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
                         true);
-    ASSERT_EQ(label.get_runs().size(), 3u);
-    const auto& bold = label.get_runs()[1];
-    EXPECT_EQ(std::tuple(bold.start, bold.end, bold.size, bold.weight),
-              std::tuple(2u, 4u, 20.0f, font_weight::bold));
+    ASSERT_EQ(label.get_runs().size(), 3u); // the runs themselves: text_test and the showcase's pictures
     // 3 characters at 6 pixels and 2 at 10, two spare pixels; 25 pixels for the 20-point line.
     EXPECT_EQ(label.get_rect().size(), (_vec2<int>{40, 25}));
     label.set_text("<b>", true, false);
@@ -193,35 +188,4 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     EXPECT_FALSE(panel.set_image(file_path(path)));
 }
 
-using ShowcaseTest = WidgetTest;
-
-// The showcase lays every control out inside the window, styles each (nothing in the unstyled
-// magenta) and follows the window as it grows.
-TEST_F(ShowcaseTest, EveryControlFitsIsStyledAndFollowsTheWindow) {
-    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
-    const std::unique_ptr<showcase> show = build_showcase(win);
-    showcase_controls& c = show->controls();
-    const ivec4 client{0, 0, showcase_size.x, showcase_size.y};
-    for (widget* w : std::initializer_list<widget*>{&c.title, &c.search, &c.password, &c.button, &c.toggle,
-                                                    &c.check, &c.drop_down, &c.split, &c.image, &c.scroll}) {
-        const _vec2<int> p = w->calc_absolute_pos();
-        const ivec4 r = w->get_rect();
-        EXPECT_TRUE(r.w > 0 && r.h > 0 && client.contains(p) && p.x + r.w <= client.w &&
-                    p.y + r.h <= client.h)
-            << w->get_name();
-    }
-    EXPECT_EQ(count_painted([](const draw_call& d) {
-                  return d.op == "draw_rect" && d.color == vec4{1, 0, 1, 1};
-              }),
-              0);
-
-    // Every control follows the window when it grows; the flexible split takes the new height.
-    const ivec4 column = c.column.get_rect(), split = c.split.get_rect(), view = c.list_view.get_rect();
-    const int overflow = c.scroll.get_max_scroll();
-    win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
-    EXPECT_EQ(c.column.get_rect(), (ivec4{column.x, column.y, column.w + 100, column.h + 60}));
-    EXPECT_EQ(c.split.get_rect().size(), (_vec2<int>{split.w + 100, split.h + 60}));
-    EXPECT_EQ(c.scroll.get_rect().h, view.h + 60);
-    EXPECT_EQ(c.scroll.get_max_scroll(), overflow - 60) << "the bar sees the taller view";
-}
 } // namespace

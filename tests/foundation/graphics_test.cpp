@@ -1,7 +1,11 @@
+#include "nimbit/graphics/jpeg_encoder.h"
 #include "nimbit/graphics/pixel.h"
+#include "nimbit/graphics/png_encoder.h"
 #include "nimbit/graphics/rect.h"
 
 #include <gtest/gtest.h>
+#include <jpeglib.h>
+#include <png.h>
 
 #include <algorithm>
 #include <climits>
@@ -9,12 +13,14 @@
 #include <cstdint>
 #include <cstring>
 #include <limits>
+#include <tuple>
 #include <vector>
 
 using nimbit::vec4;
 using nimbit::graphics::buffer_type;
 using nimbit::graphics::pixel;
 using nimbit::graphics::pixel_buffer;
+using nimbit::graphics::rgba_view;
 
 namespace {
 
@@ -29,7 +35,7 @@ constexpr float nan = std::numeric_limits<float>::quiet_NaN(), inf = std::numeri
 const float probes[] = {0.0f, 1.0f,  0.5f,   -0.25f,        1.75f,         nan,           inf,
                         -inf, 0.25f, 0.999f, 1.0f / 255.0f, 0.5f / 255.0f, 1.5f / 255.0f, 0.5f / 32768.0f};
 
-TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
+TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPathAndImportBack) {
     // Widths with and without a remainder beyond the groups of 4 (8-bit) and 2 (16-bit) pixels.
     for (int width : {1, 2, 3, 4, 5, 7, 8, 13}) {
         const int height = 9;
@@ -59,6 +65,15 @@ TEST(PixelBuffer, FloatsTo8And16BitMatchTheReferenceOnEveryPath) {
             EXPECT_EQ(out8[y * pitch8 + width * 4], 0xEE);
             EXPECT_EQ(out16[y * pitch16 + width * 8], 0xEE);
         }
+        // Imported from the same padded layout and exported again, the bytes come back unchanged.
+        const pixel_buffer from8(out8.data(), {width, height}, pitch8, buffer_type::rgba8);
+        const pixel_buffer from16(out16.data(), {width, height}, pitch16, buffer_type::rgba16);
+        EXPECT_FLOAT_EQ(from8[0].y, 1.0f);
+        EXPECT_FLOAT_EQ(from16[0].y, 1.0f);
+        std::vector<uint8_t> back8(out8.size(), 0xEE), back16(out16.size(), 0xEE);
+        from8.export_buffer(back8.data(), {width, height}, pitch8, buffer_type::rgba8);
+        from16.export_buffer(back16.data(), {width, height}, pitch16, buffer_type::rgba16);
+        EXPECT_TRUE(back8 == out8 && back16 == out16) << width;
     }
 }
 
@@ -110,36 +125,7 @@ TEST(ArgbToRgba8, EqualsTheBufferRoundTripReordered) {
     EXPECT_EQ(out, std::vector<uint8_t>(64, 0xEE));
 }
 
-// Importing and exporting in the same layout gives the same bytes back, padding rows included.
-TEST(PixelBuffer, ImportsEveryLayoutWithPaddedRows) {
-    const int width = 5, height = 3;
-    std::vector<uint8_t> bytes8(24 * height, 0), bytes16(48 * height, 0);
-    for (int y = 0; y < height; ++y)
-        for (int i = 0; i < width * 4; ++i) {
-            bytes8[y * 24 + i] = static_cast<uint8_t>(y * 50 + i * 3);
-            const uint16_t v = static_cast<uint16_t>(y == 2 && i == 0 ? 32768 : y * 1000 + i * 97);
-            std::memcpy(&bytes16[y * 48 + i * 2], &v, 2);
-        }
-    const pixel_buffer from8(bytes8.data(), {width, height}, 24, buffer_type::rgba8);
-    const pixel_buffer from16(bytes16.data(), {width, height}, 48, buffer_type::rgba16);
-    EXPECT_FLOAT_EQ(from8[1 * width + 2].z, (50 + 10 * 3) / 255.0f);
-    EXPECT_FLOAT_EQ(from16[2 * width].x, 1.0f);
-    std::vector<uint8_t> back8(24 * height, 0), back16(48 * height, 0);
-    from8.export_buffer(back8.data(), {width, height}, 24, buffer_type::rgba8);
-    from16.export_buffer(back16.data(), {width, height}, 48, buffer_type::rgba16);
-    EXPECT_TRUE(back8 == bytes8 && back16 == bytes16);
-}
-
-TEST(PixelBuffer, BadImportArgumentsGiveAnEmptyBuffer) {
-    const uint8_t bytes[64] = {};
-    EXPECT_TRUE(pixel_buffer(nullptr, {2, 2}, 8, buffer_type::rgba8).empty());
-    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 7, buffer_type::rgba8).empty()) << "rows shorter than a row";
-    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 8, static_cast<buffer_type>(3)).empty());
-    EXPECT_TRUE(pixel_buffer(bytes, {-2, 2}, 8, buffer_type::rgba8).empty());
-    EXPECT_TRUE(pixel_buffer({INT_MAX, INT_MAX}).empty()) << "too large to allocate";
-}
-
-TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
+TEST(PixelBuffer, ExportsRegionsAndImportsAndExportsRefuseWhatDoesNotFit) {
     pixel_buffer buffer({10, 6});
     for (size_t i = 0; i < buffer.size_pixels(); ++i)
         buffer[i] = {static_cast<float>(i % 10) / 255.0f, static_cast<float>(i / 10) / 255.0f, 0, 1};
@@ -166,6 +152,14 @@ TEST(PixelBuffer, ExportsRegionsAndRefusesWhatDoesNotFit) {
     EXPECT_TRUE(refused({3, 2}, {0, 0}, 11, buffer_type::rgba8)) << "pitch shorter than a row";
     EXPECT_TRUE(refused({3, 2}, {0, 0}, 12, static_cast<buffer_type>(8)));
     buffer.export_buffer(nullptr, {3, 2}, {0, 0}, 12, buffer_type::rgba8); // nothing to write to
+
+    // Bad import arguments give an empty buffer.
+    const uint8_t* bytes = untouched.data();
+    EXPECT_TRUE(pixel_buffer(nullptr, {2, 2}, 8, buffer_type::rgba8).empty());
+    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 7, buffer_type::rgba8).empty()) << "rows shorter than a row";
+    EXPECT_TRUE(pixel_buffer(bytes, {2, 2}, 8, static_cast<buffer_type>(3)).empty());
+    EXPECT_TRUE(pixel_buffer(bytes, {-2, 2}, 8, buffer_type::rgba8).empty());
+    EXPECT_TRUE(pixel_buffer({INT_MAX, INT_MAX}).empty()) << "too large to allocate";
 }
 
 TEST(PixelBufferDeathTest, NegativeOriginStops) {
@@ -195,4 +189,44 @@ TEST(Rect, IntersectionAndUnion) {
     EXPECT_EQ(nimbit::unite(a, b), (nimbit::ivec4{10, 5, 35, 25}));
     EXPECT_EQ(nimbit::unite(a, {0, 0, 5, 5}), (nimbit::ivec4{0, 0, 30, 30}));
     EXPECT_EQ(nimbit::unite({3, 3, 0, 9}, b), b); // an empty rectangle adds nothing
+}
+
+// Pixel fidelity through the toolkit is also checked by the bitmap round trips and the decode fuzzer.
+TEST(ImageEncoders, PngKeepsEveryPixelOfPaddedRowsAndJpgKeepsFullColourResolution) {
+    const int width = 38, height = 5; // rows end in a part of the filter's 16-byte step
+    const size_t pitch = width * 4 + 12;
+    std::vector<unsigned char> bytes(pitch * height, 0xEE); // the padding must never reach a file
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width * 4; ++x)
+            bytes[y * pitch + x] = static_cast<unsigned char>(x * 7 + y * 31);
+    const rgba_view view{bytes.data(), width, height, pitch};
+
+    const std::vector<unsigned char> png = nimbit::graphics::encode_png(view);
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    ASSERT_TRUE(png_image_begin_read_from_memory(&image, png.data(), png.size()));
+    image.format = PNG_FORMAT_RGBA;
+    std::vector<unsigned char> decoded(PNG_IMAGE_SIZE(image));
+    ASSERT_TRUE(png_image_finish_read(&image, nullptr, decoded.data(), 0, nullptr));
+    for (int y = 0; y < height; ++y)
+        EXPECT_TRUE(std::equal(decoded.begin() + y * width * 4, decoded.begin() + (y + 1) * width * 4,
+                               bytes.begin() + y * pitch))
+            << "row " << y;
+
+    const std::vector<unsigned char> jpg = nimbit::graphics::encode_jpg(view);
+    jpeg_decompress_struct info{};
+    jpeg_error_mgr errors{};
+    info.err = jpeg_std_error(&errors);
+    jpeg_create_decompress(&info);
+    jpeg_mem_src(&info, jpg.data(), static_cast<unsigned long>(jpg.size()));
+    ASSERT_EQ(jpeg_read_header(&info, TRUE), JPEG_HEADER_OK);
+    EXPECT_EQ(std::tuple(info.image_width, info.image_height, info.comp_info[1].h_samp_factor),
+              std::tuple(JDIMENSION(width), JDIMENSION(height), 1));
+    jpeg_destroy_decompress(&info);
+
+    for (const rgba_view& empty : {rgba_view{}, rgba_view{bytes.data(), 0, 4, 16},
+                                   rgba_view{bytes.data(), 4, 0, 16}, rgba_view{bytes.data(), 4, 4, 15}})
+        EXPECT_TRUE(nimbit::graphics::encode_png(empty).empty() &&
+                    nimbit::graphics::encode_jpg(empty).empty());
+    EXPECT_TRUE(nimbit::graphics::encode_jpg({bytes.data(), 70000, 1, 280000}).empty()); // beyond JPG's sides
 }

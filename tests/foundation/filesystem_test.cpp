@@ -1,0 +1,199 @@
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_path.h"
+#include "nimbit/filesystem/file_stats.h"
+#include "nimbit/filesystem/folder_iterator.h"
+#include "nimbit/filesystem/known_folders.h"
+#include "nimbit/filesystem/write_file_atomic.h"
+
+#include "temp_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstdlib>
+#include <string>
+#include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using nimbit::file_path;
+using nimbit::file_stats;
+
+namespace {
+
+TEST(FilePath, JoinsAndSplitsAtTheLastSeparator) {
+    // clang-format off
+    const std::pair<std::string, std::string> cases[] = {
+        {file_path("a/").append("/b").to_string(), "a/b"},
+        {file_path("").append("/b").to_string(), "b"},
+        {file_path("/").append("b").to_string(), "/b"},
+        {file_path("a").append("").to_string(), "a"},
+        {file_path("a").append_extension("png").to_string(), "a.png"},
+        {file_path("dir.old/file").extension(), ""},
+        {file_path("x.tar.gz").extension(), "gz"},
+        {file_path("a/b.png/").leaf(false), "b"},
+        {file_path("a/b.png/").leaf(true), "b.png"},
+        {file_path("a/b/c.png").stem().to_string(), "a/b"},
+        {file_path("a/b/").stem().to_string(), "a"},
+        {file_path("c.png").stem().to_string(), ""},
+        {file_path("a\\b\\c").fix_separator().to_string(), "a/b/c"},
+    };
+    // clang-format on
+    for (size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
+    // Ordering is bytewise with the shorter first.
+    EXPECT_TRUE(file_path("ab") < file_path("abc") && file_path("B") < file_path("a"));
+    EXPECT_FALSE(file_path("a") < file_path("a"));
+}
+
+TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
+    temp_folder tmp;
+    ASSERT_TRUE(write_text(tmp / "f.txt", "12345"));
+    const file_stats missing(tmp / "nothing/here"), file(tmp / "f.txt"), folder(tmp.path());
+    EXPECT_TRUE(!missing.exists && missing.type == 2 && !file_stats(file_path()).exists);
+    EXPECT_TRUE(file.exists && file.type == 0 && file.size == 5u);
+    EXPECT_TRUE(folder.exists && folder.type == 1);
+
+    EXPECT_FALSE(nimbit::set_file_dates(tmp / "missing", 0, 0));
+
+    // make_dir creates every missing level, a trailing separator or not.
+    EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c/"));
+    EXPECT_EQ(tree(tmp.path()), (std::vector<std::string>{"a", "a/b", "a/b/c", "f.txt"}));
+    EXPECT_TRUE(nimbit::make_dir(tmp / "a/b/c")) << "an existing folder is success";
+
+    // A file in the way.
+    EXPECT_FALSE(nimbit::make_dir(tmp / "f.txt") || nimbit::make_dir(tmp / "f.txt/sub/deeper"));
+    EXPECT_FALSE(nimbit::make_dir(file_path()));
+
+    // copy_dir copies a folder into another, but never into itself.
+    ASSERT_TRUE(write_text(tmp / "a/b/f", "x") && nimbit::make_dir(tmp / "copy"));
+    EXPECT_TRUE(nimbit::copy_dir(tmp / "a", tmp / "copy"));
+    EXPECT_EQ(read_text(tmp / "copy/a/b/f"), "x");
+    EXPECT_FALSE(nimbit::copy_dir(tmp / "a", tmp / "a") || nimbit::copy_dir(tmp / "a", tmp / "a/b"));
+
+    // remove_dir deletes the tree but not what links point to.
+    ASSERT_TRUE(nimbit::make_dir(tmp / "outside") && nimbit::make_dir(tmp / "tree/a/b"));
+    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "tree/a/b/f", "x"));
+    ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / "tree/link").c_str()), 0);
+
+    EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
+    EXPECT_FALSE(file_stats(tmp / "tree").exists || nimbit::remove_dir(tmp / "tree"));
+    EXPECT_EQ(read_text(tmp / "outside/keep"), "keep");
+    EXPECT_TRUE(nimbit::remove_file(tmp / "outside/keep") && !nimbit::remove_file(tmp / "outside/keep"));
+}
+
+// The enumerator hands out "." and ".." as well; tree() drops them, so the raw walk is checked here.
+TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
+    temp_folder tmp;
+    ASSERT_TRUE(nimbit::make_dir(tmp / "a/b/c") && nimbit::make_dir(tmp / "d"));
+    for (const char* file : {"f0", "a/f1", "a/b/f2", "a/b/c/f3", "d/f4"})
+        ASSERT_TRUE(write_text(tmp / file, ""));
+    std::vector<size_t> depths;
+    for (const nimbit::folder_entry& entry : nimbit::folder_enumerator{tmp.path(), true}) {
+        const std::string path = entry.path.to_string().substr(tmp.path().to_string().size());
+        EXPECT_EQ(entry.is_folder, file_stats(entry.path).type == 1) << path;
+        depths.push_back(std::count(path.begin(), path.end(), '/'));
+    }
+    // Nine entries plus "." and ".." from the root and its four sub-folders, nothing deeper first.
+    EXPECT_EQ(depths.size(), 9u + 10u);
+    EXPECT_TRUE(std::is_sorted(depths.begin(), depths.end()));
+    EXPECT_EQ(tree(tmp.path(), false).size(), 3u) << "without recursion only the top level";
+
+    nimbit::folder_iterator it(nimbit::folder_enumerator{tmp / "missing", true});
+    EXPECT_TRUE(it.at_end() && (++it).at_end());
+}
+
+TEST(WriteFileAtomic, CreatesAndReplacesKeepingPermissionsAndFailuresLeaveTheOldFile) {
+    temp_folder tmp;
+    const file_path target = tmp / "settings";
+    ASSERT_TRUE(nimbit::write_file_atomic(target, "first version", 13));
+    EXPECT_EQ(read_text(target), "first version");
+
+    ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
+    ASSERT_TRUE(nimbit::write_file_atomic(target, "second", 6));
+    EXPECT_EQ(read_text(target), "second");
+    struct stat st;
+    ASSERT_EQ(::stat(target.c_str(), &st), 0);
+    EXPECT_EQ(st.st_mode & 0777, 0640u);
+
+    EXPECT_TRUE(nimbit::write_file_atomic(target, nullptr, 0) && nimbit::file_stats(target).size == 0);
+    ASSERT_TRUE(write_text(target, "old"));
+
+    // Failures leave the old file and no litter.
+    EXPECT_FALSE(nimbit::write_file_atomic(tmp / "missing/settings", "x", 1) ||
+                 nimbit::write_file_atomic(file_path(), "x", 1));
+
+    // A write that runs out of room half-way: the file-size limit makes write() fail with EFBIG.
+    rlimit saved;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto old_handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = saved;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const std::string big(64 * 1024, 'n');
+    const bool written = nimbit::write_file_atomic(target, big.data(), big.size());
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, old_handler);
+    EXPECT_FALSE(written);
+    EXPECT_EQ(read_text(target), "old");
+    EXPECT_EQ(tree(tmp.path()), std::vector<std::string>{"settings"}) << "no temporary file is left behind";
+}
+
+const char* const folder_variables[] = {"QUILLO_USER_DATA_DIR", "QUILLO_COMMON_DATA_DIR", "QUILLO_DOCS_DIR",
+                                        "QUILLO_SHARED_DOCS_DIR", "QUILLO_TEST_ASSETS"};
+
+// Points every well-known folder into a temporary folder for the test's lifetime.
+class KnownFolders : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
+        ::unsetenv("QUILLO_TEST_ASSETS");
+        ::setenv("QUILLO_USER_DATA_DIR", (tmp / "user").c_str(), 1);
+        ::setenv("QUILLO_COMMON_DATA_DIR", (tmp / "common").c_str(), 1);
+        ::setenv("QUILLO_DOCS_DIR", (tmp / "docs").c_str(), 1);
+        ::setenv("QUILLO_SHARED_DOCS_DIR", (tmp / "shared").c_str(), 1);
+    }
+    void TearDown() override {
+        for (const char* name : folder_variables)
+            ::unsetenv(name);
+    }
+    temp_folder tmp;
+};
+
+TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
+    EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
+    EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
+
+    ::setenv("QUILLO_TEST_ASSETS", "/from/variable", 1);
+    EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
+
+    // A one-character entry does not count.
+    ASSERT_TRUE(write_text(tmp / "common/Tarvelo/Quillo", "Other=1\nAssetsPath=x\n"));
+    EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
+
+    ASSERT_TRUE(write_text(tmp / "common/Tarvelo/Quillo", "Other=1\r\nAssetsPath=/opt/assets\r\n"));
+    EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), file_path("/opt/assets"));
+
+    // The common folder's modes: the variable, then the user's or the machine's folder.
+    EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
+    EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 1), tmp / "user");
+
+    // Without overrides: the XDG variables, then the home folder.
+    for (const char* name : folder_variables)
+        ::unsetenv(name);
+    ::setenv("XDG_CONFIG_HOME", "/xdg/config", 1);
+    ::setenv("XDG_DOCUMENTS_DIR", "/xdg/docs", 1);
+    EXPECT_EQ(nimbit::get_user_data_path(), file_path("/xdg/config"));
+    EXPECT_EQ(nimbit::get_docs_data_path(), file_path("/xdg/docs"));
+    EXPECT_EQ(nimbit::get_common_data_path(), file_path("/etc/xdg"));
+    ::unsetenv("XDG_CONFIG_HOME");
+    ::unsetenv("XDG_DOCUMENTS_DIR");
+    ::setenv("HOME", "/home/artist", 1);
+    EXPECT_EQ(nimbit::get_user_data_path(), file_path("/home/artist/.config"));
+    EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), file_path("/home/Shared/Documents"));
+}
+
+} // namespace
