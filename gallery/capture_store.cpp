@@ -62,11 +62,25 @@ file_path CapturePath(const std::string& folder, const std::string& project, con
         .append_extension("png");
 }
 
+file_path FreeCapturePath(const file_path& wanted) {
+    // Bounded: a thousand captures within one second let the last one replace its namesake.
+    for (int n = 1; n < 1000; ++n) {
+        const file_path candidate = n == 1
+                                        ? wanted
+                                        : wanted.stem()
+                                              .append(file_path(wanted.leaf(false) + " " + std::to_string(n)))
+                                              .append_extension(wanted.extension());
+        if (!nimbit::file_stats(candidate).exists)
+            return candidate;
+    }
+    return wanted;
+}
+
 file_path SaveCapture(const bitmap& image, const std::string& folder, const std::string& project,
                       const std::string& composition) {
-    const file_path target =
-        CapturePath(folder, project, composition, nimbit::timer::get_formated_time(true));
     nimbit::make_dir(file_path(folder));
+    const file_path target =
+        FreeCapturePath(CapturePath(folder, project, composition, nimbit::timer::get_formated_time(true)));
     return image.save_image(target, image_format::png) ? target : file_path();
 }
 

@@ -38,9 +38,14 @@ std::string CaptureName(const std::string& project, const std::string& compositi
 nimbit::file_path CapturePath(const std::string& folder, const std::string& project,
                               const std::string& composition, const std::string& time);
 
-// Saves image as a PNG capture named for the current local time, creating the folder and its
-// parents when missing; the file appears whole or not at all. Returns the path written, empty when
-// the save failed (which the user is not told about).
+// Where a capture meant for `wanted` goes without replacing an earlier one: wanted itself when no file
+// is there, else the first free "<name> 2.png", "<name> 3.png", ... (two captures in one second share
+// a name).
+nimbit::file_path FreeCapturePath(const nimbit::file_path& wanted);
+
+// Saves image as a PNG capture named for the current local time (never over an earlier capture), creating the
+// folder and its parents when missing; the file appears whole or not at all. Returns the path written, empty
+// when the save failed (which the user is not told about).
 nimbit::file_path SaveCapture(const nimbit::ui::bitmap& image, const std::string& folder,
                               const std::string& project, const std::string& composition);
 

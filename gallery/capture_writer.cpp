@@ -1,5 +1,6 @@
 #include "gallery/capture_writer.h"
 
+#include "gallery/capture_store.h"
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/utils/thread_pool.h"
 
@@ -21,9 +22,10 @@ CaptureWriter::~CaptureWriter() {
     }
 }
 
-bool CaptureWriter::Save(const Job& job) {
+bool CaptureWriter::Save(Job& job) {
     try {
         nimbit::make_dir(job.path.stem());
+        job.path = CaptureStore::FreeCapturePath(job.path); // here, after the queued ones are written
         return job.image.save_image(job.path, nimbit::ui::image_format::png);
     } catch (const std::exception&) { // out of memory for the encoded frame
         return false;

@@ -40,7 +40,7 @@ private:
         nimbit::ui::bitmap image;
         nimbit::file_path path;
     };
-    static bool Save(const Job& job);
+    static bool Save(Job& job);
     void Run();
 
     mutable std::mutex mutex;

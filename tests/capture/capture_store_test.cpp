@@ -75,6 +75,12 @@ TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFail
     EXPECT_EQ(saved.stem(), folder);
     EXPECT_TRUE(saved.leaf(true).starts_with("Intro_Comp 1_") && saved.extension() == "png");
     EXPECT_TRUE(Whole(saved, 6));
+    // A second capture in the same second never replaces the first.
+    EXPECT_EQ(CaptureStore::FreeCapturePath(saved.stem().append(file_path("new.png"))).leaf(true), "new.png");
+    const file_path second = CaptureStore::FreeCapturePath(saved);
+    EXPECT_EQ(second.leaf(true), saved.leaf(false) + " 2.png");
+    ASSERT_TRUE(write_text(second, "x"));
+    EXPECT_EQ(CaptureStore::FreeCapturePath(saved).leaf(true), saved.leaf(false) + " 3.png");
     ASSERT_TRUE(write_text(tmp / "blocked", "a file where the folder should be"));
     EXPECT_TRUE(CaptureStore::SaveCapture(Picture(), (tmp / "blocked").to_string(), "", "").empty());
 }
