@@ -49,6 +49,9 @@ TEST(TextMarkup, FontTagsNestAndCloseIntoRuns) {
     EXPECT_EQ(std::tuple(m.runs[3].font_name, m.runs[3].style, m.runs[3].underline),
               std::tuple("Arial", font_style::normal, false));
     EXPECT_EQ(std::tuple(m.runs[4].font_name, m.runs[4].start, m.runs[4].end), std::tuple("tahoma", 4u, 5u));
+    for (const std::string off : {"0", "false", "NO"}) // the ways to say no, in any case
+        EXPECT_FALSE(parse_markup("<font underline=" + off + ">x</font>", base()).runs.back().underline)
+            << off;
 }
 
 TEST(TextMarkup, EntitiesBreaksAndEverythingElseIsText) {
