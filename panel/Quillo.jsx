@@ -21,23 +21,23 @@
     // <host>/Plug-ins, so the plug-in is looked for next to where this file sits, then next to the
     // running application (for a copy of the panel run from elsewhere), and last by bare name in the
     // engine's own library search folders.
-    function pluginSpecs() {
-        var specs = [];
+    function pluginPaths() {
+        var paths = [];
         try {
-            specs.push("lib:" + new File($.fileName).parent.parent.parent.fsName + "/Plug-ins/Quillo.plugin");
+            paths.push("lib:" + new File($.fileName).parent.parent.parent.fsName + "/Plug-ins/Quillo.plugin");
         } catch (e) {}
         try {
-            specs.push("lib:" + Folder.appPackage.parent.fsName + "/Plug-ins/Quillo.plugin");
+            paths.push("lib:" + Folder.appPackage.parent.fsName + "/Plug-ins/Quillo.plugin");
         } catch (e) {}
-        specs.push("lib:Quillo");
-        return specs;
+        paths.push("lib:Quillo");
+        return paths;
     }
 
     function loadPlugin() {
-        var specs = pluginSpecs();
-        for (var i = 0; i < specs.length; i++) {
+        var paths = pluginPaths();
+        for (var i = 0; i < paths.length; i++) {
             try {
-                return new ExternalObject(specs[i]);
+                return new ExternalObject(paths[i]);
             } catch (e) {}
         }
         return null;

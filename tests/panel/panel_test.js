@@ -96,17 +96,17 @@ class Folder {
 }
 
 const root = '/Applications/Host 2024';
-// Runs the panel with `accepts` deciding which library specs load; `engineRuns` has the plug-in's
+// Runs the panel with `accepts` deciding which library paths load; `engineRuns` has the plug-in's
 // status script run by the engine into the global object instead of returned as text.
 function runPanel({docked = true, accepts = () => true, engineRuns = false, news = [2, 0]} = {}) {
-    const specs = [], calls = [];
+    const paths = [], calls = [];
     const context = vm.createContext({Panel, Window, File: Folder, Folder, ScriptUI: {newImage: decodePng}});
     context.Folder.appPackage = new Folder('/Applications/Elsewhere/Host.app');
     const global = vm.runInContext('this', context);
     context.$ = {fileName: `${root}/Scripts/ScriptUI Panels/Quillo.jsx`, global};
-    context.ExternalObject = function (spec) {
-        specs.push(spec);
-        if (!accepts(spec)) throw new Error(`cannot load ${spec}`);
+    context.ExternalObject = function (path) {
+        paths.push(path);
+        if (!accepts(path)) throw new Error(`cannot load ${path}`);
         this.execute = (...args) => {
             calls.push(args);
             if (args[0] === 'requeststatus')
@@ -119,13 +119,13 @@ function runPanel({docked = true, accepts = () => true, engineRuns = false, news
     Window.last = null;
     const wrapped = `(function () {\n${source}\n}).call(__host)`;
     vm.runInContext(wrapped, context, {filename: panelFile, lineOffset: -1});
-    return {panel: docked ? context.__host : Window.last, specs, calls};
+    return {panel: docked ? context.__host : Window.last, paths, calls};
 }
 
 // --- tests -----------------------------------------------------------------------------------------
 test('docked: buttons call their words, icons are the status PNGs, the chord is the stored one', () => {
-    const {panel, specs, calls} = runPanel();
-    assert.deepStrictEqual(specs, [`lib:${root}/Plug-ins/Quillo.plugin`]);
+    const {panel, paths, calls} = runPanel();
+    assert.deepStrictEqual(paths, [`lib:${root}/Plug-ins/Quillo.plugin`]);
     assert.ok(!panel.all('statictext').some((t) => /not installed|could not/.test(t.text)));
 
     const buttons = panel.all('iconbutton');
@@ -162,8 +162,8 @@ test('docked: buttons call their words, icons are the status PNGs, the chord is 
 
 test('floating palette: status run by the engine, plug-in found by bare name, news badge shown', () => {
     const accepts = (s) => s === 'lib:Quillo';
-    const {panel, specs, calls} = runPanel({docked: false, engineRuns: true, news: [5], accepts});
-    assert.deepStrictEqual(specs, [`lib:${root}/Plug-ins/Quillo.plugin`,
+    const {panel, paths, calls} = runPanel({docked: false, engineRuns: true, news: [5], accepts});
+    assert.deepStrictEqual(paths, [`lib:${root}/Plug-ins/Quillo.plugin`,
                                    'lib:/Applications/Elsewhere/Plug-ins/Quillo.plugin', 'lib:Quillo']);
     assert.deepStrictEqual(calls, [['requeststatus'], ['news']]);
     assert.ok(panel && panel.args[0] === 'palette' && panel.shown);
@@ -175,8 +175,8 @@ test('floating palette: status run by the engine, plug-in found by bare name, ne
 });
 
 test('without the plug-in the panel says so and does not throw', () => {
-    const {panel, specs} = runPanel({accepts: () => false});
-    assert.strictEqual(specs.length, 3);
+    const {panel, paths} = runPanel({accepts: () => false});
+    assert.strictEqual(paths.length, 3);
     const texts = panel.all('statictext').map((t) => t.text);
     assert.ok(texts.length === 1 && /plug-in is not installed/.test(texts[0]), texts.join('|'));
     assert.strictEqual(panel.all('iconbutton').length + panel.all('button').length, 0);
