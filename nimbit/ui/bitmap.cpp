@@ -4,12 +4,14 @@
 #include "nimbit/filesystem/write_file_atomic.h"
 #include "nimbit/graphics/jpeg_encoder.h"
 #include "nimbit/graphics/png_encoder.h"
+#include "nimbit/graphics/rgba_image.h"
 #include "nimbit/ui/image_stream.h"
 #include "nimbit/ui/native_bitmap.h"
 #include "nimbit/ui/native_clipboard.h"
 #include "nimbit/utils/assert.h"
 
 #include <cstdio>
+#include <cstring>
 
 namespace nimbit::ui {
 
@@ -81,6 +83,25 @@ bool bitmap::load_image(const unsigned char* bytes, unsigned long byte_count, fl
     if (!image || !image->decode(bytes, byte_count))
         return false;
     return adopt(std::move(image), load_scale);
+}
+
+bool bitmap::load_pixels(const graphics::rgba_image& image) {
+    if (image.empty() || image.pixels.size() < size_t(image.pitch()) * size_t(image.size.y))
+        return false;
+    bitmap made;
+    if (!made.create(image.size, image.alpha ? image_alpha::alpha : image_alpha::no_alpha))
+        return false;
+    const bitmap_data data = made.lock();
+    if (data.bits) {
+        for (int y = 0; y < image.size.y; ++y)
+            std::memcpy(data.bits + size_t(y) * data.pitch, image.pixels.data() + size_t(y) * image.pitch(),
+                        image.pitch());
+    }
+    made.unlock(data);
+    if (!data.bits)
+        return false;
+    *this = std::move(made);
+    return true;
 }
 
 bool bitmap::load_image(const image_stream& stream) {

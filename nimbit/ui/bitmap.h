@@ -8,7 +8,10 @@
 
 namespace nimbit {
 class file_path;
+namespace graphics {
+struct rgba_image;
 }
+} // namespace nimbit
 
 namespace nimbit::ui {
 
@@ -50,6 +53,9 @@ public:
     bool load_image(const file_path& path, float scale = 1.0f);
     bool load_image(const unsigned char* bytes, unsigned long size, float scale = 1.0f);
     bool load_image(const image_stream& stream);
+    // A copy of decoded pixels (made on any thread; the bitmap itself on the UI thread). False, and
+    // the bitmap unchanged, for an empty image.
+    bool load_pixels(const graphics::rgba_image& image);
     // False, and the bitmap unchanged, when the clipboard holds no image.
     bool load_image_from_clipboard();
     // Puts a copy of the image on the clipboard.

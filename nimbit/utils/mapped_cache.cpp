@@ -448,6 +448,15 @@ cache_value mapped_cache::get_data(std::string_view name) {
     return self->get(name);
 }
 
+bool mapped_cache::read_data(std::string_view name, std::vector<unsigned char>& out) {
+    std::lock_guard lock(self->mutex);
+    const cache_value value = self->get(name);
+    if (!value)
+        return false;
+    out.assign(value.data, value.data + value.size);
+    return true;
+}
+
 bool mapped_cache::set_data(std::string_view name, const unsigned char* bytes, uint64_t length) {
     std::lock_guard lock(self->mutex);
     return self->set(name, bytes, length);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace nimbit {
 
@@ -44,6 +45,9 @@ public:
     void load(const file_path& path, bool read_only);
 
     cache_value get_data(std::string_view name);
+    // A copy of the value, made under the lock: for an object shared by several threads, where the
+    // view get_data gives may be replaced by another thread's call. False, and out untouched, on a miss.
+    bool read_data(std::string_view name, std::vector<unsigned char>& out);
     // Stores or replaces; false when the value was not stored (empty, larger than the limit,
     // read-only, or the files could not take it).
     bool set_data(std::string_view name, const unsigned char* bytes, uint64_t length);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "nimbit/graphics/rgba_image.h"
 #include "nimbit/graphics/vec.h"
 
 #include <cstddef>
@@ -10,15 +11,7 @@
 
 namespace nimbit::ui::offscreen {
 
-// Rows top to bottom, 4 bytes per pixel: red, green, blue, alpha (not premultiplied), no padding.
-struct rgba_image {
-    _vec2<int> size;
-    bool alpha = true;
-    std::vector<unsigned char> pixels;
-
-    bool empty() const { return size.x <= 0 || size.y <= 0; }
-    unsigned pitch() const { return static_cast<unsigned>(size.x) * 4u; }
-};
+using graphics::rgba_image;
 
 // True when a width and height are positive and their product stays within the cap.
 bool size_allowed(long long width, long long height, unsigned long long max_pixels);
