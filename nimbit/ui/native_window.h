@@ -4,7 +4,9 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <string_view>
+#include <vector>
 
 // The platform window under a toolkit window: the one seam between the toolkit and a windowing system.
 // A backend library (offscreen, cocoa) defines create_native_window; the core never names a backend.
@@ -15,6 +17,7 @@
 
 namespace nimbit::ui {
 
+class native_bitmap;
 class native_drawer;
 class native_window_events;
 class window;
@@ -72,6 +75,15 @@ public:
     // `repeat`. Starting an id that runs restarts it.
     virtual void start_timer(uint32_t native_id, float seconds, bool repeat) = 0;
     virtual void stop_timer(uint32_t native_id) = 0;
+
+    // Starts dragging files (full paths) out of the window from a client point, the image following
+    // the pointer (may be null). The platform's drag session then owns the pointer until the drop.
+    // False where files cannot be dragged out.
+    virtual bool begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
+                                 _vec2<int> client_point) {
+        (void)paths, (void)image, (void)client_point;
+        return false;
+    }
 };
 
 // `events` is the owner's side of the seam; the backend calls it and holds `owner` only to hand it on.

@@ -61,6 +61,8 @@ public:
     bool is_modal() const override { return modalSession != nullptr; }
     void start_timer(uint32_t native_id, float seconds, bool repeat) override;
     void stop_timer(uint32_t native_id) override;
+    bool begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
+                         _vec2<int> client_point) override;
 
     // --- from the Objective-C side ---
     native_window_events& get_owner() const { return owner; }

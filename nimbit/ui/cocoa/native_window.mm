@@ -5,12 +5,14 @@
 #include "nimbit/ui/cocoa/cocoa_util.h"
 #include "nimbit/ui/cocoa/input_state.h"
 #include "nimbit/ui/cocoa/key_map.h"
+#include "nimbit/ui/cocoa/native_bitmap.h"
 #include "nimbit/ui/cocoa/native_app.h"
 #include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/native_input.h"
 #include "nimbit/utils/assert.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cwctype>
 
@@ -105,6 +107,11 @@ uint32_t key_character(NSEvent *event) {
     trackingTag = 0;
     if ([self window] != nil)
         trackingTag = [self addTrackingRect:[self bounds] owner:self userData:NULL assumeInside:NO];
+}
+// Files dragged out of the view are copied by whoever takes them; inside the application nothing
+// takes them.
+- (NSDragOperation)draggingSourceOperationMaskForLocal:(BOOL)local {
+    return local ? NSDragOperationNone : NSDragOperationCopy;
 }
 - (void)setFrameSize:(NSSize)size {
     [super setFrameSize:size];
@@ -562,6 +569,43 @@ void cocoa_window::timer_fired(uint32_t native_id) {
         [spent release];
     }
     owner.process_native_timer(native_id);
+}
+
+// The classic drag: a file-names pasteboard and dragImage:, which runs the drag session itself and
+// returns after the drop. It needs the mouse event being handled, so it only starts from a drag.
+bool cocoa_window::begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
+                                   _vec2<int> client_point) {
+    NSEvent *event = [NSApp currentEvent];
+    if (view == nil || paths.empty() || event == nil)
+        return false;
+    const NSEventType kind = [event type];
+    if (kind != NSLeftMouseDragged && kind != NSLeftMouseDown)
+        return false;
+    NSMutableArray *files = [NSMutableArray arrayWithCapacity:paths.size()];
+    for (const std::string &path : paths)
+        [files addObject:[NSString stringWithUTF8String:path.c_str()]];
+    NSPasteboard *board = [NSPasteboard pasteboardWithName:NSDragPboard];
+    [board declareTypes:[NSArray arrayWithObject:NSFilenamesPboardType] owner:nil];
+    if (![board setPropertyList:files forType:NSFilenamesPboardType])
+        return false;
+
+    // The picture under the pointer, at most 128 points wide; the file's icon without one.
+    NSImage *picture = nil;
+    const auto *pixels = dynamic_cast<const cocoa_bitmap *>(image);
+    if (pixels != nullptr && pixels->drawable() != nil) {
+        const _vec2<int> size = pixels->get_size();
+        const double scale = std::min(1.0, 128.0 / std::max(size.x, 1));
+        picture = [[[NSImage alloc] initWithSize:NSMakeSize(size.x, size.y)] autorelease];
+        [picture addRepresentation:pixels->drawable()];
+        [picture setSize:NSMakeSize(std::floor(size.x * scale), std::floor(size.y * scale))];
+    } else {
+        picture = [[NSWorkspace sharedWorkspace] iconForFile:[files objectAtIndex:0]];
+    }
+    const NSSize shown = [picture size];
+    // The view is flipped: the point is the image's bottom-left corner, centred under the pointer.
+    const NSPoint at = NSMakePoint(client_point.x - shown.width / 2, client_point.y + shown.height / 2);
+    [view dragImage:picture at:at offset:NSZeroSize event:event pasteboard:board source:view slideBack:YES];
+    return true;
 }
 
 } // namespace cocoa

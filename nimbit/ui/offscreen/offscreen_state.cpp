@@ -17,6 +17,7 @@ void reset_state() {
     offscreen_file_browser::instance().reset();
     offscreen_file_shell::instance().reset();
     offscreen_window::set_modal_driver({});
+    clear_file_drags();
 }
 
 } // namespace nimbit::ui::offscreen

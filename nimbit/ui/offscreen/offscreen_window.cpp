@@ -1,6 +1,7 @@
 #include "nimbit/ui/offscreen/offscreen_window.h"
 
 #include "nimbit/graphics/rect.h"
+#include "nimbit/ui/native_bitmap.h"
 #include "nimbit/ui/native_input.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
@@ -229,6 +230,29 @@ void offscreen_window::stop_timer(uint32_t native_id) {
 
 bool offscreen_window::is_timer_running(uint32_t native_id) const {
     return offscreen::is_timer_running(this, native_id);
+}
+
+namespace {
+std::vector<file_drag>& drags() {
+    static std::vector<file_drag> list;
+    return list;
+}
+} // namespace
+
+bool offscreen_window::begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
+                                       _vec2<int> client_point) {
+    if (paths.empty())
+        return false;
+    drags().push_back({this, paths, image != nullptr ? image->get_size() : _vec2<int>{}, client_point});
+    return true;
+}
+
+const std::vector<file_drag>& file_drags() {
+    return drags();
+}
+
+void clear_file_drags() {
+    drags().clear();
 }
 
 } // namespace offscreen

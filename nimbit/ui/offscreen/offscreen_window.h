@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <vector>
 
 // An in-memory platform window. A titled window loses a title bar of title_bar_height off the top of
 // its frame, as under AppKit, so its client area is smaller than its frame; other windows have no
@@ -60,6 +61,8 @@ public:
     bool is_modal() const override { return session != nullptr; }
     void start_timer(uint32_t native_id, float seconds, bool repeat) override;
     void stop_timer(uint32_t native_id) override;
+    bool begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
+                         _vec2<int> client_point) override;
 
     // --- for tests ---
     window& get_owner() const { return owner; }
@@ -112,6 +115,17 @@ private:
     uint64_t z_order = 0;
     std::unique_ptr<modal_session> session;
 };
+
+// A file drag as the offscreen backend takes it: written down, nothing dropped anywhere.
+struct file_drag {
+    const offscreen_window* from = nullptr;
+    std::vector<std::string> paths;
+    _vec2<int> image_size; // zero without an image
+    _vec2<int> point;
+};
+// Every file drag begun so far, oldest first (emptied by reset_state).
+const std::vector<file_drag>& file_drags();
+void clear_file_drags();
 
 // The offscreen platform window under `w` (which must be created).
 offscreen_window& native_of(const window& w);
