@@ -1,5 +1,6 @@
 #include "popup/effects_popup_theme.h"
 
+#include "gallery/gallery_popup_window.h"
 #include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/widget_themes.h"
 #include "popup/effects_popup_window.h"
@@ -97,5 +98,7 @@ void EffectsPopupWindow::SwitchTheme(UIColorTheme themeId, bool force) {
         if (h != nullptr)
             StyleHeader(*h, c);
     scrollBar.SwitchTheme(colors);
+    if (gallery)
+        gallery->SetColors(colors);
     get_root().update(false);
 }

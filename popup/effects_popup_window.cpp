@@ -3,6 +3,7 @@
 #include "popup/effects_popup_theme.h"
 
 #include "gallery/capture_store.h"
+#include "gallery/gallery_popup_window.h"
 
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/ui/bitmap.h"
@@ -42,6 +43,7 @@ EffectsPopupWindow::EffectsPopupWindow(PreferencesData& prefs, std::function<int
 }
 
 EffectsPopupWindow::~EffectsPopupWindow() {
+    gallery.reset();
     ClearRows();
 }
 
@@ -555,8 +557,17 @@ void EffectsPopupWindow::Logo() {
     SavePreferences(true);
 }
 
-// The gallery and the preferences window are separate pieces that are not part of this build yet:
-// their entry points are here so that the buttons, keys and script commands are wired, and they do
-// nothing until those pieces arrive.
-void EffectsPopupWindow::OpenGallery() {}
+void EffectsPopupWindow::OpenGallery() {
+    if (!gallery)
+        gallery = std::make_unique<GalleryPopupWindow>(colors, prefs);
+    gallery->Open();
+}
+
+void EffectsPopupWindow::RefreshGallery() {
+    if (gallery && gallery->is_shown())
+        gallery->RefreshList();
+}
+
+// The preferences window is a separate piece that is not part of this build yet: its entry point is
+// here so that the button, key and script command are wired, and it does nothing until it arrives.
 void EffectsPopupWindow::OpenPreferences() {}

@@ -26,6 +26,7 @@
 #include <string_view>
 #include <vector>
 
+class GalleryPopupWindow;
 struct PreferencesData;
 
 // The keyboard-invoked search popup: a search field over the list of matching effects and presets,
@@ -95,16 +96,17 @@ public:
     void InitThemes();
     void SavePreferences(bool writeLists);
 
-    // Later pieces: the gallery and preferences windows. Until they arrive these do nothing.
+    // Shows the gallery, made on first use in the popup's theme and then kept.
     virtual void OpenGallery();
+    // A later piece: the preferences window. Until it arrives this does nothing.
     virtual void OpenPreferences();
     // Flashes the popup and asks the controller to capture the frame into the capture folder; with
     // from_clipboard, an image on the clipboard is written there too.
     virtual void TakeScreenshot(bool from_clipboard);
     // Asks the controller to capture the frame through the "Save to PNG" dialog.
     virtual void ExportScreenshot();
-    // Seam for the gallery window (not in this build yet): a shown gallery lists a new capture at once.
-    void RefreshGallery() override {}
+    // A shown gallery lists a new capture at once.
+    void RefreshGallery() override;
     void Logo();
 
     // The product page that the logo button opens.
@@ -125,6 +127,8 @@ public:
     nimbit::ui::widget& GetListFrame() { return listFrame; }
     nimbit::ui::widget& GetListContent() { return listContent; }
     const UIColors* GetColors() const { return colors; }
+    // Null until the gallery was first opened.
+    GalleryPopupWindow* GetGallery() const { return gallery.get(); }
     const std::vector<UIColors>& GetThemes() const { return themes; }
     const std::vector<EffectData>& GetCatalogue() const { return catalogue; }
     std::vector<EffectAlias>& GetBlacklist() { return blacklist; }
@@ -184,4 +188,5 @@ private:
     std::array<nimbit::ui::generic_button, 5> toolButtons;
     nimbit::ui::generic_button newsBadge;
     nimbit::ui::widget flash; // over everything, shown while the screenshot flash fades
+    std::unique_ptr<GalleryPopupWindow> gallery;
 };
