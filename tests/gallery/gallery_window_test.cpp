@@ -1,0 +1,411 @@
+#include "gallery/gallery_popup_window.h"
+
+#include "nimbit/filesystem/file_operations.h"
+#include "nimbit/filesystem/file_stats.h"
+#include "nimbit/graphics/png_encoder.h"
+#include "nimbit/ui/key_codes.h"
+#include "nimbit/ui/offscreen/offscreen_clipboard.h"
+#include "nimbit/ui/offscreen/offscreen_file_browser.h"
+#include "nimbit/ui/offscreen/offscreen_file_shell.h"
+#include "nimbit/ui/offscreen/offscreen_input.h"
+#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
+#include "nimbit/ui/offscreen/offscreen_window.h"
+#include "popup/effects_popup_window.h"
+#include "popup/preferences_data.h"
+#include "popup/ui_colors.h"
+#include "tests/foundation/temp_folder.h"
+#include "tests/support/offscreen_test.h"
+
+#include <cstdlib>
+#include <memory>
+#include <string>
+#include <vector>
+
+using namespace nimbit;
+using namespace nimbit::ui;
+
+namespace {
+
+constexpr int ShiftKey = virtual_key::left_shift, OptionKey = virtual_key::option;
+
+class GalleryWindowTest : public OffscreenTest {
+protected:
+    void SetUp() override {
+        OffscreenTest::SetUp();
+        ::setenv("QUILLO_USER_DATA_DIR", (tmp / "user").to_string().c_str(), 1);
+        ::setenv("QUILLO_DOCS_DIR", (tmp / "docs").to_string().c_str(), 1);
+        make_dir(tmp / "captures");
+        prefs.captureFolder = (tmp / "captures").to_string();
+    }
+    void TearDown() override {
+        gallery.reset();
+        ::unsetenv("QUILLO_USER_DATA_DIR");
+        ::unsetenv("QUILLO_DOCS_DIR");
+        OffscreenTest::TearDown();
+    }
+
+    // A w x h picture whose file time is `time`; later times list first.
+    file_path Capture(const std::string& name, int64_t time, int w = 32, int h = 18) {
+        std::vector<unsigned char> pixels(static_cast<size_t>(w * h * 4), 200);
+        const file_path path = tmp / ("captures/" + name).c_str();
+        EXPECT_TRUE(
+            write_bytes(path, graphics::encode_png({pixels.data(), w, h, static_cast<size_t>(w) * 4})));
+        EXPECT_TRUE(set_file_dates(path, time, time));
+        return path;
+    }
+    void Captures(int count) {
+        for (int i = 0; i < count; ++i)
+            Capture("c" + std::to_string(i) + ".png", 1000 + i);
+    }
+    GalleryPopupWindow& Open() {
+        gallery = std::make_unique<GalleryPopupWindow>(&themes[0], prefs, tmp / "cache", 2);
+        gallery->Open();
+        return *gallery;
+    }
+    // Everything asked for is made and handed to the tiles.
+    void Settle() {
+        gallery->GetLoader().Wait();
+        gallery->Poll();
+    }
+    GalleryThumbnail& Tile(size_t i) { return *gallery->GetTiles()[i]; }
+    ivec2 Centre(const widget& w) {
+        return w.calc_absolute_pos() + ivec2{w.get_rect().w / 2, w.get_rect().h / 2};
+    }
+    void Click(size_t i, std::initializer_list<int> keys = {}, uint32_t button = 0) {
+        for (int k : keys)
+            offscreen::set_key_down(k, true);
+        offscreen::click(*gallery, Centre(Tile(i)), button);
+        for (int k : keys)
+            offscreen::set_key_down(k, false);
+    }
+    void Key(uint32_t key, std::initializer_list<int> keys = {}) {
+        for (int k : keys)
+            offscreen::set_key_down(k, true);
+        offscreen::events_of(*gallery).process_event(event_type::key_down, key);
+        for (int k : keys)
+            offscreen::set_key_down(k, false);
+    }
+    std::vector<size_t> Selected() const {
+        std::vector<size_t> out;
+        for (const GalleryThumbnail* t : gallery->GetSelection())
+            out.push_back(t->GetIndex());
+        return out;
+    }
+    // Answers the next modal popups with `answer`, writing down each one's title and texts.
+    void AnswerPopups(int answer) {
+        offscreen::offscreen_window::set_modal_driver([this, answer](window& w) {
+            offscreen::offscreen_window& native = offscreen::native_of(w);
+            std::string said = native.get_title();
+            w.get_root().update(false);
+            native.get_canvas().clear_calls();
+            native.paint_pending();
+            for (const draw_call& c : native.get_canvas().calls_named("draw_text"))
+                said += "|" + c.text;
+            asked.push_back(said);
+            w.end_modal(answer);
+        });
+    }
+
+    temp_folder tmp;
+    std::vector<UIColors> themes = BuildColorThemes();
+    PreferencesData prefs;
+    std::unique_ptr<GalleryPopupWindow> gallery;
+    std::vector<std::string> asked;
+    offscreen_file_browser& dialogs = offscreen_file_browser::instance();
+};
+
+} // namespace
+
+TEST_F(GalleryWindowTest, ClicksSelectByModifierAndThePreviewShowsTheFirstFour) {
+    Captures(6);
+    Open();
+    struct Step {
+        size_t tile;
+        std::initializer_list<int> keys;
+        std::vector<size_t> selected;
+        size_t anchor;
+    };
+    // clang-format off
+    const Step steps[] = {
+        {2, {},                    {2},          2},
+        {4, {ShiftKey},            {2, 3, 4},    2},
+        {0, {ShiftKey},            {0, 1, 2},    2}, // the anchor stays
+        {5, {OptionKey},           {0, 1, 2, 5}, 5},
+        {1, {OptionKey},           {0, 2, 5},    1}, // toggled off, still the anchor
+        {3, {ShiftKey},            {1, 2, 3},    1},
+        {5, {ShiftKey, OptionKey}, {1, 2, 3, 5}, 5}, // Option wins over Shift
+        {0, {},                    {0},          0},
+    };
+    // clang-format on
+    for (const Step& s : steps) {
+        Click(s.tile, s.keys);
+        SCOPED_TRACE(s.tile);
+        EXPECT_EQ(Selected(), s.selected);
+        EXPECT_EQ(gallery->GetAnchor(), &Tile(s.anchor));
+        EXPECT_EQ(gallery->GetToolButton(1).get_counter(), s.selected.size());
+        std::vector<file_path> shown;
+        for (size_t i = 0; i < s.selected.size() && i < 4; ++i)
+            shown.push_back(Tile(s.selected[i]).GetPath());
+        EXPECT_EQ(gallery->GetPreview().GetImages(), shown);
+        for (size_t i = 0; i < 6; ++i)
+            EXPECT_EQ(Tile(i).IsSelected(), std::count(s.selected.begin(), s.selected.end(), i) == 1);
+    }
+}
+
+TEST_F(GalleryWindowTest, KeysMoveTheSelectionAndDriveThePreview) {
+    Captures(4);
+    Open();
+    Click(1);
+    Settle();
+    GalleryPreview& preview = gallery->GetPreview();
+    ASSERT_GT(preview.GetFitZoom(0), 0.0f) << "the whole picture reached the preview";
+
+    Key(event_key::down);
+    EXPECT_EQ(Selected(), (std::vector<size_t>{2}));
+    Key(event_key::up);
+    Key(event_key::up);
+    Key(event_key::up); // stays on the first
+    EXPECT_EQ(Selected(), (std::vector<size_t>{0}));
+    Key('A', {OptionKey});
+    EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1, 2, 3}));
+
+    const int orientation = preview.GetOrientation();
+    Key('A');
+    EXPECT_NE(preview.GetOrientation(), orientation);
+    gallery->GetSwapButton().press();
+    EXPECT_EQ(preview.GetOrientation(), orientation);
+    const bool titles = preview.TitlesVisible();
+    Key('I');
+    EXPECT_NE(preview.TitlesVisible(), titles);
+
+    Click(1);
+    Settle();
+    Key('Z');
+    EXPECT_EQ(preview.GetPanel(0).get_zoom(), 1.0f);
+    Key('Z');
+    EXPECT_EQ(preview.GetPanel(0).get_zoom(), preview.GetFitZoom(0));
+
+    EXPECT_TRUE(gallery->is_shown());
+    Key(event_key::escape);
+    EXPECT_FALSE(gallery->is_shown());
+}
+
+TEST_F(GalleryWindowTest, DeleteAsksTheExactQuestionAndRemovesOnlyOnConfirmation) {
+    // clang-format off
+    const struct { size_t count; int answer; const char* question; } cases[] = {
+        {1, 0, "Are you sure you want to delete this image?"},
+        {1, 1, "Are you sure you want to delete this image?"},
+        {3, 0, "Are you sure you want to delete these 3 images?"},
+        {3, 1, "Are you sure you want to delete these 3 images?"},
+    };
+    // clang-format on
+    for (const auto& c : cases) {
+        Captures(5);
+        Open();
+        Click(1);
+        if (c.count == 3)
+            Click(3, {ShiftKey});
+        const std::vector<file_path> chosen = {Tile(1).GetPath(), Tile(c.count == 3 ? 3 : 1).GetPath()};
+        asked.clear();
+        AnswerPopups(c.answer);
+        Key(event_key::forward_delete);
+        ASSERT_EQ(asked.size(), 1u);
+        EXPECT_EQ(asked[0], std::string("Delete?|") + c.question);
+        for (const file_path& p : chosen)
+            EXPECT_EQ(file_stats(p).exists, c.answer == 0);
+        EXPECT_EQ(gallery->GetTiles().size(), c.answer == 1 ? 5 - c.count : 5);
+        EXPECT_EQ(gallery->GetSelection().size(), c.answer == 1 ? 0 : c.count);
+        gallery.reset();
+        remove_dir(tmp / "captures");
+        make_dir(tmp / "captures");
+    }
+}
+
+TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSave) {
+    Captures(3);
+    Open();
+    Click(0);
+    GalleryThumbnail& second = Tile(1);
+    // The corner button shows only while the pointer is over its tile.
+    EXPECT_FALSE(second.GetCornerButton().is_visible(false));
+    offscreen::move_mouse(*gallery, Centre(second));
+    ASSERT_TRUE(second.GetCornerButton().is_visible(false));
+    const ivec4 corner = second.GetCornerButton().get_rect();
+    EXPECT_EQ(corner.x + GalleryThumbnail::CornerInset, second.get_rect().w);
+    EXPECT_EQ(corner.y + GalleryThumbnail::CornerInset, second.get_rect().h);
+
+    AnswerPopups(0);
+    offscreen::click(*gallery, Centre(second.GetCornerButton()));
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1})) << "an unselected tile is selected alone first";
+    EXPECT_EQ(asked.size(), 1u);
+
+    offscreen::double_click(*gallery, Centre(Tile(2)));
+    EXPECT_EQ(Selected(), (std::vector<size_t>{2}));
+    ASSERT_FALSE(dialogs.requests().empty());
+    EXPECT_EQ(dialogs.requests().back().title, "Save to File");
+    EXPECT_EQ(dialogs.requests().back().filters.size(), 2u);
+}
+
+TEST_F(GalleryWindowTest, SavingSeveralWritesThemAllWhileTheInfoShows) {
+    Captures(3);
+    Open();
+    Key('A', {OptionKey});
+    dialogs.answer({}); // cancelled: nothing written, nothing shown
+    gallery->GetToolButton(2).press();
+    EXPECT_EQ(gallery->GetInfoPopup(), nullptr);
+
+    make_dir(tmp / "out");
+    dialogs.answer({tmp / "out"});
+    gallery->GetToolButton(1).press();
+    EXPECT_EQ(dialogs.requests().back().title, "Select Folder");
+    EXPECT_EQ(tree(tmp / "out"), (std::vector<std::string>{"c0.png", "c1.png", "c2.png"}));
+    ASSERT_NE(gallery->GetInfoPopup(), nullptr);
+    std::vector<std::string> said;
+    for (const draw_call& c : offscreen::native_of(*gallery->GetInfoPopup()).get_canvas().calls())
+        if (!c.text.empty())
+            said.push_back(c.text);
+    EXPECT_NE(std::find(said.begin(), said.end(), "Saving images..."), said.end());
+}
+
+TEST_F(GalleryWindowTest, PlaceholdersFillInAndAnUndecodableCaptureKeepsAnEmptyTile) {
+    Capture("wide.png", 300, 40, 10);
+    Capture("tall.png", 200, 30, 17);
+    ASSERT_TRUE(write_text(tmp / "captures/broken.png", "not a picture"));
+    set_file_dates(tmp / "captures/broken.png", 100, 100);
+    Open();
+    ASSERT_EQ(gallery->GetTiles().size(), 3u);
+    EXPECT_EQ(Tile(0).GetPath().leaf(true), "wide.png") << "newest first";
+    for (size_t i = 0; i < 3; ++i)
+        EXPECT_FALSE(Tile(i).HasArrived()) << "a cold cache starts with placeholders";
+
+    Settle();
+    EXPECT_EQ(Tile(0).GetImage().get_size(), (ivec2{512, 128}));
+    EXPECT_EQ(Tile(1).GetImage().get_size(), (ivec2{512, 290})); // 17 * 512 / 30, truncated
+    EXPECT_TRUE(Tile(2).HasArrived());
+    EXPECT_FALSE(Tile(2).GetImage().is_loaded());
+
+    // A second window over the same cache paints its first screen straight from it.
+    gallery.reset();
+    Open();
+    EXPECT_EQ(Tile(1).GetImage().get_size(), (ivec2{512, 290}));
+}
+
+TEST_F(GalleryWindowTest, AChangedCaptureGetsANewThumbnailAndOthersKeepTheirs) {
+    const file_path first = Capture("a.png", 100, 40, 10);
+    Capture("b.png", 50, 40, 20);
+    Open();
+    Settle();
+    GalleryThumbnail* a = &Tile(0);
+    GalleryThumbnail* b = &Tile(1);
+    ASSERT_EQ(a->GetImage().get_size(), (ivec2{512, 128}));
+
+    Capture("a.png", 400, 40, 40);
+    gallery->RefreshList();
+    ASSERT_EQ(&Tile(0), a);
+    EXPECT_EQ(&Tile(1), b);
+    EXPECT_FALSE(a->HasArrived()) << "a stale picture is dropped";
+    EXPECT_TRUE(b->GetImage().is_loaded());
+    Settle();
+    EXPECT_EQ(a->GetImage().get_size(), (ivec2{512, 512}));
+    EXPECT_EQ(a->GetStamp(), 400);
+
+    remove_file(first);
+    gallery->RefreshList();
+    EXPECT_EQ(gallery->GetTiles().size(), 1u);
+}
+
+TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
+    Captures(400);
+    Open();
+    Settle();
+    const auto [first, last] = gallery->ViewRange();
+    ASSERT_EQ(first, 0u);
+    ASSERT_GT(last, 6u);
+    EXPECT_TRUE(Tile(0).GetImage().is_loaded());
+    EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
+
+    scroll_bar& bar = gallery->GetScrollBar();
+    bar.set_value(bar.get_max_scroll());
+    Settle();
+    EXPECT_FALSE(Tile(0).HasArrived());
+    EXPECT_TRUE(Tile(399).GetImage().is_loaded());
+    EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
+
+    bar.set_value(0);
+    Settle();
+    EXPECT_TRUE(Tile(0).GetImage().is_loaded());
+    EXPECT_FALSE(Tile(399).HasArrived());
+}
+
+TEST_F(GalleryWindowTest, TheContextMenuCopiesRevealsAndSaves) {
+    Captures(2);
+    Open();
+    offscreen::push_menu_answer(GalleryPopupWindow::CopyItem);
+    Click(1, {}, 2);
+    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
+    std::vector<std::string> items;
+    for (const menu_item& item : offscreen::shown_menus()[0].items)
+        items.push_back(item.text);
+    EXPECT_EQ(items, (std::vector<std::string>{"Copy to Clipboard", "Save to PNG", "Save to JPG", "Delete",
+                                               "Reveal in Finder"}));
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1}));
+    EXPECT_FALSE(get_offscreen_clipboard().has_image()) << "copied once decoded, off this thread";
+    Settle();
+    EXPECT_TRUE(get_offscreen_clipboard().has_image());
+
+    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
+    Click(0, {}, 2);
+    ASSERT_EQ(offscreen_file_shell::instance().calls().size(), 1u);
+    EXPECT_EQ(offscreen_file_shell::instance().calls()[0].path, Tile(0).GetPath());
+
+    offscreen::push_menu_answer(GalleryPopupWindow::SaveJpgItem);
+    Click(0, {}, 2);
+    EXPECT_EQ(dialogs.requests().back().title, "Save to JPG");
+}
+
+TEST_F(GalleryWindowTest, DraggingTilesHandsTheirFilesToThePlatform) {
+    Captures(3);
+    Open();
+    Click(0);
+    Click(1, {ShiftKey});
+    const ivec2 from = Centre(Tile(1));
+    offscreen::press_mouse(*gallery, from);
+    offscreen::move_mouse(*gallery, from + ivec2{2, 2});
+    EXPECT_TRUE(offscreen::file_drags().empty()) << "a small move is still a click";
+    offscreen::move_mouse(*gallery, from + ivec2{30, 0});
+    ASSERT_EQ(offscreen::file_drags().size(), 1u);
+    EXPECT_EQ(offscreen::file_drags()[0].paths,
+              (std::vector<std::string>{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
+    offscreen::release_mouse(*gallery, from + ivec2{30, 0});
+    EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1})) << "a drag keeps the selection";
+    Click(1);
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1})) << "a plain click without a drag narrows it";
+}
+
+TEST_F(GalleryWindowTest, ThePopupMakesTheGalleryOnceAndRefreshesItWhileShown) {
+    Captures(2);
+    EffectsPopupWindow popup(prefs);
+    popup.OpenGallery();
+    GalleryPopupWindow* made = popup.GetGallery();
+    ASSERT_NE(made, nullptr);
+    EXPECT_EQ(offscreen::native_of(*made).get_title(), "Quillo Image Gallery");
+    EXPECT_EQ(made->GetColors(), popup.GetColors());
+    GalleryThumbnail* tile = made->GetTiles()[0].get();
+
+    Capture("new.png", 5000);
+    popup.RefreshGallery();
+    EXPECT_EQ(made->GetTiles().size(), 3u);
+    made->hide();
+    Capture("newer.png", 6000);
+    popup.RefreshGallery();
+    EXPECT_EQ(made->GetTiles().size(), 3u) << "a hidden gallery is left alone";
+
+    popup.OpenGallery();
+    EXPECT_EQ(popup.GetGallery(), made);
+    EXPECT_TRUE(made->is_shown());
+    EXPECT_EQ(made->GetTiles().size(), 4u);
+    EXPECT_EQ(made->GetTiles()[2].get(), tile) << "tiles are kept, not rebuilt";
+
+    popup.SwitchTheme(UIColorTheme::Light, false);
+    EXPECT_EQ(made->GetColors(), &popup.GetThemes()[static_cast<size_t>(UIColorTheme::Light)]);
+}
