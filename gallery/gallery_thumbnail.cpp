@@ -39,13 +39,21 @@ GalleryThumbnail::~GalleryThumbnail() = default;
 
 void GalleryThumbnail::SetColors(const UIColors* c) {
     colours = c;
-    if (colours != nullptr) {
-        nimbit::ui::theme& t = corner.get_theme();
-        t.set(theme_keys::button_color_normal, colours->listBack);
-        t.set(theme_keys::button_color_hover, colours->listBack);
-        t.set(theme_keys::button_back_image, colours->galleryRemoveIcon);
-    }
+    cornerStyled = false;
+    if (corner.is_visible(false))
+        StyleCorner();
     update(false);
+}
+
+// The icon is decoded when the button first shows: thousands of tiles must not each decode it.
+void GalleryThumbnail::StyleCorner() {
+    if (colours == nullptr || cornerStyled)
+        return;
+    cornerStyled = true;
+    nimbit::ui::theme& t = corner.get_theme();
+    t.set(theme_keys::button_color_normal, colours->listBack);
+    t.set(theme_keys::button_color_hover, colours->listBack);
+    t.set(theme_keys::button_back_image, colours->galleryRemoveIcon);
 }
 
 void GalleryThumbnail::SetStamp(int64_t newStamp) {
@@ -85,8 +93,11 @@ void GalleryThumbnail::TrackPointer() {
     const ivec2 p = mouse::get_position(this);
     const ivec4& r = get_rect();
     const bool over = p.x >= 0 && p.y >= 0 && p.x < r.w && p.y < r.h;
-    if (over != corner.is_visible(false))
-        corner.show(over);
+    if (over == corner.is_visible(false))
+        return;
+    if (over)
+        StyleCorner();
+    corner.show(over);
 }
 
 void GalleryThumbnail::Draw(drawer& d, const ivec4& area) {

@@ -50,6 +50,7 @@ public:
 private:
     void Draw(nimbit::ui::drawer& d, const nimbit::ivec4& area);
     void PlaceCorner();
+    void StyleCorner();
     // The corner button follows the pointer over the tile, including over the button itself.
     void TrackPointer();
 
@@ -59,6 +60,7 @@ private:
     nimbit::ui::bitmap image;
     bool arrived = false;
     bool selected = false;
+    bool cornerStyled = false;
     size_t index = 0;
     nimbit::ui::generic_button corner;
 };
