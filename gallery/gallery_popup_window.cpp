@@ -587,7 +587,7 @@ void GalleryPopupWindow::OnMouseMove(const event_info&) {
     if (tile == nullptr)
         return;
     const std::vector<file_path> paths = tile->IsSelected() ? SelectedPaths() : std::vector<file_path>{};
-    drag.Move(*this, mouse::get_position(&get_root()), mouse::is_button_down(mouse::button::left), paths);
+    drag.Move(*this, mouse::get_position(&get_root()), paths);
 }
 
 void GalleryPopupWindow::OnTileEvent(const event_info& e) {

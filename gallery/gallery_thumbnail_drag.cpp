@@ -13,14 +13,9 @@ void GalleryThumbnailDrag::Press(GalleryThumbnail& pressed, ivec2 clientPoint) {
     start = clientPoint;
 }
 
-bool GalleryThumbnailDrag::Move(ui::window& w, ivec2 clientPoint, bool buttonDown,
-                                const std::vector<file_path>& paths) {
+bool GalleryThumbnailDrag::Move(ui::window& w, ivec2 clientPoint, const std::vector<file_path>& paths) {
     if (tile == nullptr)
         return false;
-    if (!buttonDown) {
-        tile = nullptr;
-        return false;
-    }
     if (std::abs(clientPoint.x - start.x) <= Threshold && std::abs(clientPoint.y - start.y) <= Threshold)
         return false;
     std::vector<std::string> files;
