@@ -98,6 +98,21 @@ void CacheMiss(benchmark::State& state) {
 }
 BENCHMARK(CacheMiss)->Unit(benchmark::kMicrosecond);
 
+// A hit right after another object on the same files (another host, say) stored a value: the
+// header is read again before the lookup.
+void CacheHitAfterAnotherStore(benchmark::State& state) {
+    filled_cache filled;
+    nimbit::mapped_cache other;
+    other.load(nimbit::file_path(filled.folder + "/effects_cache"), false);
+    size_t next = 0;
+    for (auto _ : state) {
+        other.set_data(name_of(static_cast<int>(next)), filled.value.data(), 1000);
+        benchmark::DoNotOptimize(filled.cache.get_data(name_of(static_cast<int>(next + 1) % entries)));
+        next = (next + 389) % entries;
+    }
+}
+BENCHMARK(CacheHitAfterAnotherStore)->Unit(benchmark::kMicrosecond);
+
 void CacheStore(benchmark::State& state) {
     filled_cache filled;
     std::vector<std::string> names;

@@ -255,9 +255,10 @@ struct mapped_cache::impl {
         keys.clear();
         offsets.clear();
         usage.clear();
-        // The header is small and read afresh; the data file keeps its mapping while it is the
-        // same file, so a change elsewhere does not cost its pages.
-        header_map.reset();
+        // Mappings of files still in place at the same length are kept, so that a change elsewhere
+        // costs a new reading of the header, not its pages or the data file's.
+        if (header_size != header_map->view_size() || !header_map->same_file(header_path))
+            header_map.reset();
         if (!data_map->is_open() || !data_map->same_file(data_path))
             data_map.reset();
         status = cache_status::loaded;
@@ -266,7 +267,8 @@ struct mapped_cache::impl {
 
     bool open_files() {
         const auto access = read_only ? memory_map_access::read : memory_map_access::read_write;
-        header_map = std::make_unique<memory_map>(header_path, access, 0, false, false);
+        if (!header_map)
+            header_map = std::make_unique<memory_map>(header_path, access, 0, false, false);
         if (!data_map)
             data_map = std::make_unique<memory_map>(data_path, access, 0, false, false);
         data_size = data_map->size();
