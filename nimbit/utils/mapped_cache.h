@@ -68,8 +68,9 @@ public:
     void load(const file_path& path, bool read_only);
 
     cache_value get_data(std::string_view name);
-    // A copy of the value, made under the lock: for an object shared by several threads, where the
-    // view get_data gives may be replaced by another thread's call. False, and out untouched, on a miss.
+    // A copy of the value, made under the locks: for an object shared by several threads, or files
+    // shared with other processes, where the view get_data gives may be replaced by another's call.
+    // False, and out untouched, on a miss.
     bool read_data(std::string_view name, std::vector<unsigned char>& out);
     // Stores or replaces; false when the value was not stored (empty, larger than the limit,
     // read-only, or the files could not take it).
