@@ -77,6 +77,42 @@ void CacheHitReadAll(benchmark::State& state) {
 }
 BENCHMARK(CacheHitReadAll)->Unit(benchmark::kMicrosecond);
 
+// The floor for a hit whose bytes are all used: one copy of a value already in memory.
+void CopyReference(benchmark::State& state) {
+    std::vector<unsigned char> from(value_size, 7), to(value_size);
+    for (auto _ : state) {
+        std::memcpy(to.data(), from.data(), value_size);
+        benchmark::DoNotOptimize(to.data());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(static_cast<int64_t>(state.iterations()) * value_size);
+}
+BENCHMARK(CopyReference)->Unit(benchmark::kMicrosecond);
+
+// What every operation pays before it looks anything up: the object's mutex, the lock shared
+// between processes and the check that nobody changed the files.
+void CacheMiss(benchmark::State& state) {
+    filled_cache filled;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(filled.cache.get_data("/not/stored.png"));
+}
+BENCHMARK(CacheMiss)->Unit(benchmark::kMicrosecond);
+
+// A hit right after another object on the same files (another host, say) stored a value: the
+// header is read again before the lookup.
+void CacheHitAfterAnotherStore(benchmark::State& state) {
+    filled_cache filled;
+    nimbit::mapped_cache other;
+    other.load(nimbit::file_path(filled.folder + "/effects_cache"), false);
+    size_t next = 0;
+    for (auto _ : state) {
+        other.set_data(name_of(static_cast<int>(next)), filled.value.data(), 1000);
+        benchmark::DoNotOptimize(filled.cache.get_data(name_of(static_cast<int>(next + 1) % entries)));
+        next = (next + 389) % entries;
+    }
+}
+BENCHMARK(CacheHitAfterAnotherStore)->Unit(benchmark::kMicrosecond);
+
 void CacheStore(benchmark::State& state) {
     filled_cache filled;
     std::vector<std::string> names;

@@ -6,12 +6,16 @@
 #include <algorithm>
 #include <atomic>
 #include <bit>
+#include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <fcntl.h>
 #include <list>
 #include <mutex>
+#include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <unordered_map>
 #include <vector>
@@ -102,6 +106,7 @@ struct mapped_cache::impl {
     cache_status status = cache_status::closed;
     file_path data_path;
     file_path header_path;
+    file_path lock_path;
     std::unique_ptr<memory_map> data_map;
     std::unique_ptr<memory_map> header_map;
     std::unordered_map<std::string, node> keys;
@@ -113,7 +118,27 @@ struct mapped_cache::impl {
     // the whole header file.
     std::vector<bool> slot_used;
 
+    int lock_fd = -1;
+    bool locked = false;
+    // The change counter as it stood when the key map was last made to agree with the header.
+    uint64_t seen_changes = 0;
+    // Set by anything that changes the files; the counter is bumped when the lock is let go.
+    bool changed = false;
+    // The data file's length as looked up under the present lock; nothing past it is touched.
+    uint64_t data_size = 0;
+
     impl() { keys.max_load_factor(1.0f); }
+    ~impl() { close_lock(); }
+
+    // One operation on the files: the object's mutex, then the lock shared with other processes.
+    struct operation {
+        std::lock_guard<std::mutex> hold;
+        impl& cache;
+        explicit operation(impl& c) : hold(c.mutex), cache(c) { c.acquire(); }
+        ~operation() { cache.release(); }
+        operation(const operation&) = delete;
+        operation& operator=(const operation&) = delete;
+    };
 
     void drop() {
         keys.clear();
@@ -123,6 +148,58 @@ struct mapped_cache::impl {
         header_map.reset();
         slot_count = 0;
         slot_used.clear();
+        data_size = 0;
+    }
+
+    // The lock file is opened with the cache and kept until it is closed. A read-only cache does
+    // not make one; without it, it reads unlocked and relies on the length checks alone.
+    void open_lock() {
+        const int flags = (read_only ? O_RDONLY : O_RDWR | O_CREAT) | O_CLOEXEC | O_NONBLOCK;
+        lock_fd = ::open(lock_path.c_str(), flags, 0666);
+        struct stat st {};
+        if (lock_fd >= 0 && (::fstat(lock_fd, &st) != 0 || !S_ISREG(st.st_mode)))
+            close_lock();
+        else if (lock_fd >= 0 && !read_only)
+            ::fchmod(lock_fd, 0666); // other users' hosts must be able to lock it too; failure is harmless
+    }
+
+    void close_lock() {
+        if (lock_fd >= 0)
+            ::close(lock_fd);
+        lock_fd = -1;
+    }
+
+    void acquire() {
+        if (lock_fd < 0 && (status == cache_status::loaded || status == cache_status::ready))
+            open_lock();
+        if (lock_fd < 0)
+            return;
+        int result;
+        do
+            result = ::flock(lock_fd, read_only ? LOCK_SH : LOCK_EX);
+        while (result != 0 && errno == EINTR);
+        locked = result == 0;
+    }
+
+    void release() {
+        if (locked && changed) {
+            seen_changes = read_changes() + 1;
+            const ssize_t written = ::pwrite(lock_fd, &seen_changes, 8, 0);
+            (void)written; // a counter that cannot be written leaves others with the sizes checks
+        }
+        changed = false;
+        if (locked)
+            ::flock(lock_fd, LOCK_UN);
+        locked = false;
+        if (status == cache_status::closed)
+            close_lock();
+    }
+
+    uint64_t read_changes() const {
+        uint64_t count = 0;
+        if (lock_fd >= 0 && ::pread(lock_fd, &count, 8, 0) != 8)
+            count = 0;
+        return count;
     }
 
     // Slots the header mapping has room for.
@@ -137,34 +214,64 @@ struct mapped_cache::impl {
         return i < slot_capacity() ? header_map->data() + preamble_size + slot_size * i : nullptr;
     }
 
-    // A pointer to [offset, offset + length) of the data file, reusing the present window when it
-    // already covers the range. Null when the range cannot be mapped.
-    unsigned char* window(uint64_t offset, uint64_t length) {
-        if (!data_map || !data_map->is_open())
+    // A pointer to [offset, offset + length) of the data file, mapping the whole file again when it
+    // has grown past the present mapping. Null when the range lies past the file's end: touching a
+    // mapped page there would fault.
+    unsigned char* data_at(uint64_t offset, uint64_t length) {
+        if (!data_map || !data_map->is_open() || offset > data_size || length > data_size - offset)
             return nullptr;
-        // Touching a mapped page past the end of the file faults, so a file cut short behind our
-        // back turns its values into misses.
-        const uint64_t file_size = data_map->current_size();
-        if (offset > file_size || length > file_size - offset)
-            return nullptr;
-        const uint64_t start = data_map->view_offset();
-        if (!data_map->data() || offset < start || offset - start > data_map->view_size() ||
-            length > data_map->view_size() - (offset - start))
-            data_map->remap(offset, length);
-        if (!data_map->data())
-            return nullptr;
-        return data_map->data() + (offset - data_map->view_offset());
+        if (!data_map->data() || offset + length > data_map->view_size())
+            data_map->remap(0, data_size);
+        return data_map->data() ? data_map->data() + offset : nullptr;
     }
 
+    // Under the lock: makes the key map agree with the files, opening them first when needed.
     bool check_cache() {
+        if (!locked && !read_only) {
+            // A cache that cannot keep other processes out must not write.
+            if (lock_fd < 0 && (status == cache_status::loaded || status == cache_status::ready)) {
+                drop();
+                status = cache_status::unavailable;
+            }
+            return false;
+        }
         if (status == cache_status::ready)
-            return true;
+            return refresh();
         if (status != cache_status::loaded)
             return false;
+        seen_changes = read_changes();
+        return open_files();
+    }
+
+    // Another process may have changed the files since this object last looked: its change count
+    // tells, and a header of another length (or a closed data file) means the same.
+    bool refresh() {
+        const uint64_t changes = read_changes();
+        const uint64_t header_size = header_map->current_size();
+        data_size = data_map->is_open() ? data_map->current_size() : 0;
+        if (changes == seen_changes && header_size == header_map->view_size() && data_map->is_open())
+            return true;
+        seen_changes = changes;
+        keys.clear();
+        offsets.clear();
+        usage.clear();
+        // Mappings of files still in place at the same length are kept, so that a change elsewhere
+        // costs a new reading of the header, not its pages or the data file's.
+        if (header_size != header_map->view_size() || !header_map->same_file(header_path))
+            header_map.reset();
+        if (!data_map->is_open() || !data_map->same_file(data_path))
+            data_map.reset();
+        status = cache_status::loaded;
+        return open_files();
+    }
+
+    bool open_files() {
         const auto access = read_only ? memory_map_access::read : memory_map_access::read_write;
-        header_map = std::make_unique<memory_map>(header_path, access, 0, false, false);
-        // Only the window of the data file that holds a value is ever mapped.
-        data_map = std::make_unique<memory_map>(data_path, access, 0, true, false);
+        if (!header_map)
+            header_map = std::make_unique<memory_map>(header_path, access, 0, false, false);
+        if (!data_map)
+            data_map = std::make_unique<memory_map>(data_path, access, 0, false, false);
+        data_size = data_map->size();
         if (header_map->data() && data_map->is_open()) {
             if (open_header())
                 return true;
@@ -203,8 +310,6 @@ struct mapped_cache::impl {
         const uint64_t slots = load_u64(h + 16);
         if (slots > (size - preamble_size) / slot_size)
             return fail_invalid();
-        const uint64_t data_size = data_map ? data_map->size() : 0;
-
         std::vector<node*> found;
         std::vector<bool> used(slots, false);
         for (uint64_t i = 0; i < slots; ++i) {
@@ -220,8 +325,10 @@ struct mapped_cache::impl {
             auto [it, inserted] = keys.try_emplace(std::string(slot.key, key_length));
             if (!inserted) {
                 // A second slot under one key: the first is kept and the other freed.
-                if (!read_only)
+                if (!read_only) {
                     std::memset(raw, 0, slot_size);
+                    changed = true;
+                }
                 continue;
             }
             used[i] = true;
@@ -259,6 +366,9 @@ struct mapped_cache::impl {
         if (read_only)
             return fail_invalid();
         drop();
+        // Deleted and made afresh rather than cut: another process's mapping of the old files
+        // stays valid until it sees the change and opens the new ones.
+        changed = true;
         ::unlink(header_path.c_str());
         ::unlink(data_path.c_str());
         header_map = std::make_unique<memory_map>(header_path, memory_map_access::read_write,
@@ -267,7 +377,8 @@ struct mapped_cache::impl {
             return fail_invalid();
         header_map->remap(0, initial_header_size);
         data_map = std::make_unique<memory_map>(data_path, memory_map_access::read_write, initial_data_size,
-                                                true, true);
+                                                false, true);
+        data_size = data_map->size();
         if (!header_map->data() || !data_map->is_open())
             return fail_invalid();
         unsigned char* h = header_map->data();
@@ -286,6 +397,7 @@ struct mapped_cache::impl {
     }
 
     void remove(node& n) {
+        changed = !read_only;
         if (unsigned char* raw = read_only ? nullptr : slot_at(n.slot.index))
             std::memset(raw, 0, slot_size);
         if (n.slot.index < slot_used.size())
@@ -312,6 +424,7 @@ struct mapped_cache::impl {
     bool grow_header() {
         const uint64_t old_size = header_map->view_size();
         const uint64_t new_size = old_size + header_growth;
+        changed = true;
         if (!header_map->resize(new_size) || !header_map->reserve(old_size, header_growth)) {
             // The header stays as it was; losing even that mapping turns the cache off.
             header_map->resize(old_size);
@@ -351,18 +464,20 @@ struct mapped_cache::impl {
         if (index >= slot_capacity() && !grow_header())
             return false;
 
-        if (offset + length > data_map->size()) {
-            const uint64_t short_by = offset + length - data_map->size();
+        if (offset + length > data_size) {
+            // Grown in whole steps; the mapping follows when a value past its end is read.
+            const uint64_t short_by = offset + length - data_size;
             const uint64_t steps = (short_by + data_growth - 1) / data_growth;
-            if (steps > (UINT64_MAX - data_map->size()) / data_growth ||
-                !data_map->resize(data_map->size() + steps * data_growth))
+            if (steps > (UINT64_MAX - data_size) / data_growth ||
+                !data_map->resize(data_size + steps * data_growth))
                 return false;
+            data_size = data_map->size();
         }
         // The bytes go in through the file before the slot names them: a full disk then refuses
-        // the value with an error instead of a fault inside a copy through the mapping, and no
-        // window has to be mapped for bytes that are only written.
+        // the value with an error instead of a fault inside a copy through the mapping.
         if (!data_map->write(offset, bytes, length))
             return false;
+        changed = true;
 
         // Slots past the old count may hold bytes the file had beyond it; they are cleared before
         // the count takes them in.
@@ -397,10 +512,12 @@ struct mapped_cache::impl {
         if (found == keys.end())
             return {};
         node& n = found->second;
-        const unsigned char* bytes = window(n.slot.offset, n.slot.size);
+        const unsigned char* bytes = data_at(n.slot.offset, n.slot.size);
         if (!bytes)
             return {};
         n.slot.last_used = now_us();
+        // Not counted as a change: other processes keep their order of use until they next read
+        // the header.
         write_slot_field(n, offsetof(cache_header_entry, last_used), &n.slot.last_used, sizeof(double));
         usage.splice(usage.begin(), usage, n.by_use);
         return {bytes, n.slot.size};
@@ -414,11 +531,12 @@ struct mapped_cache::impl {
             cache_header_entry& s = n->slot;
             if (s.offset != position) {
                 // Values never overlap, so the value only ever moves toward the start.
-                unsigned char* span = window(position, s.offset + s.size - position);
+                unsigned char* span = data_at(position, s.offset + s.size - position);
                 if (!span || !data_map->reserve(position, s.size))
                     return;
                 std::memmove(span, span + (s.offset - position), s.size);
                 s.offset = position;
+                changed = true;
                 write_slot_field(*n, offsetof(cache_header_entry, offset), &s.offset, sizeof(uint64_t));
                 if (count == 0)
                     return;
@@ -439,17 +557,18 @@ void mapped_cache::load(const file_path& path, bool read_only) {
         return;
     self->data_path = path;
     self->header_path = file_path(path.to_string() + ".header");
+    self->lock_path = file_path(path.to_string() + ".lock");
     self->read_only = read_only;
     self->status = cache_status::loaded;
 }
 
 cache_value mapped_cache::get_data(std::string_view name) {
-    std::lock_guard lock(self->mutex);
+    impl::operation op(*self);
     return self->get(name);
 }
 
 bool mapped_cache::read_data(std::string_view name, std::vector<unsigned char>& out) {
-    std::lock_guard lock(self->mutex);
+    impl::operation op(*self);
     const cache_value value = self->get(name);
     if (!value)
         return false;
@@ -458,12 +577,12 @@ bool mapped_cache::read_data(std::string_view name, std::vector<unsigned char>& 
 }
 
 bool mapped_cache::set_data(std::string_view name, const unsigned char* bytes, uint64_t length) {
-    std::lock_guard lock(self->mutex);
+    impl::operation op(*self);
     return self->set(name, bytes, length);
 }
 
 bool mapped_cache::remove_data(std::string_view name) {
-    std::lock_guard lock(self->mutex);
+    impl::operation op(*self);
     if (name.empty() || self->read_only || !self->check_cache())
         return false;
     const auto found = self->keys.find(generate_key(name));
@@ -474,26 +593,29 @@ bool mapped_cache::remove_data(std::string_view name) {
 }
 
 void mapped_cache::remove_oldest_entry() {
-    std::lock_guard lock(self->mutex);
-    if (self->status == cache_status::ready && !self->read_only && !self->usage.empty())
+    impl::operation op(*self);
+    if (self->status == cache_status::ready && !self->read_only && self->check_cache() &&
+        !self->usage.empty())
         self->remove(*self->usage.back());
 }
 
 void mapped_cache::defrag(uint32_t count) {
-    std::lock_guard lock(self->mutex);
+    impl::operation op(*self);
     self->defrag(count);
 }
 
 void mapped_cache::clear(bool close) {
-    std::lock_guard lock(self->mutex);
+    impl::operation op(*self);
     if (self->status == cache_status::closed)
         return;
     self->drop();
     self->status = close ? cache_status::closed : cache_status::loaded;
-    // A read-only cache leaves the disk as it found it.
+    // A read-only cache leaves the disk as it found it. The lock file stays: a process that holds
+    // it open must keep locking the same file as one that opens it afresh.
     if (!self->read_only) {
         ::unlink(self->header_path.c_str());
         ::unlink(self->data_path.c_str());
+        self->changed = true;
     }
 }
 
@@ -502,6 +624,7 @@ void mapped_cache::close() {
     if (self->status == cache_status::closed)
         return;
     self->drop();
+    self->close_lock();
     self->status = cache_status::closed;
 }
 

@@ -32,8 +32,31 @@ struct cache_value {
 //
 // Nothing here reports an error: a missing or read-only folder, a damaged header or a full disk show
 // as misses and ignored stores. A damaged header is rebuilt empty (or, read-only, the cache stays
-// off). Every operation locks the object's own mutex; two objects on the same files must not be used
-// at the same time.
+// off).
+//
+// Both files are mapped whole, once, when first used; the data mapping is made again only when the
+// file has grown past it, and the header's when its length changes.
+//
+// Several objects, in one process or in several, may use the same files at once. Every operation
+// locks the object's own mutex and then takes flock on a third file, "<path>.lock" (shared when
+// read-only, else exclusive). flock, not fcntl locks: those belong to the process, so two objects in
+// one process would not exclude each other, and closing any descriptor of the file drops them. The
+// lock file is never deleted, so every process locks the same file. Its first 8 bytes count changes.
+// While the lock is held:
+// - the header and the data file are as the previous holder left them, and whoever changes them
+//   (stores, removes, moves a value; clears or rebuilds the files) adds one to the count before
+//   letting go. The time of last use a read writes is not counted: the order of use between
+//   processes is only approximate;
+// - an object whose count differs from the one it last saw, or whose header file changed length,
+//   reads the header again; a file deleted and made again since is opened anew (its inode differs);
+// - no holder shortens a file in place: clearing and rebuilding delete and recreate the files, so an
+//   older mapping stays backed by the old file. The data file's length is looked up on every
+//   operation all the same, and a value past its end (a file cut by something else) is a miss;
+// - a writable object that cannot open the lock file stays unavailable; a read-only one without it
+//   reads unlocked, guarded by those length checks alone.
+// The view get_data gives holds the key's bytes when it is returned, but once the lock is let go
+// another process may replace that value and reuse its bytes: where other processes share the
+// files, copy with read_data.
 class mapped_cache {
 public:
     mapped_cache();
@@ -45,8 +68,9 @@ public:
     void load(const file_path& path, bool read_only);
 
     cache_value get_data(std::string_view name);
-    // A copy of the value, made under the lock: for an object shared by several threads, where the
-    // view get_data gives may be replaced by another thread's call. False, and out untouched, on a miss.
+    // A copy of the value, made under the locks: for an object shared by several threads, or files
+    // shared with other processes, where the view get_data gives may be replaced by another's call.
+    // False, and out untouched, on a miss.
     bool read_data(std::string_view name, std::vector<unsigned char>& out);
     // Stores or replaces; false when the value was not stored (empty, larger than the limit,
     // read-only, or the files could not take it).

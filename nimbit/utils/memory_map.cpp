@@ -108,6 +108,13 @@ uint64_t memory_map::current_size() {
     return length;
 }
 
+bool memory_map::same_file(const file_path& path) const {
+    struct stat open_file {
+    }, named{};
+    return fd >= 0 && ::fstat(fd, &open_file) == 0 && ::stat(path.c_str(), &named) == 0 &&
+           open_file.st_dev == named.st_dev && open_file.st_ino == named.st_ino;
+}
+
 void memory_map::end_map() {
     unmap_view();
     if (fd >= 0)

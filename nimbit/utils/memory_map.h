@@ -48,6 +48,8 @@ public:
     uint64_t size() const { return length; }
     // The file's length now, looked up again (another process may have cut the file).
     uint64_t current_size();
+    // Whether path still names the open file, not one made in its place since (or nothing).
+    bool same_file(const file_path& path) const;
     // The present view: its first byte, its file offset and its length.
     unsigned char* data() const { return view; }
     uint64_t view_offset() const { return offset_of_view; }

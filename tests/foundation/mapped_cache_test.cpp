@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <map>
@@ -14,6 +15,7 @@
 #include <random>
 #include <string>
 #include <sys/resource.h>
+#include <sys/wait.h>
 #include <tuple>
 #include <unistd.h>
 #include <vector>
@@ -173,13 +175,43 @@ TEST_F(MappedCacheTest, ReadOnlyCachesNeverWriteAndDamagedHeadersAreRebuiltOrLea
         cache.close();
         write_bytes(header_path, good);
     }
+}
 
-    // A data file cut short while open: its values become misses, not faults.
-    mapped_cache cache;
-    open(cache);
-    ASSERT_TRUE(get(cache, "b"));
-    ::truncate(data_path.c_str(), 10);
-    EXPECT_FALSE(get(cache, "b"));
+// Two objects on one set of files, as two hosts would have them: each sees what the other stored,
+// removed or cleared, though the files grew or were made anew under its mappings.
+TEST_F(MappedCacheTest, ObjectsSharingTheFilesSeeEachOthersChanges) {
+    mapped_cache one, two, reader;
+    open(one);
+    open(two);
+    open(reader, true);
+    ASSERT_TRUE(set(one, "a", pattern(1000, 1)));
+    EXPECT_EQ(get(two, "a"), pattern(1000, 1));
+    // Past the first header and data file sizes.
+    for (unsigned i = 0; i < 60; ++i)
+        ASSERT_TRUE(set(one, "v" + std::to_string(i), pattern(100'000, i)));
+    for (unsigned i = 0; i < 60; i += 59)
+        EXPECT_TRUE(get(two, "v" + std::to_string(i)) == pattern(100'000, i) &&
+                    get(reader, "v" + std::to_string(i)) == pattern(100'000, i));
+    EXPECT_TRUE(two.remove_data("v0") && set(two, "a", pattern(10, 2)));
+    EXPECT_FALSE(get(one, "v0") || get(reader, "v0"));
+    EXPECT_EQ(get(one, "a"), pattern(10, 2));
+
+    two.clear(false);
+    EXPECT_FALSE(exists(data_path) || exists(header_path));
+    EXPECT_TRUE(exists(tmp / "effects_cache.lock")) << "every process must go on locking the same file";
+    EXPECT_FALSE(get(one, "v1")) << "a cleared file still mapped";
+    ASSERT_TRUE(set(one, "b", pattern(10, 3)));
+    EXPECT_TRUE(get(two, "b") == pattern(10, 3) && get(reader, "b") == pattern(10, 3));
+    EXPECT_FALSE(get(two, "v1") || get(reader, "v1"));
+    EXPECT_TRUE(one.entry_count() == 1 && two.entry_count() == 1 && two.check_consistency());
+
+    // Cut short by something that takes no lock: the values past the new end are misses, not faults
+    // on the pages still mapped there, and storing grows the file again.
+    ASSERT_TRUE(set(one, "c", pattern(200'000, 4)) && get(two, "c") && get(reader, "c"));
+    ASSERT_EQ(::truncate(data_path.c_str(), 100'000), 0);
+    EXPECT_FALSE(get(two, "c") || get(one, "c") || get(reader, "c"));
+    EXPECT_EQ(get(two, "b"), pattern(10, 3));
+    EXPECT_TRUE(set(two, "d", pattern(300'000, 5)) && get(one, "d") == pattern(300'000, 5));
 }
 
 // The suite's name makes it run before other tests start threads (the pixel export's pool): a forked
@@ -200,6 +232,79 @@ TEST_F(MappedCacheDeathTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
         std::exit(faults + !cache.check_consistency());
     };
     EXPECT_EXIT(fill(), testing::ExitedWithCode(0), "");
+}
+
+// A value that names its key and version in its first 8 bytes, the rest following from both: a
+// value read under another key, or torn between two versions, does not pass well_formed.
+bytes tagged(uint32_t key, uint32_t version, uint64_t length) {
+    bytes b = pattern(length, key * 7919 + version);
+    std::memcpy(b.data(), &key, 4);
+    std::memcpy(b.data() + 4, &version, 4);
+    return b;
+}
+bool well_formed(const bytes& b, uint32_t key) {
+    uint32_t stored[2];
+    return b.size() >= 8 && (std::memcpy(stored, b.data(), 8), stored[0] == key) &&
+           b == tagged(key, stored[1], b.size());
+}
+
+// Two processes hammer one cache with stores (some growing the files), reads, removals and moves;
+// one also clears it now and then. Neither may fault, and a read never yields another key's bytes.
+TEST_F(MappedCacheDeathTest, TwoProcessesShareOneCacheWithoutFaultsOrForeignBytes) {
+    constexpr uint32_t names = 80;
+    const auto name_of = [](uint32_t key) {
+        return "/captures/" + std::to_string(key) + ".png";
+    };
+    const auto hammer = [&](unsigned seed, bool clears) {
+        std::mt19937 random(seed);
+        mapped_cache cache;
+        cache.set_max_size(12 << 20);
+        open(cache);
+        int faults = 0;
+        bytes out;
+        const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
+        for (uint32_t version = 0; std::chrono::steady_clock::now() < until; ++version) {
+            const uint32_t key = random() % names, op = random() % 1000;
+            if (op < 400) {
+                const uint64_t length = 8 + random() % (op < 100 ? 1'000'000 : 6'000);
+                set(cache, name_of(key), tagged(key, version, length));
+            } else if (op < 800) {
+                faults += cache.read_data(name_of(key), out) && !well_formed(out, key);
+            } else if (op < 900) {
+                // Only touched: once the lock is let go the other process may reuse these bytes.
+                const nimbit::cache_value v = cache.get_data(name_of(key));
+                faults += v && std::count(v.data, v.data + v.size, 0) > static_cast<long>(v.size);
+            } else if (op < 970) {
+                cache.remove_data(name_of(key));
+            } else if (op < 990) {
+                cache.defrag(random() % 4);
+            } else if (clears && op < 993) {
+                cache.clear(false);
+            }
+        }
+        return faults + !cache.check_consistency();
+    };
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0)
+        ::_exit(std::min(hammer(1, true), 100));
+    EXPECT_EQ(hammer(2, false), 0);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status)) << "the other process died of signal " << WTERMSIG(status);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+
+    // What is left on disk is whole: every value held is its key's, and the count agrees.
+    mapped_cache after;
+    open(after);
+    uint64_t held = 0;
+    bytes out;
+    for (uint32_t key = 0; key < names; ++key)
+        if (after.read_data(name_of(key), out)) {
+            ++held;
+            EXPECT_TRUE(well_formed(out, key)) << key;
+        }
+    EXPECT_TRUE(after.entry_count() == held && after.check_consistency());
 }
 
 // Creating, growing and cutting the mapped files is covered through the chunk file and the cache.
