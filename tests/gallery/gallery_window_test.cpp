@@ -324,7 +324,7 @@ TEST_F(GalleryWindowTest, AChangedCaptureGetsANewThumbnailAndOthersKeepTheirs) {
 }
 
 TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
-    Captures(120);
+    Captures(90);
     Open();
     Settle();
     const auto [first, last] = gallery->ViewRange();
@@ -337,13 +337,13 @@ TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
     bar.set_value(bar.get_max_scroll());
     Settle();
     EXPECT_FALSE(Tile(0).HasArrived());
-    EXPECT_TRUE(Tile(119).GetImage().is_loaded());
+    EXPECT_TRUE(Tile(89).GetImage().is_loaded());
     EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
 
     bar.set_value(0);
     Settle();
     EXPECT_TRUE(Tile(0).GetImage().is_loaded());
-    EXPECT_FALSE(Tile(119).HasArrived());
+    EXPECT_FALSE(Tile(89).HasArrived());
 }
 
 TEST_F(GalleryWindowTest, TheContextMenuCopiesRevealsAndSaves) {
