@@ -223,12 +223,13 @@ void GalleryPopupWindow::IssueRequests() {
         wanted.push_back({p, tile != nullptr ? tile->GetStamp() : 0, GalleryImageKind::Full});
     }
     const auto [first, last] = ViewRange();
-    const auto [keepFirst, keepLast] = KeptRange();
+    // A pair, not a structured binding: lambdas cannot capture those before C++20 in every compiler.
+    const std::pair<size_t, size_t> keep = KeptRange();
     // Near the view a tile without its picture needs it; further away only a thumbnail not made yet
     // is asked for, so that the cache is warm when the user scrolls there.
     auto consider = [&](size_t i) {
         const GalleryThumbnail& tile = *tiles[i];
-        const bool kept = i >= keepFirst && i < keepLast;
+        const bool kept = i >= keep.first && i < keep.second;
         if (kept ? tile.HasArrived() : madeOnce.contains(tile.GetPath().to_string()))
             return;
         wanted.push_back({tile.GetPath(), tile.GetStamp(), GalleryImageKind::Thumbnail});

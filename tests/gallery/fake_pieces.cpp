@@ -43,6 +43,7 @@ void GalleryInfoPopup::HideText() {
     hide();
 }
 
+GalleryPreviewTitle::~GalleryPreviewTitle() = default;
 GalleryPreview::GalleryPreview(const UIColors* c) : colours(c) {}
 GalleryPreview::~GalleryPreview() = default;
 void GalleryPreview::SetColors(const UIColors* c) {
