@@ -159,7 +159,6 @@ void GalleryPreview::SetImages(const std::vector<file_path>& paths) {
         cells.push_back(std::move(cell));
     }
     Layout();
-    update(false);
     if (n > 0 && onWantImages)
         onWantImages(GetImages());
 }
@@ -237,6 +236,7 @@ file_path GalleryPreview::GetPath(const bitmap& image) const {
 // Cells fill rows from the top, left to right, with Gap pixels between them and none at the edges.
 void GalleryPreview::Layout() {
     const auto n = static_cast<uint32_t>(cells.size());
+    update(false);
     if (n == 0) {
         columns = rows = cellWidth = cellHeight = 0;
         return;
@@ -269,7 +269,6 @@ void GalleryPreview::Layout() {
             ShowFit(cell);
         UpdateFace(cell);
     }
-    update(false);
 }
 
 void GalleryPreview::OnSize(const event_info&) {
