@@ -270,7 +270,7 @@ TEST_F(PreviewTest, GalleryButtonWritesItsCountBesideItsIconAndTheInfoPopupPaint
     GalleryInfoPopup info(&host, &colours);
     info.ShowText("Saving images...");
     const ivec4 at = info.get_rect();
-    EXPECT_EQ(ivec2(at.x + at.w / 2, at.y + at.h / 2), ivec2(500, 300));
+    EXPECT_EQ((ivec2{at.x + at.w / 2, at.y + at.h / 2}), (ivec2{500, 300}));
     offscreen::offscreen_window& native = offscreen::native_of(info);
     EXPECT_EQ(native.get_dirty(), ivec4{});
     EXPECT_EQ(Texts(native.get_canvas().calls()), std::vector<std::string>{"Saving images..."});
