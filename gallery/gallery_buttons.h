@@ -22,6 +22,9 @@ private:
     void Draw(nimbit::ui::drawer& d, const nimbit::ivec4& area);
 
     const UIColors* colours;
+    const nimbit::ui::image_stream UIColors::*icon;
+    nimbit::ui::bitmap iconImage;
+    int iconFrames = 1;
     uint32_t counter = 0;
 };
 
@@ -36,4 +39,6 @@ private:
     void Draw(nimbit::ui::drawer& d, const nimbit::ivec4& area);
 
     const UIColors* colours;
+    nimbit::ui::bitmap iconImage;
+    int iconFrames = 1;
 };

@@ -21,5 +21,6 @@ private:
     void Draw(nimbit::ui::drawer& d, const nimbit::ivec4& area);
 
     const UIColors* colours;
+    nimbit::ui::window* parentWindow = nullptr;
     std::string text;
 };

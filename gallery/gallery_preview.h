@@ -91,6 +91,11 @@ private:
     };
 
     void Layout();
+    void StyleCell(Cell& cell);
+    // The zoom button shows what it would do: go to 1.0, or back to the fit.
+    void UpdateFace(Cell& cell);
+    void ShowFit(Cell& cell);
+    void ShowOneToOne(Cell& cell);
     void OnSize(const nimbit::ui::event_info& e);
     void OnFullButton(const nimbit::ui::event_info& e);
 

@@ -46,6 +46,15 @@ bool image_panel::set_image(const file_path& path) {
     return true;
 }
 
+void image_panel::set_image(bitmap next) {
+    if (!next.is_loaded()) {
+        clear_image();
+        return;
+    }
+    image = std::move(next);
+    refresh();
+}
+
 void image_panel::clear_image() {
     image.unload();
     update(false);

@@ -25,6 +25,8 @@ public:
     // False, and the panel keeps its image, when the bytes or the file are no PNG or JPG.
     bool set_image(const unsigned char* bytes, unsigned long length);
     bool set_image(const file_path& path);
+    // An image decoded elsewhere (off the UI thread, then made a bitmap); an empty one clears.
+    void set_image(bitmap next);
     void clear_image();
     bool has_image() const { return image.is_loaded(); }
     const bitmap& get_image() const { return image; }

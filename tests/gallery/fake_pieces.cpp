@@ -1,90 +1,14 @@
-// TEMPORARY: stand-ins for the loader, preview, buttons and info popup until their real code lands;
-// just enough for the window's tests. Delete this file when merging them.
-#include "gallery/gallery_buttons.h"
-#include "gallery/gallery_info_popup.h"
-#include "gallery/gallery_preview.h"
+// TEMPORARY: a stand-in for the loader until its real code lands; just enough for the window's
+// tests. Delete this file when merging it.
 #include "gallery/thumbnail_loader.h"
-#include "nimbit/ui/drawer.h"
 #include "nimbit/ui/offscreen/image_codecs.h"
 #include "tests/foundation/temp_folder.h"
 
 #include <map>
+#include <utility>
 
 using namespace nimbit;
 using namespace nimbit::ui;
-
-GalleryButton::GalleryButton(const UIColors* c, const image_stream UIColors::*) : colours(c) {}
-GalleryButton::~GalleryButton() = default;
-void GalleryButton::SetColors(const UIColors* c) {
-    colours = c;
-}
-void GalleryButton::set_counter(uint32_t count) {
-    counter = count;
-}
-SwapButton::SwapButton(const UIColors* c) : colours(c) {}
-SwapButton::~SwapButton() = default;
-void SwapButton::SetColors(const UIColors* c) {
-    colours = c;
-}
-
-GalleryInfoPopup::GalleryInfoPopup(window* parent, const UIColors* c) : colours(c) {
-    create("", {0, 0, 200, 40}, window_style_borderless, parent);
-    event_manager::instance().add_event(&get_root(), this, event_type::draw, [this](const event_info&) {
-        get_drawer().draw_text({0, 0, 200, 40}, text);
-    });
-}
-GalleryInfoPopup::~GalleryInfoPopup() = default;
-void GalleryInfoPopup::ShowText(const std::string& t) {
-    text = t;
-    show_no_focus();
-    get_root().update(true);
-}
-void GalleryInfoPopup::HideText() {
-    hide();
-}
-
-GalleryPreviewTitle::~GalleryPreviewTitle() = default;
-GalleryPreview::GalleryPreview(const UIColors* c) : colours(c) {}
-GalleryPreview::~GalleryPreview() = default;
-void GalleryPreview::SetColors(const UIColors* c) {
-    colours = c;
-}
-void GalleryPreview::SetImages(const std::vector<file_path>& paths) {
-    cells.clear();
-    for (size_t i = 0; i < paths.size() && i < MaxImages; ++i) {
-        cells.push_back(std::make_unique<Cell>());
-        cells.back()->path = paths[i];
-        cells.back()->panel = std::make_unique<image_panel>();
-    }
-    if (onWantImages && !paths.empty())
-        onWantImages(GetImages());
-}
-void GalleryPreview::SetImage(const file_path& path, bitmap image) {
-    for (auto& c : cells)
-        if (c->path == path && image.is_loaded()) {
-            c->fitZoom = 2.0f;
-            c->panel->set_zoom(2.0f);
-        }
-}
-void GalleryPreview::ToggleOrientation() {
-    orientation ^= 1;
-}
-void GalleryPreview::ToggleZoom() {
-    bool any = false;
-    for (auto& c : cells)
-        any = any || c->panel->get_zoom() != 1.0f;
-    for (auto& c : cells)
-        c->panel->set_zoom(any ? 1.0f : c->fitZoom);
-}
-void GalleryPreview::ToggleTitleVisibility() {
-    titlesVisible = !titlesVisible;
-}
-std::vector<file_path> GalleryPreview::GetImages() const {
-    std::vector<file_path> out;
-    for (auto& c : cells)
-        out.push_back(c->path);
-    return out;
-}
 
 namespace {
 graphics::rgba_image Decode(const file_path& path) {
