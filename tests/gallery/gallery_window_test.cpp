@@ -5,6 +5,7 @@
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_clipboard.h"
+#include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "nimbit/ui/offscreen/offscreen_file_shell.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
@@ -284,7 +285,9 @@ TEST_F(GalleryWindowTest, PlaceholdersFillInAndAnUndecodableCaptureKeepsAnEmptyT
     for (size_t i = 0; i < 3; ++i)
         EXPECT_FALSE(Tile(i).HasArrived()) << "a cold cache starts with placeholders";
 
-    Settle();
+    gallery->GetLoader().Wait();
+    offscreen::advance_ms(GalleryPopupWindow::PollInterval); // the window's timer picks them up
+    EXPECT_FALSE(gallery->get_root().has_timer(GalleryPopupWindow::PollTimer)) << "idle: polling stops";
     EXPECT_EQ(Tile(0).GetImage().get_size(), (ivec2{512, 128}));
     EXPECT_EQ(Tile(1).GetImage().get_size(), (ivec2{512, 290})); // 17 * 512 / 30, truncated
     EXPECT_TRUE(Tile(2).HasArrived());
