@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 using namespace nimbit;
@@ -168,6 +170,8 @@ TEST_F(ThumbnailLoaderTest, ANewRequestDropsWorkNotStartedAndDoesNotRedoWorkUnde
     const file_path later = Capture("later", Format::Png, 600, 400);
     ThumbnailLoader loader(file_path(), 1);
     loader.Request(wanted);
+    // Time for the worker to pick "big" up; it takes far longer than this to make.
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
     loader.Request({{later, 1}, {big, 1}});
     loader.Wait();
     std::vector<std::string> leaves = Leaves(loader.TakeReady());

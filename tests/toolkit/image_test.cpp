@@ -225,6 +225,46 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
     EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
 }
 
+TEST(ImageCodecs, ResamplingWeighsColoursByAlphaAndGrowsLinearly) {
+    // Shrinking 4x1 to 2x1 averages pairs; a transparent red pixel lends no red to its opaque blue
+    // neighbour, only transparency.
+    rgba_image strip{{4, 1}, true, {255, 0, 0, 0, 0, 0, 255, 255, 10, 20, 30, 255, 30, 40, 50, 255}};
+    EXPECT_EQ(resample(strip, {2, 1}).pixels, (std::vector<unsigned char>{0, 0, 255, 128, 20, 30, 40, 255}));
+    // Growing 2x1 to 4x1 (and to two rows): the outer pixels keep their values, the inner blend.
+    rgba_image pair{{2, 1}, false, {0, 0, 0, 255, 200, 100, 40, 255}};
+    const rgba_image grown = resample(pair, {4, 2});
+    EXPECT_EQ(
+        std::vector<unsigned char>(grown.pixels.begin(), grown.pixels.begin() + 16),
+        (std::vector<unsigned char>{0, 0, 0, 255, 50, 25, 10, 255, 150, 75, 30, 255, 200, 100, 40, 255}));
+    EXPECT_TRUE(std::equal(grown.pixels.begin(), grown.pixels.begin() + 16, grown.pixels.begin() + 16));
+}
+
+TEST(ImageCodecs, AReducedJpgIsTheSmallestEighthStillWideEnough) {
+    struct Case {
+        _vec2<int> size;
+        int min_width;
+        _vec2<int> decoded;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {{1920, 1080}, 512, {720, 405}}, // 3/8: 2/8 would be 480 wide
+        {{1000,  333}, 512, {625, 209}}, // 5/8, rounded up
+        {{ 300,  200}, 512, {300, 200}}, // narrower than asked: whole
+        {{ 300,  200},   0, {300, 200}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        const std::vector<unsigned char> jpg = jpg_of(solid(c.size));
+        rgba_image out;
+        _vec2<int> full;
+        ASSERT_TRUE(
+            decode_image(jpg.data(), jpg.size(), ui::native_bitmap::max_pixels, out, c.min_width, &full));
+        EXPECT_EQ(std::tuple(out.size, full), std::tuple(c.decoded, c.size))
+            << c.size.x << " for " << c.min_width;
+        EXPECT_EQ(out.pixels.size(), size_t(out.size.x) * size_t(out.size.y) * 4);
+    }
+}
+
 // Locks give packed 32-bit rows; images are drawn at their size in points; either needs a loaded image.
 TEST(BitmapDeathTest, LocksGiveThirtyTwoBitRowsImagesDrawAtTheirSizeAndBothNeedAnImage) {
     offscreen_drawer native({200, 100});
