@@ -1,5 +1,6 @@
 #include "gallery/thumbnail_loader.h"
 
+#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/graphics/image_decoder.h"
 #include "nimbit/graphics/image_resample.h"
 #include "nimbit/graphics/png_encoder.h"
@@ -163,6 +164,7 @@ struct ThumbnailLoader::State {
 
 ThumbnailLoader::ThumbnailLoader(file_path cacheFile, uint32_t workers) : state(std::make_unique<State>()) {
     if (!cacheFile.empty()) {
+        nimbit::make_dir(cacheFile.stem()); // the cache does not make its folder
         state->cache.load(cacheFile, false);
         state->hasCache = true;
     }

@@ -7,7 +7,7 @@ packages=(
   # build
   cmake ninja-build ccache g++ clang pkg-config
   # foundation and host side
-  zlib1g-dev libcurl4-openssl-dev nlohmann-json3-dev libpng-dev libspng-dev libjpeg-dev libdeflate-dev
+  zlib1g-dev libcurl4-openssl-dev nlohmann-json3-dev libpng-dev libjpeg-dev libdeflate-dev
   # tests, benchmarks, fuzzing
   libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev python3 nodejs
   # compiled-in icons: SVG sources rendered to PNG at build time
