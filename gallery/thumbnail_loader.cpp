@@ -64,9 +64,9 @@ _vec2<int> ThumbnailSize(_vec2<int> capture) {
     return {width, static_cast<int>(std::max(1ll, height))};
 }
 
-rgba_image Thumbnail(const file_path& capture) {
+// decoded: the worker's own, kept between captures so that its memory is reused.
+rgba_image Thumbnail(const file_path& capture, rgba_image& decoded) {
     std::vector<unsigned char> bytes;
-    rgba_image decoded;
     _vec2<int> size;
     // A JPG may come decoded at a reduced size; the thumbnail's height follows the full size.
     if (!ReadFile(capture, bytes) ||
@@ -105,8 +105,8 @@ struct ThumbnailLoader::State {
         return true;
     }
 
-    rgba_image MakeAndStore(const file_path& path, int64_t stamp) {
-        rgba_image image = Thumbnail(path);
+    rgba_image MakeAndStore(const file_path& path, int64_t stamp, rgba_image& decoded) {
+        rgba_image image = Thumbnail(path, decoded);
         if (image.empty() || !hasCache)
             return image;
         const std::vector<unsigned char> png =
@@ -120,7 +120,7 @@ struct ThumbnailLoader::State {
         return image;
     }
 
-    rgba_image Make(const GalleryImageRequest& request) {
+    rgba_image Make(const GalleryImageRequest& request, rgba_image& decoded) {
         if (request.kind == GalleryImageKind::Full) {
             std::vector<unsigned char> bytes;
             rgba_image image;
@@ -131,12 +131,15 @@ struct ThumbnailLoader::State {
         rgba_image image;
         if (Cached(request.path, request.stamp, image))
             return image;
-        return MakeAndStore(request.path, request.stamp);
+        return MakeAndStore(request.path, request.stamp, decoded);
     }
 
     void Work() {
+        rgba_image decoded;
         std::unique_lock lock(mutex);
         for (;;) {
+            if (queue.empty())
+                decoded = {}; // a whole capture's memory is kept only while there is more to do
             wake.wait(lock, [&] { return stopping || !queue.empty(); });
             if (stopping)
                 return;
@@ -147,10 +150,11 @@ struct ThumbnailLoader::State {
             GalleryLoadedImage done{request.path, request.stamp, request.kind, {}};
             try {
                 nimbit::thread_scope_guard scope;
-                done.image = Make(request);
+                done.image = Make(request, decoded);
             } catch (...) {
                 // Out of memory or worse: the tile stays, with an empty image.
                 done.image = {};
+                decoded = {};
             }
             lock.lock();
             underWay.erase(std::find_if(underWay.begin(), underWay.end(), [&](const GalleryImageRequest& r) {

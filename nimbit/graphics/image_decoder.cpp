@@ -9,8 +9,10 @@ bool size_allowed(long long width, long long height, unsigned long long max_pixe
 
 bool decode_image(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out,
                   int min_width, _vec2<int>* full_size) {
-    if (!bytes || size < 4)
+    if (!bytes || size < 4) {
+        out = {};
         return false;
+    }
     if (bytes[0] == 0x89 && bytes[1] == 'P') {
         if (!decode_png(bytes, size, max_pixels, out))
             return false;
@@ -20,6 +22,7 @@ bool decode_image(const unsigned char* bytes, size_t size, unsigned long long ma
     }
     if (bytes[0] == 0xFF && bytes[1] == 0xD8)
         return decode_jpeg_reduced(bytes, size, max_pixels, min_width, out, full_size);
+    out = {};
     return false;
 }
 

@@ -12,8 +12,9 @@ namespace nimbit::graphics {
 // True when a width and height are positive and their product stays within the cap.
 bool size_allowed(long long width, long long height, unsigned long long max_pixels);
 
-// Decoders fail (false, `out` untouched) on damaged or truncated data and on images above
-// max_pixels; they never read outside the given bytes.
+// Decoders fail (false, `out` emptied) on damaged or truncated data and on images above
+// max_pixels; they never read outside the given bytes. The pixel memory `out` holds is reused: a
+// worker decoding one large picture after another into the same image skips fresh allocations.
 bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out);
 bool decode_jpeg(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out);
 // A JPG decoded straight at a reduced size (eighths of the full one): the smallest that is still at

@@ -82,16 +82,20 @@ bool run_decompress(jpeg_decompress_struct& info, jpeg_errors& errors, const uns
 
 bool decode_jpeg_reduced(const unsigned char* bytes, size_t size, unsigned long long max_pixels,
                          int min_width, rgba_image& out, _vec2<int>* full_size) {
-    if (!bytes || size < 4 || bytes[0] != 0xFF || bytes[1] != 0xD8)
+    if (!bytes || size < 4 || bytes[0] != 0xFF || bytes[1] != 0xD8) {
+        out = {};
         return false;
+    }
     jpeg_decompress_struct info{};
     jpeg_errors errors{};
     install_jpeg_errors(errors, on_message);
     info.err = &errors.base;
-    std::vector<unsigned char> pixels;
+    std::vector<unsigned char> pixels = std::move(out.pixels);
     _vec2<int> decoded_size, whole_size;
-    if (!run_decompress(info, errors, bytes, size, max_pixels, min_width, pixels, decoded_size, whole_size))
+    if (!run_decompress(info, errors, bytes, size, max_pixels, min_width, pixels, decoded_size, whole_size)) {
+        out = {};
         return false;
+    }
     if (full_size)
         *full_size = whole_size;
     out.size = decoded_size;

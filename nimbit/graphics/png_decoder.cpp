@@ -144,7 +144,8 @@ direct decode_plain(const unsigned char* bytes, size_t size, rgba_image& out) {
     // RGBA rows are unfiltered where they were inflated, then moved down over the filter bytes,
     // so that one buffer (touched once) becomes the pixels.
     const size_t bpp = color == 6 ? 4 : 3, stride = size_t(width) * bpp, raw_size = (stride + 1) * height;
-    std::vector<unsigned char> raw(raw_size);
+    std::vector<unsigned char> raw = std::move(out.pixels);
+    raw.resize(raw_size);
     const std::unique_ptr<libdeflate_decompressor, decompressor_free> inflater(
         libdeflate_alloc_decompressor());
     size_t inflated = 0;
@@ -185,7 +186,9 @@ direct decode_plain(const unsigned char* bytes, size_t size, rgba_image& out) {
 
 } // namespace
 
-bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
+namespace {
+
+bool decode_any_png(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
     if (!bytes || size < 33 || png_sig_cmp(bytes, 0, 8) != 0 || !has_end_chunk(bytes, size) ||
         !raw_size_plausible(bytes, size) ||
         !size_allowed(read_be32(bytes + 16), read_be32(bytes + 20), max_pixels))
@@ -203,7 +206,8 @@ bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_
     }
     const bool alpha = (image.format & PNG_FORMAT_FLAG_ALPHA) != 0;
     image.format = PNG_FORMAT_RGBA;
-    std::vector<unsigned char> pixels(PNG_IMAGE_SIZE(image));
+    std::vector<unsigned char> pixels = std::move(out.pixels);
+    pixels.resize(PNG_IMAGE_SIZE(image));
     if (!png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr)) {
         png_image_free(&image);
         return false;
@@ -213,6 +217,15 @@ bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_
     out.pixels = std::move(pixels);
     png_image_free(&image);
     return true;
+}
+
+} // namespace
+
+bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
+    if (decode_any_png(bytes, size, max_pixels, out))
+        return true;
+    out = {};
+    return false;
 }
 
 } // namespace nimbit::graphics
