@@ -6,6 +6,7 @@
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/filesystem/folder_iterator.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
@@ -72,13 +73,15 @@ bool split_relative_path(std::string_view name, std::vector<std::string>& parts)
     return !parts.empty();
 }
 
-// The pack's bytes, read at given positions. Either a block of memory or an open file.
+// The pack's bytes, read at given positions. Either a block of memory or an open file; a file is
+// read through a window of its own, so the many small reads of the tables (read twice) and the
+// jumps between them and the streams cost few system calls.
 class pack_source {
 public:
     pack_source(const unsigned char* data, uint64_t size) : data(data), total(size) {}
-    explicit pack_source(std::FILE* file) : file(file) {
+    explicit pack_source(int fd) : fd(fd), window(new unsigned char[window_size]) {
         struct stat st;
-        if (::fstat(::fileno(file), &st) == 0 && st.st_size > 0)
+        if (::fstat(fd, &st) == 0 && st.st_size > 0)
             total = static_cast<uint64_t>(st.st_size);
     }
 
@@ -91,13 +94,43 @@ public:
             std::memcpy(out, data + pos, n);
             return true;
         }
-        return ::fseeko(file, static_cast<off_t>(pos), SEEK_SET) == 0 && std::fread(out, 1, n, file) == n;
+        if (n > window_size)
+            return read_fully(pos, out, n);
+        if (pos < window_pos || pos + n > window_pos + window_length) {
+            const size_t length = static_cast<size_t>(std::min<uint64_t>(window_size, total - pos));
+            if (!read_fully(pos, window.get(), length))
+                return false;
+            window_pos = pos;
+            window_length = length;
+        }
+        std::memcpy(out, window.get() + (pos - window_pos), n);
+        return true;
     }
 
 private:
+    static constexpr size_t window_size = 65536;
+
+    bool read_fully(uint64_t pos, void* out, size_t n) const {
+        auto* p = static_cast<unsigned char*>(out);
+        while (n > 0) {
+            const ssize_t got = ::pread(fd, p, n, static_cast<off_t>(pos));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                return false;
+            p += got;
+            pos += static_cast<uint64_t>(got);
+            n -= static_cast<size_t>(got);
+        }
+        return true;
+    }
+
     const unsigned char* data = nullptr;
-    std::FILE* file = nullptr;
+    int fd = -1;
     uint64_t total = 0;
+    std::unique_ptr<unsigned char[]> window;
+    mutable uint64_t window_pos = 0;
+    mutable size_t window_length = 0;
 };
 
 // One entry of the file table, its path already split and checked.
@@ -177,33 +210,35 @@ unsigned read_tables(const pack_source& pack, on_folder_t on_folder, on_file_t o
     return nimpacker::success;
 }
 
-// Opens the folder below base that parts name, making missing ones when asked. Every step is
-// relative to the folder before it and never follows a link, so a link planted in the destination,
-// or swapped in while unpacking, ends the walk instead of leading outside.
-file_descriptor open_folder(int base, const std::string* part, const std::string* end, bool create) {
-    file_descriptor folder(::fcntl(base, F_DUPFD_CLOEXEC, 0));
+// Opens the folder below base that parts name, making missing ones when asked, and returns its
+// descriptor: base itself when there are no parts, else one held by holder; -1 on failure. Every
+// step is relative to the folder before it and never follows a link, so a link planted in the
+// destination, or swapped in while unpacking, ends the walk instead of leading outside.
+int open_folder(int base, const std::string* part, const std::string* end, bool create,
+                file_descriptor& holder) {
     constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    for (; folder && part != end; ++part) {
-        int next = ::openat(folder.get(), part->c_str(), flags);
+    int folder = base;
+    for (; folder >= 0 && part != end; ++part) {
+        int next = ::openat(folder, part->c_str(), flags);
         if (next < 0 && errno == ENOENT && create &&
-            (::mkdirat(folder.get(), part->c_str(), 0777) == 0 || errno == EEXIST))
-            next = ::openat(folder.get(), part->c_str(), flags);
-        folder = file_descriptor(next);
+            (::mkdirat(folder, part->c_str(), 0777) == 0 || errno == EEXIST))
+            next = ::openat(folder, part->c_str(), flags);
+        holder = file_descriptor(next);
+        folder = next;
     }
     return folder;
 }
 
 // Opens name in folder for writing, emptied. Only a plain file of a single name is taken: not a
-// link, nor a hard link whose other name may lie outside the destination, nor a pipe or device
-// (O_NONBLOCK keeps a pipe without a reader from blocking the open).
+// link, nor a hard link whose other name may lie outside the destination, nor a pipe or device.
+// O_NONBLOCK keeps a pipe without a reader from blocking the open; on a plain file it does nothing.
 file_descriptor create_file(int folder, const std::string& name) {
     file_descriptor file(
         ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
     struct stat st;
     if (!file || ::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 ||
-        ::ftruncate(file.get(), 0) != 0)
+        (st.st_size > 0 && ::ftruncate(file.get(), 0) != 0))
         return file_descriptor();
-    ::fcntl(file.get(), F_SETFL, ::fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
     return file;
 }
 
@@ -296,7 +331,8 @@ unsigned unpack(const pack_source& pack, const file_path& destination, uint64_t 
     return read_tables(
         pack,
         [&](const std::vector<std::string>& path) {
-            return open_folder(root.get(), path.data(), path.data() + path.size(), true)
+            file_descriptor folder;
+            return open_folder(root.get(), path.data(), path.data() + path.size(), true, folder) >= 0
                        ? nimpacker::success
                        : nimpacker::cannot_create_folder;
         },
@@ -304,9 +340,10 @@ unsigned unpack(const pack_source& pack, const file_path& destination, uint64_t 
             if (!budget.take(record.size))
                 return nimpacker::pack_too_large;
             const std::vector<std::string>& path = record.path;
-            const file_descriptor folder =
-                open_folder(root.get(), path.data(), path.data() + path.size() - 1, false);
-            file_descriptor out = folder ? create_file(folder.get(), path.back()) : file_descriptor();
+            file_descriptor holder;
+            const int folder =
+                open_folder(root.get(), path.data(), path.data() + path.size() - 1, false, holder);
+            file_descriptor out = folder >= 0 ? create_file(folder, path.back()) : file_descriptor();
             if (!out)
                 return nimpacker::cannot_create_file;
             if (const unsigned code = inflate_to(pack, record, out.get()); code != nimpacker::success)
@@ -452,7 +489,7 @@ unsigned nimpacker::pack_files(const file_path& source_folder, const file_path& 
 
 unsigned nimpacker::unpack_files(const file_path& pack_file, const file_path& destination,
                                  uint64_t size_limit) {
-    unique_file in(std::fopen(pack_file.c_str(), "rb"));
+    const file_descriptor in(::open(pack_file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!in)
         return cannot_open_pack;
     return unpack(pack_source(in.get()), destination, size_limit);
