@@ -17,4 +17,9 @@ bool set_file_dates(const file_path& path, int64_t /*created*/, int64_t modified
     return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
 }
 
+bool set_file_dates(int fd, int64_t /*created*/, int64_t modified) {
+    const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(modified), 0}};
+    return fd >= 0 && ::futimens(fd, times) == 0;
+}
+
 } // namespace nimbit

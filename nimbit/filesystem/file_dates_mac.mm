@@ -4,6 +4,9 @@
 
 #import <Foundation/Foundation.h>
 
+#include <sys/attr.h>
+#include <sys/stat.h>
+
 namespace nimbit {
 
 bool set_file_dates(const file_path &path, int64_t created, int64_t modified) {
@@ -29,6 +32,20 @@ bool set_file_dates(const file_path &path, int64_t created, int64_t modified) {
             return false;
         }
     }
+}
+
+bool set_file_dates(int fd, int64_t created, int64_t modified) {
+    if (fd < 0)
+        return false;
+    // The creation date goes through the descriptor's attribute list, the modification date
+    // through futimens, which leaves the access time alone.
+    attrlist attributes{};
+    attributes.bitmapcount = ATTR_BIT_MAP_COUNT;
+    attributes.commonattr = ATTR_CMN_CRTIME;
+    timespec creation{static_cast<time_t>(created), 0};
+    const bool created_set = ::fsetattrlist(fd, &attributes, &creation, sizeof creation, 0) == 0;
+    const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(modified), 0}};
+    return ::futimens(fd, times) == 0 && created_set;
 }
 
 } // namespace nimbit

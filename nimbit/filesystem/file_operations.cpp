@@ -1,5 +1,6 @@
 #include "nimbit/filesystem/file_operations.h"
 
+#include "nimbit/filesystem/file_descriptor.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/filesystem/folder_iterator.h"
@@ -8,11 +9,12 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -31,10 +33,41 @@ bool make_one(const file_path& path) {
     return errno == EEXIST && is_folder(path);
 }
 
-struct file_closer {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
-using unique_file = std::unique_ptr<std::FILE, file_closer>;
+// Deletes everything in the open folder. Entries are looked at without following links, and a
+// sub-folder is opened relative to this one with O_NOFOLLOW: a link, even one put in place of a
+// folder after it was looked at, is unlinked or left, never descended.
+void remove_contents(int folder) {
+    std::vector<std::string> names;
+    const int listing = ::fcntl(folder, F_DUPFD_CLOEXEC, 0);
+    DIR* dir = listing >= 0 ? ::fdopendir(listing) : nullptr;
+    if (!dir) {
+        if (listing >= 0)
+            ::close(listing);
+        return;
+    }
+    while (const dirent* entry = ::readdir(dir)) {
+        const std::string_view name = entry->d_name;
+        if (name != "." && name != "..")
+            names.emplace_back(name);
+    }
+    ::closedir(dir);
+
+    for (const std::string& name : names) {
+        struct stat st;
+        if (::fstatat(folder, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0)
+            continue;
+        if (!S_ISDIR(st.st_mode)) {
+            ::unlinkat(folder, name.c_str(), 0);
+            continue;
+        }
+        file_descriptor sub(::openat(folder, name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (!sub)
+            continue;
+        remove_contents(sub.get());
+        sub.close();
+        ::unlinkat(folder, name.c_str(), AT_REMOVEDIR);
+    }
+}
 
 // The canonical form of an existing path, for containment checks.
 std::string real_path(const file_path& path) {
@@ -70,29 +103,20 @@ bool make_dir(const file_path& path) {
 }
 
 bool remove_dir(const file_path& path) {
-    if (path.empty())
+    // A trailing "/" would make the system resolve a link at the end of the path after all.
+    std::string name = path.to_string();
+    while (name.size() > 1 && name.back() == '/')
+        name.pop_back();
+    if (name.empty())
         return false;
-    if (DIR* dir = ::opendir(path.c_str())) {
-        std::vector<std::pair<file_path, bool>> entries;
-        while (const dirent* entry = ::readdir(dir)) {
-            const std::string_view name = entry->d_name;
-            if (name == "." || name == "..")
-                continue;
-            file_path child = path.append(file_path(name));
-            struct stat st;
-            // lstat: a link to a folder is removed as a link, its target is left alone.
-            const bool sub_folder = ::lstat(child.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-            entries.emplace_back(std::move(child), sub_folder);
-        }
-        ::closedir(dir);
-        for (const auto& [child, sub_folder] : entries) {
-            if (sub_folder)
-                remove_dir(child);
-            else
-                std::remove(child.c_str());
-        }
+    file_descriptor folder(::open(name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    if (!folder) {
+        struct stat st;
+        return ::lstat(name.c_str(), &st) == 0 && S_ISLNK(st.st_mode) && ::unlink(name.c_str()) == 0;
     }
-    return ::rmdir(path.c_str()) == 0;
+    remove_contents(folder.get());
+    folder.close();
+    return ::rmdir(name.c_str()) == 0;
 }
 
 bool remove_file(const file_path& path) {
@@ -102,23 +126,32 @@ bool remove_file(const file_path& path) {
 bool copy_file(const file_path& from, const file_path& to) {
     if (from.empty() || to.empty())
         return false;
-    unique_file in(std::fopen(from.c_str(), "rb"));
-    if (!in)
+    const file_descriptor in(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+    struct stat source;
+    if (!in || ::fstat(in.get(), &source) != 0 || S_ISDIR(source.st_mode))
         return false;
-    unique_file out(std::fopen(to.c_str(), "wb"));
-    if (!out)
+    // Opened without truncating, so that the target can be compared with the source first.
+    file_descriptor out(::open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666));
+    struct stat target;
+    if (!out || ::fstat(out.get(), &target) != 0)
+        return false;
+    if (source.st_dev == target.st_dev && source.st_ino == target.st_ino)
+        return false;
+    if (S_ISREG(target.st_mode) && ::ftruncate(out.get(), 0) != 0)
         return false;
     char buffer[65536];
     for (;;) {
-        const size_t n = std::fread(buffer, 1, sizeof buffer, in.get());
-        if (n > 0 && std::fwrite(buffer, 1, n, out.get()) != n)
+        const ssize_t n = ::read(in.get(), buffer, sizeof buffer);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
             return false;
-        if (n < sizeof buffer)
+        if (n == 0)
             break;
+        if (!write_all(out.get(), buffer, static_cast<size_t>(n)))
+            return false;
     }
-    if (std::ferror(in.get()))
-        return false;
-    return std::fclose(out.release()) == 0;
+    return out.close() == 0;
 }
 
 bool copy_dir(const file_path& from, const file_path& to) {

@@ -11,16 +11,21 @@ class file_path;
 // Creates the folder and every missing parent (permissions 0777 before the umask). An existing
 // folder is success; an existing file of that name is not.
 bool make_dir(const file_path& path);
-// Deletes the folder and everything below it (symbolic links are removed, never followed).
-// Returns whether the folder itself could be removed at the end.
+// Deletes the folder and everything below it. Symbolic links are removed, never followed: a link
+// given as the folder is removed itself, and each folder is opened relative to its parent without
+// following, so a link swapped in meanwhile is not descended either. Returns whether the folder
+// (or the link) is gone at the end; a file given as the folder is left alone and is a failure.
 bool remove_dir(const file_path& path);
 bool remove_file(const file_path& path);
-// Copies the bytes of a file, creating or truncating the target.
+// Copies the bytes of a file, creating or truncating the target. A target that is the source
+// itself (the same path, or another name for the same file) fails and leaves it untouched.
 bool copy_file(const file_path& from, const file_path& to);
 // Copies the folder from, with everything below it, into to/<name of from>. Both must be existing
 // folders, and to must not lie inside from.
 bool copy_dir(const file_path& from, const file_path& to);
 // Sets the creation and modification dates (seconds since the epoch) where the platform can.
 bool set_file_dates(const file_path& path, int64_t created, int64_t modified);
+// The same for a file open for writing, so that no path is looked up again.
+bool set_file_dates(int fd, int64_t created, int64_t modified);
 
 } // namespace nimbit

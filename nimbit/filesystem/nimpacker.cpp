@@ -1,11 +1,14 @@
 #include "nimbit/filesystem/nimpacker.h"
 
+#include "nimbit/filesystem/file_descriptor.h"
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/filesystem/folder_iterator.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -13,6 +16,7 @@
 #include <string_view>
 #include <vector>
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <zlib.h>
@@ -47,9 +51,11 @@ void put_u64(std::string& out, uint64_t v) {
     put_u32(out, static_cast<uint32_t>(v >> 32));
 }
 
-// A record's path must stay inside the destination: relative, without ".." components, and without
-// NUL bytes (which would cut the path short when it reaches the system).
-bool is_safe_relative_path(std::string_view name) {
+// Splits a record's path into the names to walk down from the destination, dropping "." ones.
+// Refused: absolute paths, ".." and empty components, NUL bytes (which would cut the name short on
+// its way to the system), and a path that names the destination itself.
+bool split_relative_path(std::string_view name, std::vector<std::string>& parts) {
+    parts.clear();
     if (name.empty() || name.front() == '/' || name.find('\0') != std::string_view::npos)
         return false;
     size_t start = 0;
@@ -57,20 +63,25 @@ bool is_safe_relative_path(std::string_view name) {
         size_t slash = name.find('/', start);
         if (slash == std::string_view::npos)
             slash = name.size();
-        if (name.substr(start, slash - start) == "..")
+        const std::string_view part = name.substr(start, slash - start);
+        if (part.empty() || part == "..")
             return false;
+        if (part != ".")
+            parts.emplace_back(part);
         start = slash + 1;
     }
-    return true;
+    return !parts.empty();
 }
 
-// The pack's bytes, read at given positions. Either a block of memory or an open file.
+// The pack's bytes, read at given positions. Either a block of memory or an open file; a file is
+// read through a window of its own, so the many small reads of the tables (read twice) and the
+// jumps between them and the streams cost few system calls.
 class pack_source {
 public:
     pack_source(const unsigned char* data, uint64_t size) : data(data), total(size) {}
-    explicit pack_source(std::FILE* file) : file(file) {
+    explicit pack_source(int fd) : fd(fd), window(new unsigned char[window_size]) {
         struct stat st;
-        if (::fstat(::fileno(file), &st) == 0 && st.st_size > 0)
+        if (::fstat(fd, &st) == 0 && st.st_size > 0)
             total = static_cast<uint64_t>(st.st_size);
     }
 
@@ -83,17 +94,160 @@ public:
             std::memcpy(out, data + pos, n);
             return true;
         }
-        return ::fseeko(file, static_cast<off_t>(pos), SEEK_SET) == 0 && std::fread(out, 1, n, file) == n;
+        if (n > window_size)
+            return read_fully(pos, out, n);
+        if (pos < window_pos || pos + n > window_pos + window_length) {
+            const size_t length = static_cast<size_t>(std::min<uint64_t>(window_size, total - pos));
+            if (!read_fully(pos, window.get(), length))
+                return false;
+            window_pos = pos;
+            window_length = length;
+        }
+        std::memcpy(out, window.get() + (pos - window_pos), n);
+        return true;
     }
 
 private:
+    static constexpr size_t window_size = 65536;
+
+    bool read_fully(uint64_t pos, void* out, size_t n) const {
+        auto* p = static_cast<unsigned char*>(out);
+        while (n > 0) {
+            const ssize_t got = ::pread(fd, p, n, static_cast<off_t>(pos));
+            if (got < 0 && errno == EINTR)
+                continue;
+            if (got <= 0)
+                return false;
+            p += got;
+            pos += static_cast<uint64_t>(got);
+            n -= static_cast<size_t>(got);
+        }
+        return true;
+    }
+
     const unsigned char* data = nullptr;
-    std::FILE* file = nullptr;
+    int fd = -1;
     uint64_t total = 0;
+    std::unique_ptr<unsigned char[]> window;
+    mutable uint64_t window_pos = 0;
+    mutable size_t window_length = 0;
 };
 
-// Inflates one file's stream of length bytes at offset into out.
-unsigned inflate_to(const pack_source& pack, uint64_t offset, uint32_t length, std::FILE* out) {
+// One entry of the file table, its path already split and checked.
+struct file_record {
+    std::vector<std::string> path;
+    uint32_t size = 0; // uncompressed
+    uint32_t compressed = 0;
+    uint32_t offset = 0;
+    int64_t created = 0, modified = 0;
+};
+
+// Reads a length-prefixed name at pos; false when it does not fit in the pack.
+bool read_name(const pack_source& pack, uint64_t& pos, std::string& name) {
+    unsigned char word[4];
+    if (!pack.read(pos, word, 4))
+        return false;
+    const uint32_t length = read_u32(word);
+    pos += 4;
+    // Checked before resizing, so that a damaged length allocates nothing.
+    if (length > pack.size() - pos)
+        return false;
+    name.resize(length);
+    if (!pack.read(pos, name.data(), length))
+        return false;
+    pos += length;
+    return true;
+}
+
+// Reads the tables in order, handing each record to on_folder(path parts) or on_file(record),
+// and stops at the first damaged record or the first code other than success they return.
+// Nothing is kept, so memory does not grow with the record counts a pack claims.
+template <class on_folder_t, class on_file_t>
+unsigned read_tables(const pack_source& pack, on_folder_t on_folder, on_file_t on_file) {
+    unsigned char word[4];
+    if (!pack.read(0, word, 4) || read_u32(word) != nimpacker::magic)
+        return nimpacker::bad_magic;
+    uint64_t pos = 4;
+    if (!pack.read(pos, word, 4))
+        return nimpacker::folder_table_truncated;
+    const uint32_t folder_count = read_u32(word);
+    pos += 4;
+
+    std::string name;
+    std::vector<std::string> parts;
+    for (uint32_t i = 0; i < folder_count; ++i) {
+        if (!read_name(pack, pos, name))
+            return nimpacker::folder_table_truncated;
+        if (!split_relative_path(name, parts))
+            return nimpacker::cannot_create_folder;
+        if (const unsigned code = on_folder(parts); code != nimpacker::success)
+            return code;
+    }
+
+    if (!pack.read(pos, word, 4))
+        return nimpacker::file_table_truncated;
+    const uint32_t file_count = read_u32(word);
+    pos += 4;
+
+    unsigned char tail[file_record_tail];
+    file_record record;
+    for (uint32_t i = 0; i < file_count; ++i) {
+        if (!read_name(pack, pos, name) || !pack.read(pos, tail, sizeof tail))
+            return nimpacker::file_table_truncated;
+        pos += sizeof tail;
+        if (!split_relative_path(name, record.path))
+            return nimpacker::cannot_create_file;
+        record.size = read_u32(tail);
+        record.compressed = read_u32(tail + 4);
+        record.offset = read_u32(tail + 8);
+        record.created = static_cast<int64_t>(read_u64(tail + 12));
+        record.modified = static_cast<int64_t>(read_u64(tail + 20));
+        if (uint64_t(record.offset) + record.compressed > pack.size())
+            return nimpacker::stream_truncated;
+        if (const unsigned code = on_file(record); code != nimpacker::success)
+            return code;
+    }
+    return nimpacker::success;
+}
+
+// Opens the folder below base that parts name, making missing ones when asked, and returns its
+// descriptor: base itself when there are no parts, else one held by holder; -1 on failure. Every
+// step is relative to the folder before it and never follows a link, so a link planted in the
+// destination, or swapped in while unpacking, ends the walk instead of leading outside.
+int open_folder(int base, const std::string* part, const std::string* end, bool create,
+                file_descriptor& holder) {
+    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+    int folder = base;
+    for (; folder >= 0 && part != end; ++part) {
+        int next = ::openat(folder, part->c_str(), flags);
+        if (next < 0 && errno == ENOENT && create &&
+            (::mkdirat(folder, part->c_str(), 0777) == 0 || errno == EEXIST))
+            next = ::openat(folder, part->c_str(), flags);
+        holder = file_descriptor(next);
+        folder = next;
+    }
+    return folder;
+}
+
+// Opens name in folder for writing, emptied. Only a plain file of a single name is taken: not a
+// link, nor a hard link whose other name may lie outside the destination, nor a pipe or device.
+// O_NONBLOCK keeps a pipe without a reader from blocking the open; on a plain file it does nothing.
+file_descriptor create_file(int folder, const std::string& name) {
+    file_descriptor file(
+        ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
+    struct stat st;
+    if (!file || ::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 ||
+        (st.st_size > 0 && ::ftruncate(file.get(), 0) != 0))
+        return file_descriptor();
+    return file;
+}
+
+// Inflates a record's stream into out. The stream must inflate to exactly the record's size: more
+// is a damaged pack (or one made to fill the disk) and is caught before anything past the size is
+// written.
+unsigned inflate_to(const pack_source& pack, const file_record& record, int out) {
+    if (record.compressed == 0)
+        return record.size == 0 ? nimpacker::success : nimpacker::corrupt_stream;
     z_stream stream{};
     if (inflateInit(&stream) != Z_OK)
         return nimpacker::inflater_failed;
@@ -101,8 +255,9 @@ unsigned inflate_to(const pack_source& pack, uint64_t offset, uint32_t length, s
 
     unsigned char in[chunk];
     unsigned char window[chunk];
-    uint64_t pos = offset;
-    uint64_t left = length;
+    uint64_t pos = record.offset;
+    uint64_t left = record.compressed;
+    uint64_t room = record.size;
     int result = Z_OK;
     while (result != Z_STREAM_END) {
         if (left == 0)
@@ -119,8 +274,11 @@ unsigned inflate_to(const pack_source& pack, uint64_t offset, uint32_t length, s
             if (result != Z_OK && result != Z_STREAM_END && result != Z_BUF_ERROR)
                 return nimpacker::corrupt_stream;
             const size_t produced = chunk - stream.avail_out;
-            if (produced > 0 && std::fwrite(window, 1, produced, out) != produced)
+            if (produced > room)
+                return nimpacker::corrupt_stream;
+            if (!write_all(out, window, produced))
                 return nimpacker::write_failed;
+            room -= produced;
         } while (stream.avail_out == 0 && result != Z_STREAM_END);
         const size_t used = n - stream.avail_in;
         pos += used;
@@ -129,73 +287,70 @@ unsigned inflate_to(const pack_source& pack, uint64_t offset, uint32_t length, s
         if (used == 0 && result != Z_STREAM_END)
             return nimpacker::corrupt_stream;
     }
-    return nimpacker::success;
+    return room == 0 ? nimpacker::success : nimpacker::corrupt_stream;
 }
 
-unsigned unpack(const pack_source& pack, const file_path& destination) {
-    unsigned char word[8];
-    if (!pack.read(0, word, 4) || read_u32(word) != nimpacker::magic)
-        return nimpacker::bad_magic;
-    uint64_t pos = 4;
-    if (!pack.read(pos, word, 4))
-        return nimpacker::folder_table_truncated;
-    const uint32_t folder_count = read_u32(word);
-    pos += 4;
-
-    std::string name;
-    for (uint32_t i = 0; i < folder_count; ++i) {
-        if (!pack.read(pos, word, 4))
-            return nimpacker::folder_table_truncated;
-        const uint32_t length = read_u32(word);
-        pos += 4;
-        if (length > pack.size() - pos)
-            return nimpacker::folder_table_truncated;
-        name.resize(length);
-        if (!pack.read(pos, name.data(), length))
-            return nimpacker::folder_table_truncated;
-        pos += length;
-        if (!is_safe_relative_path(name) || !make_dir(destination.append(file_path(name))))
-            return nimpacker::cannot_create_folder;
+// Sums the sizes of records read so far; false once they pass the limit.
+struct size_budget {
+    uint64_t limit;
+    uint64_t total = 0;
+    bool take(uint32_t size) {
+        total += size; // at most 2^32 records of less than 2^32 bytes: no overflow
+        return total <= limit;
     }
+};
 
-    if (!pack.read(pos, word, 4))
-        return nimpacker::file_table_truncated;
-    const uint32_t file_count = read_u32(word);
-    pos += 4;
+unsigned unpack(const pack_source& pack, const file_path& destination, uint64_t size_limit) {
+    // A first reading checks every record and the sizes' sum before anything is written.
+    size_budget budget{size_limit};
+    bool has_folders = false, has_files = false;
+    const unsigned checked = read_tables(
+        pack,
+        [&](const std::vector<std::string>&) {
+            has_folders = true;
+            return nimpacker::success;
+        },
+        [&](const file_record& record) {
+            has_files = true;
+            return budget.take(record.size) ? nimpacker::success : nimpacker::pack_too_large;
+        });
+    if (checked != nimpacker::success || (!has_folders && !has_files))
+        return checked;
 
-    unsigned char tail[file_record_tail];
-    for (uint32_t i = 0; i < file_count; ++i) {
-        if (!pack.read(pos, word, 4))
-            return nimpacker::file_table_truncated;
-        const uint32_t length = read_u32(word);
-        pos += 4;
-        if (length > pack.size() - pos)
-            return nimpacker::file_table_truncated;
-        name.resize(length);
-        if (!pack.read(pos, name.data(), length) || !pack.read(pos + length, tail, sizeof tail))
-            return nimpacker::file_table_truncated;
-        pos += length + sizeof tail;
+    // The destination's own path is the caller's and may pass through links; nothing below it may.
+    const unsigned cannot_open =
+        has_folders ? nimpacker::cannot_create_folder : nimpacker::cannot_create_file;
+    if (has_folders && !make_dir(destination))
+        return cannot_open;
+    const file_descriptor root(::open(destination.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!root)
+        return cannot_open;
 
-        const uint32_t compressed = read_u32(tail + 4);
-        const uint32_t offset = read_u32(tail + 8);
-        const auto created = static_cast<int64_t>(read_u64(tail + 12));
-        const auto modified = static_cast<int64_t>(read_u64(tail + 20));
-
-        if (!is_safe_relative_path(name))
-            return nimpacker::cannot_create_file;
-        const file_path target = destination.append(file_path(name));
-        unique_file out(std::fopen(target.c_str(), "wb"));
-        if (!out)
-            return nimpacker::cannot_create_file;
-        // An empty file has no stream; it still gets its dates.
-        if (compressed != 0)
-            if (const unsigned code = inflate_to(pack, offset, compressed, out.get()); code != nimpacker::success)
+    // The second reading writes. A pack file changed in between is held to the same limit.
+    budget.total = 0;
+    return read_tables(
+        pack,
+        [&](const std::vector<std::string>& path) {
+            file_descriptor folder;
+            return open_folder(root.get(), path.data(), path.data() + path.size(), true, folder) >= 0
+                       ? nimpacker::success
+                       : nimpacker::cannot_create_folder;
+        },
+        [&](const file_record& record) {
+            if (!budget.take(record.size))
+                return nimpacker::pack_too_large;
+            const std::vector<std::string>& path = record.path;
+            file_descriptor holder;
+            const int folder =
+                open_folder(root.get(), path.data(), path.data() + path.size() - 1, false, holder);
+            file_descriptor out = folder >= 0 ? create_file(folder, path.back()) : file_descriptor();
+            if (!out)
+                return nimpacker::cannot_create_file;
+            if (const unsigned code = inflate_to(pack, record, out.get()); code != nimpacker::success)
                 return code;
-        if (std::fclose(out.release()) != 0)
-            return nimpacker::write_failed;
-        set_file_dates(target, created, modified);
-    }
-    return nimpacker::success;
+            set_file_dates(out.get(), record.created, record.modified);
+            return out.close() == 0 ? nimpacker::success : nimpacker::write_failed;
+        });
 }
 
 // What the packer found below the source folder, as paths relative to it.
@@ -221,8 +376,8 @@ pack_listing list_tree(const file_path& source) {
     return listing;
 }
 
-// Deflates the file at path onto the end of out; sets the compressed length.
-unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& compressed) {
+// Deflates the file at path onto the end of out; sets the bytes read and the compressed length.
+unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& plain, uint64_t& compressed) {
     unique_file in(std::fopen(path.c_str(), "rb"));
     if (!in)
         return nimpacker::cannot_read_file;
@@ -233,12 +388,13 @@ unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& compresse
 
     unsigned char input[chunk];
     unsigned char window[chunk];
-    compressed = 0;
+    plain = compressed = 0;
     int flush = Z_NO_FLUSH;
     do {
         const size_t n = std::fread(input, 1, chunk, in.get());
         if (std::ferror(in.get()))
             return nimpacker::cannot_read_file;
+        plain += n;
         flush = std::feof(in.get()) ? Z_FINISH : Z_NO_FLUSH;
         stream.next_in = input;
         stream.avail_in = static_cast<uInt>(n);
@@ -284,14 +440,16 @@ unsigned write_pack(const file_path& source, const pack_listing& listing, std::F
     for (const std::string& name : listing.files) {
         const file_path path = source.append(file_path(name));
         const file_stats stats(path);
-        uint64_t compressed = 0;
-        if (const unsigned code = deflate_from(path, out, compressed); code != nimpacker::success)
+        uint64_t plain = 0, compressed = 0;
+        if (const unsigned code = deflate_from(path, out, plain, compressed); code != nimpacker::success)
             return code;
-        if (offset + compressed > UINT32_MAX)
+        // The size recorded is what was read, so that it matches the stream even if the file
+        // changed since it was listed; unpacking holds every stream to it.
+        if (offset + compressed > UINT32_MAX || plain > UINT32_MAX)
             return nimpacker::pack_too_large;
         put_u32(records, static_cast<uint32_t>(name.size()));
         records += name;
-        put_u32(records, static_cast<uint32_t>(stats.size > UINT32_MAX ? UINT32_MAX : stats.size));
+        put_u32(records, static_cast<uint32_t>(plain));
         put_u32(records, static_cast<uint32_t>(compressed));
         put_u32(records, static_cast<uint32_t>(offset));
         put_u64(records, static_cast<uint64_t>(stats.created));
@@ -329,18 +487,19 @@ unsigned nimpacker::pack_files(const file_path& source_folder, const file_path& 
     return code;
 }
 
-unsigned nimpacker::unpack_files(const file_path& pack_file, const file_path& destination) {
-    unique_file in(std::fopen(pack_file.c_str(), "rb"));
+unsigned nimpacker::unpack_files(const file_path& pack_file, const file_path& destination,
+                                 uint64_t size_limit) {
+    const file_descriptor in(::open(pack_file.c_str(), O_RDONLY | O_CLOEXEC));
     if (!in)
         return cannot_open_pack;
-    return unpack(pack_source(in.get()), destination);
+    return unpack(pack_source(in.get()), destination, size_limit);
 }
 
-unsigned nimpacker::unpack_files(const unsigned char* data, unsigned long size,
-                                 const file_path& destination) {
+unsigned nimpacker::unpack_files(const unsigned char* data, unsigned long size, const file_path& destination,
+                                 uint64_t size_limit) {
     if (data == nullptr)
         size = 0;
-    return unpack(pack_source(data, size), destination);
+    return unpack(pack_source(data, size), destination, size_limit);
 }
 
 } // namespace nimbit

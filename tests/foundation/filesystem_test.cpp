@@ -74,15 +74,56 @@ TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
     EXPECT_EQ(read_text(tmp / "copy/a/b/f"), "x");
     EXPECT_FALSE(nimbit::copy_dir(tmp / "a", tmp / "a") || nimbit::copy_dir(tmp / "a", tmp / "a/b"));
 
-    // remove_dir deletes the tree but not what links point to.
-    ASSERT_TRUE(nimbit::make_dir(tmp / "outside") && nimbit::make_dir(tmp / "tree/a/b"));
-    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "tree/a/b/f", "x"));
-    ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / "tree/link").c_str()), 0);
+    EXPECT_TRUE(nimbit::remove_file(tmp / "f.txt") && !nimbit::remove_file(tmp / "f.txt"));
+}
 
+// remove_dir removes links, at the top or anywhere inside, and never what they point to.
+TEST(FileOperations, RemoveDirLeavesWhatLinksPointTo) {
+    temp_folder tmp;
+    ASSERT_TRUE(nimbit::make_dir(tmp / "outside/deep") && nimbit::make_dir(tmp / "tree/a/b"));
+    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "outside/deep/keep", "keep") &&
+                write_text(tmp / "tree/a/b/f", "x"));
+    // clang-format off
+    const std::pair<const char*, const char*> links[] = {
+        {"tree/folder_link", "outside"},
+        {"tree/a/b/file_link", "outside/keep"},
+        {"tree/a/up", "."},  // the folder holding the whole test
+        {"tree/a/dangling", "no/such/thing"},
+    };
+    // clang-format on
+    for (const auto& [link, target] : links)
+        ASSERT_EQ(::symlink((tmp / target).c_str(), (tmp / link).c_str()), 0) << link;
+    for (const char* top : {"top_link", "top_link2"})
+        ASSERT_EQ(::symlink((tmp / "outside").c_str(), (tmp / top).c_str()), 0);
+    const auto outside = tree(tmp / "outside");
+
+    // A link given as the folder goes as a link, a trailing separator or not.
+    EXPECT_TRUE(nimbit::remove_dir(tmp / "top_link") && nimbit::remove_dir(tmp / "top_link2/"));
     EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
     EXPECT_FALSE(file_stats(tmp / "tree").exists || nimbit::remove_dir(tmp / "tree"));
-    EXPECT_EQ(read_text(tmp / "outside/keep"), "keep");
-    EXPECT_TRUE(nimbit::remove_file(tmp / "outside/keep") && !nimbit::remove_file(tmp / "outside/keep"));
+    EXPECT_EQ(tree(tmp.path()),
+              (std::vector<std::string>{"outside", "outside/deep", "outside/deep/keep", "outside/keep"}));
+    EXPECT_TRUE(read_text(tmp / "outside/keep") == "keep" && read_text(tmp / "outside/deep/keep") == "keep");
+
+    // A file is not a folder: left alone.
+    EXPECT_FALSE(nimbit::remove_dir(tmp / "outside/keep") || nimbit::remove_dir(file_path()));
+    EXPECT_EQ(tree(tmp / "outside"), outside);
+}
+
+// Copying a file onto itself, under whatever name, fails and leaves it whole.
+TEST(FileOperations, CopyFileReplacesOtherFilesButNeverItself) {
+    temp_folder tmp;
+    ASSERT_TRUE(write_text(tmp / "f", "contents") && write_text(tmp / "other", "much longer old contents"));
+    ASSERT_EQ(::link((tmp / "f").c_str(), (tmp / "hard").c_str()), 0);
+    ASSERT_EQ(::symlink((tmp / "f").c_str(), (tmp / "soft").c_str()), 0);
+    for (const char* same : {"f", "hard", "soft", "./f"}) {
+        EXPECT_FALSE(nimbit::copy_file(tmp / "f", tmp / same)) << same;
+        EXPECT_FALSE(nimbit::copy_file(tmp / same, tmp / "f")) << same;
+        EXPECT_EQ(read_text(tmp / "f"), "contents") << same;
+    }
+    EXPECT_TRUE(nimbit::copy_file(tmp / "f", tmp / "other") && nimbit::copy_file(tmp / "f", tmp / "new"));
+    EXPECT_TRUE(read_text(tmp / "other") == "contents" && read_text(tmp / "new") == "contents");
+    EXPECT_FALSE(nimbit::copy_file(tmp / "missing", tmp / "new2") || file_stats(tmp / "new2").exists);
 }
 
 // The enumerator hands out "." and ".." as well; tree() drops them, so the raw walk is checked here.

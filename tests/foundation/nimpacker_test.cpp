@@ -7,8 +7,13 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <csignal>
 #include <string>
 #include <vector>
+
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 using nimbit::file_path;
 using nimbit::file_stats;
@@ -24,6 +29,25 @@ std::string deflated(const std::string& text) {
     return out.substr(0, size);
 }
 
+// How many bytes a stream inflates to, as far as it is valid.
+long inflated_size(const std::string& stream) {
+    z_stream z{};
+    inflateInit(&z);
+    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(stream.data()));
+    z.avail_in = static_cast<uInt>(stream.size());
+    long total = 0;
+    unsigned char window[4096];
+    int result = Z_OK;
+    do {
+        z.next_out = window;
+        z.avail_out = sizeof window;
+        result = inflate(&z, Z_NO_FLUSH);
+        total += static_cast<long>(sizeof window - z.avail_out);
+    } while (result == Z_OK && z.avail_out == 0);
+    inflateEnd(&z);
+    return total;
+}
+
 // Assembles packs by hand, so damaged ones can be made on purpose.
 struct pack_builder {
     struct file_entry {
@@ -32,6 +56,7 @@ struct pack_builder {
         long length = -1; // the compressed length written; -1: the data's size
         long offset = -1; // the offset written; -1: where the data really lands
         int64_t created = 0, modified = 0;
+        long size = -1; // the plain size written; -1: what the data inflates to
     };
     std::vector<std::string> folders;
     std::vector<file_entry> files;
@@ -54,7 +79,7 @@ struct pack_builder {
         std::string data;
         for (const auto& f : files) {
             u32(out, f.name.size()), out += f.name;
-            u32(out, 0); // the plain size, which unpacking does not need
+            u32(out, f.size < 0 ? inflated_size(f.data) : f.size);
             u32(out, f.length < 0 ? f.data.size() : f.length);
             u32(out, f.offset < 0 ? data_at + data.size() : f.offset);
             u32(out, f.created, 8), u32(out, f.modified, 8);
@@ -64,9 +89,9 @@ struct pack_builder {
     }
 };
 
-unsigned unpack(const std::string& pack, const file_path& destination) {
+unsigned unpack(const std::string& pack, const file_path& destination, uint64_t limit = nimpacker::no_limit) {
     return nimpacker::unpack_files(reinterpret_cast<const unsigned char*>(pack.data()), pack.size(),
-                                   destination);
+                                   destination, limit);
 }
 
 std::string noise(size_t n, uint32_t seed) {
@@ -146,14 +171,18 @@ TEST(Nimpacker, PathsThatLeaveTheDestinationAndCreationFailuresAreRefused) {
     const file_path dest = tmp / "dest";
     ASSERT_TRUE(nimbit::make_dir(dest));
     // A NUL byte would cut "..\0x" down to ".." on its way to the system.
-    const std::vector<std::string> bad_names = {"../escape", "a/../../escape", "/tmp/escape-abs", "..",
-                                                std::string("..\0x", 4)};
+    const std::vector<std::string> bad_names = {
+        "../escape", "a/../../escape", "/tmp/escape-abs", "..", std::string("..\0x", 4), "a//b", "", "."};
     for (const std::string& bad : bad_names) {
         EXPECT_EQ(unpack(pack_builder{{bad}, {}}.build(), dest), nimpacker::cannot_create_folder) << bad;
         EXPECT_EQ(unpack(pack_builder{{}, {{bad, deflated("x")}}}.build(), dest),
                   nimpacker::cannot_create_file)
             << bad;
     }
+    // A bad record anywhere refuses the pack before anything is made for the good ones.
+    EXPECT_EQ(
+        unpack(pack_builder{{"ok"}, {{"ok/f", deflated("x")}, {"../escape", deflated("x")}}}.build(), dest),
+        nimpacker::cannot_create_file);
     EXPECT_FALSE(file_stats(tmp / "escape").exists || file_stats("/tmp/escape-abs").exists);
     EXPECT_TRUE(tree(dest).empty());
 
@@ -205,11 +234,88 @@ TEST(Nimpacker, StreamAndWriteFaults) {
     ASSERT_TRUE(write_text(tmp / "p.kvs", fault.build()));
     EXPECT_EQ(nimpacker::unpack_files(tmp / "p.kvs", tmp.path()), nimpacker::stream_truncated);
 
-    // /dev/full accepts the open and fails every write.
-    for (size_t n : {10u, 100000u})
-        EXPECT_EQ(unpack(pack_builder{{}, {{"full", deflated(noise(n, 5))}}}.build(), file_path("/dev")),
-                  nimpacker::write_failed)
-            << n;
+    // A write that runs out of room half-way: the file-size limit makes write() fail with EFBIG.
+    rlimit saved;
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
+    const auto old_handler = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit small = saved;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+    const unsigned code = unpack(pack_builder{{}, {{"big", deflated(noise(100000, 5))}}}.build(), tmp.path());
+    ::setrlimit(RLIMIT_FSIZE, &saved);
+    std::signal(SIGXFSZ, old_handler);
+    EXPECT_EQ(code, nimpacker::write_failed);
+}
+
+TEST(Nimpacker, RecordsThatInflateToOtherThanTheirSizeOrPacksOverTheLimitAreRefused) {
+    temp_folder tmp;
+    const std::string zeros = deflated(std::string(1 << 20, '\0')); // a mebibyte in a kilobyte
+    // clang-format off
+    const struct { const char* what; std::string stream; long size; } damaged[] = {
+        {"far past its size", zeros, 10},
+        {"one byte past", deflated("eleven byte"), 10},
+        {"short of its size", deflated("short"), 10},
+        {"no stream for a size", "", 10},
+    };
+    // clang-format on
+    for (const auto& [what, stream, size] : damaged) {
+        EXPECT_EQ(unpack(pack_builder{{}, {{"f", stream, -1, -1, 0, 0, size}}}.build(), tmp.path()),
+                  nimpacker::corrupt_stream)
+            << what;
+        EXPECT_LE(file_stats(tmp / "f").size, 10u) << what;
+    }
+
+    // The sizes add up to 11: refused under that with nothing made, folders included.
+    const std::string two =
+        pack_builder{{"sub"}, {{"sub/a", deflated("123456")}, {"b", deflated("12345")}}}.build();
+    EXPECT_EQ(unpack(two, tmp / "over", 10), nimpacker::pack_too_large);
+    EXPECT_FALSE(file_stats(tmp / "over").exists);
+    EXPECT_EQ(unpack(two, tmp / "at", 11), nimpacker::success);
+    EXPECT_EQ(read_text(tmp / "at/sub/a"), "123456");
+
+    // Fifty honest mebibyte records in a pack of some fifty kilobytes, read from a file.
+    pack_builder many;
+    for (int i = 0; i < 50; ++i)
+        many.files.push_back({"f" + std::to_string(i), zeros});
+    ASSERT_TRUE(write_text(tmp / "many.kvs", many.build()));
+    EXPECT_EQ(nimpacker::unpack_files(tmp / "many.kvs", tmp / "many", 16 << 20), nimpacker::pack_too_large);
+    EXPECT_FALSE(file_stats(tmp / "many").exists);
+}
+
+// Links, hard links and pipes already in the destination, pointing outside it, are never written
+// through nor waited on; the record that meets one fails.
+TEST(Nimpacker, NothingAlreadyInTheDestinationIsFollowed) {
+    temp_folder tmp;
+    const file_path dest = tmp / "dest", outside = tmp / "outside";
+    ASSERT_TRUE(nimbit::make_dir(dest) && nimbit::make_dir(outside) &&
+                write_text(outside.append("target"), "keep"));
+    ASSERT_EQ(::symlink(outside.c_str(), dest.append("folder_link").c_str()), 0);
+    ASSERT_EQ(::symlink(outside.append("target").c_str(), dest.append("file_link").c_str()), 0);
+    ASSERT_EQ(::link(outside.append("target").c_str(), dest.append("hard_link").c_str()), 0);
+    ASSERT_EQ(::mkfifo(dest.append("pipe").c_str(), 0600), 0);
+
+    const std::string x = deflated("x");
+    // clang-format off
+    const std::pair<pack_builder, unsigned> cases[] = {
+        {{{"folder_link"}, {}}, nimpacker::cannot_create_folder},
+        {{{"folder_link/sub"}, {}}, nimpacker::cannot_create_folder},
+        {{{}, {{"folder_link/target", x}}}, nimpacker::cannot_create_file},
+        {{{}, {{"folder_link/new", x}}}, nimpacker::cannot_create_file},
+        {{{}, {{"file_link", x}}}, nimpacker::cannot_create_file},
+        {{{}, {{"hard_link", x}}}, nimpacker::cannot_create_file},
+        {{{}, {{"pipe", x}}}, nimpacker::cannot_create_file},
+    };
+    // clang-format on
+    for (size_t i = 0; i < std::size(cases); ++i)
+        EXPECT_EQ(unpack(cases[i].first.build(), dest), cases[i].second) << i;
+
+    EXPECT_EQ(tree(outside), std::vector<std::string>{"target"});
+    EXPECT_EQ(read_text(outside.append("target")), "keep");
+    struct stat st;
+    EXPECT_TRUE(::lstat(dest.append("file_link").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
+    // A device is not a file to unpack into either.
+    EXPECT_EQ(unpack(pack_builder{{}, {{"null", x}}}.build(), file_path("/dev")),
+              nimpacker::cannot_create_file);
 }
 
 } // namespace

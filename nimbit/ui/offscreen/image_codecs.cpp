@@ -1,20 +1,21 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 
+#include <algorithm>
+
 namespace nimbit::ui::offscreen {
 
-bool size_allowed(long long width, long long height, unsigned long long max_pixels) {
-    return width > 0 && height > 0 && width <= 0x7fffffff && height <= 0x7fffffff &&
-           static_cast<unsigned long long>(width) * static_cast<unsigned long long>(height) <= max_pixels;
-}
-
-bool decode_image(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
-    if (!bytes || size < 4)
-        return false;
-    if (bytes[0] == 0x89 && bytes[1] == 'P')
-        return decode_png(bytes, size, max_pixels, out);
-    if (bytes[0] == 0xFF && bytes[1] == 0xD8)
-        return decode_jpeg(bytes, size, max_pixels, out);
-    return false;
+rgba_image recanvas(const rgba_image& image, _vec2<int> size) {
+    rgba_image out;
+    out.alpha = image.alpha;
+    if (size.x <= 0 || size.y <= 0)
+        return out;
+    out.size = size;
+    out.pixels.assign(size_t(size.x) * size_t(size.y) * 4, 0);
+    const int w = std::min(size.x, image.size.x), h = std::min(size.y, image.size.y);
+    for (int y = 0; y < h; ++y)
+        std::copy_n(&image.pixels[size_t(y) * image.pitch()], size_t(w) * 4,
+                    &out.pixels[size_t(y) * out.pitch()]);
+    return out;
 }
 
 } // namespace nimbit::ui::offscreen

@@ -1,11 +1,13 @@
-// Damaged PNG and JPG bytes: decoding must fail cleanly or give an image that the rest of the
-// pipeline (resampling, encoding, decoding again) handles.
+// Damaged PNG and JPG bytes: decoding (whole or reduced) must fail cleanly or give an image that the
+// rest of the pipeline (resampling, encoding, decoding again) handles.
 #include "fuzz/fuzz_support.h"
+#include "nimbit/graphics/image_decoder.h"
+#include "nimbit/graphics/image_resample.h"
 #include "nimbit/graphics/jpeg_encoder.h"
-#include "nimbit/ui/offscreen/image_codecs.h"
+#include "nimbit/graphics/png_encoder.h"
 
 using namespace nimbit;
-using namespace nimbit::ui::offscreen;
+using namespace nimbit::graphics;
 
 namespace {
 
@@ -25,8 +27,11 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
           image.pixels.size() == size_t(image.size.x) * size_t(image.size.y) * 4);
     if (size_t(image.size.x) * size_t(image.size.y) > 256 * 256)
         return 0;
+    rgba_image reduced;
+    if (decode_image(data, size, cap, reduced, image.size.x / 3 + 1))
+        check(reduced.size.x >= image.size.x / 3 + 1 && reduced.size.x <= image.size.x);
     const rgba_image smaller = resample(image, {image.size.x / 2 + 1, image.size.y / 3 + 1});
-    const rgba_image larger = recanvas(smaller, {smaller.size.x + 3, smaller.size.y});
+    const rgba_image larger = resample(smaller, {smaller.size.x + 3, smaller.size.y * 2});
     rgba_image again;
     const auto png = graphics::encode_png(view_of(larger));
     check(decode_png(png.data(), png.size(), cap, again) && again.size == larger.size &&
