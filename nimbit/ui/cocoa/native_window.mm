@@ -5,8 +5,8 @@
 #include "nimbit/ui/cocoa/cocoa_util.h"
 #include "nimbit/ui/cocoa/input_state.h"
 #include "nimbit/ui/cocoa/key_map.h"
-#include "nimbit/ui/cocoa/native_bitmap.h"
 #include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/cocoa/native_bitmap.h"
 #include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/native_input.h"
@@ -573,7 +573,8 @@ void cocoa_window::timer_fired(uint32_t native_id) {
 
 // The classic drag: a file-names pasteboard and dragImage:, which runs the drag session itself and
 // returns after the drop. It needs the mouse event being handled, so it only starts from a drag.
-bool cocoa_window::begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
+// AppKit raises exceptions for bad arguments: none may leave the toolkit.
+bool cocoa_window::begin_file_drag(const std::vector<std::string> &paths, const native_bitmap *image,
                                    _vec2<int> client_point) {
     NSEvent *event = [NSApp currentEvent];
     if (view == nil || paths.empty() || event == nil)
@@ -581,31 +582,47 @@ bool cocoa_window::begin_file_drag(const std::vector<std::string>& paths, const 
     const NSEventType kind = [event type];
     if (kind != NSLeftMouseDragged && kind != NSLeftMouseDown)
         return false;
-    NSMutableArray *files = [NSMutableArray arrayWithCapacity:paths.size()];
-    for (const std::string &path : paths)
-        [files addObject:[NSString stringWithUTF8String:path.c_str()]];
-    NSPasteboard *board = [NSPasteboard pasteboardWithName:NSDragPboard];
-    [board declareTypes:[NSArray arrayWithObject:NSFilenamesPboardType] owner:nil];
-    if (![board setPropertyList:files forType:NSFilenamesPboardType])
-        return false;
-
-    // The picture under the pointer, at most 128 points wide; the file's icon without one.
-    NSImage *picture = nil;
-    const auto *pixels = dynamic_cast<const cocoa_bitmap *>(image);
-    if (pixels != nullptr && pixels->drawable() != nil) {
-        const _vec2<int> size = pixels->get_size();
-        const double scale = std::min(1.0, 128.0 / std::max(size.x, 1));
-        picture = [[[NSImage alloc] initWithSize:NSMakeSize(size.x, size.y)] autorelease];
-        [picture addRepresentation:pixels->drawable()];
-        [picture setSize:NSMakeSize(std::floor(size.x * scale), std::floor(size.y * scale))];
-    } else {
-        picture = [[NSWorkspace sharedWorkspace] iconForFile:[files objectAtIndex:0]];
+    bool started = false;
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    @try {
+        NSMutableArray *files = [NSMutableArray arrayWithCapacity:paths.size()];
+        for (const std::string &path : paths)
+            if (NSString *name = [NSString stringWithUTF8String:path.c_str()])
+                [files addObject:name];
+        NSPasteboard *board = [NSPasteboard pasteboardWithName:NSDragPboard];
+        [board declareTypes:[NSArray arrayWithObject:NSFilenamesPboardType] owner:nil];
+        // The picture under the pointer, at most 128 points wide; the file's icon without one.
+        NSImage *picture = nil;
+        const auto *pixels = dynamic_cast<const cocoa_bitmap *>(image);
+        if (pixels != nullptr && pixels->drawable() != nil) {
+            const _vec2<int> size = pixels->get_size();
+            const double scale = std::min(1.0, 128.0 / std::max(size.x, 1));
+            picture = [[[NSImage alloc] initWithSize:NSMakeSize(size.x, size.y)] autorelease];
+            [picture addRepresentation:pixels->drawable()];
+            [picture setSize:NSMakeSize(std::floor(size.x * scale), std::floor(size.y * scale))];
+        } else if ([files count] > 0) {
+            picture = [[NSWorkspace sharedWorkspace] iconForFile:[files objectAtIndex:0]];
+        }
+        if ([files count] > 0 && picture != nil &&
+            [board setPropertyList:files forType:NSFilenamesPboardType]) {
+            const NSSize shown = [picture size];
+            // The view is flipped: the point is the image's bottom-left corner, centred under the pointer.
+            const NSPoint at =
+                NSMakePoint(client_point.x - shown.width / 2, client_point.y + shown.height / 2);
+            started = true;
+            [view dragImage:picture
+                         at:at
+                     offset:NSZeroSize
+                      event:event
+                 pasteboard:board
+                     source:view
+                  slideBack:YES];
+        }
+    } @catch (NSException *e) {
+        NSLog(@"begin_file_drag: %@", [e reason]);
     }
-    const NSSize shown = [picture size];
-    // The view is flipped: the point is the image's bottom-left corner, centred under the pointer.
-    const NSPoint at = NSMakePoint(client_point.x - shown.width / 2, client_point.y + shown.height / 2);
-    [view dragImage:picture at:at offset:NSZeroSize event:event pasteboard:board source:view slideBack:YES];
-    return true;
+    [pool release];
+    return started;
 }
 
 } // namespace cocoa
