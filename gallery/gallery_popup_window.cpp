@@ -281,7 +281,9 @@ void GalleryPopupWindow::Poll() {
 
 // --- the list ----------------------------------------------------------------------------------------
 
-void GalleryPopupWindow::Open() {
+void GalleryPopupWindow::Show(const UIColors* c) {
+    if (c != colours)
+        SetColors(c);
     const bool first = !is_shown() && tiles.empty();
     RefreshList();
     if (first)
@@ -443,9 +445,13 @@ void GalleryPopupWindow::SelectAll() {
     SelectionChanged();
 }
 
-void GalleryPopupWindow::SelectionChanged() {
+void GalleryPopupWindow::update_count() {
     for (auto& button : toolButtons)
         button->set_counter(static_cast<uint32_t>(selection.size()));
+}
+
+void GalleryPopupWindow::SelectionChanged() {
+    update_count();
     // The preview asks again for what it keeps showing; a copy still waits for its picture.
     fullWanted.clear();
     if (!copyWanted.empty())
@@ -459,9 +465,14 @@ void GalleryPopupWindow::SelectionChanged() {
         flush_updates();
 }
 
-void GalleryPopupWindow::ScrollIntoView(const GalleryThumbnail& tile) {
-    const int top = tile.get_rect().y - TileGap;
-    const int bottom = tile.get_rect().y + TileHeight + TileGap;
+void GalleryPopupWindow::ClearCache() {
+    loader.ClearCache();
+    madeOnce.clear();
+}
+
+void GalleryPopupWindow::ScrollTo(const ivec4& rect) {
+    const int top = rect.y - TileGap;
+    const int bottom = rect.y + rect.h + TileGap;
     const int value = scrollBar.get_value();
     const int height = gridView.get_rect().h;
     if (top < value)
@@ -627,7 +638,7 @@ void GalleryPopupWindow::OnKeyDown(const event_info& e) {
                 index = std::min(index + 1, tiles.size() - 1);
         }
         SetSelected(tiles[index].get());
-        ScrollIntoView(*tiles[index]);
+        ScrollTo(tiles[index]->get_rect());
         return;
     }
     case event_key::forward_delete:

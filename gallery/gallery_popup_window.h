@@ -44,16 +44,22 @@ public:
                        uint32_t workers = 0);
     ~GalleryPopupWindow() override;
 
-    // Shows the window, listing what the capture folder holds now.
-    void Open();
+    // Shows the window in the given theme, listing what the capture folder holds now.
+    void Show(const UIColors* colours);
     // Lists the capture folder again: tiles of unchanged captures keep their pictures.
     void RefreshList();
     // A theme switch.
     void SetColors(const UIColors* colours);
+    // Empties the thumbnail cache; the tiles keep the pictures they show.
+    void ClearCache();
 
     // A click on a tile, with the modifiers held now: alone; Shift: from the anchor to it; Option: toggled.
     void SetSelected(GalleryThumbnail* tile);
     void SelectAll();
+    // Scrolls the grid the least that brings rect (in the grid's coordinates) into view.
+    void ScrollTo(const nimbit::ivec4& rect);
+    // The tool buttons' counters follow the selection.
+    void update_count();
     // format: 0 either (by the name chosen), 1 PNG, 2 JPG.
     void Save(const std::vector<GalleryThumbnail*>& tiles, int format);
     // Asks, then removes the files and their tiles.
@@ -91,7 +97,6 @@ private:
     void IssueRequests();
     void SelectionChanged();
     void SelectOnly(GalleryThumbnail* tile);
-    void ScrollIntoView(const GalleryThumbnail& tile);
     GalleryThumbnail* TileAt(nimbit::ivec2 clientPoint) const;
     GalleryThumbnail* Find(const nimbit::file_path& path) const;
     std::vector<nimbit::file_path> SelectedPaths() const;

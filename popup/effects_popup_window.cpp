@@ -560,7 +560,7 @@ void EffectsPopupWindow::Logo() {
 void EffectsPopupWindow::OpenGallery() {
     if (!gallery)
         gallery = std::make_unique<GalleryPopupWindow>(colors, prefs);
-    gallery->Open();
+    gallery->Show(colors);
 }
 
 void EffectsPopupWindow::RefreshGallery() {

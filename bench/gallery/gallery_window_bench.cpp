@@ -42,7 +42,7 @@ struct Folder {
         // Every thumbnail made once, into the cache the warm runs read.
         warmCache = tmp / "warm_cache";
         GalleryPopupWindow gallery(&themes[0], prefs, warmCache);
-        gallery.Open();
+        gallery.Show(gallery.GetColors());
         gallery.GetLoader().Wait();
     }
 };
@@ -60,7 +60,7 @@ void BM_OpenColdCache(benchmark::State& state) {
         const file_path cache = f.tmp / ("cold_" + std::to_string(run++)).c_str();
         state.ResumeTiming();
         auto gallery = std::make_unique<GalleryPopupWindow>(&f.themes[0], f.prefs, cache);
-        gallery->Open();
+        gallery->Show(gallery->GetColors());
         benchmark::DoNotOptimize(gallery->GetTiles().size());
         state.PauseTiming();
         gallery.reset(); // joins the loader's workers: not part of opening
@@ -76,7 +76,7 @@ void BM_OpenWarmCache(benchmark::State& state) {
     size_t painted = 0;
     for (auto _ : state) {
         auto gallery = std::make_unique<GalleryPopupWindow>(&f.themes[0], f.prefs, f.warmCache);
-        gallery->Open();
+        gallery->Show(gallery->GetColors());
         painted = gallery->CountImages();
         state.PauseTiming();
         gallery.reset();
@@ -89,7 +89,7 @@ BENCHMARK(BM_OpenWarmCache)->Unit(benchmark::kMillisecond)->Iterations(5);
 void BM_RefreshUnchanged(benchmark::State& state) {
     Folder& f = Shared();
     GalleryPopupWindow gallery(&f.themes[0], f.prefs, f.warmCache);
-    gallery.Open();
+    gallery.Show(gallery.GetColors());
     for (auto _ : state)
         gallery.RefreshList();
 }
@@ -99,7 +99,7 @@ BENCHMARK(BM_RefreshUnchanged)->Unit(benchmark::kMillisecond);
 void BM_ScrollStep(benchmark::State& state) {
     Folder& f = Shared();
     GalleryPopupWindow gallery(&f.themes[0], f.prefs, f.warmCache);
-    gallery.Open();
+    gallery.Show(gallery.GetColors());
     nimbit::ui::scroll_bar& bar = gallery.GetScrollBar();
     int value = 0;
     for (auto _ : state) {

@@ -60,7 +60,7 @@ protected:
     }
     GalleryPopupWindow& Open() {
         gallery = std::make_unique<GalleryPopupWindow>(&themes[0], prefs, tmp / "cache", 2);
-        gallery->Open();
+        gallery->Show(gallery->GetColors());
         return *gallery;
     }
     // Everything asked for is made and handed to the tiles.
