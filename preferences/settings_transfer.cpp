@@ -13,6 +13,7 @@
 #include "popup/search_data_files.h"
 
 #include <cstdint>
+#include <string_view>
 
 using nimbit::file_path;
 namespace file_browser = nimbit::file_browser;
@@ -34,6 +35,15 @@ file_path ChooseFile(const nimbit::ui::window* parent, file_browser::dialog_type
     const std::vector<file_path> chosen =
         file_browser::file_dialog(parent, type, title, {SettingsFilter}, false, suggested);
     return chosen.empty() ? file_path() : chosen.front();
+}
+
+// Whether the settings were written into folder. SavePreferences also fails when it cannot create the
+// capture folder, which is no reason to refuse an export: that folder is checked on import.
+bool HoldsSettingsFiles(const file_path& folder) {
+    for (std::string_view name : {SettingsFileName, SearchDataFileName, ShortcutsDataFileName})
+        if (nimbit::file_stats(folder.append(name)).type != 0)
+            return false;
+    return true;
 }
 
 void Report(const TransferContext& context, const std::string& title, const std::string& message) {
@@ -69,7 +79,8 @@ bool ExportPreferences(const TransferredSettings& current, const TransferContext
     }
 
     bool written = false;
-    if (!SavePreferences(current.prefs, current.blacklist, current.aliases, current.shortcuts, folder, true))
+    SavePreferences(current.prefs, current.blacklist, current.aliases, current.shortcuts, folder, true);
+    if (!HoldsSettingsFiles(folder))
         Report(context, failed, "Unable to save current settings to disk.");
     // The pack is written beside the target and renamed into place, so a failure keeps any
     // earlier file of that name.

@@ -17,7 +17,7 @@ struct UIColors;
 
 // Moving the settings between machines: the settings file and the two search data files, written
 // into a temporary folder under the user's data folder and packed into one file the user chooses
-// (".kvs"), and back. Neither direction touches the user's own files: an import hands back the
+// (".kvs"), and back. Neither direction touches the user's settings files: an import hands back the
 // settings it read, which the caller puts in effect and saves as usual.
 
 // Tells the user how a transfer went: a title and a message. The preferences window shows each in a
@@ -48,7 +48,7 @@ struct TransferredSettings {
 bool ExportPreferences(const TransferredSettings& current, const TransferContext& context);
 
 struct ImportResult {
-    // False when the dialog was cancelled or nothing could be read; then the rest is empty and
+    // False when the dialog was cancelled or nothing could be read; then the rest means nothing and
     // the caller keeps its settings.
     bool imported = false;
     // The settings file was missing from the pack or damaged: whatever it lacked kept the current

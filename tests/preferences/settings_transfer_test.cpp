@@ -192,6 +192,11 @@ TEST_F(SettingsTransferTest, ExportFailuresAreReportedAndLeaveNoFileBehind) {
         nimbit::remove_dir(running);
         UseDataFolder("user");
     }
+    // A capture folder that cannot be made here (its drive unplugged, say) is no reason to refuse.
+    ASSERT_TRUE(write_text(root / "plain file", ""));
+    current.prefs.captureFolder = (root / "plain file/Capture").to_string();
+    EXPECT_TRUE(Export(root / "out.kvs"));
+    EXPECT_EQ(messages.back(), Exported);
 }
 
 TEST_F(SettingsTransferTest, ImportFailuresBeforeReadingLeaveTheSettingsAsTheyWere) {
