@@ -27,6 +27,10 @@ enum SettingsChunk : unsigned {
     CustomCmdChunk = 12,
 };
 
+// The chunk file's magic, and each chunk's identifier and size.
+constexpr uint64_t SettingsHeaderSize = 8;
+constexpr uint64_t ChunkHeaderSize = 8;
+
 // The same routine fills a measuring pass and the writing pass, so both see identical chunks.
 void WriteFields(nimbit::chunk_file& file, const PreferencesData& prefs) {
     int theme = static_cast<int>(prefs.theme);
@@ -89,68 +93,90 @@ std::vector<unsigned char> EncodePreferences(const PreferencesData& prefs) {
 
 namespace {
 
-bool ReadFields(nimbit::chunk_file& file, PreferencesData& prefs) {
+bool ReadFields(nimbit::chunk_file& file, PreferencesData& prefs, PreferencesReadReport& report) {
     if (!file.is_valid())
         return false;
-    int32_t value = 0;
+    // The chunks read must account for the whole file; the reader stops silently at one that runs
+    // past the end.
+    uint64_t covered = SettingsHeaderSize;
     while (const uint32_t id = file.next_chunk()) {
+        covered += ChunkHeaderSize + file.chunk_size();
+        bool sized = true; // false: a fixed-size field's chunk has another size, and is not taken
         switch (id) {
-        case ThemeChunk:
-            if (ReadInt(file, value))
+        case ThemeChunk: {
+            int32_t value = 0;
+            if ((sized = ReadInt(file, value)))
                 prefs.theme = static_cast<UIColorTheme>(value);
             break;
+        }
         case ShortcutChoiceChunk:
-            ReadInt(file, prefs.shortcutChoice);
+            sized = ReadInt(file, prefs.shortcutChoice);
             break;
         case CaptureFolderChunk:
             if (std::string folder = ReadString(file); IsAcceptableCaptureFolder(folder))
                 prefs.captureFolder = std::move(folder);
+            else
+                report.captureFolderRejected = true;
             break;
         case FullResolutionChunk:
-            if (file.chunk_size() == 1)
+            if ((sized = file.chunk_size() == 1))
                 prefs.fullResolutionScreenshots = file.chunk_data()[0] != 0;
             break;
         case NewsTimeChunk:
-            if (file.chunk_size() == 8)
+            if ((sized = file.chunk_size() == 8))
                 prefs.newsTime = static_cast<int64_t>(ReadLittleEndian(file.chunk_data(), 8));
             break;
         case CustomKeyNameChunk:
             prefs.customKeyName = ReadString(file);
             break;
         case CustomKeyCodeChunk:
-            ReadInt(file, prefs.customKeyCode);
+            sized = ReadInt(file, prefs.customKeyCode);
             break;
         case CustomCtrlChunk:
-            ReadInt(file, prefs.customCtrl);
+            sized = ReadInt(file, prefs.customCtrl);
             break;
         case CustomOptChunk:
-            ReadInt(file, prefs.customOpt);
+            sized = ReadInt(file, prefs.customOpt);
             break;
         case CustomShiftChunk:
-            ReadInt(file, prefs.customShift);
+            sized = ReadInt(file, prefs.customShift);
             break;
         case CustomCmdChunk:
-            ReadInt(file, prefs.customCmd);
+            sized = ReadInt(file, prefs.customCmd);
             break;
         default: // 6 and anything unknown
             break;
         }
+        report.damaged = report.damaged || !sized;
     }
+    if (covered != file.file_size())
+        report.damaged = true;
     return true;
 }
 
 } // namespace
 
-bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& prefs) {
+bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& prefs,
+                       PreferencesReadReport& report) {
     nimbit::chunk_file file(data, size);
-    return ReadFields(file, prefs);
+    return ReadFields(file, prefs, report);
 }
 
-bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder) {
+bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& prefs) {
+    PreferencesReadReport ignored;
+    return DecodePreferences(data, size, prefs, ignored);
+}
+
+bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder, PreferencesReadReport& report) {
     if (folder.empty())
         return false;
     nimbit::chunk_file file(folder.append(SettingsFileName), nimbit::chunk_file_access::read);
-    return ReadFields(file, prefs);
+    return ReadFields(file, prefs, report);
+}
+
+bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder) {
+    PreferencesReadReport ignored;
+    return LoadPreferences(prefs, folder, ignored);
 }
 
 bool SettingsFileExists(const nimbit::file_path& folder) {

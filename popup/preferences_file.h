@@ -36,6 +36,18 @@ bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& 
 // Reads folder/effects_settings into prefs; a missing or damaged file leaves prefs as it was.
 bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder);
 
+// What a read met besides the values it took; a settings import tells the user about both.
+struct PreferencesReadReport {
+    // Some chunk was not read whole: one ran past the end of the file, or a field's chunk had
+    // another size than the field.
+    bool damaged = false;
+    // A capture folder was stored but not taken (see DecodePreferences).
+    bool captureFolderRejected = false;
+};
+bool DecodePreferences(const unsigned char* data, size_t size, PreferencesData& prefs,
+                       PreferencesReadReport& report);
+bool LoadPreferences(PreferencesData& prefs, const nimbit::file_path& folder, PreferencesReadReport& report);
+
 bool SettingsFileExists(const nimbit::file_path& folder);
 
 // Writes folder/effects_settings (creating folder if needed), creates the capture folder so that a
