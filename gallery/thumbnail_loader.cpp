@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <condition_variable>
-#include <cstdio>
 #include <deque>
 #include <mutex>
 #include <thread>
@@ -27,21 +26,6 @@ constexpr size_t StampBytes = 8;
 
 bool SameRequest(const GalleryImageRequest& a, const GalleryImageRequest& b) {
     return a.kind == b.kind && a.stamp == b.stamp && a.path == b.path;
-}
-
-bool ReadFile(const file_path& path, std::vector<unsigned char>& out) {
-    std::FILE* file = std::fopen(path.c_str(), "rb");
-    if (!file)
-        return false;
-    bool ok = std::fseek(file, 0, SEEK_END) == 0;
-    const long size = ok ? std::ftell(file) : -1;
-    ok = size > 0 && std::fseek(file, 0, SEEK_SET) == 0;
-    if (ok) {
-        out.resize(size_t(size));
-        ok = std::fread(out.data(), 1, out.size(), file) == out.size();
-    }
-    std::fclose(file);
-    return ok;
 }
 
 void PutStamp(int64_t stamp, unsigned char* to) {
@@ -69,7 +53,7 @@ rgba_image Thumbnail(const file_path& capture, rgba_image& decoded) {
     std::vector<unsigned char> bytes;
     _vec2<int> size;
     // A JPG may come decoded at a reduced size; the thumbnail's height follows the full size.
-    if (!ReadFile(capture, bytes) ||
+    if (!nimbit::read_file(capture, bytes) ||
         !nimbit::graphics::decode_image(bytes.data(), bytes.size(), MaxPixels, decoded,
                                         ThumbnailLoader::ThumbnailWidth, &size))
         return {};
@@ -124,7 +108,7 @@ struct ThumbnailLoader::State {
         if (request.kind == GalleryImageKind::Full) {
             std::vector<unsigned char> bytes;
             rgba_image image;
-            if (ReadFile(request.path, bytes))
+            if (nimbit::read_file(request.path, bytes))
                 nimbit::graphics::decode_image(bytes.data(), bytes.size(), MaxPixels, image);
             return image;
         }
@@ -241,7 +225,7 @@ rgba_image ThumbnailLoader::MakeThumbnail(const file_path& capture) {
     try {
         std::vector<unsigned char> bytes;
         rgba_image decoded;
-        if (!ReadFile(capture, bytes) ||
+        if (!nimbit::read_file(capture, bytes) ||
             !nimbit::graphics::decode_image(bytes.data(), bytes.size(), MaxPixels, decoded))
             return {};
         return nimbit::graphics::resample(decoded, ThumbnailSize(decoded.size));

@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -180,6 +181,25 @@ bool copy_dir(const file_path& from, const file_path& to) {
         else
             ok = copy_file(entry.path, destination) && ok;
     }
+    return ok;
+}
+
+bool read_file(const file_path& path, std::vector<unsigned char>& out, uint64_t max_bytes) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f)
+        return false;
+    bool ok = std::fseek(f, 0, SEEK_END) == 0;
+    const long length = ok ? std::ftell(f) : -1;
+    ok = ok && length >= 0 && static_cast<uint64_t>(length) <= max_bytes && std::fseek(f, 0, SEEK_SET) == 0;
+    try {
+        if (ok) {
+            out.resize(static_cast<size_t>(length));
+            ok = length == 0 || std::fread(out.data(), 1, out.size(), f) == out.size();
+        }
+    } catch (const std::bad_alloc&) {
+        ok = false;
+    }
+    std::fclose(f);
     return ok;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace nimbit {
 
@@ -17,6 +18,10 @@ bool make_dir(const file_path& path);
 // (or the link) is gone at the end; a file given as the folder is left alone and is a failure.
 bool remove_dir(const file_path& path);
 bool remove_file(const file_path& path);
+// The whole file in out; false for a missing or unreadable file, one longer than max_bytes, or when
+// memory runs out (out is then unspecified).
+bool read_file(const file_path& path, std::vector<unsigned char>& out,
+               uint64_t max_bytes = uint64_t(1) << 30);
 // Copies the bytes of a file, creating or truncating the target. A target that is the source
 // itself (the same path, or another name for the same file) fails and leaves it untouched.
 bool copy_file(const file_path& from, const file_path& to);

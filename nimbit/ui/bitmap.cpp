@@ -1,5 +1,6 @@
 #include "nimbit/ui/bitmap.h"
 
+#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/write_file_atomic.h"
 #include "nimbit/graphics/jpeg_encoder.h"
@@ -10,32 +11,9 @@
 #include "nimbit/ui/native_clipboard.h"
 #include "nimbit/utils/assert.h"
 
-#include <cstdio>
 #include <cstring>
 
 namespace nimbit::ui {
-
-namespace {
-
-// Larger files are refused before reading: no image this program handles comes near it.
-constexpr long max_file_bytes = 1l << 30;
-
-bool read_file(const file_path& path, std::vector<unsigned char>& out) {
-    std::FILE* f = std::fopen(path.c_str(), "rb");
-    if (!f)
-        return false;
-    bool ok = std::fseek(f, 0, SEEK_END) == 0;
-    const long length = ok ? std::ftell(f) : -1;
-    ok = ok && length >= 0 && length <= max_file_bytes && std::fseek(f, 0, SEEK_SET) == 0;
-    if (ok) {
-        out.resize(static_cast<size_t>(length));
-        ok = length == 0 || std::fread(out.data(), 1, out.size(), f) == out.size();
-    }
-    std::fclose(f);
-    return ok;
-}
-
-} // namespace
 
 bitmap::bitmap() = default;
 bitmap::~bitmap() = default;
