@@ -119,8 +119,7 @@ TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFiles) 
     ASSERT_TRUE(Export(root / "settings.kvs"));
     EXPECT_EQ(messages, Messages{Exported});
     const nimbit::ui::dialog_request& save = dialogs.requests().back();
-    EXPECT_TRUE(save.title == "Select a file to save to" && save.default_name == "quillo_settings.kvs" &&
-                save.filters.size() == 1 && save.filters[0].label == "Quillo Settings File" &&
+    EXPECT_TRUE(save.default_name == "quillo_settings.kvs" && save.filters.size() == 1 &&
                 save.filters[0].pattern == "*.kvs");
     const auto mine = Snapshot(root / "user");
     EXPECT_EQ(tree(root / "user/Tarvelo").size(), 3u); // the user's own files: the temporary folder is gone
@@ -129,7 +128,6 @@ TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFiles) 
     messages.clear();
     const ImportResult result = Import(root / "settings.kvs", PreferencesData());
     EXPECT_EQ(messages, Messages{Imported});
-    EXPECT_EQ(dialogs.requests().back().title, "Select a file to load from");
     ASSERT_TRUE(result.imported && !result.incomplete && !result.captureFolderReset);
     EXPECT_EQ(tree(root / "fresh"), std::vector<std::string>{"Tarvelo"}); // the caller saves
     const TransferredSettings& in = result.settings;
