@@ -70,10 +70,10 @@ TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFail
     for (const auto& c : cases)
         EXPECT_EQ(CaptureStore::CaptureName(c[0], c[1], "2018-03-07_14.05.09"), c[2]);
 
+    // Saved under such a name (the popup scene checks it whole) in a folder made for it.
     const file_path folder = tmp / "deep/er/Capture";
     const file_path saved = CaptureStore::SaveCapture(Picture(), folder.to_string(), "Intro", "Comp 1");
     EXPECT_EQ(saved.stem(), folder);
-    EXPECT_TRUE(saved.leaf(true).starts_with("Intro_Comp 1_") && saved.extension() == "png");
     EXPECT_TRUE(Whole(saved, 6));
     // A second capture in the same second never replaces the first.
     const file_path second = CaptureStore::FreeCapturePath(saved);
