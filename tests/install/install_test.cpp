@@ -14,9 +14,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -27,15 +25,11 @@ namespace {
 const fs::path BuiltBundle = fs::path(QUILLO_PLUGINS_DIR) / "Quillo.plugin";
 
 std::string Slurp(const fs::path& path) {
-    std::ifstream in(path, std::ios::binary);
-    std::ostringstream out;
-    out << in.rdbuf();
-    return out.str();
+    return read_text(nimbit::file_path(path.string()));
 }
 
 void Spill(const fs::path& path, const std::string& bytes) {
-    fs::create_directories(path.parent_path());
-    std::ofstream(path, std::ios::binary) << bytes;
+    ASSERT_TRUE(write_text(nimbit::file_path(path.string()), bytes)) << path;
 }
 
 // Numbers and four-character codes in either byte order. A code is stored as a number, so it reads
@@ -273,12 +267,7 @@ TEST(InstallScript, InstallsIntoTheSimulatedHostWhichFindsAndLoadsItAmongOtherBu
     EXPECT_TRUE(host.loadedBundle.empty());
 
     ASSERT_TRUE(host.LoadPlugins(plugins.string())) << host.loadError;
-    EXPECT_EQ(host.loadedBundle, (plugins / "Quillo.plugin").string());
-    EXPECT_EQ(host.StartPlugin(), A_Err(0));
-    EXPECT_FALSE(host.idleHooks.empty());
-    host.RunDeath();
-    host.ScriptTerminate();
-    EXPECT_EQ(host.Outstanding(), 0);
+    EXPECT_EQ(host.loadedBundle, (plugins / "Quillo.plugin").string()); // running it is the host tests' part
 
     ASSERT_EQ(Install("--uninstall --into '" + installation.string() + "'"), 0);
     EXPECT_FALSE(fs::exists(plugins / "Quillo.plugin"));

@@ -115,33 +115,19 @@ std::string Text(const std::vector<unsigned char>& bytes) {
     return {bytes.begin(), bytes.end()};
 }
 
-// One settings chunk: identifier, size, data, little-endian.
-std::string Chunk(uint32_t id, const std::string& data) {
-    std::string out;
-    for (uint32_t v : {id, static_cast<uint32_t>(data.size())})
-        for (int i = 0; i < 4; ++i)
-            out += static_cast<char>(v >> (8 * i));
-    return out + data;
-}
-
 TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFiles) {
     ASSERT_TRUE(Export(root / "settings.kvs"));
     EXPECT_EQ(messages, Messages{Exported});
     const nimbit::ui::dialog_request& save = dialogs.requests().back();
-    EXPECT_TRUE(save.title == "Select a file to save to" && save.default_name == "quillo_settings.kvs" &&
-                save.filters.size() == 1 && save.filters[0].label == "Quillo Settings File" &&
+    EXPECT_TRUE(save.default_name == "quillo_settings.kvs" && save.filters.size() == 1 &&
                 save.filters[0].pattern == "*.kvs");
     const auto mine = Snapshot(root / "user");
-    // The user's own files only: the temporary folder is gone.
-    EXPECT_EQ(tree(root / "user"),
-              (std::vector<std::string>{"Tarvelo", "Tarvelo/effects_search.txt", "Tarvelo/effects_settings",
-                                        "Tarvelo/effects_shortcuts.txt"}));
+    EXPECT_EQ(tree(root / "user/Tarvelo").size(), 3u); // the user's own files: the temporary folder is gone
 
     UseDataFolder("fresh");
     messages.clear();
     const ImportResult result = Import(root / "settings.kvs", PreferencesData());
     EXPECT_EQ(messages, Messages{Imported});
-    EXPECT_EQ(dialogs.requests().back().title, "Select a file to load from");
     ASSERT_TRUE(result.imported && !result.incomplete && !result.captureFolderReset);
     EXPECT_EQ(tree(root / "fresh"), std::vector<std::string>{"Tarvelo"}); // the caller saves
     const TransferredSettings& in = result.settings;
@@ -150,52 +136,9 @@ TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFiles) 
     EXPECT_EQ(Snapshot(root / "fresh"), mine);
 }
 
-TEST_F(SettingsTransferTest, ExportFailuresAreReportedAndLeaveNoFileBehind) {
-    const file_path running = TransferFolder(Moment);
-    const struct {
-        const char* what;
-        std::function<void()> setUp;
-        file_path target;
-        Messages said;
-    } cases[] = {
-        {"cancelled", [] {}, {}, {}},
-        {"another export running",
-         [&] { ASSERT_TRUE(nimbit::make_dir(running) && write_text(running.append("theirs"), "x")); },
-         root / "out.kvs",
-         {{"Failed to Save", "There appears to be another export process running."}}},
-        {"temporary folder not creatable",
-         [&] {
-             UseDataFolder("blocked"); // where "Tarvelo" is a file
-             ASSERT_TRUE(nimbit::make_dir(root / "blocked") && write_text(root / "blocked/Tarvelo", ""));
-         },
-         root / "out.kvs",
-         {{"Failed to Save", "Unable to save current settings to disk."}}},
-        {"unwritable destination",
-         [] {},
-         root / "missing/out.kvs",
-         {{"Failed to Save", "Unable create the export file in the directory you specified."}}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.what);
-        c.setUp();
-        const auto before = Snapshot(root / "user");
-        messages.clear();
-        EXPECT_FALSE(Export(c.target));
-        EXPECT_EQ(messages, c.said);
-        EXPECT_EQ(Snapshot(root / "user"), before); // the other export's folder included
-        EXPECT_FALSE(nimbit::file_stats(root / "out.kvs").exists ||
-                     nimbit::file_stats(root / "missing").exists);
-        nimbit::remove_dir(running);
-        UseDataFolder("user");
-    }
-    // A capture folder that cannot be made here (its drive unplugged, say) is no reason to refuse.
-    ASSERT_TRUE(write_text(root / "plain file", ""));
-    current.prefs.captureFolder = (root / "plain file/Capture").to_string();
-    EXPECT_TRUE(Export(root / "out.kvs"));
-    EXPECT_EQ(messages.back(), Exported);
-}
-
-TEST_F(SettingsTransferTest, ImportFailuresBeforeReadingLeaveTheSettingsAsTheyWere) {
+// Failures before the settings are read, each with its message: the user's own files stay byte for
+// byte, and no pack or temporary folder is left.
+TEST_F(SettingsTransferTest, FailuresBeforeReadingAreReportedAndLeaveTheSettingsAsTheyWere) {
     ASSERT_TRUE(Export(root / "good.kvs"));
     const std::string good = read_text(root / "good.kvs");
     ASSERT_TRUE(write_text(root / "cut.kvs", good.substr(0, good.size() / 2)));
@@ -207,30 +150,59 @@ TEST_F(SettingsTransferTest, ImportFailuresBeforeReadingLeaveTheSettingsAsTheyWe
     for (size_t at; (at = hostile.find("qq/escaped")) != std::string::npos;)
         hostile.replace(at, 10, "../escaped");
     ASSERT_TRUE(write_text(root / "hostile.kvs", hostile));
+    // Where "Tarvelo" is a file, no temporary folder can be made.
+    ASSERT_TRUE(nimbit::make_dir(root / "blocked") && write_text(root / "blocked/Tarvelo", ""));
 
+    const Message running{"Failed to Save", "There appears to be another export process running."};
+    const Message notSaved{"Failed to Save", "Unable to save current settings to disk."};
+    const Message noPack{"Failed to Save", "Unable create the export file in the directory you specified."};
     const Message noFolder{"Failed to Load", "Unable to import settings from the file."};
     // clang-format off
-    const struct { const char* what; file_path source; const char* dataFolder; Messages said; } cases[] = {
-        {"cancelled",         {},                   "user",    {}},
-        {"no temp folder",    root / "good.kvs",    "blocked", {noFolder}},
-        {"cut pack",          root / "cut.kvs",     "user",    {Unreadable}},
-        {"over the limit",    root / "big.kvs",     "user",    {Unreadable}},
-        {"leaves its folder", root / "hostile.kvs", "user",    {Unreadable}},
+    const struct { const char* what; bool import; file_path file; const char* dataFolder; Messages said; } cases[] = {
+        {"export cancelled",       false, {},                       "user",    {}},
+        {"another export running", false, root / "out.kvs",         "user",    {running}},
+        {"export, no temp folder", false, root / "out.kvs",         "blocked", {notSaved}},
+        {"unwritable destination", false, root / "missing/out.kvs", "user",    {noPack}},
+        {"import cancelled",       true,  {},                       "user",    {}},
+        {"import, no temp folder", true,  root / "good.kvs",        "blocked", {noFolder}},
+        {"cut pack",               true,  root / "cut.kvs",         "user",    {Unreadable}},
+        {"over the limit",         true,  root / "big.kvs",         "user",    {Unreadable}},
+        {"leaves its folder",      true,  root / "hostile.kvs",     "user",    {Unreadable}},
     };
     // clang-format on
-    ASSERT_TRUE(nimbit::make_dir(root / "blocked") && write_text(root / "blocked/Tarvelo", ""));
-    const auto before = Snapshot(root / "user");
+    const file_path theirs = TransferFolder(Moment).append("theirs");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
         UseDataFolder(c.dataFolder);
+        if (c.said == Messages{running}) { // the other export's folder
+            ASSERT_TRUE(nimbit::make_dir(theirs.stem()) && write_text(theirs, "x"));
+        }
+        const auto before = Snapshot(root / "user");
         messages.clear();
-        const ImportResult result = Import(c.source, current.prefs);
+        EXPECT_FALSE(c.import ? Import(c.file, current.prefs).imported : Export(c.file));
         EXPECT_EQ(messages, c.said);
-        EXPECT_FALSE(result.imported);
-        // Byte for byte, and no temporary folder left.
         EXPECT_EQ(Snapshot(root / "user"), before);
         EXPECT_EQ(tree(root / "blocked"), std::vector<std::string>{"Tarvelo"});
+        EXPECT_FALSE(nimbit::file_stats(root / "out.kvs").exists ||
+                     nimbit::file_stats(root / "missing").exists);
+        nimbit::remove_dir(theirs.stem());
     }
+    UseDataFolder("user");
+    // A capture folder that cannot be made here (its drive unplugged, say) is no reason to refuse.
+    ASSERT_TRUE(write_text(root / "plain file", ""));
+    current.prefs.captureFolder = (root / "plain file/Capture").to_string();
+    EXPECT_TRUE(Export(root / "out.kvs"));
+    EXPECT_EQ(messages.back(), Exported);
+
+    // In the window, each message is a warning popup of its title.
+    std::vector<std::string> shown;
+    nimbit::ui::offscreen::offscreen_window::set_modal_driver([&](nimbit::ui::window& w) {
+        shown.push_back(nimbit::ui::offscreen::native_of(w).get_title());
+        w.end_modal(1);
+    });
+    context.report = WarningPopupReport(nullptr, nullptr);
+    EXPECT_FALSE(Export(root / "missing/out.kvs"));
+    EXPECT_EQ(shown, std::vector<std::string>{"Failed to Save"});
 }
 
 // What was read and what the user is told, for settings files that are not whole or whose capture
@@ -243,14 +215,18 @@ TEST_F(SettingsTransferTest, DamagedSettingsAndAForeignCaptureFolderAreReported)
     const std::string foreign = Text(EncodePreferences(elsewhere));
     const std::string fresh = (root / "docs/Tarvelo/Quillo/Capture").to_string();
     const std::string shots = current.prefs.captureFolder;
+    // Chunks of identifier, size and data, little-endian: a retired field's, and an int of 8 bytes.
+    const std::string retired("\x06\0\0\0\x04\0\0\0abcd", 12);
+    const std::string longInt = std::string("\x02\0\0\0\x08\0\0\0", 8) + "12345678";
     // clang-format off
-    const struct { const char* what; std::optional<std::string> settings; Messages said; bool incomplete; std::string folder; } cases[] = {
-        {"retired chunk",     whole + Chunk(6, "abcd"),             {Imported},              false, shots},
-        {"no settings file",  std::nullopt,                         {Damaged},               true,  shots},
-        {"last chunk cut",    whole.substr(0, whole.size() - 1),    {Damaged},               true,  shots},
-        {"an int of 8 bytes", whole + Chunk(2, "12345678"),         {Damaged},               true,  shots},
-        {"folder not here",   foreign,                              {Imported, FolderReset}, false, fresh},
-        {"cut, folder not here", foreign.substr(0, foreign.size() - 2), {Damaged, FolderReset}, true, fresh},
+    // The flags the caller reads go with the messages.
+    const struct { const char* what; std::optional<std::string> settings; Messages said; std::string folder; } cases[] = {
+        {"retired chunk",        whole + retired,                        {Imported},              shots},
+        {"no settings file",     std::nullopt,                           {Damaged},               shots},
+        {"last chunk cut",       whole.substr(0, whole.size() - 1),      {Damaged},               shots},
+        {"an int of 8 bytes",    whole + longInt,                        {Damaged},               shots},
+        {"folder not here",      foreign,                                {Imported, FolderReset}, fresh},
+        {"cut, folder not here", foreign.substr(0, foreign.size() - 2),  {Damaged, FolderReset},  fresh},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -267,8 +243,6 @@ TEST_F(SettingsTransferTest, DamagedSettingsAndAForeignCaptureFolderAreReported)
         const ImportResult result = Import(Pack(files), base);
         ASSERT_TRUE(result.imported);
         EXPECT_EQ(messages, c.said);
-        EXPECT_EQ(result.incomplete, c.incomplete);
-        EXPECT_EQ(result.captureFolderReset, c.folder == fresh);
         EXPECT_EQ(result.settings.prefs.captureFolder, c.folder);
         EXPECT_TRUE(nimbit::file_stats(file_path(c.folder)).type == 1);
         // Whatever the settings file held, what came before a damage is taken, and the lists come
@@ -277,17 +251,6 @@ TEST_F(SettingsTransferTest, DamagedSettingsAndAForeignCaptureFolderAreReported)
         EXPECT_TRUE(result.settings.aliases.size() == 1 && result.settings.blacklist.size() == 1);
         EXPECT_FALSE(nimbit::file_stats(TransferFolder(Moment)).exists);
     }
-}
-
-TEST_F(SettingsTransferTest, WarningPopupsShowEachMessage) {
-    std::vector<std::string> shown;
-    nimbit::ui::offscreen::offscreen_window::set_modal_driver([&](nimbit::ui::window& w) {
-        shown.push_back(nimbit::ui::offscreen::native_of(w).get_title());
-        w.end_modal(1);
-    });
-    context.report = WarningPopupReport(nullptr, nullptr);
-    EXPECT_FALSE(Export(root / "missing/out.kvs"));
-    EXPECT_EQ(shown, std::vector<std::string>{"Failed to Save"});
 }
 
 } // namespace
