@@ -5,6 +5,7 @@
 #include "gallery/thumbnail_loader.h"
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/graphics/image_decoder.h"
+#include "nimbit/graphics/image_resample.h"
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/utils/mapped_cache.h"
 #include "tests/foundation/temp_folder.h"
@@ -133,9 +134,20 @@ void DecodeCapturePng(benchmark::State& state) {
     state.counters["MB"] = double(bytes.size()) / 1e6;
 }
 
+// The rest of a thumbnail's making once the capture is decoded: the scale to 512 wide.
+void ResampleCapture(benchmark::State& state) {
+    std::ifstream in(Made().captures[0].c_str(), std::ios::binary);
+    const std::vector<unsigned char> bytes{std::istreambuf_iterator<char>(in), {}};
+    graphics::rgba_image image;
+    graphics::decode_png(bytes.data(), bytes.size(), ~0ull, image);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(graphics::resample(image, {ThumbnailLoader::ThumbnailWidth, 288}));
+}
+
 } // namespace
 
 BENCHMARK(DecodeCapturePng)->Unit(benchmark::kMillisecond)->MinTime(1.0);
+BENCHMARK(ResampleCapture)->Unit(benchmark::kMillisecond)->MinTime(1.0);
 BENCHMARK(OneByOne)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(LoaderCold)->Unit(benchmark::kMillisecond)->Iterations(2)->UseRealTime();
 BENCHMARK(WarmFirstScreenCached)->Unit(benchmark::kMillisecond)->MinTime(0.5)->UseRealTime();
