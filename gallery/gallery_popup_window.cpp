@@ -177,11 +177,12 @@ std::pair<size_t, size_t> GalleryPopupWindow::ViewRange() const {
         return {0, 0};
     const int top = scrollBar.get_value();
     const int height = gridView.get_rect().h;
-    const size_t firstRow = static_cast<size_t>(std::max(0, top - TileGap) / RowStep);
-    const size_t lastRow = static_cast<size_t>(std::max(0, top + height - TileGap) / RowStep);
+    // Row r spans [TileGap + r * RowStep, that + TileHeight): a row whose gap alone shows is not in view.
+    const size_t firstRow = static_cast<size_t>(std::max(0, top) / RowStep);
+    const size_t lastRow = static_cast<size_t>(std::max(0, top + height - TileGap - 1) / RowStep);
     const size_t first = std::min(tiles.size(), firstRow * columns);
     const size_t last = std::min(tiles.size(), (lastRow + 1) * columns);
-    return {first, last};
+    return {first, std::max(first, last)};
 }
 
 std::pair<size_t, size_t> GalleryPopupWindow::KeptRange() const {

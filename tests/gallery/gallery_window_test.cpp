@@ -349,6 +349,32 @@ TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
     EXPECT_FALSE(Tile(89).HasArrived());
 }
 
+// The view's range decides what is asked for first and when a screen counts as painted: it holds
+// exactly the tiles that show, also when only a row's gap shows at the top or bottom edge.
+TEST_F(GalleryWindowTest, TheViewRangeHoldsTheTilesThatShowAndNoOthers) {
+    Captures(90);
+    Open();
+    scroll_bar& bar = gallery->GetScrollBar();
+    const int step = GalleryPopupWindow::TileHeight + GalleryPopupWindow::TileGap;
+    const int height = gallery->GetGridView().get_rect().h;
+    for (const int top : {0, 1, step - 1, step, step + GalleryPopupWindow::TileGap, 3 * step - 2,
+                          5 * step - height + GalleryPopupWindow::TileGap,
+                          5 * step - height + GalleryPopupWindow::TileGap + 1, bar.get_max_scroll()}) {
+        bar.set_value(top);
+        const int value = bar.get_value();
+        const auto shows = [&](size_t i) {
+            const ivec4& r = Tile(i).get_rect();
+            return r.y < value + height && r.y + r.h > value;
+        };
+        const auto [first, last] = gallery->ViewRange();
+        ASSERT_LT(first, last) << top;
+        for (size_t i = first; i < last; ++i)
+            EXPECT_TRUE(shows(i)) << "scrolled to " << value << ", tile " << i;
+        EXPECT_FALSE(first > 0 && shows(first - 1)) << "scrolled to " << value;
+        EXPECT_FALSE(last < gallery->GetTiles().size() && shows(last)) << "scrolled to " << value;
+    }
+}
+
 TEST_F(GalleryWindowTest, TheContextMenuCopiesRevealsAndSaves) {
     Captures(2);
     Open();
