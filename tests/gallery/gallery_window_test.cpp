@@ -56,7 +56,7 @@ protected:
     }
     void Captures(int count) {
         for (int i = 0; i < count; ++i)
-            Capture("c" + std::to_string(i) + ".png", 1000 + i);
+            Capture(std::string("c").append(std::to_string(i)).append(".png"), 1000 + i);
     }
     GalleryPopupWindow& Open() {
         gallery = std::make_unique<GalleryPopupWindow>(&themes[0], prefs, tmp / "cache", 2);
