@@ -1,5 +1,6 @@
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/utils/mapped_cache.h"
+#include "nimbit/utils/memory_map.h"
 
 #include "temp_folder.h"
 
@@ -24,6 +25,7 @@ namespace {
 using bytes = std::vector<unsigned char>;
 using nimbit::cache_status;
 using nimbit::mapped_cache;
+using nimbit::memory_map;
 
 uint64_t u64_at(const bytes& b, size_t at) {
     uint64_t v = 0;
@@ -303,6 +305,22 @@ TEST_F(MappedCacheDeathTest, TwoProcessesShareOneCacheWithoutFaultsOrForeignByte
             EXPECT_TRUE(well_formed(out, key)) << key;
         }
     EXPECT_TRUE(after.entry_count() == held && after.check_consistency());
+}
+
+// Creating, growing and cutting the mapped files is covered through the chunk file and the cache.
+TEST(MemoryMap, RemapShowsAPageAlignedWindowAndNeverPassesTheEnd) {
+    temp_folder tmp;
+    const uint64_t page = memory_map::page_size();
+    std::string text(3 * page, '.');
+    text.replace(page + 100, 5, "hello");
+    ASSERT_TRUE(write_text(tmp / "f", text));
+    memory_map map(tmp / "f", nimbit::memory_map_access::read, 0, true, false);
+    EXPECT_EQ(map.data(), nullptr) << "deferred";
+    EXPECT_EQ(map.remap(page + 100, 5), page);
+    ASSERT_TRUE(map.data() && map.view_size() == 105u);
+    EXPECT_EQ(std::string(reinterpret_cast<const char*>(map.data()) + 100, 5), "hello");
+    map.remap(2 * page, page + 1);
+    EXPECT_FALSE(map.data() || map.is_open()) << "a failed remap ends the map";
 }
 
 // A plain model of placement and eviction: first fit over values sorted by offset, least recently
