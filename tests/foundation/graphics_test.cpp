@@ -162,23 +162,12 @@ TEST(PixelBuffer, ExportsRegionsAndImportsAndExportsRefuseWhatDoesNotFit) {
     EXPECT_TRUE(pixel_buffer({INT_MAX, INT_MAX}).empty()) << "too large to allocate";
 }
 
+// Before any test starts the shared pool: a forked child would inherit its locks.
 TEST(PixelBufferDeathTest, NegativeOriginStops) {
     pixel_buffer buffer({4, 4});
     uint8_t out[64];
     EXPECT_DEATH(buffer.export_buffer(out, {1, 1}, {-1, 0}, 4, buffer_type::rgba8),
                  "nimbit/graphics/pixel.cpp:[0-9]+: assertion failed: origin.x >= 0 && origin.y >= 0");
-}
-
-// Sampling and the colour models have no caller in the product yet: one check each.
-TEST(Pixel, SamplesBilinearlyAndColourModelsRoundTrip) {
-    pixel_buffer buffer({2, 2});
-    buffer[0] = {0, 0, 0, 1}, buffer[1] = {1, 0, 0, 1}, buffer[2] = {0, 1, 0, 1}, buffer[3] = {1, 1, 1, 1};
-    EXPECT_EQ(buffer.sample_pixel({0.5f, 0.25f}), (vec4{0.5f, 0.25f, 0.125f, 1}));
-    EXPECT_EQ(buffer.sample_pixel({nan, 9.0f}), buffer[2]);
-    const vec4 c{0.9f, 0.1f, 0.3f, 0.5f};
-    for (const vec4& back : {pixel(c).to_hsl(false).to_rgb(), pixel(c).rgb_to_yuv().yuv_to_rgb()})
-        EXPECT_TRUE(std::fabs(back.x - c.x) + std::fabs(back.y - c.y) + std::fabs(back.z - c.z) < 1e-5f &&
-                    back.w == c.w);
 }
 
 } // namespace

@@ -29,23 +29,13 @@ std::string deflated(const std::string& text) {
     return out.substr(0, size);
 }
 
-// How many bytes a stream inflates to, as far as it is valid.
+// How many bytes a stream inflates to; nothing when it is not a whole stream.
 long inflated_size(const std::string& stream) {
-    z_stream z{};
-    inflateInit(&z);
-    z.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(stream.data()));
-    z.avail_in = static_cast<uInt>(stream.size());
-    long total = 0;
-    unsigned char window[4096];
-    int result = Z_OK;
-    do {
-        z.next_out = window;
-        z.avail_out = sizeof window;
-        result = inflate(&z, Z_NO_FLUSH);
-        total += static_cast<long>(sizeof window - z.avail_out);
-    } while (result == Z_OK && z.avail_out == 0);
-    inflateEnd(&z);
-    return total;
+    std::vector<Bytef> out(2 << 20);
+    uLongf size = out.size();
+    return uncompress(out.data(), &size, reinterpret_cast<const Bytef*>(stream.data()), stream.size()) == Z_OK
+               ? static_cast<long>(size)
+               : 0;
 }
 
 // Assembles packs by hand, so damaged ones can be made on purpose.

