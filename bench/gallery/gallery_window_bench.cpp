@@ -222,7 +222,7 @@ private:
 // unless told (workers: the benchmark's argument).
 std::unique_ptr<GalleryPopupWindow> OpenGallery(PreferencesData& prefs, uint32_t workers) {
     auto gallery = std::make_unique<GalleryPopupWindow>(&Uhd().themes[0], prefs, file_path(), workers);
-    gallery->Open();
+    gallery->Show(gallery->GetColors());
     return gallery;
 }
 
