@@ -503,13 +503,19 @@ void cocoa_window::run_modal(bool fill_screen) {
     modalSession = [NSApp beginModalSessionForWindow:ns_window];
     // runModalSession handles what is queued; the run loop then waits for input. The wait is cut at
     // a short limit so that an end_modal from a timer (which is not input) is seen promptly.
+    // The session ends here, never inside runModalSession: ending it from an event that session
+    // dispatches (a key or click on the modal window) frees it under GNUstep's feet.
+    modalEnding = false;
     while (modalSession) {
         NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-        const NSInteger response = [NSApp runModalSession:static_cast<NSModalSession>(modalSession)];
-        if (modalSession && (response != NSRunContinuesResponse || ![ns_window isVisible])) {
-            // Closed or hidden other than by end_modal.
+        const NSInteger response = modalEnding
+                                       ? static_cast<NSInteger>(NSRunStoppedResponse)
+                                       : [NSApp runModalSession:static_cast<NSModalSession>(modalSession)];
+        if (modalSession && (modalEnding || response != NSRunContinuesResponse || ![ns_window isVisible])) {
+            // Ended by end_modal, or closed or hidden otherwise.
             [NSApp endModalSession:static_cast<NSModalSession>(modalSession)];
             modalSession = nullptr;
+            modalEnding = false;
         }
         if (modalSession)
             [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
@@ -519,10 +525,9 @@ void cocoa_window::run_modal(bool fill_screen) {
 }
 
 void cocoa_window::end_modal() {
-    NIMBIT_ASSERT(modalSession != nullptr);
+    NIMBIT_ASSERT(is_modal());
     [ns_window orderOut:nil];
-    [NSApp endModalSession:static_cast<NSModalSession>(modalSession)];
-    modalSession = nullptr;
+    modalEnding = true;
 }
 
 // --- timers ---------------------------------------------------------------------------------------
