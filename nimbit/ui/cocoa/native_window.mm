@@ -499,6 +499,9 @@ void cocoa_window::run_modal(bool fill_screen) {
         return;
     if (fill_screen)
         set_rect(get_screen_rect());
+    // The window that had the keyboard gets it back afterwards, as a question's owner does on macOS
+    // (GNUstep would hand it to whichever window it finds first).
+    NSWindow *previousKey = [[NSApp keyWindow] retain];
     [ns_window makeKeyAndOrderFront:nil];
     modalSession = [NSApp beginModalSessionForWindow:ns_window];
     // runModalSession handles what is queued; the run loop then waits for input. The wait is cut at
@@ -522,6 +525,9 @@ void cocoa_window::run_modal(bool fill_screen) {
                                      beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
         [pool release];
     }
+    if (previousKey != nil && previousKey != ns_window && [previousKey isVisible])
+        [previousKey makeKeyWindow];
+    [previousKey release];
 }
 
 void cocoa_window::end_modal() {
