@@ -94,10 +94,8 @@ void GalleryPopupWindow::Build() {
         LayoutGrid();
         UpdateView();
     });
-    ev.add_event(&split.get_panel_b(), this, event_type::resize, [this](const event_info&) {
-        const ivec4 pane = split.get_panel_b().get_rect();
-        preview.set_rect({0, 0, pane.w, pane.h});
-    });
+    ev.add_event(&split.get_panel_b(), this, event_type::resize,
+                 [this](const event_info&) { LayoutPreview(); });
     ev.add_event(&scrollBar, this, event_type::value_changed, [this](const event_info&) { UpdateView(); });
     ev.add_event(&root, this, event_type::timer, [this](const event_info& e) {
         if (e.data == PollTimer)
@@ -149,8 +147,15 @@ void GalleryPopupWindow::Layout() {
     toolRow.set_rect({0, 0, area.w, ToolRowHeight});
     swapButton.set_rect({area.w - SwapSize - 8, 4, SwapSize, SwapSize});
     split.set_rect({0, ToolRowHeight, area.w, std::max(0, area.h - ToolRowHeight)});
+    // The split placed its panes while it was made, before their resize events were listened to.
+    LayoutPreview();
     LayoutGrid();
     UpdateView();
+}
+
+void GalleryPopupWindow::LayoutPreview() {
+    const ivec4 pane = split.get_panel_b().get_rect();
+    preview.set_rect({0, 0, pane.w, pane.h});
 }
 
 void GalleryPopupWindow::LayoutGrid() {

@@ -91,6 +91,7 @@ private:
     void Build();
     void Layout();
     void LayoutGrid();
+    void LayoutPreview();
     // After a scroll, resize or new list: drops pictures far from the view and asks for the missing.
     void UpdateView();
     std::pair<size_t, size_t> KeptRange() const;

@@ -2,7 +2,8 @@
 # The scripted walkthrough of the simulated host: its own Xvfb, the host with the plug-in and the
 # sample project, xdotool as the artist. Every step is written to a transcript as "ok" or "failed";
 # screenshots (popup-dark.png and popup-light.png: the popup open in each theme; capture-flash.png:
-# the screenshot button's flash, and capture.png the frame it saved), the transcript with
+# the screenshot button's flash, and capture.png the frame it saved; gallery.png and
+# gallery-light.png: the gallery with four captures previewed), the transcript with
 # the measured latencies, and the host's session record go to a folder named at the end. Expects
 # the release build (scripts/run.sh makes it).
 set -uo pipefail
@@ -370,6 +371,54 @@ else
     step_failed "the popup did not open for the screenshot button"
 fi
 
+# ---- The gallery: three more captures (Shift+F5 with the popup open), then F5 opens the gallery
+# over the capture folder; Option (Super under GNUstep) + A selects all four, and the preview shows
+# them once decoded. gallery_shot <name>: the steps up to the screenshot of the gallery's window.
+gallery_title="Quillo Image Gallery"
+gallery_shown() { wait_record "any(w['title'] == '$gallery_title' for w in r['windows'])" "${1:-5}"; }
+gallery_hidden() { wait_record "all(w['title'] != '$gallery_title' for w in r['windows'])" "${1:-5}"; }
+capture_count() { ls "$captures"/*.png 2>/dev/null | wc -l; }
+gallery_shot() {
+    open_popup || { step_failed "the popup did not open for the gallery"; return 1; }
+    xdotool key F5
+    if ! gallery_shown; then
+        step_failed "F5 with the popup open: no gallery window within 5 s"
+        return 1
+    fi
+    sleep 0.5
+    xdotool key super+a
+    sleep 3 # the four full pictures decoded off the main thread
+    local id
+    id=$(xdotool search --onlyvisible --name "^$gallery_title\$" 2>/dev/null | tail -1)
+    if [ -n "$id" ] && import -window "$id" "$out/$1.png"; then
+        step_ok "F5 opened \"$gallery_title\" ($(query "[(w['x'], w['y'], w['width'], w['height']) for w in r['windows'] if w['title'] == '$gallery_title'][0]") (x, y, width, height)) with $(capture_count) captures, then Option+A"
+        say "   screenshot $1.png"
+    else
+        step_failed "no screenshot of the gallery window"
+    fi
+    xdotool key Escape
+    gallery_hidden || step_failed "Escape did not hide the gallery"
+    # Under GNUstep the main menu ignores its next click after the gallery was shown; a click on the
+    # host's window (away from its fields) first keeps the Quit of the menu working.
+    click 240 200
+}
+xdotool mousemove 560 330
+if open_popup; then
+    for _ in 1 2 3; do
+        before=$(capture_count)
+        xdotool keydown shift keydown F5 sleep 0.12 keyup F5 keyup shift
+        for _ in $(seq 100); do [ "$(capture_count)" -gt "$before" ] && break; sleep 0.1; done
+    done
+    n=$(capture_count)
+    if [ "$n" -ge 4 ]; then step_ok "Shift+F5 three times: $n captures in the capture folder"; else step_failed "Shift+F5 three times: only $n captures"; fi
+    xdotool key Escape
+    popup_hidden
+    sleep 1 # the last capture written whole
+    gallery_shot gallery
+else
+    step_failed "the popup did not open for more captures"
+fi
+
 # ---- The script console: words typed into the host's console field, as a script panel sends them.
 eval "$(xdotool search --onlyvisible --name "$title" getwindowgeometry --shell 2>/dev/null | head -5)"
 click $((X + WIDTH / 2)) $((Y + HEIGHT - 151))
@@ -442,6 +491,7 @@ then
         light_keys=$(measure_keys)
         key_times="$key_times $light_keys"
         key_median=$(median $key_times)
+        gallery_shot gallery-light
         quit_host || step_failed "Quit did not end the restarted host"
     else
         step_failed "the host did not start again"
@@ -451,7 +501,7 @@ else
 fi
 
 say "figures (medians): chord to popup visible $chord_median ms over ${#chord_times[@]} runs; keystroke to repainted rows $key_median ms over $(wc -w <<<"$key_times") presses (both themes)"
-say "screenshots of the popup: popup-dark.png, popup-light.png"
+say "screenshots of the popup: popup-dark.png, popup-light.png; of the gallery: gallery.png, gallery-light.png"
 say "steps failed: $failures"
 echo
 echo "walkthrough folder: $out"

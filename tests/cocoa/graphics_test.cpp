@@ -164,12 +164,20 @@ TEST(CocoaDrawer, ImagesLandUprightAndClippedAndTextIsMeasuredPlacedAndKeptInIts
         d.set_text_font("Arial", 16);
         d.set_text_color({1, 1, 1, 1});
     };
-    canvas_window c([&](nimbit::ui::drawer& d) {
-        d.clear({0, 0, 0, 1});
-        setup(d);
-        d.set_text_format(nimbit::ui::text_align::left, nimbit::ui::text_valign::top);
-        d.draw_text(box, "Top line of a long text that cannot fit in this small box at all, no way");
-    });
+    // A text drawn in a rectangle of exactly its measured size stays on one line (below the rest).
+    const char* const measured = "ii MMMMMMM";
+    ivec4 exact;
+    canvas_window c(
+        [&](nimbit::ui::drawer& d) {
+            d.clear({0, 0, 0, 1});
+            setup(d);
+            d.set_text_format(nimbit::ui::text_align::left, nimbit::ui::text_valign::top);
+            d.draw_text(box, "Top line of a long text that cannot fit in this small box at all, no way");
+            const nimbit::_vec2<int> size = d.calc_text_size(measured);
+            exact = {10, 125, size.x, size.y};
+            d.draw_text(exact, measured);
+        },
+        {300, 300, 200, 150});
     // Measuring needs no drawing pass.
     nimbit::ui::drawer& d = c.w.get_drawer();
     setup(d);
@@ -193,6 +201,8 @@ TEST(CocoaDrawer, ImagesLandUprightAndClippedAndTextIsMeasuredPlacedAndKeptInIts
     EXPECT_GT(ink(shot, {box.x, box.y, box.w, 20}), 50); // set at the top
     // Nothing below the rectangle (beyond the descent allowance).
     EXPECT_EQ(ink(shot, {0, box.y + box.h + 3, 200, 120 - box.y - box.h - 3}), 0);
+    // The wide word is on the first line, not wrapped away below it.
+    EXPECT_GT(ink(shot, {exact.x + exact.w / 2, exact.y, exact.w / 2, exact.h}), 20) << exact.w;
 }
 
 TEST(CocoaPlatform, FontsFiltersAndTheDesktopOpener) {

@@ -200,6 +200,30 @@ TEST(CocoaTimers, TimersRepeatOrFireOnceMayDestroyTheirWindowAndDriveModalSessio
     other.root.add_timer(3, 50, true);
     EXPECT_EQ(other.w.show_modal(), 0);
     EXPECT_FALSE(other.w.is_modal());
+
+    // Ended by input that the session itself dispatches (a key, then a click, as a question's
+    // Escape and OK end it): each returns its code, the window that had the keyboard has it back,
+    // and the window can ask again.
+    timed_window owner({40, 40, 160, 90});
+    owner.w.show();
+    ASSERT_TRUE(wait_for([&] { return owner.w.has_focus(); }));
+    timed_window asked({260, 240, 160, 90});
+    uint64_t code = 0;
+    nimbit::ui::event_manager::instance().add_event(&asked.w, &asked, event_type::key_down,
+                                                    [&](const nimbit::ui::event_info& e) {
+                                                        if (e.data == nimbit::ui::event_key::escape)
+                                                            asked.w.end_modal(7);
+                                                    });
+    nimbit::ui::event_manager::instance().add_event(
+        &asked.root, &asked, event_type::mouse_up,
+        [&](const nimbit::ui::event_info&) { asked.w.end_modal(++code); });
+    xdotool_later("sleep 0.5 key Escape");
+    EXPECT_EQ(asked.w.show_modal(), 7);
+    EXPECT_FALSE(asked.w.is_shown());
+    EXPECT_TRUE(wait_for([&] { return owner.w.has_focus(); }));
+    xdotool_later("sleep 0.5 mousemove 300 270 mousedown 1 sleep 0.1 mouseup 1");
+    EXPECT_EQ(asked.w.show_modal(), 1);
+    EXPECT_FALSE(asked.w.is_modal());
 }
 
 TEST(CocoaShowcase, IsStyledOnScreenAndTakesPointerKeysAndThePasteboard) {

@@ -4,7 +4,9 @@
 
 #include "host_app_session.h"
 
+#include "gallery/gallery_popup_window.h"
 #include "hostsim/sim_render.h"
+#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/ui/bitmap.h"
 #include "popup/preferences_data.h"
@@ -12,8 +14,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
 
@@ -134,6 +138,61 @@ long Mismatches(nimbit::ui::bitmap& image, const A_Time& time) {
     return mismatches;
 }
 
+const char* const Gallery = "Quillo Image Gallery";
+const char* const DeleteQuestion = "Delete?";
+
+bool Shown(const json& record, const std::string& title) {
+    for (const json& w : record.value("windows", json::array()))
+        if (w.value("title", "") == title)
+            return true;
+    return false;
+}
+bool WaitShown(const HostAppSession& session, const std::string& title, bool shown = true) {
+    return session.WaitForRecord([&](const json& r) { return Shown(r, title) == shown; }, 5.0);
+}
+
+// The names of the PNG files in the folder, sorted; each one whole (it decodes).
+strings WholeCaptures(const std::string& folder) {
+    strings names;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored)) {
+        nimbit::ui::bitmap image;
+        if (entry.path().extension() == ".png" && image.load_image(nimbit::file_path(entry.path().string())))
+            names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+strings Names(const std::string& folder) {
+    strings names;
+    std::error_code ignored;
+    for (const auto& entry : std::filesystem::directory_iterator(folder, ignored))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+// How a band of the screen looks: rising steadily from left to right in red on every row (the
+// capture's pattern, whose red climbs one step per pixel, at one image pixel per screen pixel), or
+// not (a flat background, or the pattern scaled down, whose repeats make sharp edges).
+bool ShowsOneToOne(const std::string& screen, const e2e::WindowGeometry& band) {
+    nimbit::ui::bitmap image;
+    if (!image.load_image(nimbit::file_path(screen)))
+        return false;
+    const nimbit::ui::bitmap_data data = image.lock();
+    bool smooth = band.x >= 0 && band.y >= 0 && band.x + band.width <= data.size.x &&
+                  band.y + band.height <= data.size.y;
+    for (int y = band.y; smooth && y < band.y + band.height; ++y) {
+        const unsigned char* row = data.bits + static_cast<size_t>(y) * data.pitch;
+        for (int x = band.x + 1; x < band.x + band.width; ++x)
+            for (int c = 0; c < 3; ++c)
+                smooth = smooth && std::abs(row[x * 4 + c] - row[(x - 1) * 4 + c]) <= 4;
+        smooth = smooth && row[(band.x + band.width - 1) * 4] - row[band.x * 4] >= 30;
+    }
+    image.unlock(data);
+    return smooth;
+}
+
 TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     HostAppSession session;
     WaitUntilReady(session);
@@ -235,6 +294,83 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
     EXPECT_EQ(session.Record()["deathHooksRun"], 1);
     EXPECT_EQ(session.Record()["suitesOutstanding"], 0);
+}
+
+// The gallery over captures the host rendered: F5 from the popup opens it; a click and a Shift click
+// select a range, Z shows the preview one to one, Escape hides it and F5 brings the same tiles back
+// (the selection still on them); forward delete asks, and only a confirmation removes exactly the
+// selected files; Option+A selects what is left.
+TEST(HostApp, GalleryOfRenderedCapturesSelectsZoomsAsksAndDeletes) {
+    using Window = GalleryPopupWindow;
+    HostAppSession session;
+    WaitUntilReady(session);
+    const std::string folder = session.Disk() + "/Documents/Tarvelo/Quillo/Capture";
+    ASSERT_TRUE(session.Xdotool({"mousemove", "560", "330"}));
+    ASSERT_TRUE(OpenPopup(session)) << session.Log();
+    for (size_t n = 1; n <= 4; ++n) {
+        ASSERT_TRUE(session.Chord({"shift", "F5"}));
+        ASSERT_TRUE(e2e::Poll([&] { return WholeCaptures(folder).size() == n; }, 10.0)) << n << session.Log();
+    }
+    // Captures within one second share a listing time: a minute apart from here, in name order, the
+    // last name newest, so that it is the first tile.
+    const strings names = WholeCaptures(folder);
+    const int64_t now = std::time(nullptr);
+    for (size_t i = 0; i < names.size(); ++i)
+        ASSERT_TRUE(nimbit::set_file_dates(nimbit::file_path(folder + "/" + names[i]), now - 240 + 60 * i,
+                                           now - 240 + 60 * i));
+
+    ASSERT_TRUE(session.Keys({"F5"}));
+    ASSERT_TRUE(WaitShown(session, Gallery)) << session.Record().dump(1);
+    e2e::WindowGeometry g;
+    ASSERT_TRUE(session.WaitForWindow(Gallery, &g));
+    const auto tile = [&](int i) { // the centre of tile i on the screen
+        return std::pair{g.x + Window::TileGap + i % 3 * (Window::TileWidth + Window::TileGap) +
+                             Window::TileWidth / 2,
+                         g.y + Window::ToolRowHeight + Window::TileGap +
+                             i / 3 * (Window::TileHeight + Window::TileGap) + Window::TileHeight / 2};
+    };
+    ASSERT_GE(g.width / 2, 3 * (Window::TileWidth + Window::TileGap)) << "three tiles to a row";
+    const auto [x0, y0] = tile(0);
+    const auto [x2, y2] = tile(2);
+    ASSERT_TRUE(session.ClickAt(x0, y0));
+    ASSERT_TRUE(session.WaitForIdleTicks(12)); // apart enough not to be a double click
+    ASSERT_TRUE(session.Xdotool({"mousemove", std::to_string(x2), std::to_string(y2), "keydown", "shift",
+                                 "mousedown", "1", "sleep", "0.1", "mouseup", "1", "keyup", "shift"}));
+
+    // Three selected: the preview's first cell is the top left of a 2 x 2 grid in the window's right
+    // half. A band about the cell's centre shows the picture, fitted (sharp edges where the pattern
+    // repeats) until Z shows it one to one.
+    const int cellHeight = (g.height - Window::ToolRowHeight - GalleryPreview::Gap) / 2;
+    const e2e::WindowGeometry band{0, g.x + g.width / 2 + 100,
+                                   g.y + Window::ToolRowHeight + cellHeight / 2 - 15, 80, 30};
+    const std::string screen = session.Disk() + "/../screen.png";
+    const auto oneToOne = [&] {
+        return session.GrabScreen(screen) && ShowsOneToOne(screen, band);
+    };
+    ASSERT_TRUE(session.WaitForIdleTicks(40)); // the pictures decoded
+    EXPECT_FALSE(oneToOne());
+    ASSERT_TRUE(session.Keys({"z"}));
+    EXPECT_TRUE(e2e::Poll(oneToOne, 5.0));
+
+    // Hidden and shown again: the same tiles, the same three selected.
+    ASSERT_TRUE(session.Keys({"Escape"}));
+    ASSERT_TRUE(WaitShown(session, Gallery, false));
+    ASSERT_TRUE(OpenPopup(session) && session.Keys({"F5"}));
+    ASSERT_TRUE(WaitShown(session, Gallery)) << session.Record().dump(1);
+    const auto deleteAnswering = [&](const std::string& answer) {
+        return session.Keys({"Delete"}) && WaitShown(session, DeleteQuestion) && session.Keys({answer}) &&
+               WaitShown(session, DeleteQuestion, false);
+    };
+    ASSERT_TRUE(deleteAnswering("Escape")) << session.Record().dump(1);
+    EXPECT_EQ(Names(folder), names) << "nothing removed without a confirmation";
+    ASSERT_TRUE(deleteAnswering("Return")) << session.Record().dump(1);
+    EXPECT_TRUE(e2e::Poll([&] { return Names(folder).size() < names.size(); }, 5.0));
+    EXPECT_EQ(Names(folder), strings{names.front()}) << "the three newest went";
+
+    ASSERT_TRUE(session.Chord({"super", "a"})); // Option
+    ASSERT_TRUE(deleteAnswering("Return")) << session.Record().dump(1);
+    EXPECT_TRUE(e2e::Poll([&] { return Names(folder).empty(); }, 5.0));
+    EXPECT_TRUE(Shown(session.Record(), Gallery));
 }
 
 // A custom chord, the shortcut digits and a typed search; quitting writes the data files and a

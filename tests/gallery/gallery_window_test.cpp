@@ -160,6 +160,10 @@ TEST_F(GalleryWindowTest, KeysMoveTheSelectionAndDriveThePreview) {
     Settle();
     GalleryPreview& preview = gallery->GetPreview();
     ASSERT_GT(preview.GetFitZoom(0), 0.0f) << "the whole picture reached the preview";
+    // From the first open, without a resize: the preview fills its pane, the picture its cell.
+    const ivec4 pane = gallery->GetSplit().get_panel_b().get_rect();
+    EXPECT_EQ(preview.get_rect(), (ivec4{0, 0, pane.w, pane.h}));
+    EXPECT_EQ(preview.GetCellWidth(), static_cast<uint32_t>(pane.w));
 
     Key(event_key::down);
     EXPECT_EQ(Selected(), (std::vector<size_t>{2}));

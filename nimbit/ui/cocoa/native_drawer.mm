@@ -431,7 +431,9 @@ void cocoa_drawer::draw_text(const ivec4 &rect, std::string_view text,
     if (objc->attributes == nil)
         objc->attributes = text_attributes(objc->font, objc->text, objc->paragraph, underline);
     NSAttributedString *s = attributed(text, objc->attributes, runs, objc->font);
-    const CGFloat width = rect.w - 1; // the text box starts one pixel right of the rectangle's edge
+    // The text box starts one pixel right of the rectangle's edge but keeps its whole width: a text
+    // in a rectangle of its measured size must not wrap (its last pixel column is clipped instead).
+    const CGFloat width = rect.w;
     const CGFloat height =
         std::ceil([s boundingRectWithSize:NSMakeSize(width, unlimited) options:layout_options].size.height);
     CGFloat top = rect.y;

@@ -58,7 +58,7 @@ public:
     void release_mouse() override { capturing = false; }
     void run_modal(bool fill_screen) override;
     void end_modal() override;
-    bool is_modal() const override { return modalSession != nullptr; }
+    bool is_modal() const override { return modalSession != nullptr && !modalEnding; }
     void start_timer(uint32_t native_id, float seconds, bool repeat) override;
     void stop_timer(uint32_t native_id) override;
     bool begin_file_drag(const std::vector<std::string>& paths, const native_bitmap* image,
@@ -91,6 +91,8 @@ private:
     };
     std::unordered_map<uint32_t, running_timer> timers;
     void* modalSession = nullptr; // the running NSModalSession
+    // end_modal was asked: the loop ends the session once the event being dispatched is done.
+    bool modalEnding = false;
     ivec4 restored_frame;
     bool maximized = false;
     bool capturing = false;

@@ -499,30 +499,41 @@ void cocoa_window::run_modal(bool fill_screen) {
         return;
     if (fill_screen)
         set_rect(get_screen_rect());
+    // The window that had the keyboard gets it back afterwards, as a question's owner does on macOS
+    // (GNUstep would hand it to whichever window it finds first).
+    NSWindow *previousKey = [[NSApp keyWindow] retain];
     [ns_window makeKeyAndOrderFront:nil];
     modalSession = [NSApp beginModalSessionForWindow:ns_window];
     // runModalSession handles what is queued; the run loop then waits for input. The wait is cut at
     // a short limit so that an end_modal from a timer (which is not input) is seen promptly.
+    // The session ends here, never inside runModalSession: ending it from an event that session
+    // dispatches (a key or click on the modal window) frees it under GNUstep's feet.
+    modalEnding = false;
     while (modalSession) {
         NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-        const NSInteger response = [NSApp runModalSession:static_cast<NSModalSession>(modalSession)];
-        if (modalSession && (response != NSRunContinuesResponse || ![ns_window isVisible])) {
-            // Closed or hidden other than by end_modal.
+        const NSInteger response = modalEnding
+                                       ? static_cast<NSInteger>(NSRunStoppedResponse)
+                                       : [NSApp runModalSession:static_cast<NSModalSession>(modalSession)];
+        if (modalSession && (modalEnding || response != NSRunContinuesResponse || ![ns_window isVisible])) {
+            // Ended by end_modal, or closed or hidden otherwise.
             [NSApp endModalSession:static_cast<NSModalSession>(modalSession)];
             modalSession = nullptr;
+            modalEnding = false;
         }
         if (modalSession)
             [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
                                      beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
         [pool release];
     }
+    if (previousKey != nil && previousKey != ns_window && [previousKey isVisible])
+        [previousKey makeKeyWindow];
+    [previousKey release];
 }
 
 void cocoa_window::end_modal() {
-    NIMBIT_ASSERT(modalSession != nullptr);
+    NIMBIT_ASSERT(is_modal());
     [ns_window orderOut:nil];
-    [NSApp endModalSession:static_cast<NSModalSession>(modalSession)];
-    modalSession = nullptr;
+    modalEnding = true;
 }
 
 // --- timers ---------------------------------------------------------------------------------------
