@@ -1,5 +1,6 @@
 // Encoding a 3840x2160 frame: the shared fast PNG and JPG encoders beside libpng at its default
 // settings (what a plain encoder does), all on the same picture in the same run.
+#include "bench/support/capture_frame.h"
 #include "bench/support/libpng_reference.h"
 #include "nimbit/graphics/jpeg_encoder.h"
 #include "nimbit/graphics/png_encoder.h"
@@ -10,26 +11,11 @@
 
 namespace {
 
-constexpr int Width = 3840, Height = 2160;
+using bench_frames::Height;
+using bench_frames::Width;
 
-// Something like a rendered frame: smooth gradients, a few flat shapes and a little grain.
 const std::vector<unsigned char>& Frame() {
-    static const std::vector<unsigned char> frame = [] {
-        std::vector<unsigned char> pixels(size_t(Width) * Height * 4);
-        unsigned seed = 1;
-        for (int y = 0; y < Height; ++y)
-            for (int x = 0; x < Width; ++x) {
-                seed = seed * 1103515245u + 12345u;
-                const unsigned grain = (seed >> 29) & 3u;
-                unsigned char* p = &pixels[(size_t(y) * Width + x) * 4];
-                const bool inBlock = (x / 480 + y / 270) % 3 == 0;
-                p[0] = static_cast<unsigned char>(inBlock ? 200 : x * 255 / Width + grain);
-                p[1] = static_cast<unsigned char>(inBlock ? 40 : y * 255 / Height + grain);
-                p[2] = static_cast<unsigned char>((x + y) / 24 + grain);
-                p[3] = 255;
-            }
-        return pixels;
-    }();
+    static const std::vector<unsigned char> frame = bench_frames::Frame(0);
     return frame;
 }
 
