@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <string>
+#include <utility>
 
 using namespace nimbit;
 using namespace nimbit::ui;
@@ -54,8 +55,8 @@ void DrawIcon(drawer& d, const generic_button& b, const bitmap& image, int frame
 
 } // namespace
 
-GalleryButton::GalleryButton(const UIColors* colours, const image_stream UIColors::*icon)
-    : colours(nullptr), icon(icon) {
+GalleryButton::GalleryButton(const UIColors* colours, const image_stream UIColors::*icon, std::string caption)
+    : colours(nullptr), icon(icon), caption(std::move(caption)) {
     set_name("GalleryButton");
     add_paint_handler(*this, &GalleryButton::Draw);
     SetColors(colours);
@@ -79,11 +80,14 @@ void GalleryButton::set_counter(uint32_t count) {
     update(false);
 }
 
-// The icon keeps a square at the left; the count, when there is something to act on, follows it.
+// The icon keeps a square at the left; the caption and the count follow it.
 void GalleryButton::Draw(drawer& d, const ivec4& area) {
     const int side = std::min(area.w, area.h);
     DrawIcon(d, *this, iconImage, iconFrames, {0, 0, side, area.h});
-    if (counter == 0 || area.w <= side)
+    std::string label = caption;
+    if (counter > 0)
+        label += (label.empty() ? "" : " ") + std::to_string(counter);
+    if (label.empty() || area.w <= side)
         return;
     const nimbit::ui::theme& t = get_theme();
     const bool hover = is_live() && is_hovered();
@@ -93,7 +97,7 @@ void GalleryButton::Draw(drawer& d, const ivec4& area) {
                                                       : theme_keys::button_font_color));
     d.set_text_format(text_align::left, text_valign::center);
     const ivec4 text{side + CounterGap, 0, area.w - side - CounterGap, area.h};
-    d.draw_clipped_text(text, text, std::to_string(counter));
+    d.draw_clipped_text(text, text, label);
 }
 
 SwapButton::SwapButton(const UIColors* colours) : colours(nullptr) {

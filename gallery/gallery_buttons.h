@@ -9,10 +9,12 @@
 
 struct UIColors;
 
-// A tool button of the gallery with a count beside its icon (how many captures it would act on).
+// A tool button of the gallery: its icon, then its caption (which tells buttons with the same icon
+// apart) and a count (how many captures it would act on, shown while there are any).
 class GalleryButton : public nimbit::ui::generic_button {
 public:
-    GalleryButton(const UIColors* colours, const nimbit::ui::image_stream UIColors::*icon);
+    GalleryButton(const UIColors* colours, const nimbit::ui::image_stream UIColors::*icon,
+                  std::string caption = {});
     ~GalleryButton() override;
     void SetColors(const UIColors* colours);
     void set_counter(uint32_t count);
@@ -25,6 +27,7 @@ private:
     const nimbit::ui::image_stream UIColors::*icon;
     nimbit::ui::bitmap iconImage;
     int iconFrames = 1;
+    std::string caption;
     uint32_t counter = 0;
 };
 

@@ -24,7 +24,7 @@ namespace {
 constexpr ivec2 StartSize{1100, 720};
 constexpr int RowStep = GalleryPopupWindow::TileHeight + GalleryPopupWindow::TileGap;
 constexpr int ColumnStep = GalleryPopupWindow::TileWidth + GalleryPopupWindow::TileGap;
-constexpr int ButtonWidth = 64, ButtonHeight = 26, SwapSize = 26;
+constexpr int ButtonWidth = 86, ButtonHeight = 26, SwapSize = 26;
 
 file_path DefaultCacheFile() {
     return get_user_data_path().append(file_path("Tarvelo")).append(file_path("effects_cache"));
@@ -38,8 +38,8 @@ GalleryPopupWindow::GalleryPopupWindow(const UIColors* colours, PreferencesData&
       loader(cacheFile.empty() ? DefaultCacheFile() : std::move(cacheFile), workers), swapButton(colours),
       split(split_type::side_by_side), scrollBar(scroll_type::vertical, false), preview(colours) {
     toolButtons[0] = std::make_unique<GalleryButton>(colours, &UIColors::gallerySaveIcon);
-    toolButtons[1] = std::make_unique<GalleryButton>(colours, &UIColors::gallerySaveIcon);
-    toolButtons[2] = std::make_unique<GalleryButton>(colours, &UIColors::gallerySaveIcon);
+    toolButtons[1] = std::make_unique<GalleryButton>(colours, &UIColors::gallerySaveIcon, "PNG");
+    toolButtons[2] = std::make_unique<GalleryButton>(colours, &UIColors::gallerySaveIcon, "JPG");
     create("Quillo Image Gallery", {0, 0, StartSize.x, StartSize.y},
            window_style_titled | window_style_resizable, nullptr);
     Build();

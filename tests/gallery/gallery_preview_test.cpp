@@ -243,9 +243,15 @@ TEST_F(PreviewTest, TwoByTwoPicture) {
 TEST_F(PreviewTest, GalleryButtonWritesItsCountBesideItsIconAndTheInfoPopupPaintsAtOnce) {
     window bar;
     bar.create("bar", {0, 0, 200, 40}, window_style_borderless);
-    GalleryButton save(&themes[0], &UIColors::gallerySaveIcon);
+    GalleryButton save(&themes[0], &UIColors::gallerySaveIcon),
+        png(&themes[0], &UIColors::gallerySaveIcon, "PNG");
     save.create(bar.get_root(), {0, 0, 60, 28});
-    EXPECT_TRUE(Texts(Painted(bar)).empty()); // nothing to act on
+    png.create(bar.get_root(), {100, 0, 90, 28});
+    // Nothing to act on: the caption alone.
+    EXPECT_EQ(Texts(Painted(bar)), std::vector<std::string>{"PNG"});
+    png.set_counter(3);
+    EXPECT_EQ(Texts(Painted(bar)), std::vector<std::string>{"PNG 3"});
+    png.show(false);
     save.set_counter(12);
     // The count follows the icon; a theme switch repaints the plate.
     const auto drawn = [&](std::string_view op) {
