@@ -2,17 +2,22 @@
 # catalogues from.
 set(QUILLO_HOST_EFFECTS ${PROJECT_SOURCE_DIR}/tests/data/host-effects.tsv)
 
-# quillo_add_gtest(<name> LABEL <label> SOURCES <files...> LIBS <targets...>)
-# One GoogleTest executable per area; each test case becomes a CTest test carrying the label.
+# quillo_add_gtest(<name> LABEL <label> [RESOURCE_LOCK <lock>] SOURCES <files...> LIBS <targets...>)
+# One GoogleTest executable per area; each test case becomes a CTest test carrying the label (and the
+# lock, which keeps the tests sharing it from running at the same time).
 function(quillo_add_gtest name)
-  cmake_parse_arguments(ARG "" "LABEL" "SOURCES;LIBS" ${ARGN})
+  cmake_parse_arguments(ARG "" "LABEL;RESOURCE_LOCK" "SOURCES;LIBS" ${ARGN})
   add_executable(${name} ${ARG_SOURCES})
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} GTest::gtest GTest::gtest_main Threads::Threads)
   target_compile_definitions(${name} PRIVATE
     QUILLO_SOURCE_DIR="${CMAKE_SOURCE_DIR}"
     QUILLO_HOST_EFFECTS="${QUILLO_HOST_EFFECTS}")
+  set(_properties LABELS ${ARG_LABEL})
+  if(ARG_RESOURCE_LOCK)
+    list(APPEND _properties RESOURCE_LOCK ${ARG_RESOURCE_LOCK})
+  endif()
   gtest_discover_tests(${name}
-    PROPERTIES LABELS ${ARG_LABEL}
+    PROPERTIES ${_properties}
     DISCOVERY_TIMEOUT 60)
 endfunction()
 
