@@ -5,17 +5,16 @@
 #include "nimbit/filesystem/known_folders.h"
 #include "nimbit/filesystem/write_file_atomic.h"
 
+#include "file_size_limit.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <string>
 #include <vector>
 
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -168,17 +167,12 @@ TEST(WriteFileAtomic, CreatesAndReplacesKeepingPermissionsAndFailuresLeaveTheOld
                  nimbit::write_file_atomic(file_path(), "x", 1));
 
     // A write that runs out of room half-way: the file-size limit makes write() fail with EFBIG.
-    rlimit saved;
-    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &saved), 0);
-    const auto old_handler = std::signal(SIGXFSZ, SIG_IGN);
-    rlimit small = saved;
-    small.rlim_cur = 4096;
-    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
     const std::string big(64 * 1024, 'n');
-    const bool written = nimbit::write_file_atomic(target, big.data(), big.size());
-    ::setrlimit(RLIMIT_FSIZE, &saved);
-    std::signal(SIGXFSZ, old_handler);
-    EXPECT_FALSE(written);
+    {
+        file_size_limit limit(4096);
+        ASSERT_TRUE(limit.applied);
+        EXPECT_FALSE(nimbit::write_file_atomic(target, big.data(), big.size()));
+    }
     EXPECT_EQ(read_text(target), "old");
     EXPECT_EQ(tree(tmp.path()), std::vector<std::string>{"settings"}) << "no temporary file is left behind";
 }
