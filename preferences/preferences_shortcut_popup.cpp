@@ -122,7 +122,7 @@ PreferencesShortcutPopup::PreferencesShortcutPopup(window* parent, ivec2 positio
 PreferencesShortcutPopup::~PreferencesShortcutPopup() = default;
 
 bool PreferencesShortcutPopup::Run() {
-    return show_modal() == 1 && keys.get_selected_item() >= 0;
+    return show_modal() == 1;
 }
 
 void PreferencesShortcutPopup::Apply(PreferencesData& prefs) const {
