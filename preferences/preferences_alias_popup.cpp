@@ -72,6 +72,7 @@ PreferencesAliasPopup::PreferencesAliasPopup(window* parent, ivec2 position, con
     cancel.set_text("Cancel");
     cancel.show(true);
 
+    set_tab_navigation(true);
     auto& ev = event_manager::instance();
     // Return in the field confirms; the buttons answer Return themselves when they hold the focus.
     ev.add_event(&field, this, event_type::pressed, [this](const event_info&) { end_modal(1); });

@@ -49,8 +49,17 @@ PreferencesEditEffectPopup::PreferencesEditEffectPopup(window* parent, ivec2 pos
     ev.add_event(&searchField, this, event_type::value_changed,
                  [this](const event_info&) { SearchChanged(); });
     ev.add_event(&listContent, this, event_type::draw, &PreferencesEditEffectPopup::DrawRows);
-    ev.add_event(&listContent, this, event_type::mouse_down, &PreferencesEditEffectPopup::MouseDown);
-    ev.add_event(&listContent, this, event_type::mouse_dbl_click, &PreferencesEditEffectPopup::MouseDown);
+    ev.add_event(&listFrame, this, event_type::draw, [this](const event_info&) {
+        if (!results.no_matches)
+            return;
+        drawer& d = get_drawer();
+        d.set_text_font("Arial", 13);
+        d.set_text_format(text_align::left, text_valign::center);
+        d.set_text_color(this->colours.noMatchesHeaderText);
+        d.draw_text({TextLeft, 0, listFrame.get_rect().w - TextLeft, RowHeight}, "No Matches");
+    });
+    for (event_type t : {event_type::mouse_down, event_type::mouse_up, event_type::mouse_dbl_click})
+        ev.add_event(&listContent, this, t, &PreferencesEditEffectPopup::Mouse);
     ev.add_event(this, this, event_type::key_down, &PreferencesEditEffectPopup::KeyDown);
     ev.add_event(this, this, event_type::focus_gained,
                  [this](const event_info&) { searchField.focus(focus_cause::keyboard); });
@@ -61,6 +70,7 @@ PreferencesEditEffectPopup::~PreferencesEditEffectPopup() = default;
 
 bool PreferencesEditEffectPopup::Run() {
     chosen = nullptr;
+    pressedRow = SIZE_MAX;
     searchField.focus(focus_cause::keyboard);
     return show_modal() == 1 && chosen != nullptr;
 }
@@ -89,6 +99,7 @@ void PreferencesEditEffectPopup::SearchChanged() {
     scrollBar.update_bar();
     scrollBar.set_value(0);
     selected = 0;
+    pressedRow = SIZE_MAX;
     listFrame.update(false);
 }
 
@@ -143,12 +154,19 @@ void PreferencesEditEffectPopup::KeyDown(const event_info& e) {
     }
 }
 
-void PreferencesEditEffectPopup::MouseDown(const event_info& e) {
+void PreferencesEditEffectPopup::Mouse(const event_info& e) {
     if (e.data != static_cast<uint32_t>(mouse::button::left))
         return;
     const int y = mouse::get_position(&listContent).y;
-    if (y >= 0)
-        Choose(static_cast<size_t>(y / RowHeight));
+    const size_t row = y >= 0 ? static_cast<size_t>(y / RowHeight) : results.entries.size();
+    // A row is chosen on the release over the row pressed, so the release cannot reach the window
+    // below once this one is gone. The release of a double click is never delivered: it counts now.
+    if (e.type == event_type::mouse_down) {
+        pressedRow = row;
+        Select(row);
+    } else if (e.type == event_type::mouse_dbl_click || row == pressedRow) {
+        Choose(row);
+    }
 }
 
 void PreferencesEditEffectPopup::DrawRows(const event_info&) {
@@ -167,6 +185,8 @@ void PreferencesEditEffectPopup::DrawRows(const event_info&) {
         d.set_text_color(lit ? vec4{1, 1, 1, 1} : colours.rowText);
         d.draw_text({TextLeft, row.y, width / 2 + 60, RowHeight}, effect.name);
         // The category, quietly on the right: it tells entries of the same name apart.
+        if (effect.category.empty())
+            continue;
         d.set_text_font("Arial", 10);
         d.set_text_format(text_align::right, text_valign::center);
         d.set_text_color(lit ? vec4{1, 1, 1, 0.75f} : colours.rowSecondText);

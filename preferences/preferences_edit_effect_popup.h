@@ -7,7 +7,9 @@
 #include "popup/effect_search.h"
 #include "popup/parts/effects_scroll_bar.h"
 
+#include <cstdint>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 struct EffectData;
@@ -47,7 +49,7 @@ private:
     void Select(size_t index);
     void Choose(size_t index);
     void DrawRows(const nimbit::ui::event_info&);
-    void MouseDown(const nimbit::ui::event_info& e);
+    void Mouse(const nimbit::ui::event_info& e);
 
     const std::vector<EffectData>& catalogue;
     const UIColors& colours;
@@ -55,6 +57,7 @@ private:
     EffectSearch search;
     SearchResults results;
     size_t selected = 0;
+    size_t pressedRow = SIZE_MAX;
     const EffectData* chosen = nullptr;
 
     nimbit::ui::input_box searchField;

@@ -102,6 +102,7 @@ PreferencesShortcutPopup::PreferencesShortcutPopup(window* parent, ivec2 positio
     cancel.set_text("Cancel");
     cancel.show(true);
 
+    set_tab_navigation(true);
     auto& ev = event_manager::instance();
     ev.add_event(&confirm, this, event_type::pressed, [this](const event_info&) {
         // Without a key there is no shortcut to confirm.
