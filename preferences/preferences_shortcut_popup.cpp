@@ -83,8 +83,13 @@ PreferencesShortcutPopup::PreferencesShortcutPopup(window* parent, ivec2 positio
     keys.SwitchTheme(&c);
     for (const ShortcutKeyChoice& k : ShortcutKeyChoices())
         keys.add_item(static_cast<uint32_t>(k.code), k.name);
-    if (current.customKeyCode >= 0)
-        keys.set_selected_item(static_cast<uint32_t>(current.customKeyCode));
+    // A key set elsewhere (an imported file) that the list does not offer still shows as chosen.
+    const auto code = static_cast<uint32_t>(current.customKeyCode);
+    if (current.customKeyCode >= 0 && !keys.set_selected_item(code)) {
+        const std::string name = keyboard::get_key_name(current.customKeyCode);
+        keys.add_item(code, name.empty() ? current.customKeyName : name);
+        keys.set_selected_item(code);
+    }
     keys.show(true);
 
     note.create(root, {14, 76, inside.x - 28, 20});
