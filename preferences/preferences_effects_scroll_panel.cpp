@@ -73,11 +73,13 @@ void PreferencesEffectsScrollPanel::Build(const event_info&) {
     newRow.create(content, {0, 0, r.w, RowHeight});
     newRow.show(true);
     marker.create(content, {0, 0, r.w, 2});
+    marker.hide();
     scrollBar.create(*this, {r.w - ScrollBarWidth, HeaderHeight, ScrollBarWidth, view.get_rect().h});
     scrollBar.set_scroll_panel(&content);
     scrollBar.add_wheel_area(view);
     scrollBar.set_step(RowHeight);
     dragImage.create(*this, {0, 0, r.w, RowHeight});
+    dragImage.hide();
     SwitchTheme(colours);
     Refresh();
 }
@@ -118,6 +120,7 @@ void PreferencesEffectsScrollPanel::Refresh() {
         row->show(true);
         slots.push_back(std::move(row));
     }
+    newRow.bring_to_front(); // painted after the rows, as it lies below them
     Layout();
     update(false);
 }
