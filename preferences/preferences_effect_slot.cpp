@@ -102,8 +102,8 @@ void PreferencesEffectSlot::SetHover(bool on) {
 
 void PreferencesEffectSlot::Draw(const event_info&) {
     window* w = get_window();
-    if (w == nullptr || colours == nullptr)
-        return;
+    if (w == nullptr || colours == nullptr || index >= list.size())
+        return; // a list changed without a Refresh yet
     drawer& d = w->get_drawer();
     const ivec4& r = get_rect();
     FillRow(d, r, *colours, hovered);

@@ -122,7 +122,7 @@ TEST_F(ListsTest, DraggingARowMovesItsEntryToTheGapUnderThePointer) {
     for (const Case& k : cases) {
         SCOPED_TRACE(std::to_string(k.from) + " to " + std::to_string(k.gap));
         Open(Kind::Favorites, {{"a", &a}, {"b", &b}, {"c", &c}, {"d", &d}});
-        const int x = 50, y = FirstRow + static_cast<int>(k.gap) * Row;
+        const int x = 50, y = FirstRow + static_cast<int>(k.gap) * Row - 8; // nearer that gap than others
         offscreen::press_mouse(host, {x, FirstRow + static_cast<int>(k.from) * Row + Row / 2});
         offscreen::move_mouse(host, {x, y});
         ASSERT_TRUE(panel->IsDragging());
@@ -132,7 +132,6 @@ TEST_F(ListsTest, DraggingARowMovesItsEntryToTheGapUnderThePointer) {
         offscreen::release_mouse(host, k.finish == Outside ? ivec2{x, 380} : ivec2{x, y});
         EXPECT_EQ(Order(), k.order);
         EXPECT_FALSE(panel->IsDragging());
-        EXPECT_EQ(panel->GetSlots().size(), 4u);
     }
     EXPECT_TRUE(events.empty()); // no drag counted as a click
 
@@ -153,7 +152,8 @@ TEST_F(ListsTest, ClicksReachTheWindowWithTheirClientPoint) {
         panel->Refresh();
     };
     offscreen::press_mouse(host, {40, FirstRow + 3});
-    offscreen::release_mouse(host, {43, FirstRow + 6}); // moved, but within the threshold
+    offscreen::move_mouse(host, {43, FirstRow + 6}); // within the threshold: still a click
+    offscreen::release_mouse(host, {43, FirstRow + 6});
     offscreen::click(host, {60, FirstRow + 5}, 2);
     offscreen::click(host, {70, FirstRow + 5}); // the New row, now first
     EXPECT_EQ(events, (std::vector<std::string>{"0:38:43,40", "0:1:60,39", "new:38:70,39"}));
