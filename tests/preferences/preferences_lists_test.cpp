@@ -24,10 +24,7 @@ constexpr int Top = 10, Row = PreferencesEffectSlot::Height;
 constexpr int FirstRow = Top + PreferencesEffectsScrollPanel::HeaderHeight;
 
 EffectData Effect(const char* name, const char* search) {
-    EffectData e;
-    e.name = name;
-    e.search_name = search;
-    return e;
+    return EffectData{0, name, search, {}, false};
 }
 
 struct ListsTest : OffscreenTest {
