@@ -28,17 +28,9 @@ protected:
         win.show();
     }
 
-    offscreen_drawer& canvas() { return offscreen::native_of(win).get_canvas(); }
-    // Paints whatever is dirty after dropping earlier records, and returns the calls.
-    std::vector<draw_call> repaint() {
-        win.get_root().update(false);
-        canvas().clear_calls();
-        offscreen::native_of(win).paint_pending();
-        return canvas().calls();
-    }
     template <typename Match> int count_painted(Match match) {
         int n = 0;
-        for (const auto& c : repaint())
+        for (const auto& c : painted(win))
             n += match(c) ? 1 : 0;
         return n;
     }
