@@ -48,14 +48,15 @@ strings Effects(const json& record, const std::string& name = "Headline") {
                 return layer["effects"].get<strings>();
     return {};
 }
-json PopupIn(const json& record) { // null json when the popup is not shown
+// The shown window of that title; null json when there is none.
+json WindowIn(const json& record, const std::string& title = Popup) {
     for (const json& w : record.value("windows", json::array()))
-        if (w.value("title", "") == Popup)
+        if (w.value("title", "") == title)
             return w;
     return {};
 }
-bool PopupShown(const json& record) {
-    return PopupIn(record).is_object();
+bool Shown(const json& record, const std::string& title = Popup) {
+    return WindowIn(record, title).is_object();
 }
 
 // Waits until the host's window is up, it is active and the plug-in's first idle ticks have set
@@ -70,10 +71,11 @@ void WaitUntilReady(const HostAppSession& session) {
 
 // Plays the chord, waits for the popup to appear and for it to settle.
 bool OpenPopup(const HostAppSession& session, const strings& chord = {"ctrl", "space"}) {
-    return session.Chord(chord) && session.WaitForRecord(PopupShown, 5.0) && session.WaitForIdleTicks(12);
+    return session.Chord(chord) && session.WaitForRecord([](const json& r) { return Shown(r); }, 5.0) &&
+           session.WaitForIdleTicks(12);
 }
 bool WaitPopupHidden(const HostAppSession& session) {
-    return session.WaitForRecord([](const json& r) { return !PopupShown(r); }, 5.0);
+    return session.WaitForRecord([](const json& r) { return !Shown(r); }, 5.0);
 }
 // Opens the popup, types text, presses the keys.
 bool Search(const HostAppSession& session, const std::string& text, const strings& keys,
@@ -137,12 +139,6 @@ long Mismatches(nimbit::ui::bitmap& image, const A_Time& time) {
 const char* const Gallery = "Quillo Image Gallery";
 const char* const DeleteQuestion = "Delete?";
 
-bool Shown(const json& record, const std::string& title) {
-    for (const json& w : record.value("windows", json::array()))
-        if (w.value("title", "") == title)
-            return true;
-    return false;
-}
 bool WaitShown(const HostAppSession& session, const std::string& title, bool shown = true) {
     return session.WaitForRecord([&](const json& r) { return Shown(r, title) == shown; }, 5.0);
 }
@@ -167,7 +163,7 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     ASSERT_TRUE(session.Xdotool({"mousemove", "700", "520"}));
     ASSERT_TRUE(OpenPopup(session)) << session.Log();
     // Centred on the pointer, its bottom edge at the pointer.
-    const json popup = PopupIn(session.Record());
+    const json popup = WindowIn(session.Record());
     EXPECT_LE(std::abs(popup.value("x", 0) + popup.value("width", 0) / 2 - 700), 1) << popup.dump();
     EXPECT_LE(std::abs(popup.value("y", 0) + popup.value("height", 0) - 520), 1) << popup.dump();
     EXPECT_EQ(popup.value("width", 0), 397) << "search mode: a layer is selected";
@@ -229,7 +225,7 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     const auto button = [&] {
         if (!OpenPopup(session))
             return false;
-        const json shown = PopupIn(session.Record());
+        const json shown = WindowIn(session.Record());
         return session.ClickAt(shown.value("x", 0) + shown.value("width", 0) - 209 + 14,
                                shown.value("y", 0) + 8 + 14);
     };
@@ -251,7 +247,7 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
         ASSERT_EQ(image.get_size(), (nimbit::_vec2<int>{1920, 1080})) << session.Log();
         EXPECT_TRUE(name.starts_with("Launch Teaser_Main Comp_")) << name;
         EXPECT_EQ(Mismatches(image, A_Time{120, 24}), 0);
-        if (PopupShown(session.Record())) { // the next trigger starts with it closed
+        if (Shown(session.Record())) { // the next trigger starts with it closed
             ASSERT_TRUE(session.Keys({"Escape"}) && WaitPopupHidden(session)) << session.Record().dump(1);
         }
     }
