@@ -36,7 +36,9 @@ protected:
     }
 
     // What the platform hands the window; the one place tests call into it.
-    void send(event_type t, uint64_t data = 0) { nimbit::ui::offscreen::events_of(win).process_event(t, data); }
+    void send(event_type t, uint64_t data = 0) {
+        nimbit::ui::offscreen::events_of(win).process_event(t, data);
+    }
     // key_down as the platform sends it: the upper-cased character or function-key code.
     void key(uint32_t code) { send(event_type::key_down, code); }
     void key_with(int modifier, uint32_t code, int times = 1) {
