@@ -55,14 +55,8 @@ struct probe_widget : nimbit::ui::widget {
                 get_window()->get_drawer().draw_rect({0, 0, get_rect().w, get_rect().h});
             });
     }
-    size_t count(event_type type) const { return data_of(type).size(); }
-    std::vector<uint64_t> data_of(event_type type) const {
-        std::vector<uint64_t> all;
-        for (const event_recorder::entry& e : events.entries)
-            if (e.type == type)
-                all.push_back(e.data);
-        return all;
-    }
+    size_t count(event_type type) const { return events.data(type).size(); }
+    std::vector<uint64_t> data_of(event_type type) const { return events.data(type); }
 
     vec4 color;
     event_recorder events;

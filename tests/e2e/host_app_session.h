@@ -21,7 +21,6 @@ struct WindowGeometry {
 };
 
 struct SessionOptions {
-    std::string project; // the sample project when empty
     // The run's folder (the simulated disk is its "disk" folder): a fresh one, removed with the
     // session, when empty; a given one is kept, so that a second session finds the first one's files.
     std::string root;
@@ -60,8 +59,6 @@ public:
     bool Chord(const std::vector<std::string>& keys) const;
     bool Keys(const std::vector<std::string>& keys) const; // pressed and released in turn
     bool Type(const std::string& text, int delay = 40) const;
-    // Writes the whole screen as an image file (its type from the name); true when it did.
-    bool GrabScreen(const std::string& path) const;
     void Control(const std::string& line) const; // a control line (see hostsim/app/main.mm)
     void Signal(int signal) const;
     // The application's exit status, or -1 when it did not end in time.

@@ -130,6 +130,13 @@ TEST(PixelBuffer, ExportsRegionsAndImportsAndExportsRefuseWhatDoesNotFit) {
     for (size_t i = 0; i < buffer.size_pixels(); ++i)
         buffer[i] = {static_cast<float>(i % 10) / 255.0f, static_cast<float>(i / 10) / 255.0f, 0, 1};
 
+    // Sampling blends the four nearest pixels; positions outside take the nearest edge.
+    const vec4 blend = buffer.sample_pixel({4.5f, 3.25f});
+    EXPECT_NEAR(blend.x * 255, 4.5, 1e-3);
+    EXPECT_NEAR(blend.y * 255, 3.25, 1e-3);
+    EXPECT_TRUE(buffer.sample_pixel({-5.0f, 100.0f}) == buffer[50] &&
+                pixel_buffer().sample_pixel({}) == vec4{});
+
     // The region's first pixel (4, 3) and the last of its second row (6, 4).
     std::vector<uint8_t> out(3 * 4 * 2, 0);
     buffer.export_buffer(out.data(), {3, 2}, {4, 3}, 12, buffer_type::rgba8);

@@ -321,6 +321,8 @@ TEST(MemoryMap, RemapShowsAPageAlignedWindowAndNeverPassesTheEnd) {
     EXPECT_EQ(std::string(reinterpret_cast<const char*>(map.data()) + 100, 5), "hello");
     map.remap(2 * page, page + 1);
     EXPECT_FALSE(map.data() || map.is_open()) << "a failed remap ends the map";
+    memory_map writer(tmp / "f", nimbit::memory_map_access::read_write, 0, true, false);
+    EXPECT_TRUE(writer.reserve(0, 3 * page) && !writer.reserve(3 * page, 1)) << "blocks only inside the file";
 }
 
 // A plain model of placement and eviction: first fit over values sorted by offset, least recently

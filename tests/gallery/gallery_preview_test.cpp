@@ -38,14 +38,7 @@ std::vector<file_path> Paths(size_t n) {
     return out;
 }
 
-// What the window paints now, all of it, or only the texts.
-std::vector<draw_call> Painted(window& w) {
-    offscreen::offscreen_window& native = offscreen::native_of(w);
-    w.get_root().update(false);
-    native.get_canvas().clear_calls();
-    native.paint_pending();
-    return native.get_canvas().calls();
-}
+// The texts among the calls.
 std::vector<std::string> Texts(const std::vector<draw_call>& calls) {
     std::vector<std::string> out;
     for (const draw_call& c : calls)
@@ -212,31 +205,31 @@ TEST_F(PreviewTest, ResizeRefitsPicturesShowingTheirFitAndKeepsThoseAtOneToOne) 
 TEST_F(PreviewTest, TitlesNameTheCaptureWithItsSizeAndDropTheSizeWhenNarrow) {
     const std::vector<file_path> paths{"/captures/Comp 1 2026-11-23 at 10.15.00.png", "/captures/b.jpg"};
     preview.SetImages(paths);
-    EXPECT_EQ(Texts(Painted(host)),
+    EXPECT_EQ(Texts(painted(host)),
               (std::vector<std::string>{"Comp 1 2026-11-23 at 10.15.00", "b"})); // not decoded
     preview.SetImage(paths[0], Picture(384, 216));
     preview.SetImage(paths[1], Picture(38, 21));
-    EXPECT_EQ(Texts(Painted(host)),
+    EXPECT_EQ(Texts(painted(host)),
               (std::vector<std::string>{"Comp 1 2026-11-23 at 10.15.00", "384 x 216", "b", "38 x 21"}));
 
     // A 240-pixel cell has room for the name only.
     preview.set_rect({0, 0, 240, 600});
-    EXPECT_EQ(Texts(Painted(host)),
+    EXPECT_EQ(Texts(painted(host)),
               (std::vector<std::string>{"Comp 1 2026-11-23 at 10.15.00", "b", "38 x 21"}));
 
     preview.ToggleTitleVisibility();
-    EXPECT_TRUE(Texts(Painted(host)).empty());
+    EXPECT_TRUE(Texts(painted(host)).empty());
     preview.SetImages(paths); // new cells keep the choice
-    EXPECT_TRUE(Texts(Painted(host)).empty());
+    EXPECT_TRUE(Texts(painted(host)).empty());
     preview.ToggleTitleVisibility();
-    EXPECT_EQ(Texts(Painted(host)).size(), 2u);
+    EXPECT_EQ(Texts(painted(host)).size(), 2u);
 }
 
 TEST_F(PreviewTest, TwoByTwoPicture) {
     ShowPictures({{1600, 900}, {300, 600}, {200, 150}, {499, 299}});
     preview.GetZoomButton(2).press(); // at 1.0, top left
     snapshot::picture p;
-    p.calls(Painted(host));
+    p.calls(painted(host));
     EXPECT_TRUE(p.matches("gallery_preview"));
 }
 
@@ -248,14 +241,14 @@ TEST_F(PreviewTest, GalleryButtonWritesItsCountBesideItsIconAndTheInfoPopupPaint
     save.create(bar.get_root(), {0, 0, 60, 28});
     png.create(bar.get_root(), {100, 0, 90, 28});
     // Nothing to act on: the caption alone.
-    EXPECT_EQ(Texts(Painted(bar)), std::vector<std::string>{"PNG"});
+    EXPECT_EQ(Texts(painted(bar)), std::vector<std::string>{"PNG"});
     png.set_counter(3);
-    EXPECT_EQ(Texts(Painted(bar)), std::vector<std::string>{"PNG 3"});
+    EXPECT_EQ(Texts(painted(bar)), std::vector<std::string>{"PNG 3"});
     png.show(false);
     save.set_counter(12);
     // The count follows the icon; a theme switch repaints the plate.
     const auto drawn = [&](std::string_view op) {
-        for (const draw_call& c : Painted(bar))
+        for (const draw_call& c : painted(bar))
             if (c.op == op)
                 return c;
         return draw_call{};

@@ -95,13 +95,10 @@ protected:
     // Answers the next modal popups with `answer`, writing down each one's title and texts.
     void AnswerPopups(int answer) {
         offscreen::offscreen_window::set_modal_driver([this, answer](window& w) {
-            offscreen::offscreen_window& native = offscreen::native_of(w);
-            std::string said = native.get_title();
-            w.get_root().update(false);
-            native.get_canvas().clear_calls();
-            native.paint_pending();
-            for (const draw_call& c : native.get_canvas().calls_named("draw_text"))
-                said += "|" + c.text;
+            std::string said = offscreen::native_of(w).get_title();
+            for (const draw_call& c : painted(w))
+                if (c.op == "draw_text")
+                    said += "|" + c.text;
             asked.push_back(said);
             w.end_modal(answer);
         });

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <string>
 #include <thread>
 
@@ -89,6 +90,13 @@ TEST(NewsCheck, PostsTheFormFieldsAndCountsTheAnswerOrZeroWithoutAServer) {
     refused.Check(0);
     close(fd);
     EXPECT_EQ(refused.GetCount(), 0);
+
+    // The environment may point the check elsewhere; an empty setting is none.
+    ::setenv("QUILLO_NEWS_URL", "http://127.0.0.1:9/news", 1);
+    EXPECT_EQ(NewsCheck::DefaultUrl(), "http://127.0.0.1:9/news");
+    ::setenv("QUILLO_NEWS_URL", "", 1);
+    EXPECT_NE(NewsCheck::DefaultUrl(), "");
+    ::unsetenv("QUILLO_NEWS_URL");
 }
 
 } // namespace

@@ -22,7 +22,7 @@ TEST_F(PicturePopupTest, PopupInEachModeWithRowsHoverAndShortcuts) {
         p.section(m.title);
         Open(m.comp, m.layer);
         p.place("window", popup->get_rect());
-        p.calls(Painted(*popup));
+        p.calls(painted(*popup));
         popup->hide();
     }
 
@@ -31,7 +31,7 @@ TEST_F(PicturePopupTest, PopupInEachModeWithRowsHoverAndShortcuts) {
     SetSlot(4, "Curves", "Cur");
     Open();
     p.place("window", popup->get_rect());
-    p.calls(Painted(*popup));
+    p.calls(painted(*popup));
 
     p.section("rows for \"blur\", the second hovered");
     Search("blur");
@@ -39,12 +39,12 @@ TEST_F(PicturePopupTest, PopupInEachModeWithRowsHoverAndShortcuts) {
     const ivec4 second = popup->GetRows()[1]->get_rect();
     const _vec2<int> at = popup->GetRows()[1]->calc_absolute_pos();
     offscreen::move_mouse(*popup, {at.x, at.y + second.h / 2}); // its left edge
-    p.calls(Painted(*popup));
+    p.calls(painted(*popup));
     p.lines.push_back("selected " + SelectedName());
 
     p.section("no matches");
     Search("zzz");
-    p.calls(Painted(*popup));
+    p.calls(painted(*popup));
     EXPECT_TRUE(p.matches("popup"));
 }
 

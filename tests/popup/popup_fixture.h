@@ -22,15 +22,6 @@ inline void Deliver(nimbit::ui::window& w, nimbit::ui::event_type type, uint64_t
     nimbit::ui::offscreen::events_of(w).process_event(type, data);
 }
 
-// The calls named op (all when empty) that painting the window makes now.
-inline std::vector<nimbit::ui::draw_call> Painted(nimbit::ui::window& w, std::string_view op = {}) {
-    nimbit::ui::offscreen::offscreen_window& native = nimbit::ui::offscreen::native_of(w);
-    w.get_root().update(false);
-    native.get_canvas().clear_calls();
-    native.paint_pending();
-    return op.empty() ? native.get_canvas().calls() : native.get_canvas().calls_named(op);
-}
-
 // The popup over a small catalogue, in a private settings folder, on the offscreen backend; `applied`
 // records the entries it hands out with its apply event.
 class PopupTest : public OffscreenTest {

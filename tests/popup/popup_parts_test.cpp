@@ -119,7 +119,7 @@ struct MessageTest : OffscreenTest {
     static void ExpectPicture(window& popup, const std::string& title, const std::string& name) {
         EXPECT_EQ(offscreen::native_of(popup).get_title(), title);
         snapshot::picture p;
-        p.calls(Painted(popup));
+        p.calls(painted(popup));
         EXPECT_TRUE(p.matches(name));
     }
     template <typename Popup> static void ExpectEscapeEndsWithZero(Popup& popup) {

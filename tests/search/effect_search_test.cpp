@@ -109,8 +109,8 @@ TEST(EffectSearch, TextIsCaseFreeAndRowsCarryTheirHeaders) {
     const SearchResults blur = Search("blur", catalogue);
     const std::vector<SearchRow> rows = blur.Rows();
     ASSERT_EQ(rows.size(), blur.entries.size() + 2);
-    EXPECT_EQ(rows[0].kind, SearchRowKind::EffectsHeader);
-    EXPECT_EQ(rows[blur.effect_count + 1].kind, SearchRowKind::PresetsHeader);
+    EXPECT_EQ(rows[0], (SearchRow{SearchRowKind::EffectsHeader, 0}));
+    EXPECT_EQ(rows[blur.effect_count + 1], (SearchRow{SearchRowKind::PresetsHeader, 0}));
     EXPECT_EQ(rows.back(), (SearchRow{SearchRowKind::Entry, blur.entries.size() - 1}));
     // Presets alone keep the effects header.
     const std::vector<SearchRow> fade = Search("fade", catalogue).Rows();

@@ -90,7 +90,8 @@ TEST_F(SearchFilesTest, FilesAreReadFromTheUsersFolderWhenTheyHaveOneAndWrittenT
     ReadSearchDataFile(blacklist, aliases, catalogue, root / "missing");
     ReadShortcutsDataFile(slots, catalogue, root / "missing");
     EXPECT_TRUE(blacklist.empty() && slots.size() == 9u && !HasShortcuts(slots));
-    EXPECT_FALSE(WriteSearchDataFiles({}, {}, slots, root / "missing"));
+    EXPECT_FALSE(WriteSearchDataFiles({}, {}, slots, root / "missing") ||
+                 WriteSearchDataFiles({}, {}, slots, nimbit::file_path()));
 }
 
 } // namespace

@@ -6,11 +6,14 @@
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/event_object.h"
 #include "nimbit/ui/offscreen/offscreen_state.h"
+#include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/window.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdint>
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +23,15 @@ protected:
     void SetUp() override { nimbit::ui::offscreen::reset_state(); }
     void TearDown() override { nimbit::ui::offscreen::reset_state(); }
 };
+
+// The calls painting the whole window makes now, earlier records dropped.
+inline std::vector<nimbit::ui::draw_call> painted(nimbit::ui::window& w) {
+    nimbit::ui::offscreen::offscreen_window& native = nimbit::ui::offscreen::native_of(w);
+    w.get_root().update(false);
+    native.get_canvas().clear_calls();
+    native.paint_pending();
+    return native.get_canvas().calls();
+}
 
 // Records the events it watches, in the order they are raised; unregisters itself when destroyed.
 // Watching one source for one type needs no name: `event_recorder changed(box, event_type::value_changed)`.
@@ -47,10 +59,12 @@ struct event_recorder : nimbit::ui::event_object {
 
     size_t count() const { return entries.size(); }
     uint64_t last_data() const { return entries.empty() ? 0 : entries.back().data; }
-    std::vector<uint64_t> data() const {
+    // The data of the entries, of one type only when given.
+    std::vector<uint64_t> data(std::optional<nimbit::ui::event_type> only = {}) const {
         std::vector<uint64_t> out;
         for (const entry& e : entries)
-            out.push_back(e.data);
+            if (!only || e.type == *only)
+                out.push_back(e.data);
         return out;
     }
     // "source:type" lines (":data" appended when asked), the recorded entries dropped.

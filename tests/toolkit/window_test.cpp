@@ -218,6 +218,15 @@ TEST_F(WindowTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
     w.add_timer(1, 10, true);
     offscreen::advance_ms(100);
     EXPECT_EQ(restarts, 3);
+    // A rect target is reached in halving steps, one per animation tick, and then the tick stops.
+    w.set_rect_target({100, 0, 10, 10});
+    std::vector<int> xs;
+    for (int i = 0; i < 5; ++i) {
+        offscreen::advance_ms(25);
+        xs.push_back(w.get_rect().x);
+    }
+    EXPECT_EQ(xs, (std::vector<int>{50, 75, 88, 100, 100}));
+    EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
 }
 
 // Ticks of the tooltip timer, one per 0.1 s of clock.

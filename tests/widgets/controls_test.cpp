@@ -29,9 +29,11 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     offscreen::wheel(win, {30, 30}, -1.0); // towards the user: down the list
     offscreen::wheel(win, {30, 30}, -1.0);
     EXPECT_EQ(box.get_selected_text(), "Twelve") << "the separator is skipped";
-    for (double delta : {-1.0, -1.0, 1.0, 1.0, 1.0})
+    for (double delta : {-1.0, -1.0, 0.01, 1.0}) // a slight nudge is a step too
         offscreen::wheel(win, {30, 30}, delta);
     EXPECT_EQ(changed.data(), (std::vector<uint64_t>{10, 12, 13, 12, 10}));
+    offscreen::wheel(win, {30, 30}, 1.0); // at the top already
+    EXPECT_EQ(changed.count(), 5u);
     EXPECT_EQ(agent.last, event_agent::user);
 
     // A bound int follows the selection by id or by index; rebinding lets the old one go.

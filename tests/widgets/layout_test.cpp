@@ -188,8 +188,8 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
     EXPECT_EQ(widths(), std::tuple(50, 150));
     split.set_rect({0, 0, 404, 100}); // unlocked, the ratio survives a resize
     EXPECT_EQ(widths(), std::tuple(100, 300));
+    split.lock_size_panel_b(true); // a locked B keeps its length, also one set after locking
     split.set_size_panel_b(60);
-    split.lock_size_panel_b(true); // a locked B keeps its length
     split.set_rect({0, 0, 304, 100});
     EXPECT_EQ(widths(), std::tuple(240, 60));
     split.lock_size_panel_a(true);
@@ -199,6 +199,11 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
     EXPECT_EQ(std::get<1>(widths()), 200);
     split.set_size_panel_a(0);
     EXPECT_EQ(std::get<0>(widths()), 10);
+    split.set_minimum_size(0, 0);
+    split.set_size_panel_a(0);
+    EXPECT_EQ(std::get<0>(widths()), 0);
+    split.set_rect({0, 0, 3, 100}); // narrower than the bar: no room for either pane
+    EXPECT_EQ(widths(), std::tuple(0, 0));
 }
 
 TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
@@ -214,7 +219,13 @@ TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
     EXPECT_EQ(a.get_rect(), (ivec4{144, 0, 60, 100})) << "the old A keeps its length on the other side";
     EXPECT_EQ(split.get_panel_a().get_rect(), (ivec4{0, 0, 140, 100}));
     split.set_type(split_type::stacked);
-    EXPECT_EQ(std::tuple(split.get_panel_a().get_rect().w, split.bar_rect().w), std::tuple(204, 204));
+    const ivec4 bar = split.bar_rect();
+    EXPECT_EQ(std::tuple(split.get_panel_a().get_rect().w, bar.w), std::tuple(204, 204));
+    std::vector<int> edges; // the bar's two border lines run along its first and last rows
+    for (const draw_call& c : painted(win))
+        if (c.op == "draw_line" && c.points[0].y == c.points[1].y)
+            edges.push_back(c.points[0].y);
+    EXPECT_EQ(edges, (std::vector<int>{bar.y, bar.y + bar.h - 1}));
 }
 
 } // namespace

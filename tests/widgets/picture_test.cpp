@@ -27,19 +27,19 @@ TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
     snapshot::picture p;
     p.section("at rest");
     win.get_root().update(false);
-    p.calls(repaint());
+    p.calls(painted(win));
 
     p.section("button hovered, then held");
     offscreen::move_mouse(win, centre(c.button));
-    p.calls(repaint());
+    p.calls(painted(win));
     offscreen::press_mouse(win, centre(c.button));
-    p.calls(repaint());
+    p.calls(painted(win));
     offscreen::release_mouse(win, centre(c.button));
 
     p.section("the search text's last three characters selected");
     offscreen::click(win, centre(c.search)); // past the text's end: the caret goes there
     key_with(shift_key, event_key::left, 3);
-    p.calls(repaint());
+    p.calls(painted(win));
 
     p.section("drop-down stepped up, down, down past the separator, then hovered");
     c.drop_down.focus(focus_cause::keyboard);
@@ -48,7 +48,7 @@ TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
     p.lines.push_back("theme choice " + std::to_string(c.theme_choice));
     key(event_key::down);
     offscreen::move_mouse(win, centre(c.drop_down));
-    p.calls(repaint());
+    p.calls(painted(win));
     p.lines.push_back("theme choice " + std::to_string(c.theme_choice));
 
     p.section("tooltip resting on the check box");
@@ -65,7 +65,7 @@ TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
 
     p.section("grown by 100 x 60: the flexible split takes the height");
     win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
-    p.calls(repaint());
+    p.calls(painted(win));
     p.lines.push_back("scroll range " + std::to_string(c.scroll.get_max_scroll()));
 
     EXPECT_TRUE(p.matches("showcase"));

@@ -28,23 +28,17 @@ protected:
         win.show();
     }
 
-    offscreen_drawer& canvas() { return offscreen::native_of(win).get_canvas(); }
-    // Paints whatever is dirty after dropping earlier records, and returns the calls.
-    std::vector<draw_call> repaint() {
-        win.get_root().update(false);
-        canvas().clear_calls();
-        offscreen::native_of(win).paint_pending();
-        return canvas().calls();
-    }
     template <typename Match> int count_painted(Match match) {
         int n = 0;
-        for (const auto& c : repaint())
+        for (const auto& c : painted(win))
             n += match(c) ? 1 : 0;
         return n;
     }
 
     // What the platform hands the window; the one place tests call into it.
-    void send(event_type t, uint64_t data = 0) { nimbit::ui::offscreen::events_of(win).process_event(t, data); }
+    void send(event_type t, uint64_t data = 0) {
+        nimbit::ui::offscreen::events_of(win).process_event(t, data);
+    }
     // key_down as the platform sends it: the upper-cased character or function-key code.
     void key(uint32_t code) { send(event_type::key_down, code); }
     void key_with(int modifier, uint32_t code, int times = 1) {
