@@ -173,6 +173,23 @@ void drop_down_box::on_key(const event_info& e) {
         step_selection(1);
     else if (e.data == ' ' || e.data == event_key::return_key)
         open_menu();
+    else if (e.data > ' ' && e.data < 127)
+        select_by_initial(static_cast<char>(e.data));
+}
+
+bool drop_down_box::select_by_initial(char initial) {
+    // From the item after the selection, wrapping: pressing the letter again walks its items.
+    const int count = static_cast<int>(items.size());
+    const auto lower = [](char c) {
+        return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+    };
+    for (int step = 1; step <= count; ++step) {
+        const int index = ((selected < 0 ? -1 : selected) + step) % count;
+        const item& it = items[static_cast<size_t>(index)];
+        if (!it.separator && !it.text.empty() && lower(it.text[0]) == lower(initial))
+            return index == selected || select_item(index);
+    }
+    return false;
 }
 
 void drop_down_box::on_mouse(const event_info& e) {

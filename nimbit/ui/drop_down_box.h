@@ -12,7 +12,8 @@ namespace nimbit::ui {
 class drawer;
 
 // A closed list: shows the selected item; a click opens the items as a popup menu, the wheel and the
-// Up and Down keys step through them (separators are skipped, the ends do not wrap). A change of the
+// Up and Down keys step through them (separators are skipped, the ends do not wrap), and a typed
+// character selects the next item that begins with it. A change of the
 // selection raises value_changed (data: the selected item's id) with the agent given to select_item.
 //
 // A bound int (set_pointer) follows the selection: it holds the selected item's id, or its index
@@ -47,6 +48,9 @@ public:
 
     // Moves the selection by `steps` selectable items (negative: up); true when it moved.
     bool step_selection(int steps, event_agent agent = event_agent::user);
+    // Selects the first item after the selected one (wrapping) whose text begins with initial, in
+    // either case; false when none does.
+    bool select_by_initial(char initial);
 
 private:
     struct item {

@@ -84,6 +84,16 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     EXPECT_EQ(box.find_item(3), 3);
     box.select_item(3, false);
     EXPECT_EQ(box.get_selected_text(), "C");
+
+    // A typed initial walks the items that begin with it, wrapping; others leave the selection.
+    box.add_items("ka|Kb|L");
+    box.focus(focus_cause::keyboard);
+    std::string walked;
+    for (uint32_t typed : {'K', 'K', 'K', 'Z', 'C', 'A'}) {
+        key(typed);
+        walked += box.get_selected_text() + " ";
+    }
+    EXPECT_EQ(walked, "ka Kb ka ka C A ");
 }
 
 using CheckBoxTest = WidgetTest;
