@@ -213,7 +213,7 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
         {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},
         {"\xC3\xBC" "ber", false, {"[\xC3\x9C" "ber]lagern"}},
         {"uber", true, {"[\xC3\x9C" "ber]lagern"}},
-        {"gausss", true, {"[Gau\xC3\x9Fs]cher Weichzeichner"}},
+        {"gaus", true, {"[Gaus]sian Glow", "[Gau\xC3\x9F]scher Weichzeichner", catalogue[3].name}},
         {"\xD0\xA0\xD0\x90\xD0\x97", false, {"[\xD0\xA0\xD0\xB0\xD0\xB7]\xD0\xBC\xD1\x8B\xD1\x82\xD0\xB8\xD0\xB5"}},
         {"\xCE\xB8\xCE\xBF\xCE\xBB", true, {"[\xCE\x98\xCF\x8C\xCE\xBB]\xCF\x89\xCF\x83\xCE\xB7"}},
         {"cafe crem", true, {"[Caf\xC3\xA9 Cr\xC3\xA8m]e"}},
@@ -239,7 +239,8 @@ TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
     // clang-format off
     const Case cases[] = {
         {"gausian blur", {"[Gaussian Blur]"}},
-        {"guassian", {"[Gaussian] Blur"}},                     // transposed
+        {"guassian", {"[Gaussian] Blur"}},
+        {"ehco", {"[Echo]"}},                                 // transposed
         {"levles", {"[Levels]", "Auto [Levels]"}},            // the shorter name first
         {"gblr", {"[G]aussian [Bl]u[r]"}},                      // letters in order
         {"turbulant displace", {"[Turbulent Displace]"}},
