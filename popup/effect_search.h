@@ -77,7 +77,8 @@ struct SearchOptions {
 // catalogue names beginning with it and containing it; match names beginning with it and containing
 // it; entries whose name or match name holds every word of the text in any order. Only when all of
 // these find nothing, the closest names by edit distance (transpositions count one) or by letters in
-// order from a word start ("gblur"), at most max_suggestions of them, ties in catalogue order.
+// order from a word start ("gblur"), at most max_suggestions of them, nearest first, equal ranks in
+// catalogue order so the rows never depend on anything but the text.
 //
 // The object keeps its scratch space between runs, so a keystroke does not rebuild it from nothing.
 // Its cost is linear in the catalogue and the lists: found and blacklisted entries are marked per

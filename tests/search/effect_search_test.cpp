@@ -187,22 +187,17 @@ TEST(EffectSearch, FoldingCoversLatinGreekAndCyrillic) {
 // After the four passes, in this order: names lower-cased in every script, match names, words in
 // any order; none of them moves what an earlier pass found.
 TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
+    // clang-format off
     const std::vector<EffectData> catalogue{
-        MakeEffect(1,
-                   "Gau\xC3\x9F"
-                   "scher Weichzeichner",
-                   "Weichzeichnen", "ADBE Gaussian Blur 2"),
+        MakeEffect(1, "Gau\xC3\x9F" "scher Weichzeichner", "Weichzeichnen", "ADBE Gaussian Blur 2"),
         MakeEffect(2, "Gaussian Glow", "Stylize", "XYZ GaussGlow"),
-        MakeEffect(3,
-                   "\xC3\x9C"
-                   "berlagern",
-                   "Kanal", "ADBE Overlay"),
-        MakeEffect(4, "\xD0\xA0\xD0\xB0\xD0\xB7\xD0\xBC\xD1\x8B\xD1\x82\xD0\xB8\xD0\xB5", "Blur",
-                   "ADBE Gaussian Blur 2"),
+        MakeEffect(3, "\xC3\x9C" "berlagern", "Kanal", "ADBE Overlay"),
+        MakeEffect(4, "\xD0\xA0\xD0\xB0\xD0\xB7\xD0\xBC\xD1\x8B\xD1\x82\xD0\xB8\xD0\xB5", "Blur", "ADBE Gaussian Blur 2"),
         MakeEffect(5, "Box Blur", "Blur", "ADBE Box Blur2"),
         MakeEffect(6, "\xCE\x98\xCF\x8C\xCE\xBB\xCF\x89\xCF\x83\xCE\xB7", "Blur", "ADBE Radial Blur"),
         MakePreset(-1, "Caf\xC3\xA9 Cr\xC3\xA8me"),
     };
+    // clang-format on
     struct Case {
         const char* text;
         bool ignoreAccents;
@@ -210,7 +205,7 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
     };
     // clang-format off
     const Case cases[] = {
-        {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},
+        {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},  // match names after names
         {"\xC3\xBC" "ber", false, {"[\xC3\x9C" "ber]lagern"}},
         {"uber", true, {"[\xC3\x9C" "ber]lagern"}},
         {"gaus", true, {"[Gaus]sian Glow", "[Gau\xC3\x9F]scher Weichzeichner", catalogue[3].name}},
