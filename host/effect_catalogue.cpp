@@ -4,6 +4,7 @@
 #include "nimbit/filesystem/folder_iterator.h"
 #include "nimbit/filesystem/known_folders.h"
 #include "nimbit/utils/string_utils.h"
+#include "popup/effect_search.h"
 
 #include <cstring>
 
@@ -49,6 +50,7 @@ void EffectsPopup::CollectPresets(const nimbit::file_path& folder, std::vector<E
         EffectData record;
         record.name = entry.path.leaf(false);
         record.search_name = nimbit::string_lower(record.name);
+        PrepareSearchNames(record);
         presetPaths.push_back(entry.path.to_string());
         record.id = -static_cast<int32_t>(presetPaths.size());
         record.category = PresetCategory;
@@ -76,6 +78,7 @@ std::vector<EffectData> EffectsPopup::CollectEffectList() {
         key = next;
         char name[AEGP_MAX_EFFECT_NAME_SIZE] = {};
         char category[AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE] = {};
+        char matchName[AEGP_MAX_EFFECT_MATCH_NAME_SIZE] = {};
         effects->AEGP_GetEffectName(key, name);
         effects->AEGP_GetEffectCategory(key, category);
 
@@ -99,6 +102,11 @@ std::vector<EffectData> EffectsPopup::CollectEffectList() {
             if (listed)
                 continue;
         }
+        // Language-independent, so an artist can find an effect by its English name on any host.
+        effects->AEGP_GetEffectMatchName(key, matchName);
+        record.match_name =
+            nimbit::macroman_to_utf8(std::string_view(matchName, strnlen(matchName, sizeof matchName)));
+        PrepareSearchNames(record);
         record.id = key;
         catalogue.push_back(std::move(record));
     }

@@ -12,4 +12,9 @@ struct EffectData {
     std::string search_name; // name lower-cased; what search and duplicate checks compare
     std::string category;    // host category, or "Animation Preset"
     bool is_preset = false;
+    // Filled once when the catalogue is collected (PrepareSearchNames), never per keystroke:
+    std::string match_name{};  // the host's language-independent name; empty for presets
+    std::string match_words{}; // match_name as lower-case words: "ADBE Gaussian Blur 2" -> "gaussian blur"
+    std::string folded_name{}; // name lower-cased in every script the search knows
+    std::string plain_name{};  // folded_name without diacritics, for the accent-insensitive search
 };

@@ -86,8 +86,13 @@ void ReadEffects(const json& effects, Model& model) {
     for (const json& entry : effects) {
         if (entry.contains("names")) { // a category and its effects
             const std::string category = entry.at("category").get<std::string>();
-            for (const json& name : entry.at("names"))
-                add(Effect{0, name.get<std::string>(), category, ""});
+            // A name alone, or [name, match name] as a host in another language lists it.
+            for (const json& name : entry.at("names")) {
+                if (name.is_array())
+                    add(Effect{0, name.at(0).get<std::string>(), category, name.at(1).get<std::string>()});
+                else
+                    add(Effect{0, name.get<std::string>(), category, ""});
+            }
         } else {
             add(Effect{Get<AEGP_InstalledEffectKey>(entry, "key", 0), entry.at("name").get<std::string>(),
                        Get<std::string>(entry, "category", ""), Get<std::string>(entry, "matchName", "")});

@@ -4,16 +4,34 @@
 
 #include <gtest/gtest.h>
 
+#include "nimbit/utils/utf8_case.h"
+
 #include <algorithm>
 #include <random>
 #include <tuple>
 
 namespace {
 
-SearchResults Search(std::string_view text, const std::vector<EffectData>& catalogue) {
+SearchResults Search(std::string_view text, const std::vector<EffectData>& catalogue,
+                     bool ignoreAccents = false) {
     SearchResults results;
-    EffectSearch().Run(text, catalogue, {}, {}, results);
+    EffectSearch search;
+    search.options.ignore_accents = ignoreAccents;
+    search.Run(text, catalogue, {}, {}, results);
     return results;
+}
+
+// "name" per result, the highlighted parts in brackets: "[Box] [Blur]".
+std::vector<std::string> Shown(const SearchResults& results) {
+    std::vector<std::string> shown;
+    for (const SearchEntry& entry : results.entries) {
+        std::string name = entry.effect->name;
+        const auto ranges = results.Highlights(entry);
+        for (auto range = ranges.rbegin(); range != ranges.rend(); ++range)
+            name.insert(range->end, "]").insert(range->begin, "[");
+        shown.push_back(name);
+    }
+    return shown;
 }
 
 // The search done the plain way: four passes, each checking the results and the blacklist by
@@ -70,7 +88,9 @@ TEST(EffectSearch, AgreesWithPlainPassesOnRandomCataloguesAndLists) {
     };
     // Records outside the catalogue, as a caller might hand in, go through the same checks.
     const std::vector<EffectData> outside{MakeEffect(900, "ab"), MakePreset(-900, "ca")};
-    EffectSearch search; // reused on purpose: nothing may leak from one run into the next
+    // Reused on purpose: nothing may leak from one run into the next.
+    EffectSearch search, fourPasses;
+    fourPasses.options.beyond_substrings = false;
     SearchResults results;
     for (int round = 0; round < 400; ++round) {
         std::vector<EffectData> catalogue;
@@ -90,9 +110,27 @@ TEST(EffectSearch, AgreesWithPlainPassesOnRandomCataloguesAndLists) {
             aliases.push_back({word(5), pick(), nullptr});
         const std::string text = word(3);
 
+        const SearchResults reference = ReferenceSearch(text, catalogue, blacklist, aliases);
+        fourPasses.Run(text, catalogue, blacklist, aliases, results);
+        ASSERT_EQ(Flat(results), Flat(reference)) << "round " << round << " text '" << text << "'";
+
+        // The later passes only add: the four passes' effects and presets open their sections
+        // unchanged, and each shows where the text stands in its name.
         search.Run(text, catalogue, blacklist, aliases, results);
-        ASSERT_EQ(Flat(results), Flat(ReferenceSearch(text, catalogue, blacklist, aliases)))
+        auto [all, effectCount, none] = Flat(results);
+        auto [first, firstEffects, firstNone] = Flat(reference);
+        const auto presetsAt = all.begin() + std::ptrdiff_t(effectCount);
+        ASSERT_TRUE(std::equal(first.begin(), first.begin() + std::ptrdiff_t(firstEffects), all.begin()) &&
+                    std::equal(first.begin() + std::ptrdiff_t(firstEffects), first.end(), presetsAt) &&
+                    (firstNone || !results.did_you_mean))
             << "round " << round << " text '" << text << "'";
+        for (const SearchEntry& entry : results.entries) {
+            const size_t at = entry.effect->search_name.find(text);
+            if (at != std::string::npos && !results.did_you_mean) {
+                ASSERT_EQ(std::vector(results.Highlights(entry).begin(), results.Highlights(entry).end()),
+                          (std::vector<ByteRange>{{uint32_t(at), uint32_t(at + text.size())}}));
+            }
+        }
     }
 }
 
@@ -120,6 +158,112 @@ TEST(EffectSearch, TextIsCaseFreeAndRowsCarryTheirHeaders) {
     EXPECT_EQ(Search("no such effect", catalogue).Rows(),
               (std::vector<SearchRow>{{SearchRowKind::NoMatchesHeader, 0}}));
     EXPECT_TRUE(Search("", catalogue).Rows().empty());
+}
+
+TEST(EffectSearch, FoldingCoversLatinGreekAndCyrillic) {
+    struct Case {
+        const char *text, *folded, *plain;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"\xC3\x9C" "berlagern \xC3\x86\xC3\x98", "\xC3\xBC" "berlagern \xC3\xA6\xC3\xB8", "uberlagern \xC3\xA6o"},
+        {"STRA\xE1\xBA\x9E" "E \xC4\xB0\xC5\x81\xC7\x85", "stra\xC3\x9F" "e i\xC5\x82\xC7\x86", "strasse il\xC7\x86"},
+        {"\xCE\xA3\xCE\x8C\xCE\xA6\xCE\x9F\xCE\xA3", "\xCF\x83\xCF\x8C\xCF\x86\xCE\xBF\xCF\x83", "\xCF\x83\xCE\xBF\xCF\x86\xCE\xBF\xCF\x83"},
+        {"\xCF\x82 \xD0\x81\xD0\x96\xD0\x98\xD2\x90", "\xCF\x83 \xD1\x91\xD0\xB6\xD0\xB8\xD2\x91", "\xCF\x83 \xD0\xB5\xD0\xB6\xD0\xB8\xD2\x91"},
+        {"U\xCC\x88" "ber \xFF\xC3", "u\xCC\x88" "ber \xEF\xBF\xBD\xEF\xBF\xBD", "uber \xEF\xBF\xBD\xEF\xBF\xBD"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        EXPECT_EQ(nimbit::utf8_fold(c.text), c.folded) << c.text;
+        EXPECT_EQ(nimbit::utf8_fold(c.text, true), c.plain) << c.text;
+    }
+    EXPECT_EQ(MatchWords("ADBE Gaussian Blur 2"), "gaussian blur");
+    EXPECT_EQ(MatchWords("CC Light Burst 2.5"), "light burst");
+    EXPECT_EQ(MatchWords("ADBE HDRCompander_Pro2"), "hdr compander pro");
+    EXPECT_EQ(MatchWords("ADBE AUX CHANNEL EXTRACT"), "aux channel extract");
+    EXPECT_EQ(MatchWords("ADBE"), "adbe");
+}
+
+// After the four passes, in this order: names lower-cased in every script, match names, words in
+// any order; none of them moves what an earlier pass found.
+TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
+    // clang-format off
+    const std::vector<EffectData> catalogue{
+        MakeEffect(1, "Gau\xC3\x9F" "scher Weichzeichner", "Weichzeichnen", "ADBE Gaussian Blur 2"),
+        MakeEffect(2, "Gaussian Glow", "Stylize", "XYZ GaussGlow"),
+        MakeEffect(3, "\xC3\x9C" "berlagern", "Kanal", "ADBE Overlay"),
+        MakeEffect(4, "\xD0\xA0\xD0\xB0\xD0\xB7\xD0\xBC\xD1\x8B\xD1\x82\xD0\xB8\xD0\xB5", "Blur", "ADBE Gaussian Blur 2"),
+        MakeEffect(5, "Box Blur", "Blur", "ADBE Box Blur2"),
+        MakeEffect(6, "\xCE\x98\xCF\x8C\xCE\xBB\xCF\x89\xCF\x83\xCE\xB7", "Blur", "ADBE Radial Blur"),
+        MakePreset(-1, "Caf\xC3\xA9 Cr\xC3\xA8me"),
+    };
+    // clang-format on
+    struct Case {
+        const char* text;
+        bool ignoreAccents;
+        std::vector<std::string> shown;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},  // match names after names
+        {"\xC3\xBC" "ber", false, {"[\xC3\x9C" "ber]lagern"}},
+        {"uber", true, {"[\xC3\x9C" "ber]lagern"}},
+        {"gaus", true, {"[Gaus]sian Glow", "[Gau\xC3\x9F]scher Weichzeichner", catalogue[3].name}},
+        {"\xD0\xA0\xD0\x90\xD0\x97", false, {"[\xD0\xA0\xD0\xB0\xD0\xB7]\xD0\xBC\xD1\x8B\xD1\x82\xD0\xB8\xD0\xB5"}},
+        {"\xCE\xB8\xCE\xBF\xCE\xBB", true, {"[\xCE\x98\xCF\x8C\xCE\xBB]\xCF\x89\xCF\x83\xCE\xB7"}},
+        {"cafe crem", true, {"[Caf\xC3\xA9 Cr\xC3\xA8m]e"}},
+        {"blur box", false, {"[Box] [Blur]"}},
+        {"radial blur", false, {catalogue[5].name}},
+        {"blur gaussian", false, {"Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        const SearchResults results = Search(c.text, catalogue, c.ignoreAccents);
+        EXPECT_EQ(Shown(results), c.shown) << c.text;
+        EXPECT_FALSE(results.did_you_mean) << c.text;
+    }
+}
+
+// Only when nothing else matched: near spellings first, then letters in order from a word start.
+TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
+    const std::vector<EffectData> catalogue = LoadFixtureEffects().effects;
+    struct Case {
+        const char* text;
+        std::vector<std::string> leading;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"gausian blur", {"[Gaussian Blur]"}},
+        {"guassian", {"[Gaussian] Blur"}},
+        {"ehco", {"[Echo]"}},                                 // transposed
+        {"levles", {"[Levels]", "Auto [Levels]"}},            // the shorter name first
+        {"gblr", {"[G]aussian [Bl]u[r]"}},                      // letters in order
+        {"turbulant displace", {"[Turbulent Displace]"}},
+        {"motoin blur", {"Pixel [Motion Blur]", "CC Force [Motion Blur]", "Directional Blur"}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        const SearchResults results = Search(c.text, catalogue);
+        const std::vector<std::string> shown = Shown(results);
+        EXPECT_TRUE(results.did_you_mean) << c.text;
+        EXPECT_EQ(std::vector(shown.begin(),
+                              shown.begin() + std::ptrdiff_t(std::min(shown.size(), c.leading.size()))),
+                  c.leading)
+            << c.text;
+        EXPECT_LE(results.entries.size(), 12u);
+    }
+    const SearchResults many = Search("blr", catalogue);
+    EXPECT_EQ(many.entries.size(), 12u);
+    EXPECT_EQ(many.Rows().front().kind, SearchRowKind::DidYouMeanHeader);
+    EXPECT_EQ(Search("xqzvw", catalogue).Rows(),
+              (std::vector<SearchRow>{{SearchRowKind::NoMatchesHeader, 0}}));
+    // A blacklisted entry is not suggested either.
+    const EffectData* gaussian = Search("gaussian blur", catalogue).entries.at(0).effect;
+    SearchResults results;
+    EffectSearch().Run("gausian blur", catalogue, {{"", gaussian, nullptr}}, {}, results);
+    EXPECT_TRUE(results.did_you_mean &&
+                std::none_of(results.entries.begin(), results.entries.end(),
+                             [&](const SearchEntry& e) { return e.effect == gaussian; }));
 }
 
 } // namespace

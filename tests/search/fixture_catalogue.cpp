@@ -1,16 +1,22 @@
 #include "tests/search/fixture_catalogue.h"
 
 #include "nimbit/utils/string_utils.h"
+#include "popup/effect_search.h"
 
 #include <fstream>
 #include <stdexcept>
 
-EffectData MakeEffect(int id, const std::string& name, const std::string& category) {
-    return EffectData{id, name, nimbit::string_lower(name), category, false};
+EffectData MakeEffect(int id, const std::string& name, const std::string& category,
+                      const std::string& matchName) {
+    EffectData effect{id, name, nimbit::string_lower(name), category, false, matchName};
+    PrepareSearchNames(effect);
+    return effect;
 }
 
 EffectData MakePreset(int id, const std::string& name) {
-    return EffectData{id, name, nimbit::string_lower(name), "Animation Preset", true};
+    EffectData preset{id, name, nimbit::string_lower(name), "Animation Preset", true};
+    PrepareSearchNames(preset);
+    return preset;
 }
 
 FixtureEffects LoadFixtureEffects(bool includeHidden) {
@@ -30,7 +36,8 @@ FixtureEffects LoadFixtureEffects(bool includeHidden) {
         const std::string category = line.substr(0, tab1);
         if (category == "_Obsolete" && !includeHidden)
             continue;
-        out.effects.push_back(MakeEffect(id++, line.substr(tab1 + 1, tab2 - tab1 - 1), category));
+        out.effects.push_back(
+            MakeEffect(id++, line.substr(tab1 + 1, tab2 - tab1 - 1), category, line.substr(tab2 + 1)));
     }
     return out;
 }

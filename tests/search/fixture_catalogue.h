@@ -13,5 +13,7 @@ struct FixtureEffects {
 };
 FixtureEffects LoadFixtureEffects(bool includeHidden = false);
 
-EffectData MakeEffect(int id, const std::string& name, const std::string& category = "Stylize");
+// Search names prepared as the catalogue prepares them.
+EffectData MakeEffect(int id, const std::string& name, const std::string& category = "Stylize",
+                      const std::string& matchName = "");
 EffectData MakePreset(int id, const std::string& name);
