@@ -32,6 +32,9 @@ void StyleHeader(HeaderSlot& header, UIColors const& c) {
     case HeaderKind::NoMatches:
         header.SetColors(c.noMatchesHeaderBack, c.noMatchesHeaderText);
         return;
+    case HeaderKind::DidYouMean: // suggestions: the effects' colours, not those of a dead end
+        header.SetColors(c.effectsHeaderBack, c.effectsHeaderText);
+        return;
     }
 }
 

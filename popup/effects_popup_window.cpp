@@ -126,6 +126,10 @@ void EffectsPopupWindow::SetEffectData(const std::vector<EffectData>& entries) {
     ClearRows();
     results = {};
     catalogue = entries;
+    // The host's catalogue comes with its folded names; a catalogue made elsewhere gets them here.
+    for (EffectData& entry : catalogue)
+        if (entry.folded_name.empty() && !entry.name.empty())
+            PrepareSearchNames(entry);
     ReadDataFiles();
     if (is_shown())
         SearchChanged();
@@ -440,9 +444,10 @@ void EffectsPopupWindow::SearchChanged() {
     };
     for (const SearchRow& row : results.Rows()) {
         if (row.kind != SearchRowKind::Entry) {
-            const HeaderKind kind = row.kind == SearchRowKind::PresetsHeader   ? HeaderKind::Presets
-                                    : row.kind == SearchRowKind::EffectsHeader ? HeaderKind::Effects
-                                                                               : HeaderKind::NoMatches;
+            const HeaderKind kind = row.kind == SearchRowKind::PresetsHeader      ? HeaderKind::Presets
+                                    : row.kind == SearchRowKind::EffectsHeader    ? HeaderKind::Effects
+                                    : row.kind == SearchRowKind::DidYouMeanHeader ? HeaderKind::DidYouMean
+                                                                                  : HeaderKind::NoMatches;
             auto header = std::make_unique<HeaderSlot>(kind);
             StyleHeader(*header, *colors);
             header->create(listContent, {0, y, width, HeaderHeight});

@@ -14,6 +14,8 @@ std::string Caption(HeaderKind kind) {
         return "Effects";
     case HeaderKind::Presets:
         return "Presets";
+    case HeaderKind::DidYouMean:
+        return "Did you mean";
     case HeaderKind::NoMatches:
         break;
     }

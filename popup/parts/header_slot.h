@@ -5,9 +5,10 @@
 #include <string>
 
 // Which group a title row in the popup's list heads; its caption and colours follow from it.
-enum class HeaderKind { Effects, Presets, NoMatches };
+enum class HeaderKind { Effects, Presets, NoMatches, DidYouMean };
 
-// A group title in the popup's list: "Effects", "Presets" or "No Matches".
+// A group title in the popup's list: "Effects", "Presets", "No Matches" or, over near misses of a
+// mistyped search, "Did you mean".
 class HeaderSlot : public nimbit::ui::generic_panel {
 public:
     static constexpr int Width = 100;

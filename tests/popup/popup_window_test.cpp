@@ -132,6 +132,10 @@ TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheS
     Search("zzz");
     EXPECT_TRUE(popup->GetRows().empty() && popup->GetSelected() == nullptr); // its header is in the pictures
 
+    Search("gausian"); // mistyped: near misses under a header of their own
+    EXPECT_EQ(std::tuple(popup->GetEffectsHeader()->GetText(), SelectedName()),
+              std::tuple("Did you mean", "Gaussian Blur"));
+
     Search("pulse"); // presets alone still open under "Effects"
     EXPECT_EQ(std::tuple(popup->GetEffectsHeader()->GetText(), popup->GetPresetsHeader()->get_rect().y,
                          SelectedName()),
