@@ -261,7 +261,9 @@ void PreferencesWindow::ThemeChanged() {
 // --- the record's controls -----------------------------------------------------------------------------
 
 void PreferencesWindow::UpdateControls() {
-    themeDrop.set_selected_item(static_cast<uint32_t>(static_cast<int32_t>(prefs.theme)));
+    // A value outside the lists shows as the first choice, as it is used.
+    if (!themeDrop.set_selected_item(static_cast<uint32_t>(static_cast<int32_t>(prefs.theme))))
+        themeDrop.set_selected_item(0);
     UpdateCustomItem();
     if (!shortcutDrop.set_selected_item(static_cast<uint32_t>(prefs.shortcutChoice)))
         shortcutDrop.set_selected_item(0);
@@ -272,7 +274,12 @@ void PreferencesWindow::UpdateControls() {
 
 void PreferencesWindow::UpdateCustomItem() {
     const bool keySet = prefs.customKeyCode >= 0 || !prefs.customKeyName.empty();
-    shortcutDrop.set_item_text(CustomShortcut, keySet ? "Custom: " + prefs.GenerateShortcutText() : "Custom");
+    const std::string keys = prefs.GenerateShortcutText();
+    shortcutDrop.set_item_text(CustomShortcut, keySet ? "Custom: " + keys : "Custom");
+    // The drop-down may cut a long chord short: while it is chosen, the tooltip spells it out.
+    shortcutDrop.remove_tooltips();
+    if (keySet && prefs.shortcutChoice == static_cast<int32_t>(CustomShortcut))
+        shortcutDrop.add_tooltip(keys);
 }
 
 void PreferencesWindow::UpdateSaveLocation() {
@@ -292,6 +299,7 @@ void PreferencesWindow::ShortcutChosen(uint32_t id) {
     if (id != CustomShortcut) {
         prefs.shortcutChoice = static_cast<int32_t>(id);
         previousShortcut = prefs.shortcutChoice;
+        UpdateCustomItem();
         return;
     }
     PreferencesShortcutPopup editor(this, PopupPosition(), colours, prefs);
