@@ -19,6 +19,7 @@
 #include "popup/preferences_file.h"
 #include "popup/search_data_files.h"
 #include "popup/user_lists.h"
+#include "preferences/preferences_window.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -573,6 +574,16 @@ void EffectsPopupWindow::RefreshGallery() {
         gallery->RefreshList();
 }
 
-// The preferences window is a separate piece that is not part of this build yet: its entry point is
-// here so that the button, key and script command are wired, and it does nothing until it arrives.
-void EffectsPopupWindow::OpenPreferences() {}
+// The window edits the record and the lists in place; once it closes, whatever changed is put in
+// effect here and saved.
+void EffectsPopupWindow::OpenPreferences() {
+    {
+        PreferencesWindow window(*this, themes, prefs, blacklist, aliases, shortcuts, catalogue);
+        window.Run();
+    }
+    SwitchTheme(prefs.theme, false);
+    // The shortcuts bar and the rows of the current search, hidden or not: the window took the focus,
+    // which hides the popup, and a later Show starts from what is built here.
+    SearchChanged();
+    SavePreferences(true);
+}

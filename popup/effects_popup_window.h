@@ -98,7 +98,8 @@ public:
 
     // Shows the gallery, made on first use in the popup's theme and then kept.
     virtual void OpenGallery();
-    // A later piece: the preferences window. Until it arrives this does nothing.
+    // Runs the preferences window over the popup's record and lists, then applies the theme, shows
+    // the edited lists and saves.
     virtual void OpenPreferences();
     // Flashes the popup and asks the controller to capture the frame into the capture folder; with
     // from_clipboard, an image on the clipboard is written there too.
