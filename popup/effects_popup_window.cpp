@@ -218,9 +218,8 @@ void EffectsPopupWindow::Open() {
 
 void EffectsPopupWindow::LayoutTop() {
     const int width = get_rect().w;
-    static constexpr int offsets[5] = {209, 166, 123, 80, 37};
     for (int b = 0; b < 5; ++b)
-        toolButtons[b].set_rect({width - offsets[b], 8, ButtonSize, ButtonSize});
+        toolButtons[b].set_rect({width - ToolButtonRight[b], ToolButtonTop, ButtonSize, ButtonSize});
     newsBadge.set_rect({width - 19, 1, NewsSize, NewsSize});
     searchField.set_rect({51, 8, width - 281, 30});
     shortcutsBar.set_rect({0, 44, width, EffectsShortcutsBar::Height});

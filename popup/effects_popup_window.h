@@ -54,6 +54,9 @@ public:
     static constexpr float FlashOpacity = 0.7f; // of the white flash at its strongest
 
     enum ToolButton : int { ScreenshotButton = 0, GalleryButton, ExportButton, SettingsButton, LogoButton };
+    // Each tool button's left edge, counted from the window's right edge; the buttons sit 8 pixels down.
+    static constexpr int ToolButtonRight[5] = {209, 166, 123, 80, 37};
+    static constexpr int ToolButtonTop = 8;
 
     // A popup without a parent window (the host's windows are not ours). newsPoll answers the news
     // count, -1 while it is not known yet; it may be empty.

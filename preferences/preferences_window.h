@@ -28,6 +28,15 @@ class PreferencesWindow : public nimbit::ui::window {
 public:
     // The inside of the window, in pixels.
     static constexpr nimbit::ivec2 Size{760, 560};
+    // The controls' places, client coordinates (the labels' are in the source).
+    static constexpr nimbit::ivec4 ThemeRect{130, 12, 150, 24}, ShortcutRect{420, 12, 324, 24};
+    static constexpr nimbit::ivec4 SaveRect{130, 44, 614, 24}, ClearRect{130, 76, 90, 24};
+    static constexpr nimbit::ivec4 FullRect{520, 79, 18, 18};
+    static constexpr nimbit::ivec4 ResetRect{16, 520, 108, 24}, ExportRect{132, 520, 80, 24};
+    static constexpr nimbit::ivec4 ImportRect{220, 520, 80, 24};
+    // In PreferencesListKind order. The shortcuts' height holds the header and ten rows.
+    static constexpr nimbit::ivec4 PanelRects[3] = {
+        {16, 140, 300, 286}, {332, 140, 412, 220}, {332, 390, 412, 154}};
 
     // Ids of the shortcut drop-down: the index stored in the record's shortcut choice.
     static constexpr uint32_t CustomShortcut = 4;

@@ -271,6 +271,11 @@ bool HostAppSession::Type(const std::string& text, int delay) const {
     return Xdotool({"type", "--delay", std::to_string(delay), text});
 }
 
+bool HostAppSession::GrabScreen(const std::string& path) const {
+    const std::string command = "import -display " + display + " -window root '" + path + "' 2>/dev/null";
+    return server > 0 && path.find('\'') == std::string::npos && std::system(command.c_str()) == 0;
+}
+
 void HostAppSession::Signal(int signal) const {
     if (app > 0)
         kill(app, signal);

@@ -59,6 +59,8 @@ public:
     bool Chord(const std::vector<std::string>& keys) const;
     bool Keys(const std::vector<std::string>& keys) const; // pressed and released in turn
     bool Type(const std::string& text, int delay = 40) const;
+    // Writes the whole screen as an image file (its type from the name); true when it did.
+    bool GrabScreen(const std::string& path) const;
     void Control(const std::string& line) const; // a control line (see hostsim/app/main.mm)
     void Signal(int signal) const;
     // The application's exit status, or -1 when it did not end in time.

@@ -9,8 +9,12 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/ui/bitmap.h"
+#include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
+#include "preferences/preferences_effect_slot.h"
+#include "preferences/preferences_effects_scroll_panel.h"
+#include "preferences/preferences_window.h"
 
 #include <gtest/gtest.h>
 
@@ -399,6 +403,191 @@ TEST(HostApp, CustomChordDigitsTypedSearchAndARestartThatReadsTheFilesBack) {
     }
     std::error_code ignored;
     std::filesystem::remove_all(options.root, ignored);
+}
+
+// ---- The preferences window.
+const char* const Preferences = "Preferences";
+
+// Waits for a modal window of the plug-in and lets it take the keyboard. (The host's idle hook does
+// not run while a modal loop of the plug-in does, so there are no idle ticks to wait on.)
+bool WaitForModal(const HostAppSession& session, const std::string& title) {
+    return session.WaitForWindow(title) && session.Xdotool({"sleep", "0.5"});
+}
+
+// A point of a rectangle of a window's inside, on the screen: its centre, or dy below its top.
+std::pair<int, int> Centre(const e2e::WindowGeometry& w, const nimbit::ivec4& r, int dy = -1) {
+    return {w.x + r.x + r.w / 2, w.y + r.y + (dy < 0 ? r.h / 2 : dy)};
+}
+bool ClickIn(const HostAppSession& session, const e2e::WindowGeometry& w, const nimbit::ivec4& r,
+             int dy = -1) {
+    const auto [x, y] = Centre(w, r, dy);
+    return session.ClickAt(x, y);
+}
+
+// Opens the popup and presses its settings button; the preferences window's inside, once shown.
+bool OpenPreferences(const HostAppSession& session, e2e::WindowGeometry* window,
+                     const strings& chord = {"ctrl", "space"}) {
+    e2e::WindowGeometry popup;
+    using P = EffectsPopupWindow;
+    const int half = P::ButtonSize / 2;
+    return OpenPopup(session, chord) && session.WaitForWindow(Popup, &popup) &&
+           session.ClickAt(popup.x + P::SearchWidth - P::ToolButtonRight[P::SettingsButton] + half,
+                           popup.y + P::ToolButtonTop + half) &&
+           WaitForModal(session, Preferences) && session.WaitForWindow(Preferences, window);
+}
+
+// Chooses item `index` of a drop-down at `r`: its menu follows the held button and takes the item
+// the button is released over. The menu opens at the pointer: a title row, then rows of 20 pixels.
+bool ChooseFromDropDown(const HostAppSession& session, const e2e::WindowGeometry& w, const nimbit::ivec4& r,
+                        int index) {
+    const auto [x, y] = Centre(w, r);
+    if (!session.Xdotool({"mousemove", std::to_string(x), std::to_string(y), "mousedown", "1"}))
+        return false;
+    e2e::WindowGeometry menu;
+    const bool shown = e2e::Poll(
+        [&] {
+            for (const e2e::WindowGeometry& m : session.VisibleWindows())
+                if (m.width < r.w + 60 && m.height > 22 && std::abs(m.y - y) < 40)
+                    menu = m;
+            return menu.id != 0;
+        },
+        5.0);
+    const int itemY = menu.y + 22 + 20 * index + 10;
+    return session.Xdotool({"mousemove", std::to_string(menu.x + menu.width / 2), std::to_string(itemY),
+                            "sleep", "0.2", "mouseup", "1"}) &&
+           shown;
+}
+
+// Answers the save panel with a path typed into its name field.
+bool AnswerSavePanel(const HostAppSession& session, const std::string& path) {
+    return WaitForModal(session, "Save") && session.Type(path, 20) && session.Keys({"Return"});
+}
+// Answers the open panel with the only file of a folder: the typed folder path opens it in the
+// panel's right-hand column, whose first row is then clicked (typing alone selects no file).
+bool AnswerOpenPanel(const HostAppSession& session, const std::string& folder) {
+    e2e::WindowGeometry panel;
+    return WaitForModal(session, "Open") && session.WaitForWindow("Open", &panel) &&
+           session.Type(folder + "/", 20) && session.Xdotool({"sleep", "0.5"}) &&
+           session.ClickAt(panel.x + panel.width * 2 / 3, panel.y + 104) && session.Keys({"Return"});
+}
+// Closes every notice with the given titles that shows up within a few seconds; how many there were.
+int DismissNotices(const HostAppSession& session, const strings& titles) {
+    int seen = 0;
+    for (bool more = true; more;) {
+        more = false;
+        for (const std::string& title : titles)
+            if (WaitShown(session, title) && session.Keys({"Return"}) && WaitShown(session, title, false)) {
+                ++seen;
+                more = true;
+            }
+    }
+    return seen;
+}
+
+// The screen's colour at a point, from a grab of the whole screen.
+nimbit::vec4 ScreenColour(const HostAppSession& session, int x, int y) {
+    const std::string path = session.Disk() + "/../screen.png";
+    nimbit::ui::bitmap image;
+    if (!session.GrabScreen(path) || !image.load_image(nimbit::file_path(path)))
+        return {};
+    const nimbit::ui::bitmap_data data = image.lock();
+    nimbit::vec4 colour;
+    if (x >= 0 && y >= 0 && x < data.size.x && y < data.size.y) {
+        const unsigned char* p = data.bits + static_cast<size_t>(y) * data.pitch + static_cast<size_t>(x) * 4;
+        colour = {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f, 1.0f};
+    }
+    image.unlock(data);
+    return colour;
+}
+
+// The preferences window, as an artist uses it: the gear button opens it; Light, a custom chord and
+// a favorite picked from the catalogue take effect in the popup at once; an export, imported by a
+// second host with a data folder of its own, carries every setting and list across.
+TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToAnotherHost) {
+    using Window = PreferencesWindow;
+    char pattern[] = "/tmp/quillo-e2e-prefs-XXXXXX";
+    ASSERT_NE(mkdtemp(pattern), nullptr);
+    const std::string base = pattern, exports = base + "/exports",
+                      exported = exports + "/quillo_settings.kvs";
+    std::filesystem::create_directories(exports);
+    const strings custom = {"ctrl", "shift", "k"};
+    SessionOptions first;
+    first.root = base + "/first";
+    {
+        HostAppSession session(first);
+        WaitUntilReady(session);
+        ASSERT_TRUE(session.Xdotool({"mousemove", "560", "330"}));
+        e2e::WindowGeometry w;
+        ASSERT_TRUE(OpenPreferences(session, &w)) << session.Log();
+
+        ASSERT_TRUE(ChooseFromDropDown(session, w, Window::ThemeRect, 1)); // Light
+        // "Custom" opens the chord's editor. Its keys: OK holds the focus; Tab walks Cancel, the
+        // three modifiers, the key list (a typed letter picks its key) and back to OK.
+        ASSERT_TRUE(ChooseFromDropDown(session, w, Window::ShortcutRect, Window::CustomShortcut));
+        ASSERT_TRUE(WaitForModal(session, "Custom Shortcut Key"));
+        ASSERT_TRUE(
+            session.Keys({"Tab", "Tab", "space", "Tab", "Tab", "space", "Tab", "k", "Tab", "Return"}));
+        ASSERT_TRUE(WaitShown(session, "Custom Shortcut Key", false));
+
+        // A favorite from the picker of the Favorites list's "New" row (the list is empty).
+        const nimbit::ivec4 favorites =
+            Window::PanelRects[static_cast<size_t>(PreferencesListKind::Favorites)];
+        ASSERT_TRUE(ClickIn(session, w, favorites,
+                            PreferencesEffectsScrollPanel::HeaderHeight + PreferencesEffectSlot::Height / 2));
+        ASSERT_TRUE(WaitForModal(session, "Add New Effect"));
+        ASSERT_TRUE(session.Type("camera lens") && session.Keys({"Return"}));
+        ASSERT_TRUE(WaitShown(session, "Add New Effect", false));
+
+        ASSERT_TRUE(ClickIn(session, w, Window::ExportRect));
+        ASSERT_TRUE(AnswerSavePanel(session, exported));
+        EXPECT_EQ(DismissNotices(session, {"Export Successful"}), 1) << session.Log();
+        EXPECT_TRUE(std::filesystem::exists(exported));
+        ASSERT_TRUE(session.Keys({"Escape"}));
+        ASSERT_TRUE(WaitShown(session, Preferences, false));
+
+        // The new chord opens the popup, drawn light; the favorite comes first.
+        ASSERT_TRUE(OpenPopup(session, custom)) << session.Log();
+        e2e::WindowGeometry popup;
+        ASSERT_TRUE(session.WaitForWindow(Popup, &popup));
+        const nimbit::vec4 back = ScreenColour(session, popup.x + 4, popup.y + 4);
+        EXPECT_GT(back.x + back.y + back.z, 2.4f) << "a pale window: the dark theme's is nearly black";
+        ASSERT_TRUE(session.Type("blur") && session.Keys({"Return"}));
+        ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+        EXPECT_EQ(Effects(session.Record()).back(), "Camera Lens Blur");
+    }
+
+    // A second machine: its own data folder, the default chord until the import.
+    SessionOptions second;
+    second.root = base + "/second";
+    {
+        HostAppSession session(second);
+        WaitUntilReady(session);
+        ASSERT_TRUE(session.Xdotool({"mousemove", "560", "330"}));
+        e2e::WindowGeometry w;
+        ASSERT_TRUE(OpenPreferences(session, &w)) << session.Log();
+        ASSERT_TRUE(ClickIn(session, w, Window::ImportRect));
+        ASSERT_TRUE(AnswerOpenPanel(session, exports));
+        EXPECT_GE(DismissNotices(session, {"Import Successful", "Import Info"}), 1) << session.Log();
+        ASSERT_TRUE(session.Keys({"Escape"}));
+        ASSERT_TRUE(WaitShown(session, Preferences, false));
+        ASSERT_TRUE(Search(session, "blur", {"Return"}, custom)) << session.Log();
+        ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+        EXPECT_EQ(Effects(session.Record()).back(), "Camera Lens Blur");
+    }
+    // Both machines now hold the same settings (the capture folder aside) and lists.
+    PreferencesData one, two;
+    ASSERT_TRUE(LoadPreferences(one, nimbit::file_path(first.root + "/disk" + UserFolder)));
+    ASSERT_TRUE(LoadPreferences(two, nimbit::file_path(second.root + "/disk" + UserFolder)));
+    EXPECT_EQ(std::tuple(two.theme, two.shortcutChoice, two.customKeyCode, two.customCtrl, two.customShift),
+              std::tuple(UIColorTheme::Light, 4, 40, 1, 1));
+    EXPECT_EQ(std::tuple(one.theme, one.shortcutChoice, one.customKeyName),
+              std::tuple(two.theme, two.shortcutChoice, two.customKeyName));
+    for (const char* file : {"/effects_search.txt", "/effects_shortcuts.txt"})
+        EXPECT_EQ(e2e::ReadFile(second.root + "/disk" + UserFolder + file),
+                  e2e::ReadFile(first.root + "/disk" + UserFolder + file))
+            << file;
+    std::error_code ignored;
+    std::filesystem::remove_all(base, ignored);
 }
 
 } // namespace
