@@ -459,6 +459,7 @@ void EffectsPopupWindow::SearchChanged() {
         const SearchEntry& entry = results.entries[row.entry];
         auto slot = std::make_unique<EffectSlot>(*this, true);
         slot->SetEffect(entry.effect, entry.user_entry, &shortcutLabels);
+        slot->SetHighlights(results.Highlights(entry));
         slot->SetIndex(rows.size());
         slot->SetActivate(activate);
         StyleRow(*slot, *colors);
