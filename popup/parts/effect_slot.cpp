@@ -89,14 +89,14 @@ void EffectSlot::Draw(const event_info&) {
 void EffectSlot::DrawName(drawer& d, const ivec4& rect, bool lit) {
     const std::string_view name = effect->name;
     const vec4 plain = lit ? vec4{1, 1, 1, 1} : textColor;
-    if (highlights.empty()) {
+    const std::vector<int> offsets = highlights.empty() ? std::vector<int>() : d.calc_char_offsets(name);
+    if (offsets.empty()) {
         d.set_text_color(plain);
         d.draw_text(rect, name);
         return;
     }
     // The name in runs, plain and matched in turn, each placed where it stands in the whole name so
     // that the runs line up as one text would.
-    const std::vector<int> offsets = d.calc_char_offsets(name);
     size_t byte = 0, point = 0; // walk the name once, counting code points
     auto pointAt = [&](size_t to) {
         for (; byte < to && byte < name.size(); ++byte)
