@@ -4,6 +4,7 @@
 // macOS, and over GNUstep in the plug-in with real windows) or, in the command-line build, from the
 // loading process's NativeApplication table (see host/native_application.h).
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,9 @@ bool IsHostActive();
 // at index 5 (the menu needs at least 6 items). Finds the first item of that menu whose title equals
 // category (ignoring case), which must be enabled and have a submenu, then in it the first item titled
 // name (ignoring case), and sends that item's action. Returns whether the item was found and sent.
+// The host hands out categories cut to CutCategoryLength bytes ("Weichzeichnen und Scharfzeichne"):
+// a category that long, when no title equals it, stands for the first title that begins with it.
 bool ChooseEffectMenuItem(std::string_view category, std::string_view name);
+inline constexpr size_t CutCategoryLength = 31;
 
 } // namespace HostPlatform

@@ -8,18 +8,27 @@
 
 namespace {
 
-// The first item of menu titled title, ignoring case; nil when there is none.
-NSMenuItem *FindItem(NSMenu *menu, std::string_view title) {
-    NSString *wanted = [[NSString alloc] initWithBytes:title.data()
-                                                length:title.size()
-                                              encoding:NSUTF8StringEncoding];
+// The first item of menu titled title, or with prefix whose title begins with it, ignoring case; nil
+// when there is none.
+NSMenuItem *FindItem(NSMenu *menu, std::string_view title, bool prefix = false) {
+    NSString *wanted = nil;
+    // A title cut by the host may end inside a character: that character is left out.
+    for (size_t cut = 0; wanted == nil && cut <= (prefix ? 3u : 0u) && cut <= title.size(); ++cut)
+        wanted = [[NSString alloc] initWithBytes:title.data()
+                                          length:title.size() - cut
+                                        encoding:NSUTF8StringEncoding];
     if (wanted == nil)
         return nil;
     NSMenuItem *found = nil;
     const NSInteger count = [menu numberOfItems];
     for (NSInteger i = 0; i < count && found == nil; ++i) {
         NSMenuItem *item = [menu itemAtIndex:i];
-        if ([[item title] caseInsensitiveCompare:wanted] == NSOrderedSame)
+        NSString *itemTitle = [item title];
+        if (prefix ? [itemTitle length] >= [wanted length] &&
+                         [itemTitle compare:wanted
+                                    options:NSCaseInsensitiveSearch
+                                      range:NSMakeRange(0, [wanted length])] == NSOrderedSame
+                   : [itemTitle caseInsensitiveCompare:wanted] == NSOrderedSame)
             found = item;
     }
     [wanted release];
@@ -40,6 +49,8 @@ bool ChooseEffectMenuItem(std::string_view category, std::string_view name) {
     if (effectMenu == nil)
         return false;
     NSMenuItem *categoryItem = FindItem(effectMenu, category);
+    if (categoryItem == nil && category.size() >= CutCategoryLength)
+        categoryItem = FindItem(effectMenu, category, true);
     if (categoryItem == nil || ![categoryItem isEnabled] || ![categoryItem hasSubmenu])
         return false;
     NSMenuItem *effect = FindItem([categoryItem submenu], name);

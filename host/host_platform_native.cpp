@@ -16,15 +16,20 @@ const NativeApplication* Application() {
     return app;
 }
 
-bool TitleMatches(const char* title, std::string_view wanted) {
-    return title != nullptr && nimbit::string_lower(title) == nimbit::string_lower(wanted);
+bool TitleMatches(const char* title, std::string_view wanted, bool prefix) {
+    if (title == nullptr)
+        return false;
+    const std::string lowered = nimbit::string_lower(title);
+    return prefix ? lowered.starts_with(nimbit::string_lower(wanted))
+                  : lowered == nimbit::string_lower(wanted);
 }
 
-NativeMenuItem* FindItem(const NativeApplication& app, NativeMenu* menu, std::string_view title) {
+NativeMenuItem* FindItem(const NativeApplication& app, NativeMenu* menu, std::string_view title,
+                         bool prefix = false) {
     const int count = app.menu_item_count(menu);
     for (int i = 0; i < count; ++i) {
         NativeMenuItem* item = app.menu_item_at(menu, i);
-        if (item != nullptr && TitleMatches(app.item_title(item), title))
+        if (item != nullptr && TitleMatches(app.item_title(item), title, prefix))
             return item;
     }
     return nullptr;
@@ -51,6 +56,8 @@ bool ChooseEffectMenuItem(std::string_view category, std::string_view name) {
     if (effectMenu == nullptr)
         return false;
     NativeMenuItem* categoryItem = FindItem(*app, effectMenu, category);
+    if (categoryItem == nullptr && category.size() >= CutCategoryLength)
+        categoryItem = FindItem(*app, effectMenu, category, true);
     if (categoryItem == nullptr || !app->item_enabled(categoryItem))
         return false;
     NativeMenu* categoryMenu = app->item_submenu(categoryItem);

@@ -298,6 +298,10 @@ void EffectSearch::Run(std::string_view text, const std::vector<EffectData>& cat
             Suggest(catalogue);
     }
 
+    if (usage.size() == catalogue.size() && !results.did_you_mean) {
+        RankByUsage(effects, userEffects);
+        RankByUsage(presets, userPresets);
+    }
     for (const std::vector<Hit>* list : {&effects, &presets}) {
         const size_t user = list == &effects ? userEffects : userPresets;
         for (size_t i = 0; i < list->size(); ++i) {
@@ -308,6 +312,31 @@ void EffectSearch::Run(std::string_view text, const std::vector<EffectData>& cat
     results.effect_count = effects.size();
     results.no_matches = results.entries.empty();
     out = nullptr;
+}
+
+void EffectSearch::RankByUsage(std::vector<Hit>& list, size_t from) {
+    const std::less<const EffectData*> before;
+    auto score = [&](const Hit& hit) { // entries outside the catalogue were never ranked
+        return before(hit.effect, base) || !before(hit.effect, base + usage.size())
+                   ? 0.0f
+                   : usage[hit.effect - base];
+    };
+    // Only the few entries ever used move: they are taken out, sorted, and put in front of the rest.
+    used.clear();
+    size_t kept = from;
+    for (size_t i = from; i < list.size(); ++i) {
+        if (score(list[i]) > 0)
+            used.push_back(list[i]);
+        else
+            list[kept++] = list[i];
+    }
+    if (used.empty())
+        return;
+    std::move_backward(list.begin() + static_cast<ptrdiff_t>(from),
+                       list.begin() + static_cast<ptrdiff_t>(kept), list.end());
+    std::stable_sort(used.begin(), used.end(),
+                     [&](const Hit& a, const Hit& b) { return score(a) > score(b); });
+    std::copy(used.begin(), used.end(), list.begin() + static_cast<ptrdiff_t>(from));
 }
 
 void EffectSearch::FindBeyondSubstrings(const std::vector<EffectData>& catalogue) {

@@ -86,6 +86,10 @@ struct SearchOptions {
 class EffectSearch {
 public:
     SearchOptions options;
+    // When set (one score per catalogue position), entries with a higher score come first within the
+    // effects and within the presets found, behind the user's aliases and favorites; equal scores
+    // keep the order found. Near misses are never reordered.
+    std::vector<float> usage;
 
     void Run(std::string_view text, const std::vector<EffectData>& catalogue,
              const std::vector<EffectAlias>& blacklist, const std::vector<EffectAlias>& aliases,
@@ -109,13 +113,14 @@ private:
     void AddFoldedRange(Hit& hit, size_t begin, size_t end);
     void FindBeyondSubstrings(const std::vector<EffectData>& catalogue);
     void Suggest(const std::vector<EffectData>& catalogue);
+    void RankByUsage(std::vector<Hit>& list, size_t from);
     const std::string& Folded(const EffectData& entry) const;
 
     const EffectData* base = nullptr; // the catalogue of the current run
     std::vector<Mark> marks;          // one per catalogue entry
     // Marks of entries that lie outside the catalogue, such as a caller's own records.
     std::vector<std::pair<const EffectData*, Mark>> strays;
-    std::vector<Hit> effects, presets;
+    std::vector<Hit> effects, presets, used;
     std::vector<Pending> deferred;
     std::string lowered, folded;
     std::vector<uint32_t> origins;

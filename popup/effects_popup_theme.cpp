@@ -17,7 +17,7 @@ constexpr std::string_view SearchPlaceholder = "fx";
 
 void StyleRow(EffectSlot& row, UIColors const& c) {
     row.get_theme().set(theme_keys::default_back_color, c.listBack);
-    row.SetTextColor(c.rowText, c.rowSecondText);
+    row.SetTextColor(c.rowText, c.rowSecondText, c.matchText);
 }
 
 void StyleHeader(HeaderSlot& header, UIColors const& c) {

@@ -111,6 +111,7 @@ void EffectsPopupWindow::Build() {
     ev.add_event(&shortcutsBar, this, event_type::pressed, &EffectsPopupWindow::OnShortcutButton);
 
     ReadDataFiles();
+    usage.Load(settingsFolder, CurrentNewsTime());
     SwitchTheme(prefs.theme, true);
     root.add_timer(NewsTimer, 1000);
     if (!SettingsFileExists(settingsFolder))
@@ -126,6 +127,7 @@ void EffectsPopupWindow::SetEffectData(const std::vector<EffectData>& entries) {
     // The rows and lists point into the old catalogue: drop them before it goes.
     ClearRows();
     results = {};
+    search.usage.clear(); // ranked again for the new catalogue when wanted
     catalogue = entries;
     // The host's catalogue comes with its folded names; a catalogue made elsewhere gets them here.
     for (EffectData& entry : catalogue)
@@ -357,6 +359,18 @@ void EffectsPopupWindow::Timer(const event_info& e) {
 void EffectsPopupWindow::Fire(const EffectData* effect) {
     event_manager::instance().fire_event(this, event_type::pressed, pack_pointer(effect));
     hide();
+    // Once per application, after the popup is gone: never on the way of a keystroke.
+    if (effect != nullptr) {
+        usage.Record(*effect, CurrentNewsTime());
+        usage.Save(settingsFolder);
+        search.usage.clear();
+    }
+}
+
+void EffectsPopupWindow::ForgetUsage() {
+    usage.Clear();
+    UsageRecord::Remove(settingsFolder);
+    search.usage.clear();
 }
 
 void EffectsPopupWindow::ApplyEffect(const event_info& e) {
@@ -435,6 +449,11 @@ void EffectsPopupWindow::SearchChanged() {
     ClearRows();
     rows.reserve(catalogue.size());
     shortcutLabels = GetShortcutsAlias(shortcuts);
+    // The scores are worked out once per change of the record or catalogue, not per keystroke.
+    if (!prefs.recentFirst)
+        search.usage.clear();
+    else if (search.usage.size() != catalogue.size() || catalogue.empty())
+        search.usage = usage.Scores(catalogue, CurrentNewsTime());
     search.Run(text, catalogue, blacklist, aliases, results);
 
     const int width = listFrame.get_rect().w;
@@ -459,6 +478,7 @@ void EffectsPopupWindow::SearchChanged() {
         const SearchEntry& entry = results.entries[row.entry];
         auto slot = std::make_unique<EffectSlot>(*this, true);
         slot->SetEffect(entry.effect, entry.user_entry, &shortcutLabels);
+        slot->SetHighlights(results.Highlights(entry));
         slot->SetIndex(rows.size());
         slot->SetActivate(activate);
         StyleRow(*slot, *colors);

@@ -17,6 +17,7 @@
 #include "popup/parts/header_slot.h"
 #include "popup/parts/icon_view.h"
 #include "popup/ui_colors.h"
+#include "popup/usage_record.h"
 
 #include <array>
 #include <cstdint>
@@ -98,6 +99,9 @@ public:
     void SwitchTheme(UIColorTheme theme, bool force);
     void InitThemes();
     void SavePreferences(bool writeLists);
+    // Forgets which entries were applied how often, the file included (Reset Settings).
+    void ForgetUsage();
+    const UsageRecord& GetUsage() const { return usage; }
 
     // Shows the gallery, made on first use in the popup's theme and then kept.
     virtual void OpenGallery();
@@ -167,6 +171,7 @@ private:
 
     EffectSearch search;
     SearchResults results;
+    UsageRecord usage;
     std::vector<std::unique_ptr<EffectSlot>> rows;
     std::unique_ptr<HeaderSlot> effectsHeader, presetsHeader;
     EffectSlot* selected = nullptr;

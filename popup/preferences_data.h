@@ -24,6 +24,8 @@ struct PreferencesData {
     int32_t customShift = 0;
     int32_t customCmd = 0;
     std::string customKeyName; // the key's display name from the preferences' shortcut editor
+    // The search lists the entries applied often and lately first (see UsageRecord).
+    bool recentFirst = false;
 
     // "CTRL + ", "OPT + ", "SHIFT + ", "CMD + " for each modifier set, in that order, then the key name.
     std::string GenerateShortcutText() const;

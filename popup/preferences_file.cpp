@@ -25,6 +25,7 @@ enum SettingsChunk : unsigned {
     CustomOptChunk = 10,
     CustomShiftChunk = 11,
     CustomCmdChunk = 12,
+    RecentFirstChunk = 13,
 };
 
 // The chunk file's magic, and each chunk's identifier and size.
@@ -35,7 +36,7 @@ constexpr uint64_t ChunkHeaderSize = 8;
 void WriteFields(nimbit::chunk_file& file, const PreferencesData& prefs) {
     int theme = static_cast<int>(prefs.theme);
     int shortcutChoice = prefs.shortcutChoice;
-    bool fullResolution = prefs.fullResolutionScreenshots;
+    bool fullResolution = prefs.fullResolutionScreenshots, recentFirst = prefs.recentFirst;
     long long newsTime = prefs.newsTime;
     int keyCode = prefs.customKeyCode;
     int ctrl = prefs.customCtrl, opt = prefs.customOpt, shift = prefs.customShift, cmd = prefs.customCmd;
@@ -50,6 +51,7 @@ void WriteFields(nimbit::chunk_file& file, const PreferencesData& prefs) {
     file.chunk(CustomOptChunk, opt);
     file.chunk(CustomShiftChunk, shift);
     file.chunk(CustomCmdChunk, cmd);
+    file.chunk(RecentFirstChunk, recentFirst);
 }
 
 // Little-endian, whatever the machine: the file's byte order is fixed.
@@ -121,6 +123,10 @@ bool ReadFields(nimbit::chunk_file& file, PreferencesData& prefs, PreferencesRea
         case FullResolutionChunk:
             if ((sized = file.chunk_size() == 1))
                 prefs.fullResolutionScreenshots = file.chunk_data()[0] != 0;
+            break;
+        case RecentFirstChunk:
+            if ((sized = file.chunk_size() == 1))
+                prefs.recentFirst = file.chunk_data()[0] != 0;
             break;
         case NewsTimeChunk:
             if ((sized = file.chunk_size() == 8))

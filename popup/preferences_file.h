@@ -13,7 +13,7 @@ struct EffectAlias;
 // The settings file: a chunk file in the user's "Tarvelo" folder, one chunk per field:
 //   1 theme (int), 2 shortcut choice (int), 3 capture folder (string), 4 full resolution (bool),
 //   5 news time (long long), 7 custom key name (string), 8 custom key code (int),
-//   9 ctrl, 10 opt, 11 shift, 12 cmd (int each).
+//   9 ctrl, 10 opt, 11 shift, 12 cmd (int each), 13 recently used first (bool).
 // Identifier 6 once held something else; it is never written and always skipped on reading, and no
 // identifier is ever given a new meaning. The settings export writes the same chunks.
 

@@ -42,6 +42,7 @@ const ThemedColor Colors[] = {
     {&UIColors::listBack, Grey(0.125f), Grey(0.973f)},
     {&UIColors::rowText, Grey(0.827f), Grey(0.133f)},
     {&UIColors::rowSecondText, Grey(0.502f), Grey(0.42f)},
+    {&UIColors::matchText, {1.0f, 0.784f, 0.341f, 1.0f}, {0.69f, 0.325f, 0.0f, 1.0f}},
     {&UIColors::effectsHeaderBack, {0.11f, 0.18f, 0.235f, 1.0f}, {0.859f, 0.914f, 0.957f, 1.0f}},
     {&UIColors::effectsHeaderText, {0.49f, 0.71f, 0.871f, 1.0f}, {0.0f, 0.329f, 0.557f, 1.0f}},
     {&UIColors::presetsHeaderBack, {0.227f, 0.11f, 0.11f, 1.0f}, {0.965f, 0.875f, 0.871f, 1.0f}},

@@ -36,6 +36,7 @@ struct UIColors {
     nimbit::vec4 listBack;
     nimbit::vec4 rowText;
     nimbit::vec4 rowSecondText;
+    nimbit::vec4 matchText; // the matched part of a row's name, on the list background
     nimbit::vec4 effectsHeaderBack;
     nimbit::vec4 effectsHeaderText;
     nimbit::vec4 presetsHeaderBack;
@@ -106,6 +107,8 @@ std::vector<UIColors> BuildColorThemes();
 // Row highlight colours: the same in every theme, so that presets and effects read apart at a glance.
 inline constexpr nimbit::vec4 PresetHighlightColor{0.753f, 0.09f, 0.082f, 1.0f};
 inline constexpr nimbit::vec4 EffectHighlightColor{0.0f, 0.443f, 0.737f, 1.0f};
+// The matched part of a name on either highlight: a pale amber that reads as well as white there.
+inline constexpr nimbit::vec4 MatchOnHighlightColor{1.0f, 0.878f, 0.486f, 1.0f};
 
 // One theme key of a widget and the colour of the record that fills it.
 struct ThemeColorKey {

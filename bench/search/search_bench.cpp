@@ -2,6 +2,7 @@
 // host's first-party effects, 5,000 presets, 300 aliases and 50 blacklist entries.
 #include "popup/effect_alias.h"
 #include "popup/effect_search.h"
+#include "popup/usage_record.h"
 #include "tests/search/fixture_catalogue.h"
 
 #include <benchmark/benchmark.h>
@@ -83,6 +84,28 @@ SEARCH_BENCH(zzz, "zzz");
 SEARCH_BENCH(blur_box, "blur box");
 SEARCH_BENCH(gausian_blur, "gausian blur");
 SEARCH_BENCH(xylophone_quartz, "xylophone quartz");
+
+// All passes with "recently used first" on: a full usage record (500 entries), its scores made once
+// as the popup makes them, so the keystroke pays only for the reordering.
+void BM_SearchRanked(benchmark::State& state, const char* text) {
+    const LargeInstallation& data = Installation();
+    constexpr int64_t now = 1'800'000'000;
+    UsageRecord record;
+    std::mt19937 rng(11);
+    for (int i = 0; i < 3000; ++i)
+        record.Record(data.catalogue[rng() % data.catalogue.size()], now - i * 60);
+    EffectSearch search;
+    search.usage = record.Scores(data.catalogue, now);
+    SearchResults results;
+    for (auto _ : state) {
+        search.Run(text, data.catalogue, data.blacklist, data.aliases, results);
+        benchmark::DoNotOptimize(results.entries.data());
+    }
+    state.counters["results"] = static_cast<double>(results.entries.size());
+}
+BENCHMARK_CAPTURE(BM_SearchRanked, a_ranked, "a")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_SearchRanked, blur_ranked, "blur")->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(BM_SearchRanked, gaussian_ranked, "gaussian")->Unit(benchmark::kMicrosecond);
 
 } // namespace
 

@@ -10,6 +10,8 @@
 #include "popup/ui_colors.h"
 #include "popup/user_lists.h"
 
+#include <algorithm>
+
 using namespace nimbit;
 using namespace nimbit::ui;
 
@@ -33,9 +35,10 @@ void EffectSlot::SetEffect(const EffectData* entry, bool fromUserList,
     shortcutLabels = labels;
 }
 
-void EffectSlot::SetTextColor(const vec4& normal, const vec4& second) {
+void EffectSlot::SetTextColor(const vec4& normal, const vec4& second, const vec4& match) {
     textColor = normal;
     secondColor = second;
+    matchColor = match;
     update(false);
 }
 
@@ -72,9 +75,8 @@ void EffectSlot::Draw(const event_info&) {
     const bool lit = selected || hovered;
     d.set_text_font("Arial", 14);
     d.set_text_format(text_align::left, text_valign::center);
-    d.set_text_color(lit ? vec4{1, 1, 1, 1} : textColor);
     const ivec4 textRect{TextLeft, 2, r.w - 4 - TextLeft, r.h - 4 - 2};
-    d.draw_text(textRect, effect->name);
+    DrawName(d, textRect, lit);
     // The host category, quietly on the right: it tells two entries of the same name apart.
     if (!effect->category.empty() && r.w > 260) {
         d.set_text_font("Arial", 10);
@@ -82,6 +84,44 @@ void EffectSlot::Draw(const event_info&) {
         d.set_text_color(lit ? vec4{1, 1, 1, 0.75f} : secondColor);
         d.draw_text({r.w / 2, 2, r.w / 2 - 8, r.h - 4 - 2}, effect->category);
     }
+}
+
+void EffectSlot::DrawName(drawer& d, const ivec4& rect, bool lit) {
+    const std::string_view name = effect->name;
+    const vec4 plain = lit ? vec4{1, 1, 1, 1} : textColor;
+    const std::vector<int> offsets = highlights.empty() ? std::vector<int>() : d.calc_char_offsets(name);
+    if (offsets.empty()) {
+        d.set_text_color(plain);
+        d.draw_text(rect, name);
+        return;
+    }
+    // The name in runs, plain and matched in turn, each placed where it stands in the whole name so
+    // that the runs line up as one text would.
+    size_t byte = 0, point = 0; // walk the name once, counting code points
+    auto pointAt = [&](size_t to) {
+        for (; byte < to && byte < name.size(); ++byte)
+            point += (static_cast<unsigned char>(name[byte]) & 0xC0) != 0x80;
+        return std::min(point, offsets.size() - 1);
+    };
+    auto run = [&](size_t begin, size_t end, const vec4& color) {
+        if (begin >= end)
+            return;
+        const int x = offsets[pointAt(begin)];
+        if (x >= rect.w)
+            return;
+        d.set_text_color(color);
+        d.draw_text({rect.x + x, rect.y, rect.w - x, rect.h}, name.substr(begin, end - begin));
+    };
+    const vec4 match = lit ? MatchOnHighlightColor : matchColor;
+    size_t at = 0;
+    for (const ByteRange& h : highlights) {
+        const size_t begin = std::clamp<size_t>(h.begin, at, name.size());
+        const size_t end = std::clamp<size_t>(h.end, begin, name.size());
+        run(at, begin, plain);
+        run(begin, end, match);
+        at = end;
+    }
+    run(at, name.size(), plain);
 }
 
 void EffectSlot::MouseEnter(const event_info&) {

@@ -1,16 +1,22 @@
 #pragma once
 
 #include "nimbit/ui/widget.h"
+#include "popup/effect_search.h"
 
 #include <functional>
+#include <span>
 #include <string>
 #include <vector>
 
 struct EffectData;
 class EffectsPopupInterface;
+namespace nimbit::ui {
+class drawer;
+}
 
 // One result row of the popup's list: the entry's name, highlighted when selected or hovered (red for
-// a preset, blue for an effect), and a context menu with the user's list actions.
+// a preset, blue for an effect), the parts of it the search matched in an accent colour, and a
+// context menu with the user's list actions.
 class EffectSlot : public nimbit::ui::widget {
 public:
     static constexpr int Width = 100;
@@ -35,7 +41,10 @@ public:
                    const std::vector<std::string>* shortcutLabels);
     const EffectData* GetEffect() const { return effect; }
     bool IsUserEntry() const { return userEntry; }
-    void SetTextColor(const nimbit::vec4& normal, const nimbit::vec4& second);
+    // The byte ranges of the name that matched the search, sorted and apart.
+    void SetHighlights(std::span<const ByteRange> ranges) { highlights.assign(ranges.begin(), ranges.end()); }
+    const std::vector<ByteRange>& GetHighlights() const { return highlights; }
+    void SetTextColor(const nimbit::vec4& normal, const nimbit::vec4& second, const nimbit::vec4& match);
     void SetSelected(bool on);
     bool IsSelected() const { return selected; }
     void SetHover(bool on);
@@ -56,6 +65,7 @@ public:
 
 private:
     void Draw(const nimbit::ui::event_info&);
+    void DrawName(nimbit::ui::drawer& d, const nimbit::ivec4& rect, bool lit);
     void MouseEnter(const nimbit::ui::event_info&);
     void MouseLeave(const nimbit::ui::event_info&);
     void MouseUp(const nimbit::ui::event_info&);
@@ -69,6 +79,8 @@ private:
     const std::vector<std::string>* shortcutLabels = nullptr;
     nimbit::vec4 textColor{1, 1, 1, 1};
     nimbit::vec4 secondColor{0.5f, 0.5f, 0.5f, 1};
+    nimbit::vec4 matchColor{1, 0.85f, 0.4f, 1};
+    std::vector<ByteRange> highlights;
     bool selected = false;
     bool hovered = false;
     bool contextMenuAllowed = true;

@@ -79,8 +79,9 @@ HostAppSession::HostAppSession(const SessionOptions& options)
     posix_spawn_file_actions_adddup2(&actions, STDOUT_FILENO, STDERR_FILENO);
     // Run through env: the application's own defaults go into the run's folder, never the real home.
     const std::vector<std::string> args = {"/usr/bin/env", "DISPLAY=" + display, "HOME=" + root + "/home",
-                                           QUILLO_HOST_APP, "--project", QUILLO_SAMPLE_PROJECT, "--root",
-                                           root + "/disk", "--record", recordPath,
+                                           QUILLO_HOST_APP, "--project",
+                                           options.project.empty() ? QUILLO_SAMPLE_PROJECT : options.project,
+                                           "--root", root + "/disk", "--record", recordPath,
                                            // A port nothing listens on: the news check fails fast.
                                            "--news-url", "http://127.0.0.1:9/news", "--control"};
     if (posix_spawn(&app, args[0].c_str(), &actions, nullptr, Argv(args).data(), environ) != 0)

@@ -21,6 +21,7 @@ struct WindowGeometry {
 };
 
 struct SessionOptions {
+    std::string project; // the sample project when empty
     // The run's folder (the simulated disk is its "disk" folder): a fresh one, removed with the
     // session, when empty; a given one is kept, so that a second session finds the first one's files.
     std::string root;

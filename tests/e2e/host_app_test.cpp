@@ -590,4 +590,20 @@ TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToA
     std::filesystem::remove_all(base, ignored);
 }
 
+// A German host: its names are localized, its match names English. "gaussian" finds the German
+// entry by its match name, and Return applies it through the Effect menu under its own name.
+TEST(HostApp, GermanHostAppliesTheEntryFoundByItsEnglishMatchName) {
+    SessionOptions options;
+    options.project = QUILLO_SAMPLE_PROJECT_DE;
+    HostAppSession session(options);
+    WaitUntilReady(session);
+    ASSERT_TRUE(Search(session, "gaussian", {"Return"})) << session.Log();
+    ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+    ASSERT_TRUE(session.WaitForIdleTicks(8));
+    const json record = session.Record();
+    EXPECT_EQ(Effects(record), (strings{"Schlagschatten", "Gaußscher Weichzeichner"}));
+    EXPECT_EQ(record["menuActionsSent"], 1);
+    EXPECT_EQ(record["suiteApplications"], 0);
+}
+
 } // namespace

@@ -26,6 +26,17 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
     s.Controller().IdleHook();
     EXPECT_EQ(title->effects.size(), 1u);
     EXPECT_EQ(s.host->Outstanding(), 0);
+
+    // The host cuts categories to 31 bytes; the menu shows them whole.
+    ApplySession cut;
+    hostsim::SimHost& host = cut.Start();
+    const std::string category = "Stilisieren und Weichzeichnen (alt)";
+    for (hostsim::Effect& effect : host.GetModel().effects)
+        effect.category = effect.category == "Stylize" ? category : effect.category;
+    host.BuildMenu();
+    glow.category = category.substr(0, 31);
+    cut.Apply(glow);
+    EXPECT_EQ(host.menuActionsSent, 1);
 }
 
 TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {

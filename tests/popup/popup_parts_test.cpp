@@ -113,6 +113,22 @@ TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAl
     EXPECT_EQ(offscreen::shown_menus().size(), 2u);
 }
 
+// Runs are placed by characters, not bytes; a range past the name's end is cut at it.
+TEST_F(SlotTest, MatchedRunsOfAWideNameLineUpAndStayWithinIt) {
+    effect.name = "Gaußscher Weichzeichner"; // "ß" takes two bytes
+    slot.SetEffect(&effect, false, &labels);
+    slot.SetHighlights(std::vector<ByteRange>{{0, 3}, {11, 40}});
+    std::vector<std::string> runs;
+    for (const draw_call& c : painted(host))
+        if (c.op == "draw_text" && c.value == 14)
+            runs.push_back(std::to_string(c.rect.x) + " " + c.text);
+    const int w = offscreen_drawer::char_width(14);
+    EXPECT_EQ(runs,
+              (std::vector<std::string>{std::to_string(EffectSlot::TextLeft) + " Gau",
+                                        std::to_string(EffectSlot::TextLeft + 3 * w) + " ßscher ",
+                                        std::to_string(EffectSlot::TextLeft + 10 * w) + " Weichzeichner"}));
+}
+
 struct MessageTest : OffscreenTest {
     // The title bar shows the title; the inside paints as approved: the size, the message as one
     // text and the buttons' places and labels.

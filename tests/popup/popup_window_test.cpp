@@ -379,3 +379,28 @@ TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused
 }
 
 } // namespace
+
+TEST_F(PopupTest, AppliedEntriesAreRecordedReadBackAndRiseOnlyWhileTheSettingIsOn) {
+    const nimbit::file_path file = popup->GetSettingsFolder().append("effects_usage.txt");
+    for (int i = 0; i < 2; ++i) {
+        Open();
+        Search("directional");
+        popup->ApplySelectedEffect();
+    }
+    EXPECT_TRUE(read_text(file).starts_with("2 ") && read_text(file).ends_with(" e Directional Blur\n"));
+    Open();
+    Search("blur");
+    EXPECT_EQ(RowNames().front(), "Gaussian Blur") << "off: nothing moves";
+    prefs.recentFirst = true;
+    Search("blu");
+    EXPECT_EQ(RowNames().front(), "Directional Blur");
+
+    Window next(prefs); // a new session reads the record
+    next.SetEffectData(catalogue);
+    next.GetSearchField().set_text("blur", true);
+    EXPECT_EQ(next.GetRows().front()->GetEffect()->name, "Directional Blur");
+    next.ForgetUsage();
+    EXPECT_FALSE(nimbit::file_stats(file).exists);
+    next.GetSearchField().set_text("blu", true);
+    EXPECT_EQ(next.GetRows().front()->GetEffect()->name, "Gaussian Blur");
+}

@@ -55,8 +55,10 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
                     .Int(4, 2, 1) // any non-zero byte is true
                     .Int(9, 1)
                     .Int(12, -1)
+                    .Int(13, 1, 4) // a flag is one byte
                     .DecodeInto(prefs));
-    EXPECT_TRUE(prefs.shortcutChoice == 0 && prefs.customKeyCode == -1 && prefs.theme == UIColorTheme::Dark);
+    EXPECT_TRUE(prefs.shortcutChoice == 0 && prefs.customKeyCode == -1 && prefs.theme == UIColorTheme::Dark &&
+                !prefs.recentFirst);
     EXPECT_EQ(prefs.captureFolder, PreferencesData().captureFolder);
     EXPECT_TRUE(prefs.fullResolutionScreenshots);
     EXPECT_EQ(prefs.GenerateShortcutText(), "CTRL + CMD + F5");
@@ -97,20 +99,21 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     prefs.captureFolder = (root / "captures/deep/down").to_string();
     prefs.newsTime = -5, prefs.customKeyCode = 122, prefs.customKeyName = "F1";
     prefs.customCtrl = 1, prefs.customOpt = 2, prefs.customShift = 3, prefs.customCmd = 4;
+    prefs.recentFirst = true;
     ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
 
     nimbit::chunk_file file(folder.append("effects_settings"), nimbit::chunk_file_access::read);
     std::vector<uint32_t> ids;
     while (const uint32_t id = file.next_chunk())
         ids.push_back(id);
-    EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12}));
+    EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12, 13}));
 
     // Saving made the capture folder, so the reader accepts it.
     PreferencesData loaded;
     ASSERT_TRUE(LoadPreferences(loaded, folder));
     EXPECT_TRUE(loaded.theme == prefs.theme && loaded.shortcutChoice == 4 &&
                 loaded.fullResolutionScreenshots && loaded.newsTime == -5 && loaded.customKeyCode == 122 &&
-                loaded.customOpt == 2);
+                loaded.customOpt == 2 && loaded.recentFirst);
     EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
     EXPECT_EQ(loaded.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + F1");
 }
