@@ -34,6 +34,13 @@ using strings = std::vector<std::string>;
 
 const char* const MainWindow = "Simulated Host - Launch Teaser.aep";
 const char* const Popup = "Effects Popup";
+const char* const Preferences = "Preferences";
+
+// Waits for a modal window of the plug-in and lets it take the keyboard. (The host's idle hook does
+// not run while a modal loop of the plug-in does, so there are no idle ticks to wait on.)
+bool WaitForModal(const HostAppSession& session, const std::string& title) {
+    return session.WaitForWindow(title) && session.Xdotool({"sleep", "0.5"});
+}
 
 // The plug-in's folders on the simulated disk: the user's own, and the machine-wide one whose
 // files seed a user who has none.
@@ -205,9 +212,15 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     };
     ASSERT_TRUE(clickConsole());
     // The last word puts the default chord back for the captures.
+    // "preferences" opens the preferences window; its result comes once the window is closed.
     const strings words = {"news", "preferences", "requeststatus", "shortcut 3", "preferences", "shortcut 0"};
-    for (const std::string& word : words)
+    for (const std::string& word : words) {
         ASSERT_TRUE(session.Type(word, 15) && session.Keys({"Return"}));
+        if (word == "preferences")
+            ASSERT_TRUE(WaitForModal(session, Preferences) && session.Keys({"Escape"}) &&
+                        WaitShown(session, Preferences, false))
+                << session.Log();
+    }
     ASSERT_TRUE(session.WaitForRecord([&](const json& r) { return r["console"].size() == words.size(); }))
         << session.Record().dump(1);
     const json console = session.Record()["console"];
@@ -225,13 +238,15 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     // folder (the default one, in the simulated disk's documents): the sample project's Main Comp
     // (1920 x 1080, 16 bits) at the Headline layer's time, 5 s.
     const std::string folder = session.Disk() + "/Documents/Tarvelo/Quillo/Capture";
-    // The popup's screenshot button: 28 points square, 209 from its right edge, 8 from its top.
+    // The popup's screenshot button.
     const auto button = [&] {
         if (!OpenPopup(session))
             return false;
+        using P = EffectsPopupWindow;
         const json shown = WindowIn(session.Record());
-        return session.ClickAt(shown.value("x", 0) + shown.value("width", 0) - 209 + 14,
-                               shown.value("y", 0) + 8 + 14);
+        return session.ClickAt(shown.value("x", 0) + shown.value("width", 0) -
+                                   P::ToolButtonRight[P::ScreenshotButton] + P::ButtonSize / 2,
+                               shown.value("y", 0) + P::ToolButtonTop + P::ButtonSize / 2);
     };
     const auto key = [&] {
         return OpenPopup(session) && session.Chord({"shift", "F5"});
@@ -406,13 +421,6 @@ TEST(HostApp, CustomChordDigitsTypedSearchAndARestartThatReadsTheFilesBack) {
 }
 
 // ---- The preferences window.
-const char* const Preferences = "Preferences";
-
-// Waits for a modal window of the plug-in and lets it take the keyboard. (The host's idle hook does
-// not run while a modal loop of the plug-in does, so there are no idle ticks to wait on.)
-bool WaitForModal(const HostAppSession& session, const std::string& title) {
-    return session.WaitForWindow(title) && session.Xdotool({"sleep", "0.5"});
-}
 
 // A point of a rectangle of a window's inside, on the screen: its centre, or dy below its top.
 std::pair<int, int> Centre(const e2e::WindowGeometry& w, const nimbit::ivec4& r, int dy = -1) {
