@@ -3,7 +3,8 @@
 # sample project, xdotool as the artist. Every step is written to a transcript as "ok" or "failed";
 # screenshots (popup-dark.png and popup-light.png: the popup open in each theme; capture-flash.png:
 # the screenshot button's flash, and capture.png the frame it saved; gallery.png and
-# gallery-light.png: the gallery with four captures previewed), the transcript with
+# gallery-light.png: the gallery with four captures previewed; preferences-dark.png and
+# preferences-light.png: the preferences window before and after its theme is switched), the transcript with
 # the measured latencies, and the host's session record go to a folder named at the end. Expects
 # the release build (scripts/run.sh makes it).
 set -uo pipefail
@@ -419,6 +420,35 @@ else
     step_failed "the popup did not open for more captures"
 fi
 
+# ---- The preferences window (a modal window of the plug-in). Its controls' places are those of
+# PreferencesWindow (preferences/preferences_window.h): the theme's drop-down at 130, 12, 150 x 24.
+# prefs_window: waits for it and prints its inside's x and y.
+prefs_window() {
+    local id
+    for _ in $(seq 100); do
+        id=$(xdotool search --onlyvisible --name '^Preferences$' 2>/dev/null | tail -1)
+        [ -n "$id" ] && break
+        sleep 0.05
+    done
+    [ -n "$id" ] || return 1
+    sleep 0.5
+    eval "$(xdotool getwindowgeometry --shell "$id")"
+    echo "$X $Y"
+}
+# choose_from_drop_down <x> <y> <index>: the drop-down's menu follows the held button and takes the
+# item the button is released over; it opens at the pointer, a title row and then rows of 20 pixels.
+choose_from_drop_down() {
+    local menu_x menu_y
+    xdotool mousemove "$1" "$2" mousedown 1
+    for _ in $(seq 50); do
+        read -r menu_x menu_y < <(windows | awk -v y="$2" '$5 > 22 && $4 < 260 && ($3 - y) ^ 2 < 1600 {print $2, $3}' | tail -1)
+        [ -n "$menu_x" ] && break
+        sleep 0.05
+    done
+    [ -n "$menu_x" ] || { xdotool mouseup 1; return 1; }
+    xdotool mousemove $((menu_x + 30)) $((menu_y + 22 + 20 * $3 + 10)) sleep 0.2 mouseup 1
+}
+
 # ---- The script console: words typed into the host's console field, as a script panel sends them.
 eval "$(xdotool search --onlyvisible --name "$title" getwindowgeometry --shell 2>/dev/null | head -5)"
 click $((X + WIDTH / 2)) $((Y + HEIGHT - 151))
@@ -426,6 +456,14 @@ n=0
 for word in news preferences requeststatus Shortcut; do
     xdotool type --delay 30 "$word"
     xdotool key Return
+    if [ "$word" = preferences ]; then # the preferences window, closed again before the result
+        if prefs_window >/dev/null; then
+            shot preferences-dark
+            xdotool key Escape
+        else
+            step_failed "console \"preferences\" opened no preferences window"
+        fi
+    fi
     n=$((n + 1))
     if wait_record "len(r['console']) >= $n" 5; then
         result=$(query "r['console'][$((n - 1))]['result'].split(chr(10))[0:2]")
@@ -436,6 +474,29 @@ for word in news preferences requeststatus Shortcut; do
 done
 shot 06-console
 
+# ---- The other theme, chosen in the preferences window (the popup's gear button): the window
+# turns Light at once, and the popup saves the choice when it closes; the host is started again and
+# the popup reads it when the plug-in sets it up.
+theme_through_window() {
+    local px py pw ph wx wy
+    open_popup || return 1
+    read -r px py pw ph < <(popup_geometry)
+    click $((px + pw - 80 + 14)) $((py + 8 + 14)) # the gear: EffectsPopupWindow::ToolButtonRight
+    read -r wx wy < <(prefs_window) || return 1
+    choose_from_drop_down $((wx + 130 + 75)) $((wy + 12 + 12)) 1 || return 1
+    sleep 0.5
+    shot preferences-light
+    xdotool key Escape
+    wait_record "all(w['title'] != 'Preferences' for w in r['windows'])" 5
+}
+light_chosen=0
+if theme_through_window; then
+    light_chosen=1
+    step_ok "preferences window: UI Color set to Light through its drop-down; the popup saves it on closing"
+else
+    step_failed "the preferences window did not switch the theme to Light"
+fi
+
 # ---- Quit from the application menu: the death hook runs, every suite is back, the plug-in's
 # files are in the user's folder.
 if quit_host; then
@@ -444,27 +505,7 @@ else
     step_failed "Quit did not end the host"
 fi
 
-# ---- The other theme. The settings file holds the theme (the preferences window, which edits it,
-# comes later): it is switched to Light there, as that window would save it, and the host started
-# again; the popup reads it when the plug-in sets it up.
-if python3 - "$user/effects_settings" <<'PY'
-import struct, sys
-path = sys.argv[1]
-data = bytearray(open(path, "rb").read())
-pos, found = 8, False  # after the magic: chunks of (identifier, size, bytes), little-endian
-while pos + 8 <= len(data):
-    ident, size = struct.unpack_from("<II", data, pos)
-    if ident == 1 and size == 4:  # the theme: 0 Dark, 1 Light
-        struct.pack_into("<i", data, pos + 8, 1)
-        found = True
-    pos += 8 + size
-open(path + ".tmp", "wb").write(data)
-import os
-os.replace(path + ".tmp", path)
-sys.exit(0 if found else 1)
-PY
-then
-    say "settings: theme set to Light in $user/effects_settings"
+if [ "$light_chosen" = 1 ]; then
     if start_host; then
         step_ok "host started again on the same disk"
         shot 07-host-restarted
@@ -496,12 +537,10 @@ then
     else
         step_failed "the host did not start again"
     fi
-else
-    step_failed "no settings file with a theme in $user"
 fi
 
 say "figures (medians): chord to popup visible $chord_median ms over ${#chord_times[@]} runs; keystroke to repainted rows $key_median ms over $(wc -w <<<"$key_times") presses (both themes)"
-say "screenshots of the popup: popup-dark.png, popup-light.png; of the gallery: gallery.png, gallery-light.png"
+say "screenshots of the popup: popup-dark.png, popup-light.png; of the gallery: gallery.png, gallery-light.png; of the preferences window: preferences-dark.png, preferences-light.png"
 say "steps failed: $failures"
 echo
 echo "walkthrough folder: $out"
