@@ -110,12 +110,12 @@ private:
     void ChooseSaveLocation();
     void ClearThumbnailCache();
     void ResetSettings();
-    // A point on the screen for a small popup: the client point given, or near the window's middle.
-    nimbit::ivec2 PopupPosition(const nimbit::ivec2* client = nullptr) const;
-    // Runs the catalogue picker at a client point; null when cancelled.
-    const EffectData* PickEffect(std::string_view title, nimbit::ivec2 at);
-    // Runs the alias popup over text at a client point; false when cancelled.
-    bool AskText(std::string_view title, std::string& text, nimbit::ivec2 at);
+    // Puts a modal window of ours over the upper middle of this one, inside the screen.
+    void CentreOver(nimbit::ui::window& child) const;
+    // Runs the catalogue picker; null when cancelled.
+    const EffectData* PickEffect(std::string_view title);
+    // Runs the alias popup over text; false when cancelled.
+    bool AskText(std::string_view title, std::string& text);
     std::vector<EffectAlias>& List(PreferencesListKind kind);
 
     EffectsPopupWindow& popup;
