@@ -28,13 +28,13 @@ constexpr ivec4 LabelRects[] = {
     {320, 12, 100, 24},  // "Shortcut:"
     {16, 44, 110, 24},   // "Save Location:"
     {16, 76, 110, 24},   // "Thumbnail Cache:"
-    {320, 76, 200, 24},  // "Full Resolution Screenshots:"
+    {320, 76, 172, 24},  // "Full Resolution Screenshots:"
     {16, 118, 300, 20},  // "Shortcuts:"
     {332, 118, 412, 20}, // "Favorites:"
     {332, 368, 412, 20}, // "Blacklist:"
 };
 constexpr ivec4 ThemeRect{130, 12, 150, 24}, ShortcutRect{420, 12, 324, 24};
-constexpr ivec4 SaveRect{130, 44, 614, 24}, ClearRect{130, 76, 90, 24}, FullRect{520, 79, 18, 18};
+constexpr ivec4 SaveRect{130, 44, 614, 24}, ClearRect{130, 76, 90, 24}, FullRect{496, 79, 18, 18};
 constexpr ivec4 ResetRect{16, 520, 108, 24}, ExportRect{132, 520, 80, 24}, ImportRect{220, 520, 80, 24};
 // In PreferencesListKind order. The shortcuts' height holds the header and ten rows.
 constexpr ivec4 PanelRects[3] = {{16, 140, 300, 286}, {332, 140, 412, 220}, {332, 390, 412, 154}};
