@@ -27,15 +27,17 @@ bool HasOwnAlias(const EffectAlias& entry) {
 
 } // namespace
 
-const EffectData* PreferencesWindow::PickEffect(std::string_view title, ivec2 at) {
-    PreferencesEditEffectPopup picker(this, PopupPosition(&at), colours, title, catalogue);
+const EffectData* PreferencesWindow::PickEffect(std::string_view title) {
+    PreferencesEditEffectPopup picker(this, {}, colours, title, catalogue);
+    CentreOver(picker);
     if (!picker.Run())
         return nullptr;
     return picker.GetResult().effect;
 }
 
-bool PreferencesWindow::AskText(std::string_view title, std::string& text, ivec2 at) {
-    PreferencesAliasPopup editor(this, PopupPosition(&at), colours, title, text);
+bool PreferencesWindow::AskText(std::string_view title, std::string& text) {
+    PreferencesAliasPopup editor(this, {}, colours, title, text);
+    CentreOver(editor);
     if (!editor.Run())
         return false;
     text = editor.GetAlias();
@@ -54,15 +56,14 @@ void PreferencesWindow::ShowShortcutsActions(PreferencesEffectSlot* slot, event_
     menu.add_separator(SeparatorItem);
     menu.add_item(EditLabelItem, effect != nullptr ? "Edit Label" : "New Shortcut");
     menu.add_item(ClearSlotItem, "Clear");
-    const ivec2 at = MenuPoint(data);
-    const uint32_t chosen = menu.show(*this, at, false);
+    const uint32_t chosen = menu.show(*this, MenuPoint(data), false);
     if (chosen == EntryItem || (chosen == EditLabelItem && effect == nullptr)) {
         pendingIndex = index;
-        if (const EffectData* picked = PickEffect("Set Shortcut", at))
+        if (const EffectData* picked = PickEffect("Set Shortcut"))
             SetShortcutEffect({picked});
     } else if (chosen == EditLabelItem) {
         std::string label = shortcuts[index].alias;
-        if (!AskText("Edit Label", label, at))
+        if (!AskText("Edit Label", label))
             return;
         shortcuts[index].alias = label.empty() ? MakeShortcutLabel(effect->name) : label;
         GetPanel(PreferencesListKind::Shortcuts).Refresh();
@@ -91,12 +92,11 @@ void PreferencesWindow::ShowFavoritesActions(PreferencesEffectSlot* slot, event_
     }
     if (entry.override != nullptr)
         menu.add_item(ClearOverrideItem, "Clear Override");
-    const ivec2 at = MenuPoint(data);
-    const uint32_t chosen = menu.show(*this, at, false);
+    const uint32_t chosen = menu.show(*this, MenuPoint(data), false);
     switch (chosen) {
     case EntryItem:
         pendingIndex = index;
-        if (const EffectData* picked = PickEffect("Set Override", at))
+        if (const EffectData* picked = PickEffect("Set Override"))
             SetOverridePreset({picked});
         return;
     case RemoveFavoriteItem:
@@ -105,7 +105,7 @@ void PreferencesWindow::ShowFavoritesActions(PreferencesEffectSlot* slot, event_
     case AddAliasItem:
     case EditAliasItem: {
         std::string alias = ownAlias ? aliases[index].alias : std::string();
-        if (!AskText(chosen == AddAliasItem ? "Add Alias" : "Edit Alias", alias, at))
+        if (!AskText(chosen == AddAliasItem ? "Add Alias" : "Edit Alias", alias))
             return;
         // The typed word is matched in lower case; an empty one leaves the search name.
         alias = string_lower(alias);
@@ -141,11 +141,11 @@ void PreferencesWindow::ShowBlacklistActions(PreferencesEffectSlot* slot, event_
     GetPanel(PreferencesListKind::Blacklist).Refresh();
 }
 
-void PreferencesWindow::AddNewEffect(PreferencesEffectNew* row, event_type, unsigned long long data) {
+void PreferencesWindow::AddNewEffect(PreferencesEffectNew* row, event_type, unsigned long long) {
     if (row == nullptr)
         return;
     const PreferencesListKind kind = row->GetKind();
-    const EffectData* effect = PickEffect("Add New Effect", MenuPoint(data));
+    const EffectData* effect = PickEffect("Add New Effect");
     if (effect == nullptr)
         return;
     std::vector<EffectAlias>& list = List(kind);

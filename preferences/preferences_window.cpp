@@ -28,7 +28,7 @@ constexpr ivec4 LabelRects[] = {
     {320, 12, 100, 24},  // "Shortcut:"
     {16, 44, 110, 24},   // "Save Location:"
     {16, 76, 110, 24},   // "Thumbnail Cache:"
-    {320, 76, 200, 24},  // "Full Resolution Screenshots:"
+    {320, 76, 172, 24},  // "Full Resolution Screenshots:"
     {16, 118, 300, 20},  // "Shortcuts:"
     {332, 118, 412, 20}, // "Favorites:"
     {332, 368, 412, 20}, // "Blacklist:"
@@ -297,7 +297,8 @@ void PreferencesWindow::ShortcutChosen(uint32_t id) {
         UpdateCustomItem();
         return;
     }
-    PreferencesShortcutPopup editor(this, PopupPosition(), colours, prefs);
+    PreferencesShortcutPopup editor(this, {}, colours, prefs);
+    CentreOver(editor);
     if (!editor.Run()) {
         shortcutDrop.set_selected_item(static_cast<uint32_t>(previousShortcut));
         return;
@@ -330,8 +331,9 @@ void PreferencesWindow::ClearThumbnailCache() {
 
 void PreferencesWindow::ResetSettings() {
     EffectsMessagePopup question(
-        this, PopupPosition(), colours,
+        this, {}, colours,
         {.title = "Reset Settings", .message = "Are you sure you want to reset all settings?"});
+    CentreOver(question);
     if (question.Run() != 1)
         return;
     const int64_t newsTime = prefs.newsTime;
@@ -369,11 +371,10 @@ void PreferencesWindow::RefreshPanels() {
         panel->Refresh();
 }
 
-ivec2 PreferencesWindow::PopupPosition(const ivec2* client) const {
-    const ivec4 inside = get_client_rect();
-    if (client != nullptr)
-        return inside.position() + *client;
-    return {inside.x + inside.w / 2 - MessagePopupSize.x / 2, inside.y + inside.h / 3};
+void PreferencesWindow::CentreOver(window& child) const {
+    const ivec4 mine = get_rect(), theirs = child.get_rect();
+    child.set_rect({mine.x + (mine.w - theirs.w) / 2, mine.y + (mine.h - theirs.h) / 3, theirs.w, theirs.h});
+    child.force_in_screen();
 }
 
 std::vector<EffectAlias>& PreferencesWindow::List(PreferencesListKind kind) {

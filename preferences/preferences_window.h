@@ -31,7 +31,7 @@ public:
     // The controls' places, client coordinates (the labels' are in the source).
     static constexpr nimbit::ivec4 ThemeRect{130, 12, 150, 24}, ShortcutRect{420, 12, 324, 24};
     static constexpr nimbit::ivec4 SaveRect{130, 44, 614, 24}, ClearRect{130, 76, 90, 24};
-    static constexpr nimbit::ivec4 FullRect{520, 79, 18, 18};
+    static constexpr nimbit::ivec4 FullRect{496, 79, 18, 18};
     static constexpr nimbit::ivec4 ResetRect{16, 520, 108, 24}, ExportRect{132, 520, 80, 24};
     static constexpr nimbit::ivec4 ImportRect{220, 520, 80, 24};
     // In PreferencesListKind order. The shortcuts' height holds the header and ten rows.
@@ -119,12 +119,12 @@ private:
     void ChooseSaveLocation();
     void ClearThumbnailCache();
     void ResetSettings();
-    // A point on the screen for a small popup: the client point given, or near the window's middle.
-    nimbit::ivec2 PopupPosition(const nimbit::ivec2* client = nullptr) const;
-    // Runs the catalogue picker at a client point; null when cancelled.
-    const EffectData* PickEffect(std::string_view title, nimbit::ivec2 at);
-    // Runs the alias popup over text at a client point; false when cancelled.
-    bool AskText(std::string_view title, std::string& text, nimbit::ivec2 at);
+    // Puts a modal window of ours over the upper middle of this one, inside the screen.
+    void CentreOver(nimbit::ui::window& child) const;
+    // Runs the catalogue picker; null when cancelled.
+    const EffectData* PickEffect(std::string_view title);
+    // Runs the alias popup over text; false when cancelled.
+    bool AskText(std::string_view title, std::string& text);
     std::vector<EffectAlias>& List(PreferencesListKind kind);
 
     EffectsPopupWindow& popup;
