@@ -29,6 +29,7 @@ constexpr ivec4 LabelRects[] = {
     {16, 44, 110, 24},   // "Save Location:"
     {16, 76, 110, 24},   // "Thumbnail Cache:"
     {320, 76, 172, 24},  // "Full Resolution Screenshots:"
+    {540, 76, 170, 24},  // "Recently Used First:"
     {16, 118, 300, 20},  // "Shortcuts:"
     {332, 118, 412, 20}, // "Favorites:"
     {332, 368, 412, 20}, // "Blacklist:"
@@ -88,9 +89,15 @@ PreferencesWindow::~PreferencesWindow() = default;
 
 void PreferencesWindow::Build() {
     widget& root = get_root();
-    static constexpr const char* texts[LabelCount] = {
-        "UI Color:",  "Shortcut:",  "Save Location:", "Thumbnail Cache:", "Full Resolution Screenshots:",
-        "Shortcuts:", "Favorites:", "Blacklist:"};
+    static constexpr const char* texts[LabelCount] = {"UI Color:",
+                                                      "Shortcut:",
+                                                      "Save Location:",
+                                                      "Thumbnail Cache:",
+                                                      "Full Resolution Screenshots:",
+                                                      "Recently Used First:",
+                                                      "Shortcuts:",
+                                                      "Favorites:",
+                                                      "Blacklist:"};
     for (size_t i = 0; i < LabelCount; ++i) {
         labels[i].create(root, LabelRects[i]);
         labels[i].set_text(texts[i]);
@@ -109,14 +116,17 @@ void PreferencesWindow::Build() {
     clearCache.set_text("Clear");
     fullResolution.create(root, {0, 0, 0, 0});
     fullResolution.set_pointer(&prefs.fullResolutionScreenshots);
+    recentFirst.create(root, {0, 0, 0, 0});
+    recentFirst.set_pointer(&prefs.recentFirst);
     reset.create(root, {0, 0, 0, 0});
     reset.set_text("Reset Settings");
     exportButton.create(root, {0, 0, 0, 0});
     exportButton.set_text("Export");
     importButton.create(root, {0, 0, 0, 0});
     importButton.set_text("Import");
-    for (widget* w : std::initializer_list<widget*>{&themeDrop, &shortcutDrop, &saveLocation, &clearCache,
-                                                    &fullResolution, &reset, &exportButton, &importButton})
+    for (widget* w :
+         std::initializer_list<widget*>{&themeDrop, &shortcutDrop, &saveLocation, &clearCache,
+                                        &fullResolution, &recentFirst, &reset, &exportButton, &importButton})
         w->show(true);
     for (auto& panel : panels) {
         panel->create(root, {0, 0, 0, 0});
@@ -166,6 +176,7 @@ void PreferencesWindow::Layout() {
     saveLocation.set_rect(SaveRect);
     clearCache.set_rect(ClearRect);
     fullResolution.set_rect(FullRect);
+    recentFirst.set_rect(RecentRect);
     reset.set_rect(ResetRect);
     exportButton.set_rect(ExportRect);
     importButton.set_rect(ImportRect);
@@ -232,14 +243,16 @@ void PreferencesWindow::SwitchTheme(UIColorTheme theme, bool force) {
     shortcutDrop.SwitchTheme(colours);
     for (generic_button* b : {&saveLocation, &clearCache, &reset, &exportButton, &importButton})
         StyleButton(*b, c);
-    nimbit::ui::theme& box = fullResolution.get_theme();
-    SetThemeColors(box, c,
-                   {{theme_keys::checkbox_font_color, &UIColors::checkBoxFont},
-                    {theme_keys::checkbox_back_color, &UIColors::inputBack},
-                    {theme_keys::checkbox_border_color_normal, &UIColors::borderColor},
-                    {theme_keys::checkbox_border_color_hover, &UIColors::buttonBorderHover},
-                    {theme_keys::checkbox_border_color_focus, &UIColors::buttonBorderFocus}});
-    box.set(theme_keys::checkbox_image, c.checkBox);
+    for (check_box* b : {&fullResolution, &recentFirst}) {
+        nimbit::ui::theme& box = b->get_theme();
+        SetThemeColors(box, c,
+                       {{theme_keys::checkbox_font_color, &UIColors::checkBoxFont},
+                        {theme_keys::checkbox_back_color, &UIColors::inputBack},
+                        {theme_keys::checkbox_border_color_normal, &UIColors::borderColor},
+                        {theme_keys::checkbox_border_color_hover, &UIColors::buttonBorderHover},
+                        {theme_keys::checkbox_border_color_focus, &UIColors::buttonBorderFocus}});
+        box.set(theme_keys::checkbox_image, c.checkBox);
+    }
     for (auto& panel : panels)
         panel->SwitchTheme(colours);
     ThemeChanged();
@@ -265,6 +278,7 @@ void PreferencesWindow::UpdateControls() {
     previousShortcut = static_cast<int32_t>(shortcutDrop.get_selected_id());
     UpdateSaveLocation();
     fullResolution.update(false); // bound to the record: a repaint shows it
+    recentFirst.update(false);
 }
 
 void PreferencesWindow::UpdateCustomItem() {
@@ -339,6 +353,7 @@ void PreferencesWindow::ResetSettings() {
     const int64_t newsTime = prefs.newsTime;
     prefs = PreferencesData{};
     prefs.newsTime = newsTime;
+    popup.ForgetUsage(); // what was applied how often goes with the settings
     UpdateControls();
     SwitchTheme(prefs.theme, false);
 }

@@ -11,12 +11,14 @@
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
 #include "popup/search_data_files.h"
+#include "popup/usage_record.h"
 #include "preferences/preferences_alias_popup.h"
 #include "preferences/preferences_shortcut_popup.h"
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <string>
 #include <vector>
@@ -90,12 +92,13 @@ struct PreferencesWindowTest : OffscreenTest {
             items.emplace_back(item.id, item.text);
         return items;
     }
-    // What the controls show: theme, shortcut, save location, check box; and the theme in use.
+    // What the controls show: theme, shortcut, save location, check boxes; and the theme in use.
     std::string Controls() const {
         W& w = *window;
         return w.GetThemeDropDown().get_selected_text() + "|" + w.GetShortcutDropDown().get_selected_text() +
                "|" + w.GetSaveLocationButton().get_text() +
                (w.GetFullResolutionBox().is_selected() ? "|on" : "|off") +
+               (w.GetRecentFirstBox().is_selected() ? "|recent" : "") +
                (w.GetColors() == &popup->GetThemes()[0] ? "|dark" : "|light");
     }
     void Command(uint32_t kind) {
@@ -185,6 +188,9 @@ TEST_F(PreferencesWindowTest, RowActionsEditTheListsThroughThePickersAndTheAlias
 TEST_F(PreferencesWindowTest, CustomShortcutSaveLocationAndResetKeepRecordAndControlsInStep) {
     prefs.theme = UIColorTheme::Light, prefs.fullResolutionScreenshots = true, prefs.newsTime = 1234;
     Open();
+    window->GetRecentFirstBox().toggle();
+    const file_path usage = popup->GetSettingsFolder().append(UsageFileName);
+    ASSERT_TRUE(write_text(usage, "3 1700000000 e Glow\n"));
     EffectsDropDown& drop = window->GetShortcutDropDown();
     drop.select_item(2);
     Answer([](nimbit::ui::window& w) { w.end_modal(0); });
@@ -197,8 +203,8 @@ TEST_F(PreferencesWindowTest, CustomShortcutSaveLocationAndResetKeepRecordAndCon
         editor.GetConfirmButton().press();
     });
     drop.select_item(4);
-    EXPECT_EQ(Controls(),
-              "Light|Custom: " + prefs.GenerateShortcutText() + "|" + prefs.captureFolder + "|on|light");
+    EXPECT_EQ(Controls(), "Light|Custom: " + prefs.GenerateShortcutText() + "|" + prefs.captureFolder +
+                              "|on|recent|light");
     // The save location: chosen in a folder dialog, shown with the path as its tooltip.
     const std::string start = prefs.captureFolder, chosen = (root / "elsewhere").to_string();
     for (const std::string& answer : {std::string(), chosen}) {
@@ -218,14 +224,17 @@ TEST_F(PreferencesWindowTest, CustomShortcutSaveLocationAndResetKeepRecordAndCon
             (confirm ? question.GetConfirmButton() : question.GetCancelButton()).press();
         });
     window->GetResetButton().press();
-    const std::string shown = "Light|Custom: " + prefs.GenerateShortcutText() + "|" + chosen + "|on|light";
-    EXPECT_TRUE(EncodePreferences(prefs) == before && Controls() == shown);
+    const std::string shown =
+        "Light|Custom: " + prefs.GenerateShortcutText() + "|" + chosen + "|on|recent|light";
+    EXPECT_TRUE(EncodePreferences(prefs) == before && Controls() == shown &&
+                std::filesystem::exists(usage.to_string()));
     window->GetResetButton().press();
     EXPECT_EQ(modalTitles.back(), "Reset Settings");
     PreferencesData fresh;
     fresh.newsTime = 1234;
     EXPECT_TRUE(EncodePreferences(prefs) == EncodePreferences(fresh));
     EXPECT_EQ(Controls(), "Dark|Ctrl + Space|" + fresh.captureFolder + "|off|dark");
+    EXPECT_FALSE(std::filesystem::exists(usage.to_string())) << "the usage record goes with the settings";
 }
 
 TEST_F(PreferencesWindowTest, ImportReplacesTheRecordAndTheListsAndTheControlsFollow) {
