@@ -1,5 +1,7 @@
 #pragma once
 
+#include "nimbit/utils/utf8_case.h"
+
 #include <string>
 #include <string_view>
 
@@ -11,6 +13,6 @@ namespace nimbit::ui {
 std::wstring utf8_to_wide(std::string_view utf8);
 // Elements outside Unicode (or lone surrogates) become U+FFFD.
 std::string wide_to_utf8(std::wstring_view wide);
-void append_utf8(std::string& out, char32_t code_point);
+using nimbit::append_utf8; // one encoder for the whole code base
 
 } // namespace nimbit::ui

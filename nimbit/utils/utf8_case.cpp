@@ -113,24 +113,6 @@ char32_t decode(std::string_view text, size_t& at) {
     return c;
 }
 
-void encode(char32_t c, std::string& out) {
-    if (c < 0x80) {
-        out += static_cast<char>(c);
-    } else if (c < 0x800) {
-        out += static_cast<char>(0xC0 | (c >> 6));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-        out += static_cast<char>(0xE0 | (c >> 12));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (c >> 18));
-        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-}
-
 // Writes the lower-case letter c without its diacritics.
 void encode_plain(char32_t c, std::string& out) {
     if (c >= 0x300 && c <= 0x36F) // combining marks
@@ -145,7 +127,7 @@ void encode_plain(char32_t c, std::string& out) {
     }
     const auto base = std::lower_bound(std::begin(accent_bases), std::end(accent_bases), c,
                                        [](const uint16_t(&pair)[2], char32_t v) { return pair[0] < v; });
-    encode(base != std::end(accent_bases) && (*base)[0] == c ? (*base)[1] : c, out);
+    append_utf8(out, base != std::end(accent_bases) && (*base)[0] == c ? (*base)[1] : c);
 }
 
 } // namespace
@@ -163,13 +145,33 @@ std::string utf8_fold(std::string_view text, bool strip_accents, std::vector<uin
         if (strip_accents)
             encode_plain(c, out);
         else
-            encode(c, out);
+            append_utf8(out, c);
         if (origins != nullptr)
             origins->resize(out.size(), static_cast<uint32_t>(from));
     }
     if (origins != nullptr)
         origins->push_back(static_cast<uint32_t>(text.size()));
     return out;
+}
+
+void append_utf8(std::string& out, char32_t c) {
+    if (c >= 0x110000 || (c >= 0xD800 && c <= 0xDFFF))
+        c = 0xFFFD;
+    if (c < 0x80) {
+        out += static_cast<char>(c);
+    } else if (c < 0x800) {
+        out += static_cast<char>(0xC0 | (c >> 6));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        out += static_cast<char>(0xE0 | (c >> 12));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    } else {
+        out += static_cast<char>(0xF0 | (c >> 18));
+        out += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        out += static_cast<char>(0x80 | (c & 0x3F));
+    }
 }
 
 } // namespace nimbit

@@ -19,4 +19,7 @@ namespace nimbit {
 std::string utf8_fold(std::string_view text, bool strip_accents = false,
                       std::vector<uint32_t>* origins = nullptr);
 
+// Appends one character as UTF-8; anything outside Unicode (or a lone surrogate) becomes U+FFFD.
+void append_utf8(std::string& out, char32_t code_point);
+
 } // namespace nimbit

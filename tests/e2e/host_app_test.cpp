@@ -216,10 +216,11 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     const strings words = {"news", "preferences", "requeststatus", "shortcut 3", "preferences", "shortcut 0"};
     for (const std::string& word : words) {
         ASSERT_TRUE(session.Type(word, 15) && session.Keys({"Return"}));
-        if (word == "preferences")
+        if (word == "preferences") {
             ASSERT_TRUE(WaitForModal(session, Preferences) && session.Keys({"Escape"}) &&
                         WaitShown(session, Preferences, false))
                 << session.Log();
+        }
     }
     ASSERT_TRUE(session.WaitForRecord([&](const json& r) { return r["console"].size() == words.size(); }))
         << session.Record().dump(1);
