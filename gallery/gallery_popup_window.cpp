@@ -477,14 +477,7 @@ void GalleryPopupWindow::ClearCache() {
 }
 
 void GalleryPopupWindow::ScrollTo(const ivec4& rect) {
-    const int top = rect.y - TileGap;
-    const int bottom = rect.y + rect.h + TileGap;
-    const int value = scrollBar.get_value();
-    const int height = gridView.get_rect().h;
-    if (top < value)
-        scrollBar.set_value(top);
-    else if (bottom > value + height)
-        scrollBar.set_value(bottom - height);
+    scrollBar.reveal(rect.y - TileGap, rect.h + 2 * TileGap, gridView.get_rect().h);
 }
 
 // --- commands ----------------------------------------------------------------------------------------

@@ -283,12 +283,7 @@ void EffectsPopupWindow::ScrollIntoView(size_t index) {
     if (presetsHeader != nullptr && rows[index]->GetEffect() != nullptr &&
         rows[index]->GetEffect()->is_preset)
         top += HeaderHeight;
-    const int visible = listFrame.get_rect().h;
-    const int scrolled = scrollBar.get_value();
-    if (top < scrolled)
-        scrollBar.set_value(top);
-    else if (top + RowHeight > scrolled + visible)
-        scrollBar.set_value(top + RowHeight - visible);
+    scrollBar.reveal(top, RowHeight, listFrame.get_rect().h);
 }
 
 void EffectsPopupWindow::OnKeyDown(const event_info& e) {

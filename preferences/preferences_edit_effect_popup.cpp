@@ -115,13 +115,7 @@ void PreferencesEditEffectPopup::Select(size_t index) {
     if (index >= results.entries.size())
         return;
     selected = index;
-    const int top = static_cast<int>(index) * RowHeight;
-    const int visible = listFrame.get_rect().h;
-    const int scrolled = scrollBar.get_value();
-    if (top < scrolled)
-        scrollBar.set_value(top);
-    else if (top + RowHeight > scrolled + visible)
-        scrollBar.set_value(top + RowHeight - visible);
+    scrollBar.reveal(static_cast<int>(index) * RowHeight, RowHeight, listFrame.get_rect().h);
     listFrame.update(false);
 }
 

@@ -119,6 +119,13 @@ void scroll_bar::change_scroll(int steps) {
     scroll(static_cast<int>(-std::clamp<long long>(amount, -overflow - 1LL, overflow + 1LL)), true);
 }
 
+void scroll_bar::reveal(int top, int height, int visible) {
+    if (top < value)
+        set_value(top);
+    else if (top + height > value + visible)
+        set_value(std::min(top, top + height - visible));
+}
+
 void scroll_bar::set_value(int new_value) {
     apply_value(new_value);
 }

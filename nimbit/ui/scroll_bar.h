@@ -38,6 +38,9 @@ public:
     void change_scroll(int steps);
     void set_value(int value);
     void change_value(int delta);
+    // Scrolls the least that brings the span [top, top + height) into a view `visible` pixels tall
+    // (the span's top wins when it is taller than the view).
+    void reveal(int top, int height, int visible);
     int get_value() const { return value; }
     int get_max_scroll() const { return overflow; }
     // Re-reads the sizes, clamps the value and repaints.
