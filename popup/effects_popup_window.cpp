@@ -449,6 +449,7 @@ void EffectsPopupWindow::SearchChanged() {
         search.usage.clear();
     else if (search.usage.size() != catalogue.size() || catalogue.empty())
         search.usage = usage.Scores(catalogue, CurrentNewsTime());
+    search.options.ignore_accents = prefs.ignoreAccents;
     search.Run(text, catalogue, blacklist, aliases, results);
 
     const int width = listFrame.get_rect().w;

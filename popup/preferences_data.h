@@ -26,6 +26,8 @@ struct PreferencesData {
     std::string customKeyName; // the key's display name from the preferences' shortcut editor
     // The search lists the entries applied often and lately first (see UsageRecord).
     bool recentFirst = false;
+    // The search ignores accents: "uber" finds "Überlagern", "cafe" finds "Café".
+    bool ignoreAccents = false;
 
     // "CTRL + ", "OPT + ", "SHIFT + ", "CMD + " for each modifier set, in that order, then the key name.
     std::string GenerateShortcutText() const;

@@ -26,6 +26,7 @@ enum SettingsChunk : unsigned {
     CustomShiftChunk = 11,
     CustomCmdChunk = 12,
     RecentFirstChunk = 13,
+    IgnoreAccentsChunk = 14,
 };
 
 // The chunk file's magic, and each chunk's identifier and size.
@@ -37,6 +38,7 @@ void WriteFields(nimbit::chunk_file& file, const PreferencesData& prefs) {
     int theme = static_cast<int>(prefs.theme);
     int shortcutChoice = prefs.shortcutChoice;
     bool fullResolution = prefs.fullResolutionScreenshots, recentFirst = prefs.recentFirst;
+    bool ignoreAccents = prefs.ignoreAccents;
     long long newsTime = prefs.newsTime;
     int keyCode = prefs.customKeyCode;
     int ctrl = prefs.customCtrl, opt = prefs.customOpt, shift = prefs.customShift, cmd = prefs.customCmd;
@@ -52,6 +54,7 @@ void WriteFields(nimbit::chunk_file& file, const PreferencesData& prefs) {
     file.chunk(CustomShiftChunk, shift);
     file.chunk(CustomCmdChunk, cmd);
     file.chunk(RecentFirstChunk, recentFirst);
+    file.chunk(IgnoreAccentsChunk, ignoreAccents);
 }
 
 // Little-endian, whatever the machine: the file's byte order is fixed.
@@ -127,6 +130,10 @@ bool ReadFields(nimbit::chunk_file& file, PreferencesData& prefs, PreferencesRea
         case RecentFirstChunk:
             if ((sized = file.chunk_size() == 1))
                 prefs.recentFirst = file.chunk_data()[0] != 0;
+            break;
+        case IgnoreAccentsChunk:
+            if ((sized = file.chunk_size() == 1))
+                prefs.ignoreAccents = file.chunk_data()[0] != 0;
             break;
         case NewsTimeChunk:
             if ((sized = file.chunk_size() == 8))

@@ -28,8 +28,9 @@ constexpr ivec4 LabelRects[] = {
     {320, 12, 100, 24},  // "Shortcut:"
     {16, 44, 110, 24},   // "Save Location:"
     {16, 76, 110, 24},   // "Thumbnail Cache:"
-    {320, 76, 172, 24},  // "Full Resolution Screenshots:"
-    {540, 76, 170, 24},  // "Recently Used First:"
+    {240, 76, 172, 24},  // "Full Resolution Screenshots:"
+    {448, 76, 128, 24},  // "Recently Used First:"
+    {612, 76, 110, 24},  // "Ignore Accents:"
     {16, 118, 300, 20},  // "Shortcuts:"
     {332, 118, 412, 20}, // "Favorites:"
     {332, 368, 412, 20}, // "Blacklist:"
@@ -95,6 +96,7 @@ void PreferencesWindow::Build() {
                                                       "Thumbnail Cache:",
                                                       "Full Resolution Screenshots:",
                                                       "Recently Used First:",
+                                                      "Ignore Accents:",
                                                       "Shortcuts:",
                                                       "Favorites:",
                                                       "Blacklist:"};
@@ -118,15 +120,17 @@ void PreferencesWindow::Build() {
     fullResolution.set_pointer(&prefs.fullResolutionScreenshots);
     recentFirst.create(root, {0, 0, 0, 0});
     recentFirst.set_pointer(&prefs.recentFirst);
+    ignoreAccents.create(root, {0, 0, 0, 0});
+    ignoreAccents.set_pointer(&prefs.ignoreAccents);
     reset.create(root, {0, 0, 0, 0});
     reset.set_text("Reset Settings");
     exportButton.create(root, {0, 0, 0, 0});
     exportButton.set_text("Export");
     importButton.create(root, {0, 0, 0, 0});
     importButton.set_text("Import");
-    for (widget* w :
-         std::initializer_list<widget*>{&themeDrop, &shortcutDrop, &saveLocation, &clearCache,
-                                        &fullResolution, &recentFirst, &reset, &exportButton, &importButton})
+    for (widget* w : std::initializer_list<widget*>{&themeDrop, &shortcutDrop, &saveLocation, &clearCache,
+                                                    &fullResolution, &recentFirst, &ignoreAccents, &reset,
+                                                    &exportButton, &importButton})
         w->show(true);
     for (auto& panel : panels) {
         panel->create(root, {0, 0, 0, 0});
@@ -177,6 +181,7 @@ void PreferencesWindow::Layout() {
     clearCache.set_rect(ClearRect);
     fullResolution.set_rect(FullRect);
     recentFirst.set_rect(RecentRect);
+    ignoreAccents.set_rect(AccentsRect);
     reset.set_rect(ResetRect);
     exportButton.set_rect(ExportRect);
     importButton.set_rect(ImportRect);
@@ -243,7 +248,7 @@ void PreferencesWindow::SwitchTheme(UIColorTheme theme, bool force) {
     shortcutDrop.SwitchTheme(colours);
     for (generic_button* b : {&saveLocation, &clearCache, &reset, &exportButton, &importButton})
         StyleButton(*b, c);
-    for (check_box* b : {&fullResolution, &recentFirst}) {
+    for (check_box* b : {&fullResolution, &recentFirst, &ignoreAccents}) {
         nimbit::ui::theme& box = b->get_theme();
         SetThemeColors(box, c,
                        {{theme_keys::checkbox_font_color, &UIColors::checkBoxFont},
@@ -279,6 +284,7 @@ void PreferencesWindow::UpdateControls() {
     UpdateSaveLocation();
     fullResolution.update(false); // bound to the record: a repaint shows it
     recentFirst.update(false);
+    ignoreAccents.update(false);
 }
 
 void PreferencesWindow::UpdateCustomItem() {

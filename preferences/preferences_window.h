@@ -31,7 +31,8 @@ public:
     // The controls' places, client coordinates (the labels' are in the source).
     static constexpr nimbit::ivec4 ThemeRect{130, 12, 150, 24}, ShortcutRect{420, 12, 324, 24};
     static constexpr nimbit::ivec4 SaveRect{130, 44, 614, 24}, ClearRect{130, 76, 90, 24};
-    static constexpr nimbit::ivec4 FullRect{496, 79, 18, 18}, RecentRect{712, 79, 18, 18};
+    static constexpr nimbit::ivec4 FullRect{414, 79, 18, 18}, RecentRect{578, 79, 18, 18};
+    static constexpr nimbit::ivec4 AccentsRect{726, 79, 18, 18};
     static constexpr nimbit::ivec4 ResetRect{16, 520, 108, 24}, ExportRect{132, 520, 80, 24};
     static constexpr nimbit::ivec4 ImportRect{220, 520, 80, 24};
     // In PreferencesListKind order. The shortcuts' height holds the header and ten rows.
@@ -100,6 +101,7 @@ public:
     nimbit::ui::generic_button& GetClearCacheButton() { return clearCache; }
     nimbit::ui::check_box& GetFullResolutionBox() { return fullResolution; }
     nimbit::ui::check_box& GetRecentFirstBox() { return recentFirst; }
+    nimbit::ui::check_box& GetIgnoreAccentsBox() { return ignoreAccents; }
     nimbit::ui::generic_button& GetResetButton() { return reset; }
     nimbit::ui::generic_button& GetExportButton() { return exportButton; }
     nimbit::ui::generic_button& GetImportButton() { return importButton; }
@@ -150,6 +152,7 @@ private:
         CacheLabel,
         FullLabel,
         RecentLabel,
+        AccentsLabel,
         ShortcutsTitle,
         FavoritesTitle,
         BlacklistTitle,
@@ -162,6 +165,7 @@ private:
     nimbit::ui::generic_button clearCache;
     nimbit::ui::check_box fullResolution;
     nimbit::ui::check_box recentFirst; // entries applied often and lately rise in the popup's groups
+    nimbit::ui::check_box ignoreAccents;
     nimbit::ui::generic_button reset;
     nimbit::ui::generic_button exportButton;
     nimbit::ui::generic_button importButton;

@@ -99,21 +99,21 @@ TEST_F(PreferencesTest, SaveWritesEveryFieldButSixInOrderAndLoadsBack) {
     prefs.captureFolder = (root / "captures/deep/down").to_string();
     prefs.newsTime = -5, prefs.customKeyCode = 122, prefs.customKeyName = "F1";
     prefs.customCtrl = 1, prefs.customOpt = 2, prefs.customShift = 3, prefs.customCmd = 4;
-    prefs.recentFirst = true;
+    prefs.recentFirst = true, prefs.ignoreAccents = true;
     ASSERT_TRUE(SavePreferences(prefs, {}, {}, {}, folder, false));
 
     nimbit::chunk_file file(folder.append("effects_settings"), nimbit::chunk_file_access::read);
     std::vector<uint32_t> ids;
     while (const uint32_t id = file.next_chunk())
         ids.push_back(id);
-    EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12, 13}));
+    EXPECT_EQ(ids, (std::vector<uint32_t>{1, 2, 3, 4, 5, 7, 8, 9, 10, 11, 12, 13, 14}));
 
     // Saving made the capture folder, so the reader accepts it.
     PreferencesData loaded;
     ASSERT_TRUE(LoadPreferences(loaded, folder));
     EXPECT_TRUE(loaded.theme == prefs.theme && loaded.shortcutChoice == 4 &&
                 loaded.fullResolutionScreenshots && loaded.newsTime == -5 && loaded.customKeyCode == 122 &&
-                loaded.customOpt == 2 && loaded.recentFirst);
+                loaded.customOpt == 2 && loaded.recentFirst && loaded.ignoreAccents);
     EXPECT_EQ(loaded.captureFolder, prefs.captureFolder);
     EXPECT_EQ(loaded.GenerateShortcutText(), "CTRL + OPT + SHIFT + CMD + F1");
 }
