@@ -199,6 +199,8 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
     EXPECT_EQ(std::get<1>(widths()), 200);
     split.set_size_panel_a(0);
     EXPECT_EQ(std::get<0>(widths()), 10);
+    split.set_minimum_size(0, 1000); // more than the room: A gets none of it
+    EXPECT_EQ(widths(), std::tuple(0, 400));
     split.set_minimum_size(0, 0);
     split.set_size_panel_a(0);
     EXPECT_EQ(std::get<0>(widths()), 0);
@@ -220,7 +222,7 @@ TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
     EXPECT_EQ(split.get_panel_a().get_rect(), (ivec4{0, 0, 140, 100}));
     split.set_type(split_type::stacked);
     const ivec4 bar = split.bar_rect();
-    EXPECT_EQ(std::tuple(split.get_panel_a().get_rect().w, bar.w), std::tuple(204, 204));
+    EXPECT_EQ(std::tuple(split.get_panel_a().get_rect(), bar.w), std::tuple(ivec4{0, 0, 204, bar.y}, 204));
     std::vector<int> edges; // the bar's two border lines run along its first and last rows
     for (const draw_call& c : painted(win))
         if (c.op == "draw_line" && c.points[0].y == c.points[1].y)
