@@ -135,6 +135,17 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14);
 }
 
+// A bar lying across points its arrows away from the track just as an upright one does.
+TEST_F(ScrollBarTest, AcrossTheArrowsAreTheUprightOnesTurned) {
+    scroll_bar across{scroll_type::horizontal, true};
+    across.create(win.get_root(), {0, 100, 100, 14});
+    std::vector<_vec2<int>> upright, turned;
+    for (const draw_call& c : painted(win))
+        for (const _vec2<int>& p : c.op == "draw_geometry" ? c.points : std::vector<_vec2<int>>{})
+            (c.origin.y < 100 ? upright : turned).push_back(c.origin.y < 100 ? p : _vec2<int>{p.y, p.x});
+    EXPECT_TRUE(upright.size() == 6 && upright == turned);
+}
+
 TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrItsPanel) {
     text_label row;
     row.create(content, {0, 0, 100, 20});
