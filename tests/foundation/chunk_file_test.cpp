@@ -137,6 +137,8 @@ TEST_F(ChunkFileTest, EmptyUnknownShortAndMissingFilesLeaveDefaults) {
 TEST_F(ChunkFileTest, ChunksRunningPastTheEndCutTheFileThere) {
     bytes good = magic;
     add(add(good, 1, {1, 0, 0, 0}), 2, {2, 0, 0, 0});
+    bytes header_ends_file = good;
+    EXPECT_EQ(ids_in(add(header_ends_file, 3, {})), (std::vector<uint32_t>{1, 2, 3}));
     bytes data_too_long = good, size_overflows = good, header_cut = good;
     add(data_too_long, 3, {1, 2, 3}, 4);
     add(size_overflows, 3, {1, 2, 3}, 0xFFFFFFFFu);

@@ -55,6 +55,7 @@ TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
     EXPECT_TRUE(!missing.exists && missing.type == 2 && !file_stats(file_path()).exists);
     EXPECT_TRUE(file.exists && file.type == 0 && file.size == 5u);
     EXPECT_TRUE(folder.exists && folder.type == 1);
+    EXPECT_EQ(file_stats(file_path("/proc/version")).created, 0) << "no birth time kept: none made up";
 
     EXPECT_FALSE(nimbit::set_file_dates(tmp / "missing", 0, 0));
 

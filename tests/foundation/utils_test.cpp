@@ -1,6 +1,7 @@
 #include "nimbit/utils/flat_map.h"
 #include "nimbit/utils/string_utils.h"
 #include "nimbit/utils/thread_pool.h"
+#include "nimbit/utils/utf8_case.h"
 
 #include <gtest/gtest.h>
 
@@ -99,6 +100,27 @@ TEST(StringUtils, LowerAndTrimTouchOnlyAsciiAndMacRomanConvertsEveryHighByte) {
         ASSERT_EQ(lead >> 5 == 0x6 ? 2u : lead >> 4 == 0xE ? 3u : 0u, out.size()) << b;
         for (size_t i = 1; i < out.size(); ++i)
             EXPECT_EQ(static_cast<unsigned char>(out[i]) >> 6, 0x2) << b;
+    }
+}
+
+// The last letter of a run, a far delta and a stray continuation byte as well.
+TEST(Utf8Fold, CoversLatinGreekAndCyrillic) {
+    struct Case {
+        const char *text, *folded, *plain;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"\xC3\x9C" "berlagern \xC3\x86\xC3\x98", "\xC3\xBC" "berlagern \xC3\xA6\xC3\xB8", "uberlagern \xC3\xA6o"},
+        {"STRA\xE1\xBA\x9E" "E \xC4\xB0\xC5\x81\xC7\x85", "stra\xC3\x9F" "e i\xC5\x82\xC7\x86", "strasse il\xC7\x86"},
+        {"\xCE\xA3\xCE\x8C\xCE\xA6\xCE\x9F\xCE\xA3", "\xCF\x83\xCF\x8C\xCF\x86\xCE\xBF\xCF\x83", "\xCF\x83\xCE\xBF\xCF\x86\xCE\xBF\xCF\x83"},
+        {"\xCF\x82 \xD0\x81\xD0\x96\xD0\x98\xD2\x90", "\xCF\x83 \xD1\x91\xD0\xB6\xD0\xB8\xD2\x91", "\xCF\x83 \xD0\xB5\xD0\xB6\xD0\xB8\xD2\x91"},
+        {"U\xCC\x88" "ber \xFF\xC3", "u\xCC\x88" "ber \xEF\xBF\xBD\xEF\xBF\xBD", "uber \xEF\xBF\xBD\xEF\xBF\xBD"},
+        {"\xC3\x96\xD0\xAF\xC6\xA6\x80", "\xC3\xB6\xD1\x8F\xCA\x80\xEF\xBF\xBD", "o\xD1\x8F\xCA\x80\xEF\xBF\xBD"},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        EXPECT_EQ(nimbit::utf8_fold(c.text), c.folded) << c.text;
+        EXPECT_EQ(nimbit::utf8_fold(c.text, true), c.plain) << c.text;
     }
 }
 

@@ -327,6 +327,8 @@ TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
     ASSERT_EQ(first, 0u);
     ASSERT_GT(last, 6u);
     EXPECT_TRUE(Tile(0).GetImage().is_loaded());
+    graphics::rgba_image warm; // far tiles are not kept but their thumbnails are made, the last too
+    EXPECT_TRUE(gallery->GetLoader().CachedThumbnail(Tile(89).GetPath(), Tile(89).GetStamp(), warm));
     EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
 
     scroll_bar& bar = gallery->GetScrollBar();
@@ -387,6 +389,11 @@ TEST_F(GalleryWindowTest, TheContextMenuCopiesRevealsAndSaves) {
     offscreen::push_menu_answer(GalleryPopupWindow::SaveJpgItem);
     Click(0, {}, 2);
     EXPECT_EQ(dialogs.requests().back().title, "Save to JPG");
+
+    // On the preview too, up to its first column.
+    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
+    offscreen::click(*gallery, gallery->GetPreview().GetPanel(0).calc_absolute_pos() + ivec2{0, 5}, 2);
+    EXPECT_EQ(offscreen_file_shell::instance().calls().size(), 2u);
 }
 
 TEST_F(GalleryWindowTest, DraggingTilesHandsTheirFilesToThePlatform) {

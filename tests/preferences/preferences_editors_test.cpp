@@ -88,12 +88,9 @@ TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWhee
     PreferencesEditEffectPopup picker(nullptr, {0, 0}, &colours, "Add New Effect", catalogue);
     picker.show();
     auto paintedRows = [&] {
-        offscreen::offscreen_window& native = offscreen::native_of(picker);
-        picker.get_root().update(false);
-        native.get_canvas().clear_calls();
-        native.paint_pending();
-        const std::vector<draw_call> texts = native.get_canvas().calls_named("draw_text");
-        return std::ranges::count_if(texts, [](const draw_call& c) { return c.text.starts_with("Filler"); });
+        return std::ranges::count_if(painted(picker), [](const draw_call& c) {
+            return c.op == "draw_text" && c.text.starts_with("Filler");
+        });
     };
     const size_t last = picker.RowsInView().second;
     EXPECT_LT(last, 20u);
@@ -115,6 +112,11 @@ TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWhee
     const size_t top = picker.RowsInView().first;
     ASSERT_GT(top, 0u);
     const ivec2 nextRow = inList + ivec2{0, PreferencesEditEffectPopup::RowHeight};
+    std::string shown; // and that row is the one painted under the pointer
+    for (const draw_call& c : painted(picker))
+        if (c.op == "draw_text" && c.rect.contains(nextRow - c.origin))
+            shown = c.text;
+    EXPECT_EQ(shown, picker.GetResults().entries[top + 1].effect->name);
     Script({[&](window& w) { offscreen::click(w, nextRow); }, Typing("\x1b")});
     ASSERT_TRUE(picker.Run());
     EXPECT_EQ(picker.GetResult().effect, picker.GetResults().entries[top + 1].effect);

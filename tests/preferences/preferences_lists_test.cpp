@@ -52,13 +52,10 @@ struct ListsTest : OffscreenTest {
                          std::to_string(pair_low(at)) + "," + std::to_string(pair_high(at)));
     }
     std::string Painted() {
-        offscreen::offscreen_window& native = offscreen::native_of(host);
-        host.get_root().update(false);
-        native.get_canvas().clear_calls();
-        native.paint_pending();
         std::string texts;
-        for (const draw_call& c : native.get_canvas().calls_named("draw_text"))
-            texts += (texts.empty() ? "" : "|") + c.text;
+        for (const draw_call& c : painted(host))
+            if (c.op == "draw_text")
+                texts += (texts.empty() ? "" : "|") + c.text;
         return texts;
     }
     std::string Order() const {
@@ -100,6 +97,12 @@ TEST_F(ListsTest, RowsShowTheColumnsOfTheirListUnderItsTitles) {
         SCOPED_TRACE(static_cast<int>(c.kind));
         Open(c.kind, c.entries);
         EXPECT_EQ(Painted(), c.texts);
+        std::vector<ivec4> titles; // each title ends before the next column starts
+        for (const draw_call& t : painted(host))
+            if (t.op == "draw_text" && t.origin == ivec2{10, Top})
+                titles.push_back(t.rect);
+        for (size_t i = 1; i < titles.size(); ++i)
+            EXPECT_LT(titles[i - 1].x + titles[i - 1].w, titles[i].x);
     }
     EXPECT_EQ(list.size(), 1u); // only the shortcuts list was padded, to nine
 }
@@ -124,6 +127,11 @@ TEST_F(ListsTest, DraggingARowMovesItsEntryToTheGapUnderThePointer) {
         offscreen::move_mouse(host, {x, y});
         ASSERT_TRUE(panel->IsDragging());
         EXPECT_EQ(panel->GetDropGap(), k.gap);
+        int imageTop = -1; // the row's image keeps the pointer where the row was pressed
+        for (const draw_call& c : painted(host))
+            if (c.op == "draw_rect_border" && c.origin.x == 10)
+                imageTop = c.origin.y;
+        EXPECT_EQ(imageTop, y - Row / 2);
         if (k.finish == Escape)
             offscreen::events_of(host).process_event(event_type::key_down, 27);
         offscreen::release_mouse(host, k.finish == Outside ? ivec2{x, 380} : ivec2{x, y});

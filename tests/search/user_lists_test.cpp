@@ -29,7 +29,8 @@ TEST_F(ListsTest, AddAndReplaceShortcutsStayWithinNineSlots) {
     EXPECT_EQ(MakeShortcutLabel("levels") + MakeShortcutLabel("") + MakeShortcutLabel("\xC3\xA9toile"),
               "Lev\xC3\xA9t");
     slots[0] = {"Glo", glow, nullptr};
-    EXPECT_TRUE(AddToShortcuts(slots, &catalogue[2]) && slots[1].alias == "X");
+    EXPECT_TRUE(!AddToShortcuts(slots, nullptr) && AddToShortcuts(slots, &catalogue[2]) &&
+                slots[1].alias == "X");
     EXPECT_FALSE(ReplaceToShortcuts(slots, gaussian, 2) || slots[2].effect) << "an empty slot stays empty";
     EXPECT_TRUE(ReplaceToShortcuts(slots, gaussian, 1) && slots[1].alias == "Gau");
     while (CountShortcuts(slots) < 9)

@@ -146,8 +146,8 @@ TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
     EXPECT_EQ(std::pair(keeper.get_size(), pixels_of(keeper)), std::pair(_vec2<int>{1, 1}, before));
 }
 
-// Resizing goes through the resampler (checked on its own below): shrinking averages and uneven ratios
-// keep the mean of a flat image.
+// Resizing goes through the resampler (tested on its own with the graphics): shrinking averages and
+// uneven ratios keep the mean of a flat image.
 TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) { return grey((x + y) % 2 * 255); });
     bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
@@ -210,78 +210,6 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
                                  size_allowed(16384, 16384, cap)}),
               (std::vector<bool>{true, false, false, false, false, true}));
     EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
-}
-
-void put_chunk(std::vector<unsigned char>& png, const char* type, const std::vector<unsigned char>& data) {
-    const size_t at = png.size();
-    png.resize(at + 12 + data.size());
-    put_be32(&png[at], static_cast<unsigned long>(data.size()));
-    std::memcpy(&png[at + 4], type, 4);
-    std::copy(data.begin(), data.end(), png.begin() + long(at) + 8);
-    put_be32(&png[at + 8 + data.size()], crc32(0, &png[at + 4], uInt(data.size() + 4)));
-}
-
-// A width x 5 PNG of 8-bit RGB (colour 2) or RGBA (6) whose row y uses filter y over arbitrary bytes,
-// optionally saying its gamma is sRGB's.
-std::vector<unsigned char> png_of_every_filter(int width, unsigned char colour, bool gamma) {
-    const size_t bpp = colour == 6 ? 4 : 3;
-    std::vector<unsigned char> raw;
-    for (int y = 0; y < 5; ++y) {
-        raw.push_back(static_cast<unsigned char>(y));
-        for (size_t i = 0; i < size_t(width) * bpp; ++i)
-            raw.push_back(static_cast<unsigned char>(i % 9 ? (i * i + size_t(y)) % 3
-                                                           : i * 37)); // small steps: Paeth ties
-    }
-    std::vector<unsigned char> deflated(compressBound(uLong(raw.size())));
-    uLongf length = uLongf(deflated.size());
-    EXPECT_EQ(compress(deflated.data(), &length, raw.data(), uLong(raw.size())), Z_OK);
-    deflated.resize(length);
-    std::vector<unsigned char> png{0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
-    std::vector<unsigned char> header(13, 0);
-    put_be32(&header[0], static_cast<unsigned long>(width));
-    put_be32(&header[4], 5);
-    header[8] = 8, header[9] = colour;
-    put_chunk(png, "IHDR", header);
-    if (gamma)
-        put_chunk(png, "gAMA", {0, 0, 0xB1, 0x8F}); // 45455: 1 / 2.2
-    put_chunk(png, "IDAT", deflated);
-    put_chunk(png, "IEND", {});
-    return png;
-}
-
-// Plain 8-bit files are read directly, others by libpng: both must agree, and damage must fail.
-TEST(ImageCodecs, PngRowsOfEveryFilterDecodeAsLibpngDecodesThemAndDamageIsCaught) {
-    for (const unsigned char colour : {2, 6}) {
-        const std::vector<unsigned char> direct = png_of_every_filter(61, colour, false),
-                                         through_libpng = png_of_every_filter(61, colour, true);
-        rgba_image a, b;
-        ASSERT_TRUE(decode_png(direct.data(), direct.size(), 1 << 20, a) &&
-                    decode_png(through_libpng.data(), through_libpng.size(), 1 << 20, b));
-        EXPECT_TRUE(a.size == (_vec2<int>{61, 5}) && a.pixels == b.pixels && a.alpha == (colour == 6) &&
-                    b.alpha == a.alpha)
-            << int(colour);
-        // A flipped bit in the pixel data, or in a checksum.
-        for (const size_t from_end : {30u, 14u}) {
-            std::vector<unsigned char> damaged = direct;
-            damaged[damaged.size() - from_end] ^= 0x10;
-            EXPECT_FALSE(decode_png(damaged.data(), damaged.size(), 1 << 20, a))
-                << int(colour) << " " << from_end;
-        }
-    }
-}
-
-TEST(ImageCodecs, ResamplingWeighsColoursByAlphaAndGrowsLinearly) {
-    // Shrinking 4x1 to 2x1 averages pairs; a transparent red pixel lends no red to its opaque blue
-    // neighbour, only transparency.
-    rgba_image strip{{4, 1}, true, {255, 0, 0, 0, 0, 0, 255, 255, 10, 20, 30, 255, 30, 40, 50, 255}};
-    EXPECT_EQ(resample(strip, {2, 1}).pixels, (std::vector<unsigned char>{0, 0, 255, 128, 20, 30, 40, 255}));
-    // Growing 2x1 to 4x1 (and to two rows): the outer pixels keep their values, the inner blend.
-    rgba_image pair{{2, 1}, false, {0, 0, 0, 255, 200, 100, 40, 255}};
-    const rgba_image grown = resample(pair, {4, 2});
-    EXPECT_EQ(
-        std::vector<unsigned char>(grown.pixels.begin(), grown.pixels.begin() + 16),
-        (std::vector<unsigned char>{0, 0, 0, 255, 50, 25, 10, 255, 150, 75, 30, 255, 200, 100, 40, 255}));
-    EXPECT_TRUE(std::equal(grown.pixels.begin(), grown.pixels.begin() + 16, grown.pixels.begin() + 16));
 }
 
 TEST(ImageCodecs, AReducedJpgIsTheSmallestEighthStillWideEnough) {

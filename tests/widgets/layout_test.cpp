@@ -135,6 +135,17 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14);
 }
 
+// A bar lying across points its arrows away from the track just as an upright one does.
+TEST_F(ScrollBarTest, AcrossTheArrowsAreTheUprightOnesTurned) {
+    scroll_bar across{scroll_type::horizontal, true};
+    across.create(win.get_root(), {0, 100, 100, 14});
+    std::vector<_vec2<int>> upright, turned;
+    for (const draw_call& c : painted(win))
+        for (const _vec2<int>& p : c.op == "draw_geometry" ? c.points : std::vector<_vec2<int>>{})
+            (c.origin.y < 100 ? upright : turned).push_back(c.origin.y < 100 ? p : _vec2<int>{p.y, p.x});
+    EXPECT_TRUE(upright.size() == 6 && upright == turned);
+}
+
 TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrItsPanel) {
     text_label row;
     row.create(content, {0, 0, 100, 20});
@@ -199,6 +210,8 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
     EXPECT_EQ(std::get<1>(widths()), 200);
     split.set_size_panel_a(0);
     EXPECT_EQ(std::get<0>(widths()), 10);
+    split.set_minimum_size(0, 1000); // more than the room: A gets none of it
+    EXPECT_EQ(widths(), std::tuple(0, 400));
     split.set_minimum_size(0, 0);
     split.set_size_panel_a(0);
     EXPECT_EQ(std::get<0>(widths()), 0);
@@ -220,7 +233,7 @@ TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
     EXPECT_EQ(split.get_panel_a().get_rect(), (ivec4{0, 0, 140, 100}));
     split.set_type(split_type::stacked);
     const ivec4 bar = split.bar_rect();
-    EXPECT_EQ(std::tuple(split.get_panel_a().get_rect().w, bar.w), std::tuple(204, 204));
+    EXPECT_EQ(std::tuple(split.get_panel_a().get_rect(), bar.w), std::tuple(ivec4{0, 0, 204, bar.y}, 204));
     std::vector<int> edges; // the bar's two border lines run along its first and last rows
     for (const draw_call& c : painted(win))
         if (c.op == "draw_line" && c.points[0].y == c.points[1].y)
