@@ -3,9 +3,10 @@
 # sample project, xdotool as the artist. Every step is written to a transcript as "ok" or "failed";
 # screenshots (popup-dark.png and popup-light.png: the popup open in each theme; capture-flash.png:
 # the screenshot button's flash, and capture.png the frame it saved; gallery.png and
-# gallery-light.png: the gallery with four captures previewed; preferences-dark.png and
-# preferences-light.png: the preferences window before and after its theme is switched), the transcript with
-# the measured latencies, and the host's session record go to a folder named at the end. Expects
+# gallery-light.png: the gallery with four captures previewed; popup-did-you-mean.png: near misses
+# of a typo; preferences-dark.png and preferences-light.png: the preferences window before and after
+# its theme is switched), the transcript with the measured latencies, and the host's session record
+# go to a folder named at the end. Expects
 # the release build (scripts/run.sh makes it).
 set -uo pipefail
 cd "$(dirname "$0")/.."
@@ -520,6 +521,15 @@ if [ "$light_chosen" = 1 ]; then
         else
             step_failed "the popup did not open in the Light theme"
         fi
+        # A mistyped search: near misses under "Did you mean", the letters that match highlighted.
+        if open_popup; then
+            xdotool type --delay 80 gausian
+            sleep 0.3
+            shot popup-did-you-mean
+            step_ok "typed \"gausian\", a typo: near misses under \"Did you mean\""
+            chord >/dev/null
+            popup_hidden
+        fi
         if open_popup; then
             before=$(headline)
             xdotool key 1
@@ -540,7 +550,7 @@ if [ "$light_chosen" = 1 ]; then
 fi
 
 say "figures (medians): chord to popup visible $chord_median ms over ${#chord_times[@]} runs; keystroke to repainted rows $key_median ms over $(wc -w <<<"$key_times") presses (both themes)"
-say "screenshots of the popup: popup-dark.png, popup-light.png; of the gallery: gallery.png, gallery-light.png; of the preferences window: preferences-dark.png, preferences-light.png"
+say "screenshots of the popup: popup-dark.png, popup-light.png, popup-did-you-mean.png; of the gallery: gallery.png, gallery-light.png; of the preferences window: preferences-dark.png, preferences-light.png"
 say "steps failed: $failures"
 echo
 echo "walkthrough folder: $out"
