@@ -116,11 +116,15 @@ TEST(Utf8Fold, CoversLatinGreekAndCyrillic) {
         {"\xCF\x82 \xD0\x81\xD0\x96\xD0\x98\xD2\x90", "\xCF\x83 \xD1\x91\xD0\xB6\xD0\xB8\xD2\x91", "\xCF\x83 \xD0\xB5\xD0\xB6\xD0\xB8\xD2\x91"},
         {"U\xCC\x88" "ber \xFF\xC3", "u\xCC\x88" "ber \xEF\xBF\xBD\xEF\xBF\xBD", "uber \xEF\xBF\xBD\xEF\xBF\xBD"},
         {"\xC3\x96\xD0\xAF\xC6\xA6\x80", "\xC3\xB6\xD1\x8F\xCA\x80\xEF\xBF\xBD", "o\xD1\x8F\xCA\x80\xEF\xBF\xBD"},
+        // U+01CA, U+01CD, U+01DE (runs of one and of every other code point), U+0370, U+0376, U+037F
+        {"\xC7\x8A\xC7\x8D\xC7\x9E\xCD\xB0\xCD\xB6\xCD\xBF", "\xC7\x8C\xC7\x8E\xC7\x9F\xCD\xB1\xCD\xB7\xCF\xB3", nullptr},
     };
     // clang-format on
     for (const Case& c : cases) {
         EXPECT_EQ(nimbit::utf8_fold(c.text), c.folded) << c.text;
-        EXPECT_EQ(nimbit::utf8_fold(c.text, true), c.plain) << c.text;
+        if (c.plain) {
+            EXPECT_EQ(nimbit::utf8_fold(c.text, true), c.plain) << c.text;
+        }
     }
 }
 

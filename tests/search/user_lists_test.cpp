@@ -26,8 +26,9 @@ TEST_F(ListsTest, AddToListAppendsFavoritesAndBlacklistEntriesWithoutDeduplicati
 
 // Labels take three bytes and upper-case the first, unless it starts a multi-byte letter.
 TEST_F(ListsTest, AddAndReplaceShortcutsStayWithinNineSlots) {
-    EXPECT_EQ(MakeShortcutLabel("levels") + MakeShortcutLabel("") + MakeShortcutLabel("\xC3\xA9toile"),
-              "Lev\xC3\xA9t");
+    EXPECT_EQ(MakeShortcutLabel("levels") + MakeShortcutLabel("") + MakeShortcutLabel("\xC3\xA9toile") +
+                  MakeShortcutLabel("zoom"),
+              "Lev\xC3\xA9tZoo");
     slots[0] = {"Glo", glow, nullptr};
     EXPECT_TRUE(!AddToShortcuts(slots, nullptr) && AddToShortcuts(slots, &catalogue[2]) &&
                 slots[1].alias == "X");

@@ -361,6 +361,7 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
     menu.add_separator(9);
     menu.add_item(3, "Remove");
     menu.add_item(4, "Paste", 1);
+    menu.add_item(5, "Cut", 0);
     menu.check_item(3, true);
     EXPECT_EQ(menu.get_item_text(4) + menu.get_item_text(77), "Paste");
     EXPECT_EQ(choose(menu, win, 0, {20, 30}), 0u) << "id 0 is a valid choice, told apart from dismissal";
@@ -371,7 +372,7 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
     EXPECT_EQ(std::pair(shown[0].position, shown[2].position),
               std::pair(_vec2<int>{30, 40}, _vec2<int>{30, 40}))
         << "a screen point made relative to the window";
-    EXPECT_EQ(shown[0].items.at(1).text, "Paste") << "inserted at position 1";
+    EXPECT_EQ(shown[0].items.at(0).text + shown[0].items.at(2).text, "CutPaste") << "inserted at 0, then 1";
     // Disabled or removed items cannot be chosen; a submenu's items can.
     popup_menu sub;
     sub.add_item(21, "Inner");
