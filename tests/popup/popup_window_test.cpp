@@ -306,7 +306,7 @@ TEST_F(PopupTest, FirstRunWritesTheSettingsAloneKeysAndCommandsReachTheirToolsAn
     offscreen::advance_ms(5000);
     EXPECT_EQ(polls, 3); // the timer stopped
 
-    Command(withNews, PopupCommand::Logo); // the badge goes and the time is saved
+    withNews.GetNewsBadge().press(); // the badge leads to the product page: it goes, the time is saved
     EXPECT_FALSE(withNews.GetNewsBadge().is_visible(false));
     read.newsTime = 0;
     ASSERT_TRUE(LoadPreferences(read, root / "user/Tarvelo"));
