@@ -133,6 +133,12 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(bar.thumb_rect().h, bar.get_theme().get<int>(theme_keys::scroll_min_size));
     bar.set_value(bar.get_max_scroll());
     EXPECT_EQ(bar.thumb_rect().y + bar.thumb_rect().h, 100 - 14);
+    // A panel that fits: the thumb fills the track, and dragging it moves (and divides by) nothing.
+    content.set_rect({0, 0, 100, 100});
+    offscreen::press_mouse(win, {105, 50});
+    offscreen::move_mouse(win, {105, 70});
+    offscreen::release_mouse(win, {105, 70});
+    EXPECT_EQ(bar.get_value(), 0);
 }
 
 // A bar lying across points its arrows away from the track just as an upright one does.
