@@ -15,6 +15,8 @@ packages=(
   # AppKit backend on Linux, real windows under a virtual display
   gnustep-devel gobjc++ xvfb xdotool x11-utils imagemagick fontconfig
   fonts-liberation fonts-dejavu-core
+  # the Windows build (MinGW-w64, zlib for it) and Wine to run it
+  g++-mingw-w64-x86-64-posix binutils-mingw-w64-x86-64 libz-mingw-w64-dev wine wine64
 )
 
 missing=()

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The test command: installs what is missing, then builds and runs every test twice (an optimised
 # gcc build, and a clang build with AddressSanitizer and UndefinedBehaviorSanitizer that also holds
-# the fuzz targets), then runs each fuzz target for a short time.
+# the fuzz targets), then the Windows build (MinGW-w64) and its tests under Wine, then runs each fuzz
+# target for a short time.
 #   FUZZ_SECONDS   seconds per fuzz target (default 20; 0 skips fuzzing)
 #   QUILLO_LABELS  a ctest label regex to run only some areas (default: all), e.g. "host|install"
 set -euo pipefail
@@ -49,6 +50,15 @@ cmake -S . -B build/asan -G Ninja -DCMAKE_BUILD_TYPE=Debug \
     -DQUILLO_FUZZ=ON -DQUILLO_BENCH=OFF >/dev/null
 cmake --build build/asan -j "$jobs"
 ASAN_OPTIONS=detect_leaks=1:abort_on_error=0 UBSAN_OPTIONS=print_stacktrace=1 run_ctest build/asan "sanitized"
+
+echo "== Windows build (MinGW-w64), tests under Wine"
+cmake -S . -B build/win32 -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+    -DCMAKE_TOOLCHAIN_FILE=cmake/toolchain-mingw64.cmake >/dev/null
+cmake --build build/win32 -j "$jobs"
+# shellcheck source=scripts/wine-env.sh
+source scripts/wine-env.sh build/win32
+run_ctest build/win32 "windows"
+wine_env_stop
 
 if [ "$fuzz_seconds" -gt 0 ]; then
     echo "== fuzzing, $fuzz_seconds s per target"
