@@ -3,6 +3,8 @@
 #include "nimbit/utils/wide_string_win32.h"
 
 #include <algorithm>
+#include <atomic>
+#include <string>
 #include <vector>
 
 #include <windows.h>
@@ -248,12 +250,33 @@ uint64_t map_granularity() {
 }
 
 bool replace_file(const file_path& from, const file_path& to) {
-    return MoveFileExW(widen(from.to_string()).c_str(), widen(to.to_string()).c_str(),
+    const std::wstring target = widen(to.to_string());
+    // Windows refuses to replace a read-only file; so do we everywhere (Wine would replace it).
+    const DWORD attributes = GetFileAttributesW(target.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY)) {
+        SetLastError(ERROR_ACCESS_DENIED);
+        return false;
+    }
+    return MoveFileExW(widen(from.to_string()).c_str(), target.c_str(),
                        MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH);
 }
 
+// A file still open or mapped elsewhere is only marked for deletion and keeps its name until the
+// last handle goes, so a file made anew under that name would fail. Renamed aside first, the name
+// is free at once, as unlink leaves it on POSIX; the old file goes when its last user lets it go.
 bool delete_file(const file_path& path) {
-    return !path.empty() && DeleteFileW(widen(path.to_string()).c_str());
+    if (path.empty())
+        return false;
+    static std::atomic<unsigned> counter{0};
+    const std::wstring name = widen(path.to_string());
+    const std::wstring aside =
+        name + L".~del" + std::to_wstring(GetCurrentProcessId()) + L"." + std::to_wstring(counter++);
+    if (!MoveFileExW(name.c_str(), aside.c_str(), 0))
+        return DeleteFileW(name.c_str());
+    if (DeleteFileW(aside.c_str()))
+        return true;
+    MoveFileExW(aside.c_str(), name.c_str(), 0);
+    return false;
 }
 
 make_result make_one_folder(const file_path& path) {

@@ -6,10 +6,26 @@ namespace nimbit {
 
 namespace {
 
+#if defined(_WIN32)
+constexpr std::string_view separators = "/\\";
+#else
+constexpr std::string_view separators = "/";
+#endif
+
+bool is_separator(char c) {
+    return separators.find(c) != std::string_view::npos;
+}
+
 std::string_view without_trailing_slash(std::string_view s) {
-    if (!s.empty() && s.back() == '/')
+    if (!s.empty() && is_separator(s.back()))
         s.remove_suffix(1);
     return s;
+}
+
+// "C:" before the separator: the parent is the drive's root, which keeps its separator.
+bool is_drive(std::string_view s) {
+    return separators.size() > 1 && s.size() == 2 && s[1] == ':' &&
+           ((s[0] >= 'A' && s[0] <= 'Z') || (s[0] >= 'a' && s[0] <= 'z'));
 }
 
 } // namespace
@@ -18,10 +34,10 @@ file_path file_path::append(const file_path& other) const {
     if (other.text.empty())
         return *this;
     std::string_view tail = other.text;
-    if (tail.front() == '/')
+    if (is_separator(tail.front()))
         tail.remove_prefix(1);
     std::string out = text;
-    if (!out.empty() && out.back() != '/')
+    if (!out.empty() && !is_separator(out.back()))
         out += '/';
     out += tail;
     return file_path(std::move(out));
@@ -38,7 +54,7 @@ std::string file_path::extension() const {
     const auto dot = text.rfind('.');
     if (dot == std::string::npos)
         return {};
-    const auto slash = text.rfind('/');
+    const auto slash = text.find_last_of(separators);
     if (slash != std::string::npos && slash > dot)
         return {};
     return text.substr(dot + 1);
@@ -46,7 +62,7 @@ std::string file_path::extension() const {
 
 std::string file_path::leaf(bool keep_extension) const {
     std::string_view s = without_trailing_slash(text);
-    const auto slash = s.rfind('/');
+    const auto slash = s.find_last_of(separators);
     if (slash != std::string_view::npos)
         s.remove_prefix(slash + 1);
     if (!keep_extension) {
@@ -59,9 +75,11 @@ std::string file_path::leaf(bool keep_extension) const {
 
 file_path file_path::stem() const {
     std::string_view s = without_trailing_slash(text);
-    const auto slash = s.rfind('/');
+    const auto slash = s.find_last_of(separators);
     if (slash == std::string_view::npos)
         return {};
+    if (is_drive(s.substr(0, slash)))
+        return file_path(s.substr(0, slash + 1));
     return file_path(s.substr(0, slash));
 }
 

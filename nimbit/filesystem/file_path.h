@@ -6,6 +6,11 @@
 namespace nimbit {
 
 // A UTF-8 path with "/" separators, held by value. Every operation returns a new path.
+//
+// On Windows too the code builds paths with "/", which every W function accepts; paths the system
+// hands back (known folders, final paths) are turned to "/" where they enter (fix_separator). A
+// path given with "\" still splits right there: extension, leaf and stem take either separator on
+// Windows, and the parent of a drive's top folder ("C:/x") is the drive's root "C:/".
 class file_path {
 public:
     file_path() = default;

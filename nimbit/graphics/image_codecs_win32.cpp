@@ -7,6 +7,8 @@
 #include <objbase.h>
 #include <wincodec.h>
 
+#include <zlib.h>
+
 #include <cstring>
 #include <new>
 
@@ -203,17 +205,43 @@ void jpeg_options(IPropertyBag2* properties) {
     write_option(properties, L"JpegYCrCbSubsampling", subsampling);
 }
 
+uint32_t read_be32(const unsigned char* p) {
+    return (uint32_t(p[0]) << 24) | (uint32_t(p[1]) << 16) | (uint32_t(p[2]) << 8) | uint32_t(p[3]);
+}
+
+// The system's decoder does not look at the chunks' checksums: every chunk up to the end chunk must
+// lie within the bytes and carry its own. Sets alpha when the file has an alpha channel or a
+// transparent colour.
+bool png_chunks_intact(const unsigned char* bytes, size_t size, bool& alpha) {
+    alpha = (bytes[25] & 4) != 0; // colour types 4 and 6
+    for (size_t at = 8; at + 12 <= size;) {
+        const size_t length = read_be32(bytes + at);
+        if (length > size - at - 12)
+            return false;
+        const unsigned char* type = bytes + at + 4;
+        if (crc32(crc32(0, nullptr, 0), type, static_cast<uInt>(length + 4)) != read_be32(type + 4 + length))
+            return false;
+        if (std::memcmp(type, "tRNS", 4) == 0)
+            alpha = true;
+        if (std::memcmp(type, "IEND", 4) == 0)
+            return true;
+        at += length + 12;
+    }
+    return false;
+}
+
 } // namespace
 
 bool decode_png(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
     static const unsigned char signature[8] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
+    bool alpha = true;
     const bool ok = bytes && size >= 33 && std::memcmp(bytes, signature, 8) == 0 &&
-                    detail::png_structure_plausible(bytes, size) &&
+                    detail::png_structure_plausible(bytes, size) && png_chunks_intact(bytes, size, alpha) &&
                     decode(GUID_ContainerFormatPng, bytes, size, max_pixels, 0, out, nullptr);
     if (!ok)
         out = {};
     else
-        out.alpha = true;
+        out.alpha = alpha;
     return ok;
 }
 
