@@ -217,10 +217,8 @@ TEST(Win32Packs, PlantedLinksAreNeverFollowed) {
     const std::pair<const char*, bool> planted[] = {
         {"junction/target", junction}, {"folder_link/target", links}, {"file_link", links}};
     // clang-format on
-    for (const auto& [name, made] : planted) {
-        if (made)
-            EXPECT_EQ(unpack(pack_of(name, "x"), dest), nimpacker::cannot_create_file) << name;
-    }
+    for (const auto& [name, made] : planted)
+        EXPECT_TRUE(!made || unpack(pack_of(name, "x"), dest) == nimpacker::cannot_create_file) << name;
     EXPECT_EQ(read_text(outside.append("target")), "keep");
     EXPECT_TRUE(nimbit::remove_dir(dest));
     EXPECT_EQ(read_text(outside.append("target")), "keep");
