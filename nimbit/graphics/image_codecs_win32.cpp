@@ -59,15 +59,17 @@ void swap_red_blue(unsigned char* pixels, size_t count) {
         std::swap(pixels[0], pixels[2]);
 }
 
-// The width of the smallest eighth of the full size that is still at least min_width wide, as a
-// JPG decoder that scales in its DCT would pick it.
-UINT reduced_width(UINT width, int min_width) {
-    for (UINT eighths = 1; eighths < 8; ++eighths) {
-        const UINT w = (width * eighths + 7) / 8;
-        if (w >= UINT(min_width))
-            return w;
-    }
-    return width;
+// The smallest eighth of the full size (1 to 8) still at least min_width wide, as a JPG decoder that
+// scales in its DCT picks it; sides are rounded up as it rounds them.
+UINT reduced_eighths(UINT width, int min_width) {
+    for (UINT eighths = 1; eighths < 8; ++eighths)
+        if ((uint64_t(width) * eighths + 7) / 8 >= uint64_t(min_width))
+            return eighths;
+    return 8;
+}
+
+UINT scaled(UINT side, UINT eighths) {
+    return static_cast<UINT>((uint64_t(side) * eighths + 7) / 8);
 }
 
 bool decode(const GUID& container, const unsigned char* bytes, size_t size, unsigned long long max_pixels,
@@ -92,8 +94,9 @@ bool decode(const GUID& container, const unsigned char* bytes, size_t size, unsi
     IWICBitmapSource* source = frame.get();
     UINT out_width = width, out_height = height;
     com_ptr<IWICBitmapScaler> scaler;
-    if (min_width > 0 && (out_width = reduced_width(width, min_width)) < width) {
-        out_height = std::max<UINT>(1, static_cast<UINT>((uint64_t(height) * out_width + width / 2) / width));
+    if (const UINT eighths = min_width > 0 ? reduced_eighths(width, min_width) : 8; eighths < 8) {
+        out_width = scaled(width, eighths);
+        out_height = scaled(height, eighths);
         if (FAILED(factory->CreateBitmapScaler(scaler.put())) ||
             FAILED(scaler->Initialize(frame.get(), out_width, out_height, WICBitmapInterpolationModeFant)))
             return false;
