@@ -1,5 +1,6 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_stats.h"
+#include "nimbit/filesystem/known_folders.h"
 #include "nimbit/filesystem/nimpacker.h"
 #include "nimbit/filesystem/write_file_atomic.h"
 #include "nimbit/graphics/image_decoder.h"
@@ -115,6 +116,18 @@ TEST(Win32FilePath, DriveLettersAndBackslashesSplitLikeSlashes) {
     // clang-format on
     for (size_t i = 0; i < std::size(cases); ++i)
         EXPECT_EQ(cases[i].first, cases[i].second) << "case " << i;
+}
+
+// Without overrides the known folders come from the system, with "/" separators like every path.
+TEST(Win32KnownFolders, SystemFoldersExistAndUseSlashes) {
+    for (const char* name : {"QUILLO_USER_DATA_DIR", "QUILLO_COMMON_DATA_DIR", "QUILLO_DOCS_DIR"})
+        unset_env(name);
+    for (const file_path& folder :
+         {nimbit::get_user_data_path(), nimbit::get_common_data_path(), nimbit::get_docs_data_path()}) {
+        EXPECT_TRUE(folder.to_string().size() > 3 && folder.to_string().find('\\') == std::string::npos &&
+                    file_stats(folder).type == 1)
+            << folder.to_string();
+    }
 }
 
 // Names outside ASCII reach the system as UTF-16 and come back as the same UTF-8 everywhere.
