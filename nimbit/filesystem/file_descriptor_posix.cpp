@@ -233,7 +233,7 @@ bool replace_file(const file_path& from, const file_path& to) {
 }
 
 bool delete_file(const file_path& path) {
-    return !path.empty() && ::unlink(path.c_str()) == 0;
+    return !path.empty() && std::remove(path.c_str()) == 0;
 }
 
 make_result make_one_folder(const file_path& path) {
