@@ -21,7 +21,7 @@
 #include <unistd.h>
 #endif
 
-inline std::filesystem::path native(const nimbit::file_path& path) {
+inline std::filesystem::path native_path(const nimbit::file_path& path) {
     const std::string& text = path.to_string();
     return std::filesystem::path(std::u8string(text.begin(), text.end()));
 }
@@ -41,7 +41,7 @@ public:
                     .fix_separator()
                     .append(nimbit::file_path("quillo-test-" + std::to_string(random())));
             std::error_code error;
-            if (std::filesystem::create_directory(native(candidate), error))
+            if (std::filesystem::create_directory(native_path(candidate), error))
                 root = candidate;
         }
 #else
@@ -72,11 +72,11 @@ private:
 // Small whole-file helpers for checking results. Paths go to the streams as UTF-8, which Windows
 // would otherwise read in its ANSI code page.
 inline bool write_text(const nimbit::file_path& path, const std::string& text) {
-    std::ofstream out(native(path), std::ios::binary);
+    std::ofstream out(native_path(path), std::ios::binary);
     return out && out.write(text.data(), static_cast<std::streamsize>(text.size())).flush();
 }
 inline std::string read_text(const nimbit::file_path& path) {
-    std::ifstream in(native(path), std::ios::binary);
+    std::ifstream in(native_path(path), std::ios::binary);
     return {std::istreambuf_iterator<char>(in), {}};
 }
 inline std::vector<unsigned char> read_bytes(const nimbit::file_path& path) {
