@@ -168,7 +168,7 @@ public:
         h.bV5GreenMask = 0x0000FF00;
         h.bV5BlueMask = 0x000000FF;
         h.bV5AlphaMask = 0xFF000000;
-        h.bV5CSType = LCS_sRGB;
+        h.bV5CSType = 0x73524742; // LCS_sRGB, spelled out: the header writes it as a multi-character constant
         h.bV5Intent = LCS_GM_IMAGES;
         const size_t row = size_t(size.x) * 4;
         h.bV5SizeImage = static_cast<DWORD>(row * size_t(size.y));
