@@ -19,9 +19,9 @@ TEST(Win32Window, ReportsTheFrameItWasGivenWithTheClientAreaInsideIt) {
         uint32_t style;
         bool framed;
     };
-    for (auto [style, framed] : {row{nimbit::ui::window_style_borderless, false},
-                                 row{nimbit::ui::window_style_titled, true},
-                                 row{nimbit::ui::window_style_titled | nimbit::ui::window_style_resizable, true}}) {
+    for (auto [style, framed] :
+         {row{nimbit::ui::window_style_borderless, false}, row{nimbit::ui::window_style_titled, true},
+          row{nimbit::ui::window_style_titled | nimbit::ui::window_style_resizable, true}}) {
         SCOPED_TRACE(style);
         nimbit::ui::window w;
         probe_widget root{{0.2f, 0.2f, 0.2f, 1}};
@@ -63,11 +63,15 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
     ASSERT_TRUE(wait_for([&] { return w.is_shown(); }));
     const HWND hwnd = native(w).get_hwnd();
     const ivec4 client = w.get_client_rect();
-    auto at = [](int x, int y) { return static_cast<LPARAM>(MAKELPARAM(x, y)); };
+    auto at = [](int x, int y) {
+        return static_cast<LPARAM>(MAKELPARAM(x, y));
+    };
     child.focus();
 
     const uint32_t no_char = 0xFFFFFFFFu;
-    auto raw = [](int key, uint32_t ch) { return nimbit::ui::pack_pair(key, static_cast<int32_t>(ch)); };
+    auto raw = [](int key, uint32_t ch) {
+        return nimbit::ui::pack_pair(key, static_cast<int32_t>(ch));
+    };
     struct row {
         UINT message;
         WPARAM wparam;
