@@ -136,6 +136,23 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
     pump(0.05);
     EXPECT_EQ(child.data_of(event_type::key_char), (values{0xD83D, 0xDE00, 'z'}));
 
+    // The keyboard's state is polled (as the host's shortcut chord is): Alt is Command, Control
+    // stays Control. (Wine 8 reports a right Shift sent by SendInput as neither of the two.)
+    for (auto [vk, query] : {std::pair{VK_LMENU, int(nimbit::ui::keyboard::command)},
+                             {VK_LCONTROL, int(nimbit::ui::keyboard::control)},
+                             {VK_LSHIFT, int(nimbit::ui::keyboard::shift)}}) {
+        INPUT press[2] = {};
+        press[0].type = press[1].type = INPUT_KEYBOARD;
+        press[0].ki.wVk = press[1].ki.wVk = static_cast<WORD>(vk);
+        press[0].ki.wScan = press[1].ki.wScan = static_cast<WORD>(MapVirtualKeyW(vk, MAPVK_VK_TO_VSC));
+        press[1].ki.dwFlags = KEYEVENTF_KEYUP;
+        ASSERT_EQ(SendInput(1, &press[0], sizeof(INPUT)), 1u);
+        EXPECT_TRUE(wait_for([q = query] { return nimbit::ui::keyboard::is_key_down(q); })) << vk;
+        EXPECT_FALSE(nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::option)) << vk;
+        ASSERT_EQ(SendInput(1, &press[1], sizeof(INPUT)), 1u);
+        EXPECT_TRUE(wait_for([q = query] { return !nimbit::ui::keyboard::is_key_down(q); })) << vk;
+    }
+
     // Names come from the keyboard layout.
     for (auto [code, name] : {std::pair{0, "A"}, {49, "Space"}, {96, "F5"}, {-5, ""}, {100000, ""}})
         EXPECT_EQ(nimbit::ui::keyboard::get_key_name(code), name) << code;
