@@ -463,9 +463,27 @@ void win32_drawer::draw_rect_gradient(const ivec4& rect, const vec4& from, const
     fill_gradient(path, rect, from, to, o);
 }
 
+// Solid frames and straight lines are filled as rectangles rather than stroked: Wine's GDI+ strokes
+// pens without the pixel offset (a line through pixel centres lands a pixel right and below, and a
+// frame loses its right and bottom edges to the clip), while its fills sit where Windows puts them.
 void win32_drawer::draw_rect_border(const ivec4& rect) {
-    if (!painting || rect.w <= 0 || rect.h <= 0)
+    if (!painting || rect.w <= 0 || rect.h <= 0 || pen_width <= 0)
         return;
+    if (pen_kind == pen_style::solid) {
+        // The frame lies inside the rectangle.
+        const REAL w = std::min({pen_width, rect.w / 2.0f, rect.h / 2.0f});
+        SolidBrush b(pen);
+        const RectF sides[] = {
+            {REAL(rect.x), REAL(rect.y), REAL(rect.w), w},
+            {REAL(rect.x), rect.y + rect.h - w, REAL(rect.w), w},
+            {REAL(rect.x), rect.y + w, w, rect.h - 2 * w},
+            {rect.x + rect.w - w, rect.y + w, w, rect.h - 2 * w},
+        };
+        for (const RectF& side : sides)
+            if (side.Width > 0 && side.Height > 0)
+                graphics->FillRectangle(&b, side);
+        return;
+    }
     // The frame lies inside the rectangle: the path runs half a pen width in from the edge.
     const REAL half = pen_width / 2;
     GraphicsPath path;
@@ -474,8 +492,20 @@ void win32_drawer::draw_rect_border(const ivec4& rect) {
 }
 
 void win32_drawer::draw_line(_vec2<int> from, _vec2<int> to) {
-    if (!painting)
+    if (!painting || pen_width <= 0)
         return;
+    if (pen_kind == pen_style::solid && (from.x == to.x || from.y == to.y)) {
+        // A row or column of pixels, as long as the line, centred on the pixels it runs through.
+        SolidBrush b(pen);
+        const REAL across = 0.5f - pen_width / 2;
+        if (from.y == to.y)
+            graphics->FillRectangle(&b, RectF(REAL(std::min(from.x, to.x)), from.y + across,
+                                              REAL(std::max(std::abs(to.x - from.x), 1)), pen_width));
+        else
+            graphics->FillRectangle(&b, RectF(from.x + across, REAL(std::min(from.y, to.y)), pen_width,
+                                              REAL(std::abs(to.y - from.y))));
+        return;
+    }
     // Pixel centres, so that a one-pixel line covers one row of pixels rather than two halves.
     GraphicsPath path;
     path.AddLine(from.x + 0.5f, from.y + 0.5f, to.x + 0.5f, to.y + 0.5f);

@@ -112,6 +112,9 @@ TEST(Win32Drawer, ShapesImagesAndTextLandInTheirColoursInTheBackBufferAndOnScree
             d.clear({0, 0, 0, 1});
             d.set_brush_color({0.9f, 0.1f, 0.1f, 1});
             d.draw_rect({20, 30, 40, 20});
+            d.set_pen_color({1, 1, 1, 1}, 1);
+            d.draw_rect_border({70, 45, 20, 10});
+            d.draw_line({200, 50}, {230, 50});
             d.get_native().draw_image({100, 10, 40, 30}, *image, {}, false);
             d.get_native().draw_image({150, 10, 40, 30}, *image, {0, 0, 40, 15},
                                       false); // the top half, stretched
@@ -137,6 +140,21 @@ TEST(Win32Drawer, ShapesImagesAndTextLandInTheirColoursInTheBackBufferAndOnScree
                            {20, 29, black},
                            {20, 50, black}})
         EXPECT_TRUE(looks(back, x, y, c)) << x << "," << y;
+    // A one-pixel frame lies on the rectangle's edge pixels; a line covers one row.
+    const vec4 white{1, 1, 1, 1};
+    for (auto [x, y, c] : {std::tuple{70, 45, white},
+                           {89, 54, white},
+                           {89, 45, white},
+                           {70, 54, white},
+                           {71, 46, black},
+                           {90, 54, black},
+                           {70, 55, black},
+                           {200, 50, white},
+                           {229, 50, white},
+                           {230, 50, black},
+                           {215, 49, black},
+                           {215, 51, black}})
+        EXPECT_TRUE(looks(back, x, y, c)) << "frame or line " << x << "," << y;
     EXPECT_TRUE(looks(back, 110, 15, {230 / 255.f, 10 / 255.f, 10 / 255.f, 1}, 0.05f));
     EXPECT_TRUE(looks(back, 110, 35, {20 / 255.f, 10 / 255.f, 220 / 255.f, 1}, 0.05f));
     EXPECT_TRUE(looks(back, 160, 35, {230 / 255.f, 10 / 255.f, 10 / 255.f, 1}, 0.05f));
