@@ -18,10 +18,13 @@ TEST(Win32Window, ReportsTheFrameItWasGivenWithTheClientAreaInsideIt) {
     struct row {
         uint32_t style;
         bool framed;
+        LONG_PTR ex_style; // popups stay off the taskbar, floating ones above the others
     };
-    for (auto [style, framed] :
-         {row{nimbit::ui::window_style_borderless, false}, row{nimbit::ui::window_style_titled, true},
-          row{nimbit::ui::window_style_titled | nimbit::ui::window_style_resizable, true}}) {
+    using namespace nimbit::ui;
+    for (auto [style, framed, ex_style] :
+         {row{window_style_borderless, false, WS_EX_TOOLWINDOW},
+          row{window_style_borderless | window_style_floating, false, WS_EX_TOOLWINDOW | WS_EX_TOPMOST},
+          row{window_style_titled, true, 0}, row{window_style_titled | window_style_resizable, true, 0}}) {
         SCOPED_TRACE(style);
         nimbit::ui::window w;
         probe_widget root{{0.2f, 0.2f, 0.2f, 1}};
@@ -50,6 +53,16 @@ TEST(Win32Window, ReportsTheFrameItWasGivenWithTheClientAreaInsideIt) {
         EXPECT_EQ(w.get_root().get_rect().w, after.w);
         EXPECT_EQ(w.get_root().get_rect().h, after.h);
         EXPECT_GT(w.get_native().get_dpi(), 0.0f);
+        const HWND hwnd = native(w).get_hwnd();
+        EXPECT_EQ(GetWindowLongPtrW(hwnd, GWL_EXSTYLE) & (WS_EX_TOOLWINDOW | WS_EX_TOPMOST), ex_style);
+        // Opacity through a layered window, dropped again at full opacity.
+        w.get_native().set_opacity(0.5f);
+        BYTE alpha = 0;
+        DWORD flags = 0;
+        ASSERT_TRUE(GetLayeredWindowAttributes(hwnd, nullptr, &alpha, &flags));
+        EXPECT_EQ(alpha, 128);
+        w.get_native().set_opacity(1.0f);
+        EXPECT_FALSE(GetWindowLongPtrW(hwnd, GWL_EXSTYLE) & WS_EX_LAYERED);
     }
 }
 
@@ -161,7 +174,10 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
 TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     nimbit::ui::window w;
     probe_widget root{{0.2f, 0.2f, 0.2f, 1}};
-    w.create("timers", {200, 200, 160, 90}, nimbit::ui::window_style_titled);
+    nimbit::ui::window parent;
+    parent.create("parent", {40, 40, 160, 90}, nimbit::ui::window_style_titled);
+    parent.show();
+    w.create("timers", {200, 200, 160, 90}, nimbit::ui::window_style_titled, &parent);
     root.create(w.get_root(), {0, 0, 160, 90});
     root.add_timer(7, 20, false);
     root.add_timer(8, 20, true);
@@ -193,6 +209,9 @@ TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     int ticks = 0;
     nimbit::ui::event_manager::instance().add_event(&root, &ticks, event_type::timer,
                                                     [&](const nimbit::ui::event_info& e) {
+                                                        // The parent takes no input meanwhile.
+                                                        if (IsWindowEnabled(native(parent).get_hwnd()))
+                                                            ticks = -100;
                                                         if (e.data == 2 && ++ticks == 3)
                                                             w.end_modal(42);
                                                         if (e.data == 3)
@@ -207,4 +226,5 @@ TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     root.add_timer(3, 30, true);
     EXPECT_EQ(w.show_modal(), 0);
     EXPECT_FALSE(w.is_modal());
+    EXPECT_TRUE(IsWindowEnabled(native(parent).get_hwnd()));
 }
