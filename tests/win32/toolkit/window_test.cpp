@@ -6,8 +6,11 @@
 #include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
+#include "nimbit/ui/native_popup_menu.h"
 
 #include <gtest/gtest.h>
+
+#include <thread>
 
 using namespace win32_test;
 using nimbit::ivec4;
@@ -227,4 +230,33 @@ TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     EXPECT_EQ(w.show_modal(), 0);
     EXPECT_FALSE(w.is_modal());
     EXPECT_TRUE(IsWindowEnabled(native(parent).get_hwnd()));
+}
+
+TEST(Win32Window, PopupMenusReturnTheChosenIdPlusOneOrZeroWhenDismissed) {
+    nimbit::ui::window w;
+    probe_widget root{{0.2f, 0.2f, 0.2f, 1}};
+    w.create("menu", {100, 100, 200, 150}, nimbit::ui::window_style_borderless);
+    root.create(w.get_root(), {0, 0, 200, 150});
+    w.show();
+    ASSERT_TRUE(wait_for([&] { return w.has_focus(); }));
+    const std::vector<nimbit::ui::menu_item> items = {{4, "Off", false, false, false, {}},
+                                                      {0, "", true, true, false, {}},
+                                                      {9, "Nine", false, true, true, {}}};
+    // The menu runs its own loop: the keys come from another thread once it is open. Up from nothing
+    // lands on the last item.
+    for (auto [keys, chosen] : {std::pair{std::vector<WORD>{VK_UP, VK_RETURN}, 10u}, {{VK_ESCAPE}, 0u}}) {
+        std::thread typist([keys = keys] {
+            Sleep(400);
+            for (WORD vk : keys) {
+                INPUT key[2] = {};
+                key[0].type = key[1].type = INPUT_KEYBOARD;
+                key[0].ki.wVk = key[1].ki.wVk = vk;
+                key[1].ki.dwFlags = KEYEVENTF_KEYUP;
+                SendInput(2, key, sizeof(INPUT));
+                Sleep(100);
+            }
+        });
+        EXPECT_EQ(nimbit::ui::create_native_popup_menu()->show(w.get_native(), {20, 20}, items, 0), chosen);
+        typist.join();
+    }
 }
