@@ -3,6 +3,7 @@
 #include "nimbit/graphics/image_decoder.h"
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/ui/win32/native_bitmap.h"
+#include "nimbit/ui/win32/win32_util.h"
 #include "nimbit/utils/wide_string_win32.h"
 
 #include <cstring>
@@ -20,12 +21,20 @@ UINT png_format() {
     return format;
 }
 
+// The clipboard's owner: a hidden message-only window (data set while no window owns the
+// clipboard may be refused).
+HWND clipboard_owner() {
+    static const HWND owner = CreateWindowExW(0, L"STATIC", L"", 0, 0, 0, 0, 0, HWND_MESSAGE, nullptr,
+                                              win32::this_module(), nullptr);
+    return owner;
+}
+
 // The clipboard is shared: another program may hold it for a moment.
 class open_clipboard {
 public:
     open_clipboard() {
         for (int attempt = 0; attempt < 10 && !open; ++attempt) {
-            open = OpenClipboard(nullptr) != FALSE;
+            open = OpenClipboard(clipboard_owner()) != FALSE;
             if (!open)
                 Sleep(5);
         }

@@ -11,7 +11,8 @@
 // The Win32 platform window: one window class for the module, a window procedure that translates
 // messages into toolkit events for the owning window (through native_window_events) and catches
 // everything, so that nothing throws into the system. Timers are window timers under their native id;
-// a modal session is a nested message loop.
+// a modal session is a nested message loop. Files cannot be dragged out yet (begin_file_drag keeps
+// the base's false: no OLE drag source).
 
 namespace nimbit::ui::win32 {
 
