@@ -20,6 +20,7 @@ namespace win32 {
 namespace {
 
 constexpr wchar_t class_name[] = L"NimbitWindow";
+constexpr wchar_t shadow_class_name[] = L"NimbitShadowWindow";
 
 LRESULT CALLBACK window_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lparam) {
     if (message == WM_NCCREATE) {
@@ -40,17 +41,22 @@ LRESULT CALLBACK window_proc(HWND hwnd, UINT message, WPARAM wparam, LPARAM lpar
     }
 }
 
-// One class for every window of the module, registered the first time a window is made.
-bool register_class() {
+// The module's window classes, registered the first time a window is made: one for every window,
+// and its twin with a drop shadow for borderless popups (the shadow is a class style).
+bool register_classes() {
     static const bool registered = [] {
-        WNDCLASSEXW wc{};
-        wc.cbSize = sizeof wc;
-        wc.style = CS_DBLCLKS; // double clicks arrive as such
-        wc.lpfnWndProc = window_proc;
-        wc.hInstance = this_module();
-        wc.hCursor = nullptr; // set over the client area in WM_SETCURSOR
-        wc.lpszClassName = class_name;
-        return RegisterClassExW(&wc) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS;
+        bool ok = true;
+        for (const wchar_t* name : {class_name, shadow_class_name}) {
+            WNDCLASSEXW wc{};
+            wc.cbSize = sizeof wc;
+            wc.style = CS_DBLCLKS | (name == shadow_class_name ? CS_DROPSHADOW : 0u); // double clicks as such
+            wc.lpfnWndProc = window_proc;
+            wc.hInstance = this_module();
+            wc.hCursor = nullptr; // set over the client area in WM_SETCURSOR
+            wc.lpszClassName = name;
+            ok = ok && (RegisterClassExW(&wc) != 0 || GetLastError() == ERROR_CLASS_ALREADY_EXISTS);
+        }
+        return ok;
     }();
     return registered;
 }
@@ -88,7 +94,7 @@ win32_window::~win32_window() {
 }
 
 void win32_window::create(std::string_view title, const ivec4& frame, uint32_t style, native_window* parent) {
-    if (hwnd || !register_class())
+    if (hwnd || !register_classes())
         return;
     start_gdiplus();
     if (style & window_style_borderless) {
@@ -105,9 +111,10 @@ void win32_window::create(std::string_view title, const ivec4& frame, uint32_t s
     if (style & window_style_floating)
         ex_style_bits |= WS_EX_TOPMOST;
     const auto* above = dynamic_cast<win32_window*>(parent);
-    hwnd = CreateWindowExW(ex_style_bits, class_name, widen(title).c_str(), style_bits, frame.x, frame.y,
-                           std::max(frame.w, 1), std::max(frame.h, 1), above ? above->hwnd : nullptr, nullptr,
-                           this_module(), this);
+    const bool shadow = (style & window_style_borderless) && !(style & window_style_no_shadow);
+    hwnd = CreateWindowExW(ex_style_bits, shadow ? shadow_class_name : class_name, widen(title).c_str(),
+                           style_bits, frame.x, frame.y, std::max(frame.w, 1), std::max(frame.h, 1),
+                           above ? above->hwnd : nullptr, nullptr, this_module(), this);
     if (!hwnd)
         return;
     RECT client{};
