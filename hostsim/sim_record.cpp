@@ -1,11 +1,14 @@
 #include "hostsim/sim_record.h"
 
 #include "hostsim/sim_host.h"
+#include "hostsim/sim_platform.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
-#include <unistd.h>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 
 namespace hostsim {
 
@@ -157,13 +160,17 @@ std::string ProjectOutline(SimHost& host) {
 }
 
 bool WriteFileAtomically(const std::string& path, const std::string& text) {
-    const std::string temporary = path + ".tmp" + std::to_string(getpid());
-    FILE* file = std::fopen(temporary.c_str(), "wb");
-    if (file == nullptr)
-        return false;
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (std::fclose(file) != 0 || !written || std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
+    const std::filesystem::path target = U8Path(path), temporary = U8Path(path + ".tmp");
+    bool written;
+    {
+        std::ofstream file(temporary, std::ios::binary);
+        written = file && file.write(text.data(), static_cast<std::streamsize>(text.size())) && file.flush();
+    }
+    std::error_code ec;
+    if (written)
+        std::filesystem::rename(temporary, target, ec);
+    if (!written || ec) {
+        std::filesystem::remove(temporary, ec);
         return false;
     }
     return true;
