@@ -1,5 +1,6 @@
 #include "nimbit/filesystem/file_operations.h"
 
+#include "nimbit/filesystem/file_descriptor.h"
 #include "nimbit/filesystem/file_path.h"
 
 #include <fcntl.h>
@@ -17,9 +18,9 @@ bool set_file_dates(const file_path& path, int64_t /*created*/, int64_t modified
     return ::utimensat(AT_FDCWD, path.c_str(), times, 0) == 0;
 }
 
-bool set_file_dates(int fd, int64_t /*created*/, int64_t modified) {
+bool set_file_dates(const file_descriptor& file, int64_t /*created*/, int64_t modified) {
     const timespec times[2] = {{0, UTIME_OMIT}, {static_cast<time_t>(modified), 0}};
-    return fd >= 0 && ::futimens(fd, times) == 0;
+    return file && ::futimens(file.get(), times) == 0;
 }
 
 } // namespace nimbit

@@ -1,5 +1,6 @@
 #include "nimbit/filesystem/file_operations.h"
 
+#include "nimbit/filesystem/file_descriptor.h"
 #include "nimbit/filesystem/file_path.h"
 
 #import <Foundation/Foundation.h>
@@ -34,9 +35,10 @@ bool set_file_dates(const file_path &path, int64_t created, int64_t modified) {
     }
 }
 
-bool set_file_dates(int fd, int64_t created, int64_t modified) {
-    if (fd < 0)
+bool set_file_dates(const file_descriptor &file, int64_t created, int64_t modified) {
+    if (!file)
         return false;
+    const int fd = file.get();
     // The creation date goes through the descriptor's attribute list, the modification date
     // through futimens, which leaves the access time alone.
     attrlist attributes{};

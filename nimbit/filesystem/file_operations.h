@@ -5,11 +5,13 @@
 
 namespace nimbit {
 
+class file_descriptor;
 class file_path;
 
 // Free file operations. None of them throws; each reports success.
 
-// Creates the folder and every missing parent (permissions 0777 before the umask). An existing
+// Creates the folder and every missing parent (permissions 0777 before the umask, where there are
+// permission bits). An existing
 // folder is success; an existing file of that name is not.
 bool make_dir(const file_path& path);
 // Deletes the folder and everything below it. Symbolic links are removed, never followed: a link
@@ -31,6 +33,6 @@ bool copy_dir(const file_path& from, const file_path& to);
 // Sets the creation and modification dates (seconds since the epoch) where the platform can.
 bool set_file_dates(const file_path& path, int64_t created, int64_t modified);
 // The same for a file open for writing, so that no path is looked up again.
-bool set_file_dates(int fd, int64_t created, int64_t modified);
+bool set_file_dates(const file_descriptor& file, int64_t created, int64_t modified);
 
 } // namespace nimbit

@@ -1,38 +1,30 @@
 #include "nimbit/filesystem/folder_iterator.h"
 
+#include "nimbit/filesystem/folder_listing.h"
+
 #include <deque>
 #include <string>
-
-#include <dirent.h>
-#include <sys/stat.h>
 
 namespace nimbit {
 
 struct folder_iterator::walk_state {
     file_path root;
     bool recursive = false;
-    DIR* dir = nullptr;
+    folder_listing listing;
     file_path folder;              // the folder being read: root joined with its relative path
     std::deque<file_path> pending; // sub-folders met but not opened yet, breadth-first
-
-    ~walk_state() {
-        if (dir)
-            ::closedir(dir);
-    }
+    std::string name;
 
     bool open(const file_path& path) {
-        if (dir)
-            ::closedir(dir);
         folder = path;
-        dir = ::opendir(path.empty() ? "." : path.c_str());
-        return dir != nullptr;
+        return listing.open(path);
     }
 };
 
 namespace {
 
-bool is_dot_entry(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
+bool is_dot_entry(const std::string& name) {
+    return name == "." || name == "..";
 }
 
 } // namespace
@@ -57,16 +49,11 @@ folder_iterator& folder_iterator::operator++() {
     if (!state)
         return *this;
     for (;;) {
-        if (const dirent* entry = ::readdir(state->dir)) {
-            current.path = state->folder.append(file_path(entry->d_name));
-            bool is_folder = entry->d_type == DT_DIR;
-            if (entry->d_type == DT_UNKNOWN) {
-                // Some file systems leave the type to a separate status call.
-                struct stat st;
-                is_folder = ::lstat(current.path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
-            }
+        bool is_folder = false;
+        if (state->listing.next(state->name, is_folder)) {
+            current.path = state->folder.append(file_path(state->name));
             current.is_folder = is_folder;
-            if (is_folder && state->recursive && !is_dot_entry(entry->d_name))
+            if (is_folder && state->recursive && !is_dot_entry(state->name))
                 state->pending.push_back(current.path);
             return *this;
         }

@@ -2,6 +2,8 @@
 
 #include "nimbit/filesystem/file_path.h"
 
+#include <optional>
+#include <string>
 #include <string_view>
 
 namespace nimbit {
@@ -13,6 +15,9 @@ namespace nimbit {
 // environment variables QUILLO_USER_DATA_DIR, QUILLO_COMMON_DATA_DIR, QUILLO_DOCS_DIR and
 // QUILLO_SHARED_DOCS_DIR replace them outright, so tests and packaged installs never touch the
 // real home.
+
+// On Windows the known folders stand in: Roaming AppData for application data, ProgramData for
+// machine-wide data, Documents and Public Documents; the same variables replace them.
 
 // The user's application-support folder.
 file_path get_user_data_path();
@@ -31,5 +36,13 @@ file_path get_docs_data_path(std::string_view product, std::string_view variable
 // mode 0: the environment variable's value when set, else the machine-wide data folder;
 // mode 1: the user's data folder; mode 2: the machine-wide data folder.
 file_path get_common_data_path(std::string_view variable, int mode);
+
+// The per-platform pieces under the modes above (Linux and Windows; the Mac file keeps its own).
+namespace detail {
+// An environment variable's value as UTF-8; nothing when it is unset.
+std::optional<std::string> environment(std::string_view name);
+// The documents folder shared by all users (mode 2), before QUILLO_SHARED_DOCS_DIR is looked at.
+file_path shared_docs_path();
+} // namespace detail
 
 } // namespace nimbit

@@ -1,8 +1,6 @@
 #include "nimbit/filesystem/known_folders.h"
 
-#include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <string>
 
 #include <pwd.h>
@@ -35,27 +33,6 @@ file_path under_home(const char* relative) {
     return home.empty() ? file_path() : home.append(file_path(relative));
 }
 
-struct file_closer {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
-
-// The product settings of the machine-wide folder: lines of key=value; "AssetsPath" is the one read.
-std::string read_assets_path(const file_path& settings) {
-    std::unique_ptr<std::FILE, file_closer> file(std::fopen(settings.c_str(), "rb"));
-    if (!file)
-        return {};
-    constexpr std::string_view key = "AssetsPath=";
-    char line[4096];
-    while (std::fgets(line, sizeof line, file.get())) {
-        std::string_view text = line;
-        while (!text.empty() && (text.back() == '\n' || text.back() == '\r'))
-            text.remove_suffix(1);
-        if (text.substr(0, key.size()) == key)
-            return std::string(text.substr(key.size()));
-    }
-    return {};
-}
-
 } // namespace
 
 file_path get_user_data_path() {
@@ -80,40 +57,22 @@ file_path get_docs_data_path() {
     return under_home("Documents");
 }
 
-file_path get_docs_data_path(std::string_view product, std::string_view variable, int mode) {
-    if (mode == 0) {
-        const file_path common = get_common_data_path();
-        if (!common.empty() && !product.empty()) {
-            std::string assets =
-                read_assets_path(common.append(file_path("Tarvelo")).append(file_path(product)));
-            if (assets.size() > 1)
-                return file_path(std::move(assets));
-        }
-        if (!variable.empty())
-            if (const char* value = std::getenv(std::string(variable).c_str()))
-                return file_path(value);
-        return get_docs_data_path();
-    }
-    if (mode == 2) {
-        if (std::string dir = env("QUILLO_SHARED_DOCS_DIR"); !dir.empty())
-            return file_path(std::move(dir));
-        // The folder that holds the users' homes, then Shared, then the documents folder's name.
-        const file_path users = home_folder().stem();
-        const file_path docs = get_docs_data_path();
-        if (users.empty() || docs.empty())
-            return {};
-        return users.append(file_path("Shared")).append(file_path(docs.leaf(true)));
-    }
-    return get_docs_data_path();
+namespace detail {
+
+std::optional<std::string> environment(std::string_view name) {
+    const char* value = std::getenv(std::string(name).c_str());
+    return value ? std::optional<std::string>(value) : std::nullopt;
 }
 
-file_path get_common_data_path(std::string_view variable, int mode) {
-    if (mode == 1)
-        return get_user_data_path();
-    if (mode == 0 && !variable.empty())
-        if (const char* value = std::getenv(std::string(variable).c_str()))
-            return file_path(value);
-    return get_common_data_path();
+file_path shared_docs_path() {
+    // The folder that holds the users' homes, then Shared, then the documents folder's name.
+    const file_path users = home_folder().stem();
+    const file_path docs = get_docs_data_path();
+    if (users.empty() || docs.empty())
+        return {};
+    return users.append(file_path("Shared")).append(file_path(docs.leaf(true)));
 }
+
+} // namespace detail
 
 } // namespace nimbit

@@ -8,17 +8,12 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <zlib.h>
 
 namespace nimbit {
@@ -27,11 +22,6 @@ namespace {
 
 constexpr size_t chunk = 16384;
 constexpr size_t file_record_tail = 28; // size, compressed length, offset, two dates
-
-struct file_closer {
-    void operator()(std::FILE* f) const { std::fclose(f); }
-};
-using unique_file = std::unique_ptr<std::FILE, file_closer>;
 
 uint32_t read_u32(const unsigned char* p) {
     return uint32_t(p[0]) | uint32_t(p[1]) << 8 | uint32_t(p[2]) << 16 | uint32_t(p[3]) << 24;
@@ -53,7 +43,8 @@ void put_u64(std::string& out, uint64_t v) {
 
 // Splits a record's path into the names to walk down from the destination, dropping "." ones.
 // Refused: absolute paths, ".." and empty components, NUL bytes (which would cut the name short on
-// its way to the system), and a path that names the destination itself.
+// its way to the system), a path that names the destination itself, and names the platform would
+// read as something else (on Windows "\\", ":", device names).
 bool split_relative_path(std::string_view name, std::vector<std::string>& parts) {
     parts.clear();
     if (name.empty() || name.front() == '/' || name.find('\0') != std::string_view::npos)
@@ -66,8 +57,11 @@ bool split_relative_path(std::string_view name, std::vector<std::string>& parts)
         const std::string_view part = name.substr(start, slash - start);
         if (part.empty() || part == "..")
             return false;
-        if (part != ".")
+        if (part != ".") {
             parts.emplace_back(part);
+            if (!name_is_portable(parts.back()))
+                return false;
+        }
         start = slash + 1;
     }
     return !parts.empty();
@@ -79,10 +73,10 @@ bool split_relative_path(std::string_view name, std::vector<std::string>& parts)
 class pack_source {
 public:
     pack_source(const unsigned char* data, uint64_t size) : data(data), total(size) {}
-    explicit pack_source(int fd) : fd(fd), window(new unsigned char[window_size]) {
-        struct stat st;
-        if (::fstat(fd, &st) == 0 && st.st_size > 0)
-            total = static_cast<uint64_t>(st.st_size);
+    explicit pack_source(const file_descriptor& file) : file(&file), window(new unsigned char[window_size]) {
+        file_facts facts;
+        if (describe(file, facts))
+            total = facts.size;
     }
 
     uint64_t size() const { return total; }
@@ -95,10 +89,10 @@ public:
             return true;
         }
         if (n > window_size)
-            return read_fully(pos, out, n);
+            return read_at(*file, pos, out, n);
         if (pos < window_pos || pos + n > window_pos + window_length) {
             const size_t length = static_cast<size_t>(std::min<uint64_t>(window_size, total - pos));
-            if (!read_fully(pos, window.get(), length))
+            if (!read_at(*file, pos, window.get(), length))
                 return false;
             window_pos = pos;
             window_length = length;
@@ -110,23 +104,8 @@ public:
 private:
     static constexpr size_t window_size = 65536;
 
-    bool read_fully(uint64_t pos, void* out, size_t n) const {
-        auto* p = static_cast<unsigned char*>(out);
-        while (n > 0) {
-            const ssize_t got = ::pread(fd, p, n, static_cast<off_t>(pos));
-            if (got < 0 && errno == EINTR)
-                continue;
-            if (got <= 0)
-                return false;
-            p += got;
-            pos += static_cast<uint64_t>(got);
-            n -= static_cast<size_t>(got);
-        }
-        return true;
-    }
-
     const unsigned char* data = nullptr;
-    int fd = -1;
+    const file_descriptor* file = nullptr;
     uint64_t total = 0;
     std::unique_ptr<unsigned char[]> window;
     mutable uint64_t window_pos = 0;
@@ -210,42 +189,26 @@ unsigned read_tables(const pack_source& pack, on_folder_t on_folder, on_file_t o
     return nimpacker::success;
 }
 
-// Opens the folder below base that parts name, making missing ones when asked, and returns its
-// descriptor: base itself when there are no parts, else one held by holder; -1 on failure. Every
-// step is relative to the folder before it and never follows a link, so a link planted in the
-// destination, or swapped in while unpacking, ends the walk instead of leading outside.
-int open_folder(int base, const std::string* part, const std::string* end, bool create,
-                file_descriptor& holder) {
-    constexpr int flags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-    int folder = base;
-    for (; folder >= 0 && part != end; ++part) {
-        int next = ::openat(folder, part->c_str(), flags);
-        if (next < 0 && errno == ENOENT && create &&
-            (::mkdirat(folder, part->c_str(), 0777) == 0 || errno == EEXIST))
-            next = ::openat(folder, part->c_str(), flags);
-        holder = file_descriptor(next);
-        folder = next;
+// Opens the folder below base that parts name, making missing ones when asked: base itself when
+// there are no parts, else the one holder holds; null on failure. Every step is relative to the
+// folder before it and never follows a link (see held_folder).
+const held_folder* open_folder(const held_folder& base, const std::string* part, const std::string* end,
+                               bool create, held_folder& holder) {
+    const held_folder* folder = &base;
+    for (; part != end; ++part) {
+        held_folder next;
+        if (!open_child_folder(*folder, *part, create, next))
+            return nullptr;
+        holder = std::move(next);
+        folder = &holder;
     }
     return folder;
-}
-
-// Opens name in folder for writing, emptied. Only a plain file of a single name is taken: not a
-// link, nor a hard link whose other name may lie outside the destination, nor a pipe or device.
-// O_NONBLOCK keeps a pipe without a reader from blocking the open; on a plain file it does nothing.
-file_descriptor create_file(int folder, const std::string& name) {
-    file_descriptor file(
-        ::openat(folder, name.c_str(), O_WRONLY | O_CREAT | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC, 0666));
-    struct stat st;
-    if (!file || ::fstat(file.get(), &st) != 0 || !S_ISREG(st.st_mode) || st.st_nlink > 1 ||
-        (st.st_size > 0 && ::ftruncate(file.get(), 0) != 0))
-        return file_descriptor();
-    return file;
 }
 
 // Inflates a record's stream into out. The stream must inflate to exactly the record's size: more
 // is a damaged pack (or one made to fill the disk) and is caught before anything past the size is
 // written.
-unsigned inflate_to(const pack_source& pack, const file_record& record, int out) {
+unsigned inflate_to(const pack_source& pack, const file_record& record, const file_descriptor& out) {
     if (record.compressed == 0)
         return record.size == 0 ? nimpacker::success : nimpacker::corrupt_stream;
     z_stream stream{};
@@ -322,8 +285,8 @@ unsigned unpack(const pack_source& pack, const file_path& destination, uint64_t 
         has_folders ? nimpacker::cannot_create_folder : nimpacker::cannot_create_file;
     if (has_folders && !make_dir(destination))
         return cannot_open;
-    const file_descriptor root(::open(destination.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!root)
+    held_folder root;
+    if (!open_root_folder(destination, root))
         return cannot_open;
 
     // The second reading writes. A pack file changed in between is held to the same limit.
@@ -331,8 +294,8 @@ unsigned unpack(const pack_source& pack, const file_path& destination, uint64_t 
     return read_tables(
         pack,
         [&](const std::vector<std::string>& path) {
-            file_descriptor folder;
-            return open_folder(root.get(), path.data(), path.data() + path.size(), true, folder) >= 0
+            held_folder folder;
+            return open_folder(root, path.data(), path.data() + path.size(), true, folder)
                        ? nimpacker::success
                        : nimpacker::cannot_create_folder;
         },
@@ -340,16 +303,16 @@ unsigned unpack(const pack_source& pack, const file_path& destination, uint64_t 
             if (!budget.take(record.size))
                 return nimpacker::pack_too_large;
             const std::vector<std::string>& path = record.path;
-            file_descriptor holder;
-            const int folder =
-                open_folder(root.get(), path.data(), path.data() + path.size() - 1, false, holder);
-            file_descriptor out = folder >= 0 ? create_file(folder, path.back()) : file_descriptor();
+            held_folder holder;
+            const held_folder* folder =
+                open_folder(root, path.data(), path.data() + path.size() - 1, false, holder);
+            file_descriptor out = folder ? create_plain_file(*folder, path.back()) : file_descriptor();
             if (!out)
                 return nimpacker::cannot_create_file;
-            if (const unsigned code = inflate_to(pack, record, out.get()); code != nimpacker::success)
+            if (const unsigned code = inflate_to(pack, record, out); code != nimpacker::success)
                 return code;
-            set_file_dates(out.get(), record.created, record.modified);
-            return out.close() == 0 ? nimpacker::success : nimpacker::write_failed;
+            set_file_dates(out, record.created, record.modified);
+            return out.close() ? nimpacker::success : nimpacker::write_failed;
         });
 }
 
@@ -377,8 +340,9 @@ pack_listing list_tree(const file_path& source) {
 }
 
 // Deflates the file at path onto the end of out; sets the bytes read and the compressed length.
-unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& plain, uint64_t& compressed) {
-    unique_file in(std::fopen(path.c_str(), "rb"));
+unsigned deflate_from(const file_path& path, const file_descriptor& out, uint64_t& plain,
+                      uint64_t& compressed) {
+    const file_descriptor in = open_for_reading(path);
     if (!in)
         return nimpacker::cannot_read_file;
     z_stream stream{};
@@ -391,11 +355,12 @@ unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& plain, ui
     plain = compressed = 0;
     int flush = Z_NO_FLUSH;
     do {
-        const size_t n = std::fread(input, 1, chunk, in.get());
-        if (std::ferror(in.get()))
+        const int64_t got = read_up_to(in, plain, input, chunk);
+        if (got < 0)
             return nimpacker::cannot_read_file;
+        const size_t n = static_cast<size_t>(got);
         plain += n;
-        flush = std::feof(in.get()) ? Z_FINISH : Z_NO_FLUSH;
+        flush = n < chunk ? Z_FINISH : Z_NO_FLUSH;
         stream.next_in = input;
         stream.avail_in = static_cast<uInt>(n);
         do {
@@ -404,7 +369,7 @@ unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& plain, ui
             if (deflate(&stream, flush) == Z_STREAM_ERROR)
                 return nimpacker::deflater_failed;
             const size_t produced = chunk - stream.avail_out;
-            if (produced > 0 && std::fwrite(window, 1, produced, out) != produced)
+            if (produced > 0 && !write_all(out, window, produced))
                 return nimpacker::pack_write_failed;
             compressed += produced;
         } while (stream.avail_out == 0);
@@ -414,10 +379,10 @@ unsigned deflate_from(const file_path& path, std::FILE* out, uint64_t& plain, ui
 
 std::string temporary_name(const file_path& target) {
     static std::atomic<unsigned> counter{0};
-    return target.to_string() + ".~" + std::to_string(::getpid()) + "." + std::to_string(counter++);
+    return target.to_string() + ".~" + std::to_string(process_id()) + "." + std::to_string(counter++);
 }
 
-unsigned write_pack(const file_path& source, const pack_listing& listing, std::FILE* out) {
+unsigned write_pack(const file_path& source, const pack_listing& listing, const file_descriptor& out) {
     std::string table;
     put_u32(table, nimpacker::magic);
     put_u32(table, static_cast<uint32_t>(listing.folders.size()));
@@ -431,7 +396,7 @@ unsigned write_pack(const file_path& source, const pack_listing& listing, std::F
         table.append(4 + file.size() + file_record_tail, '\0');
     if (table.size() > UINT32_MAX)
         return nimpacker::pack_too_large;
-    if (std::fwrite(table.data(), 1, table.size(), out) != table.size())
+    if (!write_all(out, table.data(), table.size()))
         return nimpacker::pack_write_failed;
 
     // The data blocks follow the tables in file order; the records are filled in as they are known.
@@ -456,8 +421,7 @@ unsigned write_pack(const file_path& source, const pack_listing& listing, std::F
         put_u64(records, static_cast<uint64_t>(stats.modified));
         offset += compressed;
     }
-    if (::fseeko(out, static_cast<off_t>(file_table), SEEK_SET) != 0 ||
-        std::fwrite(records.data(), 1, records.size(), out) != records.size())
+    if (!write_at(out, file_table, records.data(), records.size()))
         return nimpacker::pack_write_failed;
     return nimpacker::success;
 }
@@ -471,28 +435,29 @@ unsigned nimpacker::pack_files(const file_path& source_folder, const file_path& 
         return cannot_create_pack;
     const pack_listing listing = list_tree(source_folder);
 
-    const std::string temp = temporary_name(pack_file);
-    std::FILE* out = std::fopen(temp.c_str(), "wb");
+    const file_path temp(temporary_name(pack_file));
+    bool exists = false;
+    file_descriptor out = create_new_file(temp, exists);
     if (!out)
         return cannot_create_pack;
     unsigned code = write_pack(source_folder, listing, out);
-    if (code == success && (std::fflush(out) != 0 || ::fsync(::fileno(out)) != 0))
+    if (code == success && !sync_file(out))
         code = pack_write_failed;
-    if (std::fclose(out) != 0 && code == success)
+    if (!out.close() && code == success)
         code = pack_write_failed;
-    if (code == success && std::rename(temp.c_str(), pack_file.c_str()) != 0)
+    if (code == success && !replace_file(temp, pack_file))
         code = cannot_create_pack;
     if (code != success)
-        std::remove(temp.c_str());
+        delete_file(temp);
     return code;
 }
 
 unsigned nimpacker::unpack_files(const file_path& pack_file, const file_path& destination,
                                  uint64_t size_limit) {
-    const file_descriptor in(::open(pack_file.c_str(), O_RDONLY | O_CLOEXEC));
+    const file_descriptor in = open_for_reading(pack_file);
     if (!in)
         return cannot_open_pack;
-    return unpack(pack_source(in.get()), destination, size_limit);
+    return unpack(pack_source(in), destination, size_limit);
 }
 
 unsigned nimpacker::unpack_files(const unsigned char* data, unsigned long size, const file_path& destination,

@@ -2,13 +2,10 @@
 
 #include "nimbit/filesystem/file_path.h"
 
-#include <atomic>
-#include <cerrno>
-#include <string>
+#include "nimbit/filesystem/file_descriptor.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <atomic>
+#include <string>
 
 namespace nimbit {
 
@@ -17,31 +14,7 @@ namespace {
 // A name beside the target that no other writer in this or another process picks at the same time.
 std::string temporary_name(const file_path& target) {
     static std::atomic<unsigned> counter{0};
-    return target.to_string() + ".~" + std::to_string(::getpid()) + "." + std::to_string(counter++);
-}
-
-bool write_all(int fd, const unsigned char* data, size_t size) {
-    while (size > 0) {
-        const ssize_t n = ::write(fd, data, size);
-        if (n < 0) {
-            if (errno == EINTR)
-                continue;
-            return false;
-        }
-        data += n;
-        size -= static_cast<size_t>(n);
-    }
-    return true;
-}
-
-// Makes the rename itself durable. Failing here loses nothing, so the result is not checked.
-void sync_folder(const file_path& target) {
-    file_path folder = target.stem();
-    const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (fd >= 0) {
-        ::fsync(fd);
-        ::close(fd);
-    }
+    return target.to_string() + ".~" + std::to_string(process_id()) + "." + std::to_string(counter++);
 }
 
 } // namespace
@@ -50,28 +23,27 @@ bool write_file_atomic(const file_path& path, const void* data, size_t size) {
     if (path.empty() || (data == nullptr && size > 0))
         return false;
     std::string temp;
-    int fd = -1;
-    for (int attempt = 0; attempt < 16 && fd < 0; ++attempt) {
+    file_descriptor file;
+    for (int attempt = 0; attempt < 16 && !file; ++attempt) {
         temp = temporary_name(path);
-        fd = ::open(temp.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (fd < 0 && errno != EEXIST)
+        bool exists = false;
+        file = create_new_file(file_path(temp), exists);
+        if (!file && !exists)
             return false;
     }
-    if (fd < 0)
+    if (!file)
         return false;
 
-    struct stat existing;
-    if (::stat(path.c_str(), &existing) == 0)
-        ::fchmod(fd, existing.st_mode & 07777);
-
-    bool ok = write_all(fd, static_cast<const unsigned char*>(data), size) && ::fsync(fd) == 0;
-    ok = ::close(fd) == 0 && ok;
-    ok = ok && ::rename(temp.c_str(), path.c_str()) == 0;
+    copy_permissions(path, file);
+    bool ok = write_all(file, data, size) && sync_file(file);
+    ok = file.close() && ok;
+    // The rename replaces the target whole, or fails and leaves it as it was (on Windows also
+    // when the target is read-only or held open without sharing).
+    ok = ok && replace_file(file_path(temp), path);
     if (!ok) {
-        ::unlink(temp.c_str());
+        delete_file(file_path(temp));
         return false;
     }
-    sync_folder(path);
     return true;
 }
 

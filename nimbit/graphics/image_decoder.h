@@ -4,6 +4,7 @@
 #include "nimbit/graphics/vec.h"
 
 #include <cstddef>
+#include <cstdint>
 
 // PNG and JPG decoding into plain pixels. No UI backend is involved, so any thread may decode.
 
@@ -26,5 +27,14 @@ bool decode_jpeg_reduced(const unsigned char* bytes, size_t size, unsigned long 
 // reduced as with decode_jpeg_reduced; full_size gets the picture's own size either way.
 bool decode_image(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out,
                   int min_width = 0, _vec2<int>* full_size = nullptr);
+
+// Checks of the file structure made before any pixel is decoded, shared by the decoders of every
+// platform.
+namespace detail {
+// An end chunk near the end, and no more raw pixel data claimed than the size can inflate to.
+bool png_structure_plausible(const unsigned char* bytes, size_t size);
+// An end marker near the end.
+bool jpeg_has_end(const unsigned char* bytes, size_t size);
+} // namespace detail
 
 } // namespace nimbit::graphics

@@ -1,5 +1,6 @@
 #include "nimbit/utils/mapped_cache.h"
 
+#include "nimbit/filesystem/file_descriptor.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/utils/memory_map.h"
 
@@ -11,12 +12,8 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
-#include <fcntl.h>
 #include <list>
 #include <mutex>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
 #include <unordered_map>
 #include <vector>
 
@@ -118,7 +115,7 @@ struct mapped_cache::impl {
     // the whole header file.
     std::vector<bool> slot_used;
 
-    int lock_fd = -1;
+    file_descriptor lock;
     bool locked = false;
     // The change counter as it stood when the key map was last made to agree with the header.
     uint64_t seen_changes = 0;
@@ -154,42 +151,30 @@ struct mapped_cache::impl {
     // The lock file is opened with the cache and kept until it is closed. A read-only cache does
     // not make one; without it, it reads unlocked and relies on the length checks alone.
     void open_lock() {
-        const int flags = (read_only ? O_RDONLY : O_RDWR | O_CREAT) | O_CLOEXEC | O_NONBLOCK;
-        lock_fd = ::open(lock_path.c_str(), flags, 0666);
-        struct stat st {};
-        if (lock_fd >= 0 && (::fstat(lock_fd, &st) != 0 || !S_ISREG(st.st_mode)))
-            close_lock();
-        else if (lock_fd >= 0 && !read_only)
-            ::fchmod(lock_fd, 0666); // other users' hosts must be able to lock it too; failure is harmless
+        lock = open_regular_file(lock_path, !read_only, 0666);
+        if (lock && !read_only)
+            set_permissions(lock, 0666); // other users' hosts must be able to lock it too
     }
 
-    void close_lock() {
-        if (lock_fd >= 0)
-            ::close(lock_fd);
-        lock_fd = -1;
-    }
+    void close_lock() { lock.close(); }
 
     void acquire() {
-        if (lock_fd < 0 && (status == cache_status::loaded || status == cache_status::ready))
+        if (!lock && (status == cache_status::loaded || status == cache_status::ready))
             open_lock();
-        if (lock_fd < 0)
+        if (!lock)
             return;
-        int result;
-        do
-            result = ::flock(lock_fd, read_only ? LOCK_SH : LOCK_EX);
-        while (result != 0 && errno == EINTR);
-        locked = result == 0;
+        locked = lock_file(lock, read_only);
     }
 
     void release() {
         if (locked && changed) {
             seen_changes = read_changes() + 1;
-            const ssize_t written = ::pwrite(lock_fd, &seen_changes, 8, 0);
-            (void)written; // a counter that cannot be written leaves others with the sizes checks
+            // A counter that cannot be written leaves others with the sizes checks.
+            write_at(lock, 0, &seen_changes, 8);
         }
         changed = false;
         if (locked)
-            ::flock(lock_fd, LOCK_UN);
+            unlock_file(lock);
         locked = false;
         if (status == cache_status::closed)
             close_lock();
@@ -197,7 +182,7 @@ struct mapped_cache::impl {
 
     uint64_t read_changes() const {
         uint64_t count = 0;
-        if (lock_fd >= 0 && ::pread(lock_fd, &count, 8, 0) != 8)
+        if (lock && !read_at(lock, 0, &count, 8))
             count = 0;
         return count;
     }
@@ -229,7 +214,7 @@ struct mapped_cache::impl {
     bool check_cache() {
         if (!locked && !read_only) {
             // A cache that cannot keep other processes out must not write.
-            if (lock_fd < 0 && (status == cache_status::loaded || status == cache_status::ready)) {
+            if (!lock && (status == cache_status::loaded || status == cache_status::ready)) {
                 drop();
                 status = cache_status::unavailable;
             }
@@ -369,8 +354,8 @@ struct mapped_cache::impl {
         // Deleted and made afresh rather than cut: another process's mapping of the old files
         // stays valid until it sees the change and opens the new ones.
         changed = true;
-        ::unlink(header_path.c_str());
-        ::unlink(data_path.c_str());
+        delete_file(header_path);
+        delete_file(data_path);
         header_map = std::make_unique<memory_map>(header_path, memory_map_access::read_write,
                                                   initial_header_size, true, true);
         if (!header_map->reserve(0, initial_header_size))
@@ -613,8 +598,8 @@ void mapped_cache::clear(bool close) {
     // A read-only cache leaves the disk as it found it. The lock file stays: a process that holds
     // it open must keep locking the same file as one that opens it afresh.
     if (!self->read_only) {
-        ::unlink(self->header_path.c_str());
-        ::unlink(self->data_path.c_str());
+        delete_file(self->header_path);
+        delete_file(self->data_path);
         self->changed = true;
     }
 }

@@ -2,50 +2,29 @@
 
 #include "nimbit/filesystem/file_path.h"
 
-#include <cerrno>
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 namespace nimbit {
 
-namespace {
-
-bool fits_off_t(uint64_t value) {
-    return value <= static_cast<uint64_t>(INT64_MAX);
-}
-
-} // namespace
-
 uint64_t memory_map::page_size() {
-    static const uint64_t page = [] {
-        const long p = ::sysconf(_SC_PAGESIZE);
-        return p > 0 ? static_cast<uint64_t>(p) : uint64_t{4096};
-    }();
-    return page;
+    return map_granularity();
 }
 
 memory_map::memory_map(const file_path& path, memory_map_access access, uint64_t size, bool deferred,
                        bool truncate)
     : access(access) {
-    // O_NONBLOCK keeps a FIFO planted at the path from blocking the open; only regular files are used.
-    const int flags = (writable() ? O_RDWR | O_CREAT : O_RDONLY) | O_CLOEXEC | O_NONBLOCK;
-    fd = ::open(path.c_str(), flags, 0777);
-    if (fd < 0)
-        return;
-    struct stat st {};
-    if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
+    // Only regular files are used; a pipe or device planted at the path is refused without blocking.
+    file = open_regular_file(path, writable(), 0777);
+    file_facts facts;
+    if (!file || !describe(file, facts)) {
         end_map();
         return;
     }
     was_opened = true;
     if (writable())
-        ::fchmod(fd, 0777); // the umask must not narrow what the creator asked for; failure is harmless
-    const uint64_t present = static_cast<uint64_t>(st.st_size);
+        set_permissions(file, 0777); // the umask must not narrow what the creator asked for
+    const uint64_t present = facts.size;
     length = (size != 0 || (writable() && truncate)) ? size : present;
     if (writable() && (present < length || truncate)) {
-        if (!fits_off_t(length) || ::ftruncate(fd, static_cast<off_t>(length)) != 0) {
+        if (!set_file_length(file, length)) {
             end_map();
             return;
         }
@@ -65,109 +44,82 @@ memory_map::~memory_map() {
     end_map();
 }
 
-void memory_map::unmap_view() {
+void memory_map::drop_view() {
     if (view)
-        ::munmap(view, size_of_view);
+        unmap_view(view, size_of_view);
     view = nullptr;
     offset_of_view = 0;
     size_of_view = 0;
 }
 
 uint64_t memory_map::remap(uint64_t offset, uint64_t size) {
-    unmap_view();
+    drop_view();
     const uint64_t page = page_size();
     const uint64_t start = offset - offset % page;
-    if (fd < 0 || size == 0) {
+    if (!file || size == 0) {
         end_map();
         return start;
     }
     // The file may have changed length under us (another process, a damaged disk); look again so
     // that the view never reaches past its end.
     current_size();
-    if (fd < 0 || offset > length || size > length - offset) {
+    if (!file || offset > length || size > length - offset) {
         end_map();
         return start;
     }
     const uint64_t span = size + (offset - start);
-    const int prot = writable() ? PROT_READ | PROT_WRITE : PROT_READ;
-    void* p = ::mmap(nullptr, span, prot, MAP_SHARED, fd, static_cast<off_t>(start));
-    if (p == MAP_FAILED) {
+    view = map_view(file, start, span, writable());
+    if (!view) {
         end_map();
         return start;
     }
-    view = static_cast<unsigned char*>(p);
     offset_of_view = start;
     size_of_view = span;
     return start;
 }
 
 uint64_t memory_map::current_size() {
-    struct stat st {};
-    if (fd >= 0 && ::fstat(fd, &st) == 0)
-        length = static_cast<uint64_t>(st.st_size);
+    file_facts facts;
+    if (describe(file, facts))
+        length = facts.size;
     return length;
 }
 
 bool memory_map::same_file(const file_path& path) const {
-    struct stat open_file {
-    }, named{};
-    return fd >= 0 && ::fstat(fd, &open_file) == 0 && ::stat(path.c_str(), &named) == 0 &&
-           open_file.st_dev == named.st_dev && open_file.st_ino == named.st_ino;
+    const file_descriptor named = open_for_reading(path);
+    file_facts open_file, named_file;
+    return describe(file, open_file) && describe(named, named_file) &&
+           open_file.device == named_file.device && open_file.inode == named_file.inode;
 }
 
 void memory_map::end_map() {
-    unmap_view();
-    if (fd >= 0)
-        ::close(fd);
-    fd = -1;
+    drop_view();
+    file.close();
     length = 0;
 }
 
 bool memory_map::resize(uint64_t new_length) {
-    if (fd < 0 || !writable() || !fits_off_t(new_length))
+    if (!file || !writable())
         return false;
-    unmap_view();
-    if (::ftruncate(fd, static_cast<off_t>(new_length)) != 0)
+    drop_view();
+    if (!set_file_length(file, new_length))
         return false;
     length = new_length;
     return true;
 }
 
 bool memory_map::write(uint64_t offset, const void* bytes, uint64_t size) {
-    if (fd < 0 || !writable() || !fits_off_t(offset) || offset > INT64_MAX - size)
-        return false;
-    const auto* from = static_cast<const unsigned char*>(bytes);
-    while (size > 0) {
-        const ssize_t done = ::pwrite(fd, from, size, static_cast<off_t>(offset));
-        if (done < 0 && errno == EINTR)
-            continue;
-        if (done <= 0)
-            return false;
-        from += done;
-        offset += static_cast<uint64_t>(done);
-        size -= static_cast<uint64_t>(done);
-    }
-    return true;
+    return file && writable() && size <= SIZE_MAX && write_at(file, offset, bytes, static_cast<size_t>(size));
 }
 
 bool memory_map::reserve(uint64_t offset, uint64_t size) {
-    if (fd < 0 || !writable() || !fits_off_t(offset) || !fits_off_t(size) || offset > INT64_MAX - size)
+    if (!file || !writable() || offset > UINT64_MAX - size)
         return false;
     if (size == 0)
         return true;
     if (offset + size > length)
         return false;
-#if defined(__linux__)
-    int err = 0;
-    do
-        err = ::posix_fallocate(fd, static_cast<off_t>(offset), static_cast<off_t>(size));
-    while (err == EINTR);
-    // A file system that cannot preallocate leaves the risk where it was; only a real lack of space
-    // or a write error refuses.
-    return err == 0 || err == EOPNOTSUPP || err == EINVAL;
-#else
-    return true;
-#endif
+    return reserve_space(file, offset, size);
 }
 
 } // namespace nimbit

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "nimbit/filesystem/file_descriptor.h"
+
 #include <cstdint>
 
 namespace nimbit {
@@ -23,7 +25,7 @@ public:
     memory_map(const memory_map&) = delete;
     memory_map& operator=(const memory_map&) = delete;
 
-    // Replaces the present view by one that starts at offset rounded down to the page size and
+    // Replaces the present view by one that starts at offset rounded down to page_size() and
     // covers [offset, offset + length); returns the rounded offset. The range must lie inside the
     // file: a view past the end would fault on access. On failure the map is ended (data() null).
     uint64_t remap(uint64_t offset, uint64_t length);
@@ -42,7 +44,7 @@ public:
 
     // Whether the file opened at construction (it may have been closed since).
     bool opened() const { return was_opened; }
-    bool is_open() const { return fd >= 0; }
+    bool is_open() const { return bool(file); }
     bool writable() const { return access == memory_map_access::read_write; }
     // The file's length as last set or seen.
     uint64_t size() const { return length; }
@@ -55,13 +57,15 @@ public:
     uint64_t view_offset() const { return offset_of_view; }
     uint64_t view_size() const { return size_of_view; }
 
+    // The alignment of a view's start: the page size on POSIX, the allocation granularity (64 KiB)
+    // on Windows.
     static uint64_t page_size();
 
 private:
-    void unmap_view();
+    void drop_view();
 
     memory_map_access access;
-    int fd = -1;
+    file_descriptor file;
     bool was_opened = false;
     uint64_t length = 0;
     unsigned char* view = nullptr;

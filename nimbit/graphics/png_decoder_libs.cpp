@@ -24,43 +24,6 @@ uint32_t read_be32(const unsigned char* p) {
     return (uint32_t(p[0]) << 24) | (uint32_t(p[1]) << 16) | (uint32_t(p[2]) << 8) | uint32_t(p[3]);
 }
 
-// Deflate cannot expand data by more than about 1032 times, so a file that claims more raw pixel
-// rows than its size can hold is damaged or truncated: refuse it before allocating for it.
-bool raw_size_plausible(const unsigned char* bytes, size_t size) {
-    if (size < 33)
-        return false;
-    const unsigned char* ihdr = bytes + 16; // signature (8), chunk length (4), "IHDR" (4)
-    const unsigned long long width = read_be32(ihdr), height = read_be32(ihdr + 4);
-    const unsigned bit_depth = ihdr[8], color_type = ihdr[9];
-    unsigned channels = 1;
-    switch (color_type) {
-    case 2:
-        channels = 3;
-        break;
-    case 4:
-        channels = 2;
-        break;
-    case 6:
-        channels = 4;
-        break;
-    default:
-        channels = 1;
-        break;
-    }
-    const unsigned long long row_bytes = (width * channels * bit_depth + 7) / 8 + 1;
-    const unsigned long long raw = row_bytes * height;
-    return raw <= static_cast<unsigned long long>(size) * 1100ull + 4096ull;
-}
-
-// libpng stops reading once it has the pixels, so a file cut after its image data, or with a
-// damaged end marker, would pass. Demand the end chunk, intact, near the end of the file.
-bool has_end_chunk(const unsigned char* bytes, size_t size) {
-    static const unsigned char iend[] = {0, 0, 0, 0, 'I', 'E', 'N', 'D', 0xAE, 0x42, 0x60, 0x82};
-    const size_t window = size < 65536 ? size : 65536;
-    const unsigned char* end = bytes + size;
-    return std::search(end - window, end, std::begin(iend), std::end(iend)) != end;
-}
-
 struct decompressor_free {
     void operator()(libdeflate_decompressor* d) const { libdeflate_free_decompressor(d); }
 };
@@ -189,8 +152,8 @@ direct decode_plain(const unsigned char* bytes, size_t size, rgba_image& out) {
 namespace {
 
 bool decode_any_png(const unsigned char* bytes, size_t size, unsigned long long max_pixels, rgba_image& out) {
-    if (!bytes || size < 33 || png_sig_cmp(bytes, 0, 8) != 0 || !has_end_chunk(bytes, size) ||
-        !raw_size_plausible(bytes, size) ||
+    if (!bytes || size < 33 || png_sig_cmp(bytes, 0, 8) != 0 ||
+        !detail::png_structure_plausible(bytes, size) ||
         !size_allowed(read_be32(bytes + 16), read_be32(bytes + 20), max_pixels))
         return false;
     if (const direct result = decode_plain(bytes, size, out); result != direct::not_plain)
