@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <system_error>
@@ -69,6 +70,27 @@ std::string DescribeResult(const TaggedData& value) {
     default:
         return "type " + std::to_string(value.type);
     }
+}
+
+ConsoleCall RunConsoleLine(SimHost& host, const std::string& line) {
+    const size_t space = line.find(' ');
+    ConsoleCall call{line.substr(0, space), 0, {}};
+    if (call.word.empty())
+        return call;
+    std::vector<TaggedData> args{ScriptString(call.word.c_str())};
+    const std::string rest = space == std::string::npos ? std::string() : line.substr(space + 1);
+    if (space != std::string::npos) {
+        char* end = nullptr;
+        const long number = std::strtol(rest.c_str(), &end, 10);
+        args.push_back(end != rest.c_str() && *end == '\0' ? ScriptInteger(static_cast<int32_t>(number))
+                                                           : ScriptString(rest.c_str()));
+    }
+    TaggedData result{};
+    call.status = host.ScriptExecute(args, result);
+    call.result = DescribeResult(result);
+    if (result.type == kTypeScript || result.type == kTypeString)
+        host.ScriptFreeMem(result.data.string);
+    return call;
 }
 
 std::string SessionRecord(SimHost& host, const SessionState& state) {
