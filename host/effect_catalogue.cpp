@@ -15,9 +15,8 @@ constexpr std::string_view PresetCategory = "Animation Preset";
 } // namespace
 
 nimbit::file_path EffectsPopup::GetAEPresetsPath() const {
-    // Executable -> MacOS -> Contents -> the application bundle -> the installation folder.
     nimbit::file_path folder(HostPlatform::ExecutablePath());
-    for (int i = 0; i < 4; ++i)
+    for (int i = 0; i < HostPlatform::PresetsFolderLevels(); ++i)
         folder = folder.stem();
     return folder.append("Presets");
 }
@@ -27,14 +26,12 @@ nimbit::file_path EffectsPopup::GetUserPresetsPath() const {
     if (const char* name = AeVersionFolderName(version)) {
         folder = folder.append(name);
     } else {
-        // A host newer than the table: the folder name comes from the bundle, "Adobe " dropped.
-        // With the usual bundle layout this climbs one level too few and names a folder that does
-        // not exist, so such hosts show no user presets; kept as it is, since users' folders of
-        // those versions were never read.
-        std::string executable = HostPlatform::ExecutablePath();
-        const size_t slash = executable.rfind('/');
-        executable = slash == std::string::npos ? std::string() : executable.substr(0, slash);
-        const std::string leaf = nimbit::file_path(executable).stem().leaf(true);
+        // A host newer than the table: the folder name is that of the executable's folder's folder,
+        // "Adobe " dropped. On Windows that is the installation ("Adobe After Effects 2030" holding
+        // "Support Files"). In the Mac's bundle it is "Contents", one level too few, which names a
+        // folder that does not exist, so such hosts show no user presets there; kept as it is,
+        // since users' folders of those versions were never read.
+        const std::string leaf = nimbit::file_path(HostPlatform::ExecutablePath()).stem().stem().leaf(true);
         folder = folder.append(leaf.size() >= 6 ? leaf.substr(6) : std::string());
     }
     return folder.append("User Presets");

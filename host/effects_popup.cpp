@@ -53,10 +53,16 @@ EffectsPopup::EffectsPopup(SPBasicSuite* basic, AEGP_PluginID pluginId, AeVersio
     : basic(basic), pluginId(pluginId), captureWriter(std::make_unique<CaptureWriter>()), version(version) {
     AEGP_SuiteHandler suites(basic);
     A_Boolean suppressed = 0;
-    if (AEGP_UtilitySuite5* utility = suites.UtilitySuite11())
+    AEGP_UtilitySuite5* utility = suites.UtilitySuite11();
+    if (utility != nullptr)
         utility->AEGP_GetSuppressInteractiveUI(&suppressed);
     if (suppressed)
         return; // a render-only host: the controller stays inert
+    // The window whose menu bar the Windows platform walks; a host may leave the function out.
+    void* mainWindow = nullptr;
+    if (utility != nullptr && utility->AEGP_GetMainHWND != nullptr &&
+        utility->AEGP_GetMainHWND(&mainWindow) == A_Err_NONE)
+        HostPlatform::SetMainWindow(mainWindow);
     if (AEGP_RegisterSuite5* reg = suites.RegisterSuite6()) {
         reg->AEGP_RegisterIdleHook(pluginId, IdleHookCallback, nullptr);
         reg->AEGP_RegisterDeathHook(pluginId, DeathHookCallback, nullptr);

@@ -18,4 +18,10 @@ std::string ExecutablePath() {
     return length > 0 ? std::string(buffer, static_cast<size_t>(length)) : std::string();
 }
 
+int PresetsFolderLevels() {
+    return 4;
+}
+
+void SetMainWindow(void* /*window*/) {}
+
 } // namespace HostPlatform

@@ -12,4 +12,10 @@ std::string ExecutablePath() {
     return buffer;
 }
 
+int PresetsFolderLevels() {
+    return 4;
+}
+
+void SetMainWindow(void* /*window*/) {}
+
 } // namespace HostPlatform

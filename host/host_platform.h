@@ -1,8 +1,9 @@
 #pragma once
 
 // What the controller asks of the platform it runs on. The menu and activity come from AppKit (on
-// macOS, and over GNUstep in the plug-in with real windows) or, in the command-line build, from the
-// loading process's NativeApplication table (see host/native_application.h).
+// macOS, and over GNUstep in the plug-in with real windows), from the host's main window on Windows
+// or, in the command-line build, from the loading process's NativeApplication table (see
+// host/native_application.h).
 
 #include <cstddef>
 #include <string>
@@ -10,8 +11,18 @@
 
 namespace HostPlatform {
 
-// The path of the running executable (the host's binary inside its application bundle).
+// The path of the running executable (the host's binary inside its application bundle), with "/"
+// separators.
 std::string ExecutablePath();
+
+// How many folders up from the executable the host keeps its Presets folder: out of
+// <name>.app/Contents/MacOS to the folder holding the bundle (4) on the Mac, whose layout the
+// simulated host copies; the executable's own folder, "Support Files", on Windows (1).
+int PresetsFolderLevels();
+
+// The host's main window, as the utility suite reports it at start-up: Windows reaches the host's
+// menu bar through it; the other platforms ignore it.
+void SetMainWindow(void* window);
 
 // Whether the host is the frontmost application.
 bool IsHostActive();

@@ -1,38 +1,27 @@
 #include "host/host_platform.h"
+#include "host/menu_title.h"
 
 #import <AppKit/AppKit.h>
 
 // The host's menu and activity through AppKit itself. Written for both the system frameworks and
-// GNUstep (compiled by g++ there): manual retain and release, index loops rather than fast
-// enumeration, no blocks.
+// GNUstep (compiled by g++ there): manual retain and release, index loops rather than fast enumeration, no
+// blocks.
 
 namespace {
 
-// The first item of menu titled title, or with prefix whose title begins with it, ignoring case; nil
-// when there is none.
-NSMenuItem *FindItem(NSMenu *menu, std::string_view title, bool prefix = false) {
-    NSString *wanted = nil;
-    // A title cut by the host may end inside a character: that character is left out.
-    for (size_t cut = 0; wanted == nil && cut <= (prefix ? 3u : 0u) && cut <= title.size(); ++cut)
-        wanted = [[NSString alloc] initWithBytes:title.data()
-                                          length:title.size() - cut
-                                        encoding:NSUTF8StringEncoding];
-    if (wanted == nil)
-        return nil;
-    NSMenuItem *found = nil;
-    const NSInteger count = [menu numberOfItems];
-    for (NSInteger i = 0; i < count && found == nil; ++i) {
-        NSMenuItem *item = [menu itemAtIndex:i];
-        NSString *itemTitle = [item title];
-        if (prefix ? [itemTitle length] >= [wanted length] &&
-                         [itemTitle compare:wanted
-                                    options:NSCaseInsensitiveSearch
-                                      range:NSMakeRange(0, [wanted length])] == NSOrderedSame
-                   : [itemTitle caseInsensitiveCompare:wanted] == NSOrderedSame)
-            found = item;
-    }
-    [wanted release];
-    return found;
+// The item of menu that HostPlatform::FindMenuTitle picks; nil when there is none. The titles' UTF-8
+// copies go with a pool of their own.
+NSMenuItem *FindItem(NSMenu *menu, std::string_view title, bool category) {
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    const int index = HostPlatform::FindMenuTitle(
+        static_cast<int>([menu numberOfItems]),
+        [menu](int i) -> std::string_view {
+            const char *text = [[[menu itemAtIndex:i] title] UTF8String];
+            return text != nullptr ? text : "";
+        },
+        title, category);
+    [pool drain];
+    return index >= 0 ? [menu itemAtIndex:index] : nil;
 }
 
 } // namespace
@@ -48,12 +37,10 @@ bool ChooseEffectMenuItem(std::string_view category, std::string_view name) {
     NSMenu *effectMenu = [[mainMenu itemAtIndex:5] submenu];
     if (effectMenu == nil)
         return false;
-    NSMenuItem *categoryItem = FindItem(effectMenu, category);
-    if (categoryItem == nil && category.size() >= CutCategoryLength)
-        categoryItem = FindItem(effectMenu, category, true);
+    NSMenuItem *categoryItem = FindItem(effectMenu, category, true);
     if (categoryItem == nil || ![categoryItem isEnabled] || ![categoryItem hasSubmenu])
         return false;
-    NSMenuItem *effect = FindItem([categoryItem submenu], name);
+    NSMenuItem *effect = FindItem([categoryItem submenu], name, false);
     if (effect == nil)
         return false;
     [NSApp sendAction:[effect action] to:[effect target] from:effect];

@@ -1,6 +1,6 @@
 #include "host/host_platform.h"
+#include "host/menu_title.h"
 #include "host/native_application.h"
-#include "nimbit/utils/string_utils.h"
 
 // The host's menu and activity through the loading process's table (host/native_application.h),
 // for the command-line build of the plug-in.
@@ -16,23 +16,17 @@ const NativeApplication* Application() {
     return app;
 }
 
-bool TitleMatches(const char* title, std::string_view wanted, bool prefix) {
-    if (title == nullptr)
-        return false;
-    const std::string lowered = nimbit::string_lower(title);
-    return prefix ? lowered.starts_with(nimbit::string_lower(wanted))
-                  : lowered == nimbit::string_lower(wanted);
-}
-
 NativeMenuItem* FindItem(const NativeApplication& app, NativeMenu* menu, std::string_view title,
-                         bool prefix = false) {
-    const int count = app.menu_item_count(menu);
-    for (int i = 0; i < count; ++i) {
-        NativeMenuItem* item = app.menu_item_at(menu, i);
-        if (item != nullptr && TitleMatches(app.item_title(item), title, prefix))
-            return item;
-    }
-    return nullptr;
+                         bool category) {
+    const int index = HostPlatform::FindMenuTitle(
+        app.menu_item_count(menu),
+        [&](int i) -> std::string_view {
+            NativeMenuItem* item = app.menu_item_at(menu, i);
+            const char* text = item != nullptr ? app.item_title(item) : nullptr;
+            return text != nullptr ? text : "";
+        },
+        title, category);
+    return index >= 0 ? app.menu_item_at(menu, index) : nullptr;
 }
 
 } // namespace
@@ -55,15 +49,13 @@ bool ChooseEffectMenuItem(std::string_view category, std::string_view name) {
     NativeMenu* effectMenu = effectItem != nullptr ? app->item_submenu(effectItem) : nullptr;
     if (effectMenu == nullptr)
         return false;
-    NativeMenuItem* categoryItem = FindItem(*app, effectMenu, category);
-    if (categoryItem == nullptr && category.size() >= CutCategoryLength)
-        categoryItem = FindItem(*app, effectMenu, category, true);
+    NativeMenuItem* categoryItem = FindItem(*app, effectMenu, category, true);
     if (categoryItem == nullptr || !app->item_enabled(categoryItem))
         return false;
     NativeMenu* categoryMenu = app->item_submenu(categoryItem);
     if (categoryMenu == nullptr)
         return false;
-    NativeMenuItem* effect = FindItem(*app, categoryMenu, name);
+    NativeMenuItem* effect = FindItem(*app, categoryMenu, name, false);
     if (effect == nullptr)
         return false;
     app->item_send_action(effect);

@@ -1,8 +1,5 @@
 #include "host/news_check.h"
-
-// The form interface is the one this check is written against; its deprecation notes do not apply.
-#define CURL_DISABLE_DEPRECATION 1
-#include <curl/curl.h>
+#include "host/news_transport.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -43,31 +40,8 @@ int32_t NewsAnswer::Count() const {
     return length == 1 || length == 2 ? std::atoi(buffer) : 0;
 }
 
-size_t NewsCheck::CurlCallback(void* data, size_t size, size_t count, void* self) {
-    const size_t n = size * count;
-    static_cast<NewsCheck*>(self)->answer.Append(data, n);
-    return n; // never abort the transfer
-}
-
 void NewsCheck::Check(long long time) {
     answer.Clear();
-
-    curl_httppost* form = nullptr;
-    curl_httppost* last = nullptr;
-    const std::string timeText = std::to_string(time);
-    curl_formadd(&form, &last, CURLFORM_COPYNAME, "updates", CURLFORM_COPYCONTENTS, "1", CURLFORM_END);
-    curl_formadd(&form, &last, CURLFORM_COPYNAME, "time", CURLFORM_COPYCONTENTS, timeText.c_str(),
-                 CURLFORM_END);
-
-    if (CURL* curl = curl_easy_init()) {
-        curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &NewsCheck::CurlCallback);
-        curl_easy_setopt(curl, CURLOPT_WRITEDATA, this);
-        curl_easy_setopt(curl, CURLOPT_HTTPPOST, form);
-        curl_easy_setopt(curl, CURLOPT_URL, url.c_str());
-        curl_easy_perform(curl); // a failed transfer leaves the answer empty
-        curl_easy_cleanup(curl);
-    }
-    curl_formfree(form);
-
+    PostNewsForm(url, {{"updates", "1"}, {"time", std::to_string(time)}}, answer);
     count.store(answer.Count(), std::memory_order_release);
 }

@@ -33,9 +33,6 @@ public:
     // -1 until a check has finished.
     int32_t GetCount() const { return count.load(std::memory_order_acquire); }
 
-    // libcurl's write callback: keeps at most 62 bytes; a longer answer is marked over-long.
-    static size_t CurlCallback(void* data, size_t size, size_t count, void* self);
-
     // The endpoint used by default: QUILLO_NEWS_URL from the environment when set, else the
     // vendor's server.
     static std::string DefaultUrl();

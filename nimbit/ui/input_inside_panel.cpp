@@ -22,8 +22,8 @@ event_manager& events() {
     return event_manager::instance();
 }
 
-bool is_word_char(wchar_t c) {
-    return c == L'_' || (c >= L'0' && c <= L'9') || (c >= L'A' && c <= L'Z') || (c >= L'a' && c <= L'z') ||
+bool is_word_char(char32_t c) {
+    return c == U'_' || (c >= U'0' && c <= U'9') || (c >= U'A' && c <= U'Z') || (c >= U'a' && c <= U'z') ||
            c > 0x7F;
 }
 } // namespace
@@ -76,8 +76,8 @@ void input_inside_panel::raise(event_type type, event_agent agent, unsigned long
 // --- text ---------------------------------------------------------------------------------------
 
 void input_inside_panel::set_text(std::string_view utf8, bool notify) {
-    std::wstring next = utf8_to_wide(utf8);
-    next.erase(std::remove(next.begin(), next.end(), L'\r'), next.end());
+    std::u32string next = utf8_to_wide(utf8);
+    next.erase(std::remove(next.begin(), next.end(), U'\r'), next.end());
     if (max_chars > 0 && next.size() > static_cast<size_t>(max_chars))
         next.resize(static_cast<size_t>(max_chars));
     text = std::move(next);
@@ -102,7 +102,7 @@ std::string input_inside_panel::get_selected_text() const {
         return {};
     const int start = std::min(caret, caret + selection);
     return wide_to_utf8(
-        std::wstring_view(text).substr(static_cast<size_t>(start), static_cast<size_t>(std::abs(selection))));
+        std::u32string_view(text).substr(static_cast<size_t>(start), static_cast<size_t>(std::abs(selection))));
 }
 
 void input_inside_panel::set_caret(int index, int selection_length) {
@@ -118,9 +118,9 @@ void input_inside_panel::select_whole_text() {
     make_caret_visible();
 }
 
-void input_inside_panel::insert_text(std::wstring inserted, bool notify, bool select_inserted,
+void input_inside_panel::insert_text(std::u32string inserted, bool notify, bool select_inserted,
                                      event_agent agent) {
-    inserted.erase(std::remove(inserted.begin(), inserted.end(), L'\r'), inserted.end());
+    inserted.erase(std::remove(inserted.begin(), inserted.end(), U'\r'), inserted.end());
     if (max_chars > 0) {
         const size_t room = text.size() < static_cast<size_t>(max_chars) ? max_chars - text.size() : 0;
         if (inserted.size() > room)
@@ -151,7 +151,7 @@ void input_inside_panel::erase_selected_text(bool notify) {
     erase_text(std::min(caret, caret + selection), std::abs(selection), notify);
 }
 
-void input_inside_panel::change_text(int index, int count, std::wstring_view inserted, bool record,
+void input_inside_panel::change_text(int index, int count, std::u32string_view inserted, bool record,
                                      bool notify, event_agent agent) {
     text.replace(static_cast<size_t>(index), static_cast<size_t>(count), inserted);
     // The caret stays behind an erased part and moves behind an inserted one.
@@ -220,8 +220,8 @@ void input_inside_panel::set_clipboard() {
 void input_inside_panel::get_clipboard() {
     if (!clipboard::has_text())
         return;
-    std::wstring pasted = utf8_to_wide(clipboard::get_text());
-    pasted.erase(std::remove(pasted.begin(), pasted.end(), L'\r'), pasted.end());
+    std::u32string pasted = utf8_to_wide(clipboard::get_text());
+    pasted.erase(std::remove(pasted.begin(), pasted.end(), U'\r'), pasted.end());
     if (pasted.empty())
         return;
     if (selection != 0) {
@@ -279,7 +279,7 @@ void input_inside_panel::parent_resize(const event_info&) {
 
 void input_inside_panel::refresh_metrics() {
     window* w = get_window();
-    const std::wstring& shown = shown_text();
+    const std::u32string& shown = shown_text();
     if (!w || !w->is_created()) {
         offsets.assign(shown.size() + 1, 0);
         return;
@@ -436,7 +436,7 @@ void input_inside_panel::input_char(const event_info& e) {
             const int start = std::min(caret, caret + selection);
             change_text(start, std::abs(selection), {}, false, false, event_agent::program);
         }
-        insert_text(std::wstring(1, static_cast<wchar_t>(c)), true, false, event_agent::program);
+        insert_text(std::u32string(1, static_cast<char32_t>(c)), true, false, event_agent::program);
     }
     pending_high = 0;
     raise(event_type::key_char, event_agent::program, e.data);
@@ -591,7 +591,7 @@ void input_inside_panel::draw(drawer& d, const ivec4& area) {
                     static_cast<font_style>(font_style_value));
     d.set_text_format(text_align::left, text_valign::center);
 
-    const std::wstring& shown = shown_text();
+    const std::u32string& shown = shown_text();
     const bool composing = active && ime::is_composing();
     if (shown.empty() && !composing) {
         if (!default_text.empty()) {

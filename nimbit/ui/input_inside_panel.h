@@ -23,7 +23,7 @@ public:
     static constexpr uint32_t blink_timer = 1;
     static constexpr uint32_t blink_interval_ms = 530;
     static constexpr uint32_t undo_capacity = 20;
-    static constexpr wchar_t password_char = 0x25CF;
+    static constexpr char32_t password_char = 0x25CF;
 
     enum menu_id : uint32_t {
         menu_cut = 1,
@@ -42,12 +42,12 @@ public:
     void set_text(std::string_view utf8, bool notify = false);
     std::string get_text() const;
     std::string get_selected_text() const;
-    const std::wstring& get_wide_text() const { return text; }
+    const std::u32string& get_wide_text() const { return text; }
 
     void select_whole_text();
     // Inserts at the caret (replacing nothing: erase the selection first), dropping carriage returns
     // and whatever would pass the maximum length. With select_inserted the new text ends selected.
-    void insert_text(std::wstring inserted, bool notify = true, bool select_inserted = false,
+    void insert_text(std::u32string inserted, bool notify = true, bool select_inserted = false,
                      event_agent agent = event_agent::program);
     void erase_text(int index, int count, bool notify);
     void erase_selected_text(bool notify);
@@ -97,7 +97,7 @@ public:
 
 private:
     // The one path for every edit: replaces [index, index + count) by `inserted`.
-    void change_text(int index, int count, std::wstring_view inserted, bool record, bool notify,
+    void change_text(int index, int count, std::u32string_view inserted, bool record, bool notify,
                      event_agent agent);
     void text_changed();
     void refresh_metrics();
@@ -108,14 +108,14 @@ private:
     void apply_theme(const event_info&);
     void layout();
     const nimbit::ui::theme& style() const;
-    const std::wstring& shown_text() const { return password ? display : text; }
+    const std::u32string& shown_text() const { return password ? display : text; }
     void raise(event_type type, event_agent agent, unsigned long long data);
     void load_state(uint32_t index);
 
     widget& box;
-    std::wstring text;
-    std::wstring display;
-    std::wstring default_text;
+    std::u32string text;
+    std::u32string display;
+    std::u32string default_text;
     bool password = false;
     bool caret_visible = false;
     bool active = false;
@@ -123,7 +123,7 @@ private:
     int32_t caret = 0;
     int32_t selection = 0;
     int32_t drag_anchor = 0;
-    std::array<std::wstring, undo_capacity> ring;
+    std::array<std::u32string, undo_capacity> ring;
     uint32_t ring_index = 0;
     uint32_t redo_count = 0;
     int max_chars = 0;

@@ -1,7 +1,5 @@
 #include "nimbit/ui/wide_text.h"
 
-static_assert(sizeof(wchar_t) == 4, "text controls keep one wide element per character");
-
 namespace nimbit::ui {
 
 namespace {
@@ -12,8 +10,8 @@ bool is_scalar(char32_t c) {
 }
 } // namespace
 
-std::wstring utf8_to_wide(std::string_view s) {
-    std::wstring out;
+std::u32string utf8_to_wide(std::string_view s) {
+    std::u32string out;
     out.reserve(s.size());
     size_t i = 0;
     while (i < s.size()) {
@@ -21,7 +19,7 @@ std::wstring utf8_to_wide(std::string_view s) {
         int extra = 0;
         char32_t c = 0, min = 0;
         if (lead < 0x80) {
-            out += static_cast<wchar_t>(lead);
+            out += static_cast<char32_t>(lead);
             ++i;
             continue;
         } else if ((lead & 0xE0) == 0xC0) {
@@ -31,7 +29,7 @@ std::wstring utf8_to_wide(std::string_view s) {
         } else if ((lead & 0xF8) == 0xF0) {
             extra = 3, c = lead & 0x07, min = 0x10000;
         } else {
-            out += static_cast<wchar_t>(replacement);
+            out += static_cast<char32_t>(replacement);
             ++i;
             continue;
         }
@@ -44,17 +42,17 @@ std::wstring utf8_to_wide(std::string_view s) {
         }
         if (j != i + 1 + static_cast<size_t>(extra) || c < min || !is_scalar(c))
             c = replacement;
-        out += static_cast<wchar_t>(c);
+        out += c;
         i = j; // a truncated sequence resumes at the byte that broke it
     }
     return out;
 }
 
-std::string wide_to_utf8(std::wstring_view w) {
+std::string wide_to_utf8(std::u32string_view w) {
     std::string out;
     out.reserve(w.size());
-    for (wchar_t c : w)
-        append_utf8(out, static_cast<char32_t>(c));
+    for (char32_t c : w)
+        append_utf8(out, c);
     return out;
 }
 

@@ -11,21 +11,21 @@ namespace {
 
 TEST(WideText, RoundTripsAndRepairsDamagedUtf8) {
     const std::string text = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
-    const std::wstring wide = utf8_to_wide(text);
-    EXPECT_EQ(wide, (std::wstring{L'a', 0xE9, 0x20AC, 0x1F600}));
+    const std::u32string wide = utf8_to_wide(text);
+    EXPECT_EQ(wide, (std::u32string{U'a', 0xE9, 0x20AC, 0x1F600}));
     EXPECT_EQ(wide_to_utf8(wide), text);
-    EXPECT_EQ(wide_to_utf8(std::wstring{0x7FF, 0x800}), "\xDF\xBF\xE0\xA0\x80"); // the two-byte limit
+    EXPECT_EQ(wide_to_utf8(std::u32string{0x7FF, 0x800}), "\xDF\xBF\xE0\xA0\x80"); // the two-byte limit
     // A truncated sequence, an overlong form, an encoded surrogate and a stray byte each become one
     // replacement character; the byte that broke a sequence is read again.
     EXPECT_EQ(utf8_to_wide("\xE2\x82"
                            "b"),
-              (std::wstring{0xFFFD, L'b'}));
-    EXPECT_EQ(utf8_to_wide("\xC0\x80"), (std::wstring{0xFFFD}));
-    EXPECT_EQ(utf8_to_wide("\xED\xA0\x80"), (std::wstring{0xFFFD}));
+              (std::u32string{0xFFFD, U'b'}));
+    EXPECT_EQ(utf8_to_wide("\xC0\x80"), (std::u32string{0xFFFD}));
+    EXPECT_EQ(utf8_to_wide("\xED\xA0\x80"), (std::u32string{0xFFFD}));
     EXPECT_EQ(utf8_to_wide("\xFF"
                            "c\xF0\x9F"),
-              (std::wstring{0xFFFD, L'c', 0xFFFD}));
-    EXPECT_EQ(wide_to_utf8(std::wstring{static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0x110000)}),
+              (std::u32string{0xFFFD, U'c', 0xFFFD}));
+    EXPECT_EQ(wide_to_utf8(std::u32string{static_cast<char32_t>(0xD800), static_cast<char32_t>(0x110000)}),
               "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 

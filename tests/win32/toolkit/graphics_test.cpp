@@ -1,0 +1,243 @@
+// The backend's pictures under Wine: GDI+ drawing in the back buffer and on the window, the showcase
+// in two colour schemes (saved as PNG for a look), bitmaps and the clipboard.
+
+#include "win32_session.h"
+
+#include "nimbit/graphics/png_encoder.h"
+#include "nimbit/ui/drawer.h"
+#include "nimbit/ui/native_bitmap.h"
+#include "nimbit/ui/native_clipboard.h"
+#include "nimbit/ui/showcase.h"
+#include "nimbit/ui/theme_keys.h"
+#include "nimbit/ui/widget_themes.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <fstream>
+#include <set>
+
+using namespace win32_test;
+using nimbit::ivec4;
+using nimbit::vec4;
+using nimbit::graphics::rgba_image;
+using nimbit::ui::native_bitmap;
+
+namespace {
+
+bool looks(const rgba_image& img, int x, int y, vec4 c, float tolerance = 0.03f) {
+    if (x < 0 || y < 0 || x >= img.size.x || y >= img.size.y)
+        return false;
+    const unsigned char* p = &img.pixels[(size_t(y) * img.size.x + x) * 4];
+    return std::fabs(p[0] / 255.f - c.x) < tolerance && std::fabs(p[1] / 255.f - c.y) < tolerance &&
+           std::fabs(p[2] / 255.f - c.z) < tolerance;
+}
+
+// Pixels brighter than half in a rectangle: the ink of white text on black.
+int ink(const rgba_image& img, ivec4 r) {
+    int n = 0;
+    for (int y = std::max(r.y, 0); y < std::min(r.y + r.h, img.size.y); ++y)
+        for (int x = std::max(r.x, 0); x < std::min(r.x + r.w, img.size.x); ++x)
+            n += img.pixels[(size_t(y) * img.size.x + x) * 4] > 128;
+    return n;
+}
+
+// What the window shows on screen, read back from its device context.
+rgba_image from_screen(HWND hwnd, nimbit::_vec2<int> size) {
+    rgba_image img;
+    img.size = size;
+    img.pixels.resize(size_t(size.x) * size.y * 4);
+    HDC dc = GetDC(hwnd);
+    HDC memory = CreateCompatibleDC(dc);
+    BITMAPINFO info{};
+    info.bmiHeader = {sizeof(BITMAPINFOHEADER), size.x, -size.y, 1, 32, BI_RGB, 0, 0, 0, 0, 0};
+    void* bits = nullptr;
+    HBITMAP dib = CreateDIBSection(dc, &info, DIB_RGB_COLORS, &bits, nullptr, 0);
+    HGDIOBJ old = SelectObject(memory, dib);
+    BitBlt(memory, 0, 0, size.x, size.y, dc, 0, 0, SRCCOPY);
+    GdiFlush();
+    const auto* in = static_cast<const unsigned char*>(bits);
+    for (size_t i = 0; i < img.pixels.size(); i += 4)
+        img.pixels[i] = in[i + 2], img.pixels[i + 1] = in[i + 1], img.pixels[i + 2] = in[i], img.pixels[i + 3] = 255;
+    SelectObject(memory, old);
+    DeleteObject(dib);
+    DeleteDC(memory);
+    ReleaseDC(hwnd, dc);
+    return img;
+}
+
+// A 40 x 30 image: red top half, translucent blue bottom half, a green pixel at (3, 2).
+std::unique_ptr<native_bitmap> sample(bool alpha = true) {
+    auto b = nimbit::ui::create_native_bitmap();
+    EXPECT_TRUE(b->create({40, 30}, alpha));
+    unsigned pitch = 0;
+    unsigned char* p = b->lock_pixels(pitch);
+    for (int y = 0; y < 30; ++y)
+        for (int x = 0; x < 40; ++x) {
+            unsigned char* px = p + y * pitch + x * 4;
+            px[0] = y < 15 ? 230 : 20;
+            px[1] = (x == 3 && y == 2) ? 255 : 10;
+            px[2] = y < 15 ? 10 : 220;
+            px[3] = y < 15 || !alpha ? 255 : 128;
+        }
+    b->unlock_pixels();
+    return b;
+}
+
+int max_difference(const native_bitmap& a, const native_bitmap& b) {
+    unsigned pa = 0, pb = 0;
+    const unsigned char* x = a.read_pixels(pa);
+    const unsigned char* y = b.read_pixels(pb);
+    int worst = 0;
+    for (int row = 0; row < a.get_size().y; ++row)
+        for (int i = 0; i < a.get_size().x * 4; ++i)
+            worst = std::max(worst, std::abs(int(x[row * pa + i]) - int(y[row * pb + i])));
+    return worst;
+}
+
+} // namespace
+
+TEST(Win32Drawer, ShapesImagesAndTextLandInTheirColoursInTheBackBufferAndOnScreen) {
+    nimbit::ui::window w;
+    nimbit::ui::widget root;
+    const auto image = sample(false);
+    const char* measured = "ii MMMMMMM";
+    ivec4 exact;
+    w.create("canvas", {300, 300, 240, 200}, nimbit::ui::window_style_borderless);
+    root.create(w.get_root(), {0, 0, 240, 200});
+    nimbit::ui::event_manager::instance().add_event(&root, &w, nimbit::ui::event_type::draw, [&](const auto&) {
+        nimbit::ui::drawer& d = w.get_drawer();
+        d.clear({0, 0, 0, 1});
+        d.set_brush_color({0.9f, 0.1f, 0.1f, 1});
+        d.draw_rect({20, 30, 40, 20});
+        d.get_native().draw_image({100, 10, 40, 30}, *image, {}, false);
+        d.get_native().draw_image({150, 10, 40, 30}, *image, {0, 0, 40, 15}, false); // the top half, stretched
+        d.set_text_font("Arial", 16);
+        d.set_text_color({1, 1, 1, 1});
+        d.set_text_format(nimbit::ui::text_align::left, nimbit::ui::text_valign::top);
+        d.draw_text({10, 60, 150, 60}, "Top line of a long text that cannot fit in this small box at all, no way");
+        const nimbit::_vec2<int> size = d.calc_text_size(measured);
+        exact = {10, 160, size.x, size.y};
+        d.draw_text(exact, measured);
+    });
+    w.show();
+    ASSERT_TRUE(wait_for([&] { return w.is_shown(); }));
+    w.get_native().flush();
+    const rgba_image back = native(w).get_win32_drawer().snapshot();
+    const vec4 red{0.9f, 0.1f, 0.1f, 1}, black{0, 0, 0, 1};
+    // The rectangle covers exactly (20, 30) .. (59, 49).
+    for (auto [x, y, c] : {std::tuple{20, 30, red}, {59, 49, red}, {19, 30, black}, {60, 49, black}, {20, 29, black},
+                           {20, 50, black}})
+        EXPECT_TRUE(looks(back, x, y, c)) << x << "," << y;
+    EXPECT_TRUE(looks(back, 110, 15, {230 / 255.f, 10 / 255.f, 10 / 255.f, 1}, 0.05f));
+    EXPECT_TRUE(looks(back, 110, 35, {20 / 255.f, 10 / 255.f, 220 / 255.f, 1}, 0.05f));
+    EXPECT_TRUE(looks(back, 160, 35, {230 / 255.f, 10 / 255.f, 10 / 255.f, 1}, 0.05f));
+    // Text: set at the top, wrapped, cut at the rectangle's bottom; a text in a rectangle of its
+    // measured size stays on one line.
+    EXPECT_GT(ink(back, {10, 60, 150, 20}), 50);
+    EXPECT_EQ(ink(back, {0, 60 + 60 + 3, 240, 160 - 123}), 0);
+    EXPECT_GT(ink(back, {exact.x + exact.w / 2, exact.y, exact.w / 2, exact.h}), 20) << exact.w;
+    // The screen shows the back buffer.
+    const rgba_image shown = from_screen(native(w).get_hwnd(), {240, 200});
+    EXPECT_TRUE(looks(shown, 30, 40, red) && looks(shown, 5, 5, black));
+
+    // Measuring needs no drawing pass: wrapping at spaces, offsets of every code point and the end,
+    // a bold run wider than the regular text.
+    nimbit::ui::drawer& d = w.get_drawer();
+    d.set_text_font("Arial", 16);
+    const nimbit::_vec2<int> wide = d.calc_text_size("MMMMMM");
+    EXPECT_GT(d.calc_text_size("MMMMMM MMMMMM MMMMMM", {60, 0}).y, wide.y * 2);
+    const std::vector<int> offsets = d.get_native().calc_char_offsets("aé✓b");
+    ASSERT_EQ(offsets.size(), 5u);
+    for (size_t i = 1; i < offsets.size(); ++i)
+        EXPECT_GT(offsets[i], offsets[i - 1]);
+    nimbit::ui::text_full_format bold{"Arial", nimbit::ui::font_weight::bold, nimbit::ui::font_style::normal, 16, false, 0, 6};
+    EXPECT_GT(d.get_native().calc_text_size("MMMMMM", {}, {bold}).x, wide.x);
+    EXPECT_EQ(d.get_native().calc_text_size("MMMMMM", {}, {bold}).y, wide.y);
+}
+
+TEST(Win32Showcase, PaintsInBothColourSchemesAndIsSavedForALook) {
+    std::set<std::vector<unsigned char>> pictures;
+    for (const char* scheme : {"dark", "light"}) {
+        if (std::string(scheme) == "light") { // the keys the showcase leaves to the theme
+            using namespace nimbit::ui::theme_keys;
+            const vec4 paper{0.95f, 0.95f, 0.93f, 1}, ink_color{0.1f, 0.1f, 0.12f, 1};
+            for (auto key : {button_color_normal, dropdown_text_part_color, dropdown_button_part_color,
+                             checkbox_back_color})
+                nimbit::ui::theme::plugin_map.insert_or_assign(key, nimbit::ui::theme_style(paper));
+            for (auto key : {button_font_color, dropdown_font_color, checkbox_font_color})
+                nimbit::ui::theme::plugin_map.insert_or_assign(key, nimbit::ui::theme_style(ink_color));
+        }
+        nimbit::ui::window w;
+        w.create("Showcase", {80, 60, nimbit::ui::showcase_size.x, nimbit::ui::showcase_size.y},
+                 nimbit::ui::window_style_borderless);
+        const auto show_case = nimbit::ui::build_showcase(w);
+        w.show();
+        ASSERT_TRUE(wait_for([&] { return w.is_shown(); }));
+        w.get_native().invalidate({0, 0, nimbit::ui::showcase_size.x, nimbit::ui::showcase_size.y});
+        w.get_native().flush();
+        const rgba_image back = native(w).get_win32_drawer().snapshot();
+        ASSERT_EQ(back.size, nimbit::ui::showcase_size);
+        // Painted all over: many colours, and none of the toolkit's magenta for unstyled widgets.
+        std::set<uint32_t> colours;
+        int magenta = 0;
+        for (size_t i = 0; i < back.pixels.size(); i += 4) {
+            colours.insert(back.pixels[i] << 16 | back.pixels[i + 1] << 8 | back.pixels[i + 2]);
+            magenta += back.pixels[i] == 255 && back.pixels[i + 1] == 0 && back.pixels[i + 2] == 255;
+        }
+        EXPECT_GT(colours.size(), 50u) << scheme;
+        EXPECT_EQ(magenta, 0) << scheme;
+        const auto png = nimbit::graphics::encode_png({back.pixels.data(), back.size.x, back.size.y, back.pitch()});
+        ASSERT_FALSE(png.empty());
+        std::ofstream(std::string(QUILLO_SOURCE_DIR) + "/build/win32/showcase-" + scheme + ".png", std::ios::binary)
+            .write(reinterpret_cast<const char*>(png.data()), static_cast<std::streamsize>(png.size()));
+        pictures.insert(back.pixels);
+    }
+    nimbit::ui::theme::plugin_map.clear();
+    EXPECT_EQ(pictures.size(), 2u); // the schemes differ
+}
+
+TEST(Win32Bitmap, DecodesAndResizesAndTheClipboardKeepsTextAndImages) {
+    // A PNG from the shared encoder decodes to every pixel; damage fails and changes nothing.
+    const auto original = sample();
+    unsigned pitch = 0;
+    const std::vector<unsigned char> png = nimbit::graphics::encode_png({original->read_pixels(pitch), 40, 30, pitch});
+    auto back = nimbit::ui::create_native_bitmap();
+    ASSERT_TRUE(back->decode(png.data(), png.size()));
+    EXPECT_EQ(max_difference(*original, *back), 0);
+    const std::vector<unsigned char> half(png.begin(), png.begin() + static_cast<long>(png.size() / 2));
+    EXPECT_FALSE(back->decode(half.data(), half.size()));
+    EXPECT_EQ(back->get_size(), (nimbit::_vec2<int>{40, 30}));
+    ASSERT_TRUE(back->resize({20, 10}, false));
+    EXPECT_EQ(back->read_pixels(pitch)[2 * pitch + 3 * 4 + 1], 255); // the green pixel kept its place
+
+    auto& clip = nimbit::ui::get_native_clipboard();
+    ASSERT_TRUE(clip.set_text("Ümlaut ✓ line\nnext 😀"));
+    EXPECT_TRUE(clip.has_text());
+    EXPECT_EQ(clip.get_text(), "Ümlaut ✓ line\nnext 😀");
+    ASSERT_TRUE(clip.set_image(*original));
+    EXPECT_TRUE(clip.has_image());
+    EXPECT_FALSE(clip.has_text()); // setting one replaces the other
+    back = clip.get_image();
+    ASSERT_NE(back, nullptr);
+    EXPECT_EQ(max_difference(*original, *back), 0);
+
+    // Another program's image, as a device-independent bitmap alone, reads back too.
+    ASSERT_TRUE(OpenClipboard(nullptr));
+    HANDLE data = GetClipboardData(CF_DIBV5);
+    ASSERT_NE(data, nullptr);
+    const size_t size = GlobalSize(data);
+    HGLOBAL copy = GlobalAlloc(GMEM_MOVEABLE, size);
+    std::memcpy(GlobalLock(copy), GlobalLock(data), size);
+    GlobalUnlock(data);
+    GlobalUnlock(copy);
+    EmptyClipboard();
+    SetClipboardData(CF_DIBV5, copy);
+    CloseClipboard();
+    back = clip.get_image();
+    ASSERT_NE(back, nullptr);
+    EXPECT_LE(max_difference(*original, *back), 1);
+
+    ASSERT_TRUE(clip.set_text(""));
+    EXPECT_EQ(clip.get_image(), nullptr);
+}
