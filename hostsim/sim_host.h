@@ -61,6 +61,7 @@ public:
     // What the plug-in did through the host.
     std::vector<std::string> scripts;
     int menuActionsSent = 0;
+    int effectNamesRead = 0; // installed effects' names asked for: one per effect per catalogue
     int suiteApplications = 0;
     int liveMemHandles = 0;
     int liveEffectRefs = 0;

@@ -2,6 +2,7 @@
 // through the entry point the PiPL names, driven through their hooks, and the main window whose
 // menu bar the plug-in applies effects through.
 
+#include "host/host_platform.h"
 #include "hostsim/plugin_bundle.h"
 #include "hostsim/sim_host.h"
 #include "hostsim/sim_platform.h"
@@ -203,12 +204,36 @@ TEST(Host, TheMainWindowsMenuBarIsTheMainMenu) {
     }
 }
 
-#ifdef QUILLO_AEX
-TEST(Quillo, CollectsTheCatalogueAndAppliesThroughTheMenuBar) {
-    Session s(QUILLO_AEX);
+// The plug-in's own Windows platform code (host/host_platform_win32.cpp) against the main window:
+// the window the utility suite hands out, its menu bar, the foreground.
+TEST(Host, ThePluginsPlatformCodeAppliesThroughTheMainWindow) {
+    Session s;
     ASSERT_EQ(s.host.StartPlugin(), A_Err_NONE);
+    HostPlatform::SetMainWindow(s.host.MainWindow());
+    EXPECT_TRUE(HostPlatform::ChooseEffectMenuItem("blur & sharpen", "GAUSSIAN BLUR"));
+    EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Obsolete", "Basic 3D")); // a greyed category
+    EXPECT_EQ(s.host.menuActionsSent, 1);
+    EXPECT_EQ(s.host.FindEffect(s.host.ActiveLayer()->effects.back())->name, "Gaussian Blur");
+    EXPECT_EQ(HostPlatform::ExecutablePath(), s.host.ExecutablePath());
+    for (bool active : {false, true}) {
+        s.host.GetModel().active = active;
+        s.host.ApplyActivity();
+        EXPECT_EQ(HostPlatform::IsHostActive(), active);
+    }
+}
+
+#ifdef QUILLO_AEX
+// Quillo.aex itself: found by its PiPL, started, its catalogue collected on the first idle ticks
+// (every installed effect's name read once), and everything it acquired released when it dies.
+TEST(Quillo, LoadsCollectsTheCatalogueAndShutsDownCleanly) {
+    Session s(QUILLO_AEX);
+    EXPECT_EQ(s.host.ScriptInitialize(), "execute");
+    ASSERT_EQ(s.host.StartPlugin(), A_Err_NONE);
+    EXPECT_EQ(s.host.idleHooks.size(), 1u);
+    EXPECT_EQ(s.host.deathHooks.size(), 1u);
+    EXPECT_GT(s.host.acquired["AEGP Utility Suite/11"], 0); // for the main window
     s.host.RunIdle(3);
-    // TODO once Quillo.aex builds here
+    EXPECT_EQ(s.host.effectNamesRead, static_cast<int>(s.host.GetModel().effects.size()));
     s.host.RunDeath();
     s.host.ScriptTerminate();
     EXPECT_EQ(s.host.Outstanding(), 0);
