@@ -8,7 +8,7 @@ using namespace nimbit::ui;
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const std::string_view input = fuzz_input{data, size}.text();
-    const std::wstring wide = utf8_to_wide(input);
+    const std::u32string wide = utf8_to_wide(input);
     check(utf8_to_wide(wide_to_utf8(wide)) == wide);
 
     text_full_format base;

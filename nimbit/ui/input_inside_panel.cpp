@@ -101,8 +101,8 @@ std::string input_inside_panel::get_selected_text() const {
     if (selection == 0)
         return {};
     const int start = std::min(caret, caret + selection);
-    return wide_to_utf8(
-        std::u32string_view(text).substr(static_cast<size_t>(start), static_cast<size_t>(std::abs(selection))));
+    return wide_to_utf8(std::u32string_view(text).substr(static_cast<size_t>(start),
+                                                         static_cast<size_t>(std::abs(selection))));
 }
 
 void input_inside_panel::set_caret(int index, int selection_length) {

@@ -173,7 +173,8 @@ std::string virtual_key_name(int virtual_key) {
     if (length <= 0)
         return {};
     std::wstring text(name, static_cast<size_t>(length));
-    // Some layouts name keys in capitals ("SPACE"): written as a word, like the other platforms.
+    // Layouts name keys in capitals ("SPACE") or, under Wine, as X does ("space"): written as a
+    // capitalised word, like the other platforms.
     bool all_upper = text.size() > 1;
     for (wchar_t c : text)
         all_upper = all_upper && !std::iswlower(static_cast<wint_t>(c));
@@ -181,8 +182,7 @@ std::string virtual_key_name(int virtual_key) {
         for (size_t i = 1; i < text.size(); ++i)
             if (std::iswalpha(static_cast<wint_t>(text[i - 1])))
                 text[i] = static_cast<wchar_t>(std::towlower(static_cast<wint_t>(text[i])));
-    if (text.size() == 1)
-        text[0] = static_cast<wchar_t>(std::towupper(static_cast<wint_t>(text[0])));
+    text[0] = static_cast<wchar_t>(std::towupper(static_cast<wint_t>(text[0])));
     return narrow(text);
 }
 

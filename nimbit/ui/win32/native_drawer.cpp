@@ -26,14 +26,16 @@ struct font_key {
 };
 
 // The installed family for a name: the name itself when Windows has it, else the usual interface
-// faces (Wine ships Tahoma and its Arial replacement), else GDI+'s generic sans-serif.
-const FontFamily& find_family(const std::string& name) {
+// faces, else the metric-compatible faces a Wine without its own fonts finds on the system, else
+// the first installed family. Null only when no font at all is installed.
+const FontFamily* find_family(const std::string& name) {
     static std::map<std::string, std::unique_ptr<FontFamily>> families;
     if (auto it = families.find(name); it != families.end())
-        return *it->second;
+        return it->second.get();
     std::unique_ptr<FontFamily> found;
     for (const std::wstring& candidate :
-         {widen(name), std::wstring(L"Segoe UI"), std::wstring(L"Tahoma"), std::wstring(L"Arial")}) {
+         {widen(name), std::wstring(L"Segoe UI"), std::wstring(L"Tahoma"), std::wstring(L"Arial"),
+          std::wstring(L"Liberation Sans"), std::wstring(L"DejaVu Sans")}) {
         if (candidate.empty())
             continue;
         auto family = std::make_unique<FontFamily>(candidate.c_str());
@@ -42,9 +44,14 @@ const FontFamily& find_family(const std::string& name) {
             break;
         }
     }
-    if (!found)
-        found.reset(FontFamily::GenericSansSerif()->Clone());
-    return *families.emplace(name, std::move(found)).first->second;
+    if (!found) {
+        InstalledFontCollection installed;
+        FontFamily first;
+        INT count = 0;
+        if (installed.GetFamilyCount() > 0 && installed.GetFamilies(1, &first, &count) == Ok && count == 1)
+            found.reset(first.Clone());
+    }
+    return families.emplace(name, std::move(found)).first->second.get();
 }
 
 // Fonts are made once per name, size and face; the cache lives as long as the process. Sizes are
@@ -64,10 +71,12 @@ const Font* find_font(const std::string& name, float size, font_weight weight, f
         flags |= FontStyleItalic;
     if (underline)
         flags |= FontStyleUnderline;
-    const FontFamily& family = find_family(name);
-    auto font = std::make_unique<Font>(&family, size, flags, UnitPixel);
+    const FontFamily* family = find_family(name);
+    if (!family)
+        return nullptr; // no fonts: text is neither drawn nor measured
+    auto font = std::make_unique<Font>(family, size, flags, UnitPixel);
     if (font->GetLastStatus() != Ok)
-        font = std::make_unique<Font>(&family, size, FontStyleRegular, UnitPixel);
+        font = std::make_unique<Font>(family, size, FontStyleRegular, UnitPixel);
     return fonts.emplace(key, std::move(font)).first->second.get();
 }
 
@@ -145,7 +154,7 @@ struct win32_drawer::laid_out_text {
     struct piece {
         std::wstring text;
         const Font* font;
-        float x, width;
+        float x, width, height;
     };
     struct line {
         std::vector<piece> pieces;
@@ -168,6 +177,8 @@ win32_drawer::laid_out_text win32_drawer::lay_out(std::string_view utf8, float w
         const Font* f = run.font_name.empty()
                             ? font
                             : find_font(run.font_name, run.size, run.weight, run.style, run.underline);
+        if (!f)
+            f = font;
         for (size_t i = at[start]; i < at[end]; ++i)
             fonts[i] = f;
     }
@@ -176,16 +187,17 @@ win32_drawer::laid_out_text win32_drawer::lay_out(std::string_view utf8, float w
     auto measure = [&](const std::wstring& t, const Font* f) {
         RectF box;
         g.MeasureString(t.c_str(), static_cast<INT>(t.size()), f, PointF(0, 0), format.get(), &box);
-        return box.Width;
+        return box;
     };
     out.lines.emplace_back();
+    // Lines are as high as plain text measures, so that a run of the base font changes nothing.
     auto finish_line = [&](laid_out_text::line& l) {
         for (const auto& p : l.pieces) {
-            l.height = std::max(l.height, p.font->GetHeight(&g));
+            l.height = std::max(l.height, p.height);
             l.ascent = std::max(l.ascent, ascent_of(*p.font));
         }
         if (l.pieces.empty()) {
-            l.height = font->GetHeight(&g);
+            l.height = measure(L"M", font).Height;
             l.ascent = ascent_of(*font);
         }
     };
@@ -202,8 +214,10 @@ win32_drawer::laid_out_text win32_drawer::lay_out(std::string_view utf8, float w
             ++j;
         while (j < s.size() && s[j] == L' ' && fonts[j] == fonts[i])
             ++j;
-        laid_out_text::piece p{s.substr(i, j - i), fonts[i], 0, 0};
-        p.width = measure(p.text, p.font);
+        laid_out_text::piece p{s.substr(i, j - i), fonts[i], 0, 0, 0};
+        const RectF box = measure(p.text, p.font);
+        p.width = box.Width;
+        p.height = box.Height;
         laid_out_text::line& l = out.lines.back();
         const bool starts_word = i == 0 || s[i - 1] == L' ';
         if (width > 0 && !l.pieces.empty() && starts_word && l.width + p.width > width) {
@@ -449,9 +463,27 @@ void win32_drawer::draw_rect_gradient(const ivec4& rect, const vec4& from, const
     fill_gradient(path, rect, from, to, o);
 }
 
+// Solid frames and straight lines are filled as rectangles rather than stroked: Wine's GDI+ strokes
+// pens without the pixel offset (a line through pixel centres lands a pixel right and below, and a
+// frame loses its right and bottom edges to the clip), while its fills sit where Windows puts them.
 void win32_drawer::draw_rect_border(const ivec4& rect) {
-    if (!painting || rect.w <= 0 || rect.h <= 0)
+    if (!painting || rect.w <= 0 || rect.h <= 0 || pen_width <= 0)
         return;
+    if (pen_kind == pen_style::solid) {
+        // The frame lies inside the rectangle.
+        const REAL w = std::min({pen_width, rect.w / 2.0f, rect.h / 2.0f});
+        SolidBrush b(pen);
+        const RectF sides[] = {
+            {REAL(rect.x), REAL(rect.y), REAL(rect.w), w},
+            {REAL(rect.x), rect.y + rect.h - w, REAL(rect.w), w},
+            {REAL(rect.x), rect.y + w, w, rect.h - 2 * w},
+            {rect.x + rect.w - w, rect.y + w, w, rect.h - 2 * w},
+        };
+        for (const RectF& side : sides)
+            if (side.Width > 0 && side.Height > 0)
+                graphics->FillRectangle(&b, side);
+        return;
+    }
     // The frame lies inside the rectangle: the path runs half a pen width in from the edge.
     const REAL half = pen_width / 2;
     GraphicsPath path;
@@ -460,8 +492,20 @@ void win32_drawer::draw_rect_border(const ivec4& rect) {
 }
 
 void win32_drawer::draw_line(_vec2<int> from, _vec2<int> to) {
-    if (!painting)
+    if (!painting || pen_width <= 0)
         return;
+    if (pen_kind == pen_style::solid && (from.x == to.x || from.y == to.y)) {
+        // A row or column of pixels, as long as the line, centred on the pixels it runs through.
+        SolidBrush b(pen);
+        const REAL across = 0.5f - pen_width / 2;
+        if (from.y == to.y)
+            graphics->FillRectangle(&b, RectF(REAL(std::min(from.x, to.x)), from.y + across,
+                                              REAL(std::max(std::abs(to.x - from.x), 1)), pen_width));
+        else
+            graphics->FillRectangle(&b, RectF(from.x + across, REAL(std::min(from.y, to.y)), pen_width,
+                                              REAL(std::abs(to.y - from.y))));
+        return;
+    }
     // Pixel centres, so that a one-pixel line covers one row of pixels rather than two halves.
     GraphicsPath path;
     path.AddLine(from.x + 0.5f, from.y + 0.5f, to.x + 0.5f, to.y + 0.5f);
@@ -580,7 +624,7 @@ void win32_drawer::draw_image(const ivec4& target, const native_bitmap& image, c
 
 void win32_drawer::draw_text(const ivec4& rect, std::string_view utf8,
                              const std::vector<text_full_format>& runs) {
-    if (!painting || utf8.empty() || rect.w <= 1 || rect.h <= 0)
+    if (!painting || !font || utf8.empty() || rect.w <= 1 || rect.h <= 0)
         return;
     const std::wstring s = widen(utf8);
     const REAL width = REAL(rect.w);
@@ -643,7 +687,7 @@ void win32_drawer::draw_clipped_text(const ivec4& rect, const ivec4& clip, std::
 
 _vec2<int> win32_drawer::calc_text_size(std::string_view utf8, _vec2<int> limit,
                                         const std::vector<text_full_format>& runs) {
-    if (utf8.empty())
+    if (!font || utf8.empty())
         return {};
     const REAL width = limit.x > 0 ? REAL(limit.x) : unlimited;
     if (!runs.empty()) {
@@ -667,6 +711,10 @@ std::vector<int> win32_drawer::calc_char_offsets(std::string_view utf8) {
     std::vector<int> offsets;
     offsets.reserve(at.size());
     offsets.push_back(0);
+    if (!font) {
+        offsets.resize(at.size(), 0);
+        return offsets;
+    }
     Graphics& g = measurer();
     const auto format = text_format(text_align::left, true);
     for (size_t i = 1; i < at.size(); ++i) {

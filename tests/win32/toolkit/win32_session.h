@@ -52,7 +52,9 @@ struct probe_widget : nimbit::ui::widget {
         for (event_type t : {event_type::mouse_up, event_type::mouse_down, event_type::mouse_dbl_click,
                              event_type::mouse_wheel, event_type::key_down, event_type::key_down_raw,
                              event_type::key_up, event_type::key_char, event_type::timer})
-            events.add_event(this, this, t, [this](const nimbit::ui::event_info& e) { seen.push_back({e.type, e.data}); });
+            events.add_event(this, this, t, [this](const nimbit::ui::event_info& e) {
+                seen.push_back({e.type, e.data});
+            });
         events.add_event(this, this, event_type::draw, [this](const nimbit::ui::event_info&) {
             get_window()->get_drawer().set_brush_color(color);
             get_window()->get_drawer().draw_rect({0, 0, get_rect().w, get_rect().h});

@@ -18,10 +18,13 @@ TEST(Win32Window, ReportsTheFrameItWasGivenWithTheClientAreaInsideIt) {
     struct row {
         uint32_t style;
         bool framed;
+        LONG_PTR ex_style; // popups stay off the taskbar, floating ones above the others
     };
-    for (auto [style, framed] : {row{nimbit::ui::window_style_borderless, false},
-                                 row{nimbit::ui::window_style_titled, true},
-                                 row{nimbit::ui::window_style_titled | nimbit::ui::window_style_resizable, true}}) {
+    using namespace nimbit::ui;
+    for (auto [style, framed, ex_style] :
+         {row{window_style_borderless, false, WS_EX_TOOLWINDOW},
+          row{window_style_borderless | window_style_floating, false, WS_EX_TOOLWINDOW | WS_EX_TOPMOST},
+          row{window_style_titled, true, 0}, row{window_style_titled | window_style_resizable, true, 0}}) {
         SCOPED_TRACE(style);
         nimbit::ui::window w;
         probe_widget root{{0.2f, 0.2f, 0.2f, 1}};
@@ -50,6 +53,16 @@ TEST(Win32Window, ReportsTheFrameItWasGivenWithTheClientAreaInsideIt) {
         EXPECT_EQ(w.get_root().get_rect().w, after.w);
         EXPECT_EQ(w.get_root().get_rect().h, after.h);
         EXPECT_GT(w.get_native().get_dpi(), 0.0f);
+        const HWND hwnd = native(w).get_hwnd();
+        EXPECT_EQ(GetWindowLongPtrW(hwnd, GWL_EXSTYLE) & (WS_EX_TOOLWINDOW | WS_EX_TOPMOST), ex_style);
+        // Opacity through a layered window, dropped again at full opacity.
+        w.get_native().set_opacity(0.5f);
+        BYTE alpha = 0;
+        DWORD flags = 0;
+        ASSERT_TRUE(GetLayeredWindowAttributes(hwnd, nullptr, &alpha, &flags));
+        EXPECT_EQ(alpha, 128);
+        w.get_native().set_opacity(1.0f);
+        EXPECT_FALSE(GetWindowLongPtrW(hwnd, GWL_EXSTYLE) & WS_EX_LAYERED);
     }
 }
 
@@ -63,11 +76,15 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
     ASSERT_TRUE(wait_for([&] { return w.is_shown(); }));
     const HWND hwnd = native(w).get_hwnd();
     const ivec4 client = w.get_client_rect();
-    auto at = [](int x, int y) { return static_cast<LPARAM>(MAKELPARAM(x, y)); };
+    auto at = [](int x, int y) {
+        return static_cast<LPARAM>(MAKELPARAM(x, y));
+    };
     child.focus();
 
     const uint32_t no_char = 0xFFFFFFFFu;
-    auto raw = [](int key, uint32_t ch) { return nimbit::ui::pack_pair(key, static_cast<int32_t>(ch)); };
+    auto raw = [](int key, uint32_t ch) {
+        return nimbit::ui::pack_pair(key, static_cast<int32_t>(ch));
+    };
     struct row {
         UINT message;
         WPARAM wparam;
@@ -132,6 +149,23 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
     pump(0.05);
     EXPECT_EQ(child.data_of(event_type::key_char), (values{0xD83D, 0xDE00, 'z'}));
 
+    // The keyboard's state is polled (as the host's shortcut chord is): Alt is Command, Control
+    // stays Control. (Wine 8 reports a right Shift sent by SendInput as neither of the two.)
+    for (auto [vk, query] : {std::pair{VK_LMENU, int(nimbit::ui::keyboard::command)},
+                             {VK_LCONTROL, int(nimbit::ui::keyboard::control)},
+                             {VK_LSHIFT, int(nimbit::ui::keyboard::shift)}}) {
+        INPUT press[2] = {};
+        press[0].type = press[1].type = INPUT_KEYBOARD;
+        press[0].ki.wVk = press[1].ki.wVk = static_cast<WORD>(vk);
+        press[0].ki.wScan = press[1].ki.wScan = static_cast<WORD>(MapVirtualKeyW(vk, MAPVK_VK_TO_VSC));
+        press[1].ki.dwFlags = KEYEVENTF_KEYUP;
+        ASSERT_EQ(SendInput(1, &press[0], sizeof(INPUT)), 1u);
+        EXPECT_TRUE(wait_for([q = query] { return nimbit::ui::keyboard::is_key_down(q); })) << vk;
+        EXPECT_FALSE(nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::option)) << vk;
+        ASSERT_EQ(SendInput(1, &press[1], sizeof(INPUT)), 1u);
+        EXPECT_TRUE(wait_for([q = query] { return !nimbit::ui::keyboard::is_key_down(q); })) << vk;
+    }
+
     // Names come from the keyboard layout.
     for (auto [code, name] : {std::pair{0, "A"}, {49, "Space"}, {96, "F5"}, {-5, ""}, {100000, ""}})
         EXPECT_EQ(nimbit::ui::keyboard::get_key_name(code), name) << code;
@@ -140,7 +174,10 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
 TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     nimbit::ui::window w;
     probe_widget root{{0.2f, 0.2f, 0.2f, 1}};
-    w.create("timers", {200, 200, 160, 90}, nimbit::ui::window_style_titled);
+    nimbit::ui::window parent;
+    parent.create("parent", {40, 40, 160, 90}, nimbit::ui::window_style_titled);
+    parent.show();
+    w.create("timers", {200, 200, 160, 90}, nimbit::ui::window_style_titled, &parent);
     root.create(w.get_root(), {0, 0, 160, 90});
     root.add_timer(7, 20, false);
     root.add_timer(8, 20, true);
@@ -172,6 +209,9 @@ TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     int ticks = 0;
     nimbit::ui::event_manager::instance().add_event(&root, &ticks, event_type::timer,
                                                     [&](const nimbit::ui::event_info& e) {
+                                                        // The parent takes no input meanwhile.
+                                                        if (IsWindowEnabled(native(parent).get_hwnd()))
+                                                            ticks = -100;
                                                         if (e.data == 2 && ++ticks == 3)
                                                             w.end_modal(42);
                                                         if (e.data == 3)
@@ -186,4 +226,5 @@ TEST(Win32Window, TimersRepeatOrFireOnceAndEndModalSessions) {
     root.add_timer(3, 30, true);
     EXPECT_EQ(w.show_modal(), 0);
     EXPECT_FALSE(w.is_modal());
+    EXPECT_TRUE(IsWindowEnabled(native(parent).get_hwnd()));
 }
