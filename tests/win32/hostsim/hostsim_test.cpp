@@ -238,9 +238,8 @@ TEST(Quillo, LoadsThroughItsPiplAndShutsDownCleanly) {
 }
 
 // Its first idle ticks create the popup and collect the catalogue: every installed effect's name
-// read once. Disabled while the first idle tick crashes inside the toolkit's Win32 backend (a font
-// looked up before GDI+ is started: nimbit/ui/win32/native_drawer.cpp find_family).
-TEST(Quillo, DISABLED_CollectsTheCatalogueOnItsFirstIdleTicks) {
+// read once.
+TEST(Quillo, CollectsTheCatalogueOnItsFirstIdleTicks) {
     Session s(QUILLO_AEX);
     ASSERT_EQ(s.host.StartPlugin(), A_Err_NONE);
     s.host.RunIdle(3);
