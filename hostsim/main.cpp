@@ -16,8 +16,6 @@
 #include <string>
 #include <vector>
 
-#include <unistd.h>
-
 namespace {
 
 struct ScriptCall {
@@ -54,15 +52,17 @@ void PrintResult(const std::string& word, long status, const TaggedData& result,
 } // namespace
 
 int main(int argc, char** argv) {
+    const std::vector<std::string> argv8 = hostsim::CommandLineArguments(argc, argv);
+    argc = static_cast<int>(argv8.size());
     std::string project = QUILLO_SAMPLE_PROJECT;
     std::string plugins = QUILLO_PLUGINS_DIR;
     std::string root;
     int idleTicks = 3;
     std::vector<ScriptCall> calls;
     for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
+        const std::string& arg = argv8[i];
         auto value = [&]() -> const char* {
-            return i + 1 < argc ? argv[++i] : nullptr;
+            return i + 1 < argc ? argv8[++i].c_str() : nullptr;
         };
         const char* v = nullptr;
         if (arg == "--project" && (v = value()))
@@ -75,20 +75,16 @@ int main(int argc, char** argv) {
             idleTicks = std::atoi(v);
         else if (arg == "--execute" && (v = value())) {
             ScriptCall call{v};
-            if (i + 1 < argc && argv[i + 1][0] != '-') {
+            if (i + 1 < argc && argv8[i + 1][0] != '-') {
                 call.hasNumber = true;
-                call.number = std::atoi(argv[++i]);
+                call.number = std::atoi(argv8[++i].c_str());
             }
             calls.push_back(call);
         } else
             return Usage();
     }
-    if (root.empty()) {
-        char pattern[] = "/tmp/hostsim-XXXXXX";
-        if (mkdtemp(pattern) == nullptr)
-            return 1;
-        root = pattern;
-    }
+    if (root.empty() && (root = hostsim::NewTemporaryFolder("hostsim")).empty())
+        return 1;
 
     try {
         hostsim::SimHost host(hostsim::LoadModelFile(project), root);

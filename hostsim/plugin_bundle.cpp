@@ -1,18 +1,10 @@
 #include "hostsim/plugin_bundle.h"
 
 #include <algorithm>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
 
 namespace hostsim {
 
 namespace {
-
-namespace fs = std::filesystem;
-
-// A resource file is small; anything larger is not one.
-constexpr uintmax_t MaxResourceFile = 16u << 20;
 
 uint32_t Big16(std::string_view s, size_t at) {
     return static_cast<uint32_t>(static_cast<uint8_t>(s[at])) << 8 | static_cast<uint8_t>(s[at + 1]);
@@ -20,6 +12,13 @@ uint32_t Big16(std::string_view s, size_t at) {
 
 uint32_t Big32(std::string_view s, size_t at) {
     return Big16(s, at) << 16 | Big16(s, at + 2);
+}
+
+uint32_t Little32(std::string_view s, size_t at) {
+    uint32_t value = 0;
+    for (size_t i = 4; i-- > 0;)
+        value = value << 8 | static_cast<uint8_t>(s[at + i]);
+    return value;
 }
 
 bool Fail(std::string& error, std::string why) {
@@ -35,29 +34,13 @@ bool PascalString(std::string_view value, std::string& out) {
     return true;
 }
 
-bool ReadSmallFile(const fs::path& path, std::string& out) {
-    std::error_code ec;
-    const uintmax_t size = fs::file_size(path, ec);
-    if (ec || size > MaxResourceFile)
+// A C string that ends inside the property's value (the Windows resource compiler's form).
+bool CString(std::string_view value, std::string& out) {
+    const size_t end = value.find('\0');
+    if (end == std::string_view::npos)
         return false;
-    std::ifstream in(path, std::ios::binary);
-    out.resize(size);
-    return in.read(out.data(), static_cast<std::streamsize>(size)).gcount() ==
-           static_cast<std::streamsize>(size);
-}
-
-// CFBundleExecutable from Contents/Info.plist, or empty.
-std::string BundleExecutable(const fs::path& bundle) {
-    std::string plist;
-    if (!ReadSmallFile(bundle / "Contents" / "Info.plist", plist))
-        return {};
-    const std::string key = "<key>CFBundleExecutable</key>";
-    size_t at = plist.find(key);
-    if (at == std::string::npos || (at = plist.find("<string>", at + key.size())) == std::string::npos)
-        return {};
-    at += 8;
-    const size_t end = plist.find("</string>", at);
-    return end == std::string::npos ? std::string() : plist.substr(at, end - at);
+    out.assign(value.substr(0, end));
+    return true;
 }
 
 } // namespace
@@ -103,20 +86,34 @@ bool ReadResources(std::string_view fork, std::string_view type, std::vector<std
 
 bool ParsePipl(std::string_view data, Pipl& out, std::string& error) {
     out = Pipl{};
+    // The Windows form starts with a 16-bit 1 and stores numbers little-endian and four-character
+    // codes reversed; the Mac's starts with its version, 0, big-endian.
+    const bool windows = data.size() >= 2 && data[0] == 1 && data[1] == 0;
+    if (windows)
+        data.remove_prefix(2);
+    const auto number = [windows](std::string_view s, size_t at) {
+        return windows ? Little32(s, at) : Big32(s, at);
+    };
+    const auto code = [windows](std::string_view s) {
+        std::string text(s);
+        if (windows)
+            std::reverse(text.begin(), text.end());
+        return text;
+    };
     if (data.size() < 8)
         return Fail(error, "PiPL shorter than its header");
-    if (Big32(data, 0) != 0)
-        return Fail(error, "PiPL of unknown version " + std::to_string(Big32(data, 0)));
-    const uint64_t count = Big32(data, 4);
+    if (number(data, 0) != 0)
+        return Fail(error, "PiPL of unknown version " + std::to_string(number(data, 0)));
+    const uint64_t count = number(data, 4);
     size_t at = 8;
     for (uint64_t i = 0; i < count; ++i) {
         if (data.size() - at < 16)
             return Fail(error, "PiPL truncated at property " + std::to_string(i + 1));
-        const std::string_view vendor = data.substr(at, 4), key = data.substr(at + 4, 4);
-        const uint32_t length = Big32(data, at + 12);
+        const std::string vendor = code(data.substr(at, 4)), key = code(data.substr(at + 4, 4));
+        const uint32_t length = number(data, at + 12);
         at += 16;
         if (length > data.size() - at)
-            return Fail(error, "PiPL property '" + std::string(key) + "' runs past the end");
+            return Fail(error, "PiPL property '" + key + "' runs past the end");
         const std::string_view value = data.substr(at, length);
         // Values are padded to four bytes; the last one's padding may be cut off.
         at += std::min<size_t>((length + 3u) & ~3u, data.size() - at);
@@ -126,91 +123,53 @@ bool ParsePipl(std::string_view data, Pipl& out, std::string& error) {
         if (key == "kind" || key == "vers") {
             ok = length == 4;
             if (ok && key == "kind")
-                out.kind = value;
+                out.kind = code(value);
             else if (ok)
-                out.version = Big32(value, 0);
+                out.version = number(value, 0);
         } else if (key == "name")
             ok = PascalString(value, out.name);
         else if (key == "catg")
             ok = PascalString(value, out.category);
         else if (key == "mi64" || key == "ma64")
-            ok = PascalString(value, out.entryPoints[std::string(key)]);
+            ok = PascalString(value, out.entryPoints[key]);
+        else if (key == "8664")
+            ok = CString(value, out.entryPoints[key]);
         if (!ok)
-            return Fail(error, "PiPL property '" + std::string(key) + "' is malformed");
+            return Fail(error, "PiPL property '" + key + "' is malformed");
     }
     return true;
 }
 
 const char* PlatformEntryKey() {
-#if defined(__aarch64__) || defined(__arm64__)
+#if defined(_WIN32)
+    return "8664";
+#elif defined(__aarch64__) || defined(__arm64__)
     return "ma64";
 #else
     return "mi64";
 #endif
 }
-
-bool ReadPluginBundle(const std::string& bundle, PluginBundle& out, std::string& error) {
-    std::error_code ec;
-    const fs::path contents = fs::path(bundle) / "Contents";
-    std::vector<fs::path> resourceFiles;
-    for (fs::directory_iterator it(contents / "Resources", ec), end; !ec && it != end; it.increment(ec)) {
-        if (it->path().extension() == ".rsrc")
-            resourceFiles.push_back(it->path());
-    }
-    std::sort(resourceFiles.begin(), resourceFiles.end());
-    bool found = false;
-    for (const fs::path& file : resourceFiles) {
-        std::string fork;
-        std::vector<std::string_view> pipls;
-        if (!ReadSmallFile(file, fork))
-            return Fail(error, file.filename().string() + ": cannot be read");
-        if (!ReadResources(fork, "PiPL", pipls, error) ||
-            (!pipls.empty() && !ParsePipl(pipls.front(), out.pipl, error))) {
-            error = file.filename().string() + ": " + error;
-            return false;
-        }
-        if ((found = !pipls.empty()))
-            break;
-    }
-    if (!found)
-        return Fail(error, "no PiPL resource");
-    if (out.pipl.kind != PluginKind)
-        return Fail(error, "PiPL kind '" + out.pipl.kind + "' is not a host plug-in's");
-    auto entry = out.pipl.entryPoints.find(PlatformEntryKey());
-    if (entry == out.pipl.entryPoints.end() || entry->second.empty())
+bool CheckPluginPipl(const Pipl& pipl, std::string& error) {
+    if (pipl.kind != PluginKind)
+        return Fail(error, "PiPL kind '" + pipl.kind + "' is not a host plug-in's");
+    auto entry = pipl.entryPoints.find(PlatformEntryKey());
+    if (entry == pipl.entryPoints.end() || entry->second.empty())
         return Fail(error,
                     std::string("PiPL names no entry point for this processor (") + PlatformEntryKey() + ")");
-    const std::string executable = BundleExecutable(bundle);
-    if (executable.empty())
-        return Fail(error, "Info.plist names no CFBundleExecutable");
-    out.bundle = bundle;
-    out.code = (contents / "MacOS" / executable).string();
-    if (!fs::is_regular_file(out.code, ec))
-        return Fail(error, "no code at Contents/MacOS/" + executable);
     return true;
 }
 
 std::vector<PluginBundle> ScanPlugins(const std::string& folder, std::vector<std::string>& skipped) {
-    std::vector<std::string> bundles;
-    std::error_code ec;
-    for (fs::recursive_directory_iterator it(folder, fs::directory_options::skip_permission_denied, ec), end;
-         !ec && it != end; it.increment(ec)) {
-        if (it->path().extension() == ".plugin" && it->is_directory(ec)) {
-            bundles.push_back(it->path().string());
-            it.disable_recursion_pending(); // a bundle's insides are its own
-        }
-    }
-    if (ec)
-        skipped.push_back(folder + ": " + ec.message());
-    std::sort(bundles.begin(), bundles.end());
+    std::vector<std::string> candidates = FindPluginCandidates(folder, skipped);
+    std::sort(candidates.begin(), candidates.end());
     std::vector<PluginBundle> found;
-    for (const std::string& bundle : bundles) {
+    for (const std::string& candidate : candidates) {
         PluginBundle plugin;
         std::string error;
-        if (ReadPluginBundle(bundle, plugin, error))
+        if (ReadPluginBundle(candidate, plugin, error))
             found.push_back(std::move(plugin));
         else
-            skipped.push_back(bundle + ": " + error);
+            skipped.push_back(candidate + ": " + error);
     }
     return found;
 }

@@ -1,16 +1,15 @@
 #include "hostsim/sim_host.h"
 
 #include "hostsim/plugin_bundle.h"
+#include "hostsim/sim_platform.h"
 #include "hostsim/sim_suites.h"
 #include "hostsim/suite_calls.h"
 
-#include <dlfcn.h>
-#include <sys/stat.h>
-
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
+#include <system_error>
 
 namespace hostsim {
 
@@ -19,29 +18,28 @@ namespace {
 SimHost* current = nullptr;
 
 void MakeDirs(const std::string& path) {
-    for (size_t slash = path.find('/', 1);; slash = path.find('/', slash + 1)) {
-        mkdir(path.substr(0, slash).c_str(), 0777);
-        if (slash == std::string::npos)
-            break;
-    }
+    std::error_code ec;
+    std::filesystem::create_directories(U8Path(path), ec);
 }
 
 void WriteFile(const std::string& path, const std::string& contents) {
     MakeDirs(path.substr(0, path.rfind('/')));
-    std::ofstream(path, std::ios::binary) << contents;
+    std::ofstream(U8Path(path), std::ios::binary) << contents;
 }
 
 } // namespace
 
 SimHost::SimHost(Model model, std::string root) : model(std::move(model)), root(std::move(root)) {
     basic = BasicSuite();
-    executablePath = this->root + "/" + this->model.installFolder + "/" + this->model.bundle +
-                     "/Contents/MacOS/" + this->model.executable;
+    executablePath = platform::HostExecutable(this->model, this->root);
     current = this;
+    mainWindow = platform::CreateMainWindow(*this);
     BuildMenu();
+    ApplyActivity();
 }
 
 SimHost::~SimHost() {
+    platform::DestroyMainWindow(mainWindow);
     if (current == this)
         current = nullptr;
     // The plug-in library stays loaded: the host never unloads a plug-in while it runs.
@@ -56,7 +54,7 @@ std::string SimHost::ExecutablePath() const {
 }
 
 std::string SimHost::HostPresetsFolder() const {
-    return root + "/" + model.installFolder + "/Presets";
+    return platform::HostPresetsFolder(executablePath, model, root);
 }
 
 std::string SimHost::UserPresetsFolder() const {
@@ -64,8 +62,9 @@ std::string SimHost::UserPresetsFolder() const {
 }
 
 void SimHost::Materialize() {
-    MakeDirs(root + "/" + model.installFolder + "/" + model.bundle + "/Contents/MacOS");
-    WriteFile(executablePath, "");
+    std::error_code ec;
+    if (!std::filesystem::exists(U8Path(executablePath), ec))
+        WriteFile(executablePath, ""); // simulated; on Windows it is the running one
     MakeDirs(HostPresetsFolder());
     for (const std::string& preset : model.hostPresets)
         WriteFile(HostPresetsFolder() + "/" + preset, "preset\n");
@@ -74,9 +73,9 @@ void SimHost::Materialize() {
         WriteFile(UserPresetsFolder() + "/" + preset, "preset\n");
     MakeDirs(root + "/Library/Application Support");
     MakeDirs(root + "/Library/Common");
-    setenv("QUILLO_DOCS_DIR", (root + "/Documents").c_str(), 1);
-    setenv("QUILLO_USER_DATA_DIR", (root + "/Library/Application Support").c_str(), 1);
-    setenv("QUILLO_COMMON_DATA_DIR", (root + "/Library/Common").c_str(), 1);
+    platform::SetEnvironment("QUILLO_DOCS_DIR", root + "/Documents");
+    platform::SetEnvironment("QUILLO_USER_DATA_DIR", root + "/Library/Application Support");
+    platform::SetEnvironment("QUILLO_COMMON_DATA_DIR", root + "/Library/Common");
 }
 
 int SimHost::Outstanding() const {
@@ -92,8 +91,16 @@ int SimHost::Outstanding() const {
     return total;
 }
 
+void SimHost::ApplyActivity() {
+    if (appliedActive == static_cast<int>(model.active))
+        return;
+    appliedActive = model.active;
+    platform::SetMainWindowActive(mainWindow, model.active);
+}
+
 void SimHost::RunIdle(int ticks) {
     current = this;
+    ApplyActivity();
     for (int t = 0; t < ticks; ++t) {
         for (const IdleHookEntry& entry : std::vector<IdleHookEntry>(idleHooks)) {
             A_long maxSleep = 30;
@@ -203,14 +210,11 @@ bool SimHost::LoadPlugins(const std::string& folder) {
 }
 
 bool SimHost::LoadCode(const std::string& path, const std::string& entryPoint, std::string& error) {
-    void* code = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
-    if (code == nullptr) {
-        const char* why = dlerror();
-        error = why != nullptr ? why : "cannot load " + path;
+    void* code = platform::OpenLibrary(path, error);
+    if (code == nullptr)
         return false;
-    }
     auto find = [&](const char* name) {
-        void* symbol = dlsym(code, name);
+        void* symbol = platform::LibrarySymbol(code, name);
         if (symbol == nullptr)
             error += std::string(error.empty() ? "" : ", ") + "missing " + name;
         return symbol;
@@ -222,7 +226,7 @@ bool SimHost::LoadCode(const std::string& path, const std::string& entryPoint, s
     void* terminate = find("ESTerminate");
     void* execute = find("execute");
     if (!error.empty()) {
-        dlclose(code);
+        platform::CloseLibrary(code);
         return false;
     }
     library = code;
@@ -237,6 +241,7 @@ bool SimHost::LoadCode(const std::string& path, const std::string& entryPoint, s
 
 A_Err SimHost::StartPlugin(A_long major, A_long minor, AEGP_PluginID pluginId) {
     current = this;
+    ApplyActivity();
     AEGP_GlobalRefcon refcon = nullptr;
     return pluginMain(&basic, major, minor, pluginId, &refcon);
 }
@@ -252,6 +257,7 @@ long SimHost::ScriptVersion() {
 
 long SimHost::ScriptExecute(std::vector<TaggedData>& args, TaggedData& result) {
     current = this;
+    ApplyActivity();
     return esExecute(args.data(), static_cast<long>(args.size()), &result);
 }
 

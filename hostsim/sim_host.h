@@ -61,6 +61,7 @@ public:
     // What the plug-in did through the host.
     std::vector<std::string> scripts;
     int menuActionsSent = 0;
+    int effectNamesRead = 0; // installed effects' names asked for: one per effect per catalogue
     int suiteApplications = 0;
     int liveMemHandles = 0;
     int liveEffectRefs = 0;
@@ -99,7 +100,13 @@ public:
     Item* ParentComp(const Layer* layer);
     const Effect* FindEffect(AEGP_InstalledEffectKey key) const;
     MenuItem& MainMenu() { return mainMenu; }
+    // Builds the main menu from the model (and on Windows the main window's menu bar from that).
     void BuildMenu();
+    // The host's main window (Windows: an HWND, hidden until a driver shows it); null elsewhere.
+    void* MainWindow() const { return mainWindow; }
+    // Makes the main window the foreground one or not, as the model's active says, when that
+    // changed since last applied; the plug-in's entry points and the idle hooks apply it first.
+    void ApplyActivity();
     // What choosing an effect's menu item does in the host: applies it to the selected layers of
     // the active composition (key 0: a menu item that applies nothing). Counted in menuActionsSent.
     void ChooseMenuEffect(AEGP_InstalledEffectKey key);
@@ -111,6 +118,8 @@ private:
     bool LoadCode(const std::string& path, const std::string& entryPoint, std::string& error);
     MenuItem mainMenu;
     std::string executablePath;
+    void* mainWindow = nullptr;
+    int appliedActive = -1;
 
     void* library = nullptr;
     AEGP_PluginInitFunc pluginMain = nullptr;
@@ -120,6 +129,12 @@ private:
     void (*esTerminate)() = nullptr;
     long (*esExecute)(TaggedData*, long, TaggedData*) = nullptr;
 };
+
+// A new empty folder for a session's simulated disk, named <prefix>-<unique> in the system's
+// temporary folder; empty when none can be made.
+std::string NewTemporaryFolder(const std::string& prefix);
+// The program's arguments in UTF-8 (on Windows read from the wide command line), argv[0] first.
+std::vector<std::string> CommandLineArguments(int argc, char** argv);
 
 // Tagged values as the script engine passes them.
 TaggedData ScriptString(const char* text);

@@ -1,4 +1,5 @@
 #include "hostsim/sim_model.h"
+#include "hostsim/sim_platform.h"
 
 #include <nlohmann/json.hpp>
 
@@ -164,7 +165,7 @@ Model LoadModel(const std::string& jsonText) {
 }
 
 Model LoadModelFile(const std::string& path) {
-    std::ifstream in(path, std::ios::binary);
+    std::ifstream in(U8Path(path), std::ios::binary);
     if (!in)
         throw std::runtime_error("cannot read " + path);
     std::ostringstream text;
@@ -174,7 +175,7 @@ Model LoadModelFile(const std::string& path) {
 
 std::vector<Effect> LoadEffectsTable(const std::string& path) {
     std::vector<Effect> effects;
-    std::ifstream in(path);
+    std::ifstream in(U8Path(path));
     std::string line;
     while (std::getline(in, line)) {
         if (line.empty() || line[0] == '#')

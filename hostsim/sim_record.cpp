@@ -1,11 +1,15 @@
 #include "hostsim/sim_record.h"
 
 #include "hostsim/sim_host.h"
+#include "hostsim/sim_platform.h"
 
 #include <nlohmann/json.hpp>
 
 #include <cstdio>
-#include <unistd.h>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <system_error>
 
 namespace hostsim {
 
@@ -66,6 +70,27 @@ std::string DescribeResult(const TaggedData& value) {
     default:
         return "type " + std::to_string(value.type);
     }
+}
+
+ConsoleCall RunConsoleLine(SimHost& host, const std::string& line) {
+    const size_t space = line.find(' ');
+    ConsoleCall call{line.substr(0, space), 0, {}};
+    if (call.word.empty())
+        return call;
+    std::vector<TaggedData> args{ScriptString(call.word.c_str())};
+    const std::string rest = space == std::string::npos ? std::string() : line.substr(space + 1);
+    if (space != std::string::npos) {
+        char* end = nullptr;
+        const long number = std::strtol(rest.c_str(), &end, 10);
+        args.push_back(end != rest.c_str() && *end == '\0' ? ScriptInteger(static_cast<int32_t>(number))
+                                                           : ScriptString(rest.c_str()));
+    }
+    TaggedData result{};
+    call.status = host.ScriptExecute(args, result);
+    call.result = DescribeResult(result);
+    if (result.type == kTypeScript || result.type == kTypeString)
+        host.ScriptFreeMem(result.data.string);
+    return call;
 }
 
 std::string SessionRecord(SimHost& host, const SessionState& state) {
@@ -157,13 +182,17 @@ std::string ProjectOutline(SimHost& host) {
 }
 
 bool WriteFileAtomically(const std::string& path, const std::string& text) {
-    const std::string temporary = path + ".tmp" + std::to_string(getpid());
-    FILE* file = std::fopen(temporary.c_str(), "wb");
-    if (file == nullptr)
-        return false;
-    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
-    if (std::fclose(file) != 0 || !written || std::rename(temporary.c_str(), path.c_str()) != 0) {
-        std::remove(temporary.c_str());
+    const std::filesystem::path target = U8Path(path), temporary = U8Path(path + ".tmp");
+    bool written;
+    {
+        std::ofstream file(temporary, std::ios::binary);
+        written = file && file.write(text.data(), static_cast<std::streamsize>(text.size())) && file.flush();
+    }
+    std::error_code ec;
+    if (written)
+        std::filesystem::rename(temporary, target, ec);
+    if (!written || ec) {
+        std::filesystem::remove(temporary, ec);
         return false;
     }
     return true;

@@ -61,6 +61,10 @@ struct SessionState {
 // "string text", "script" followed by a newline and the text, "type N" for anything else.
 std::string DescribeResult(const TaggedData& value);
 
+// Runs one line of the script console: a word, then optionally a number or a text, handed to the
+// plug-in's execute; a returned string is freed as the engine frees it. An empty word runs nothing.
+ConsoleCall RunConsoleLine(SimHost& host, const std::string& line);
+
 // The record as JSON text: the project's compositions and layers (name, type, selected, effects by
 // name, presets by file), counts of what the plug-in did through the host, scripts it ran, the
 // console's calls and the host state.

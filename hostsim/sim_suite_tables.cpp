@@ -25,6 +25,7 @@ template <typename Suite> Suite UtilitySuite() {
     Suite s{};
     s.AEGP_GetSuppressInteractiveUI = GetSuppressInteractiveUI;
     s.AEGP_ExecuteScript = ExecuteScript;
+    s.AEGP_GetMainHWND = GetMainHWND;
     return s;
 }
 AEGP_UtilitySuite5 utility11 = UtilitySuite<AEGP_UtilitySuite5>();

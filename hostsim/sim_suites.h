@@ -13,6 +13,7 @@ SPBasicSuite BasicSuite();
 
 // Utility, register and memory suites (sim_suites_app.cpp).
 A_Err GetSuppressInteractiveUI(A_Boolean* suppressed);
+A_Err GetMainHWND(void* mainWindow);
 A_Err ExecuteScript(AEGP_PluginID, const A_char* script, const A_Boolean, AEGP_MemHandle* result,
                     AEGP_MemHandle* error);
 A_Err RegisterCommandHook(AEGP_PluginID, AEGP_HookPriority, AEGP_Command, AEGP_CommandHook,

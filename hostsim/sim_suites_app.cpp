@@ -17,6 +17,14 @@ A_Err GetSuppressInteractiveUI(A_Boolean* suppressed) {
     return A_Err_NONE;
 }
 
+// The main window's HWND on Windows; null where the host has no window of its own.
+A_Err GetMainHWND(void* mainWindow) {
+    if (mainWindow == nullptr)
+        return A_Err_PARAMETER;
+    *static_cast<void**>(mainWindow) = Host().MainWindow();
+    return A_Err_NONE;
+}
+
 A_Err ExecuteScript(AEGP_PluginID, const A_char* script, const A_Boolean, AEGP_MemHandle* result,
                     AEGP_MemHandle* error) {
     SimHost& host = Host();

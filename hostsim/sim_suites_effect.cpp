@@ -58,6 +58,7 @@ A_Err GetNextInstalledEffect(AEGP_InstalledEffectKey key, AEGP_InstalledEffectKe
 }
 
 A_Err GetEffectName(AEGP_InstalledEffectKey key, A_char* name) {
+    ++Host().effectNamesRead;
     return Answer(Host().FindEffect(key), [&](const Effect& effect) {
         CopyName(Utf8ToMacRoman(effect.name), name, AEGP_MAX_EFFECT_NAME_SIZE);
     });

@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         else
             check(pipl.kind.empty() || pipl.kind.size() == 4);
     }
-    // The input taken as a PiPL resource itself, as a hand-edited resource file would hold.
+    // The input taken as a PiPL resource itself, as a hand-edited resource file would hold, or as a
+    // Windows DLL carries it (the form starting with a 16-bit 1; seed quillo_win.pipl).
     hostsim::Pipl pipl;
     hostsim::ParsePipl(fork, pipl, error);
     return 0;

@@ -1,10 +1,9 @@
 #include "hostsim/app/host_app_options.h"
+#include "hostsim/sim_host.h"
 
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
-
-#include <unistd.h>
 
 HostAppOptions ParseHostAppOptions(int argc, char** argv) {
     HostAppOptions options;
@@ -40,13 +39,9 @@ HostAppOptions ParseHostAppOptions(int argc, char** argv) {
         *target = value;
         ++i;
     }
-    if (options.root.empty()) {
-        char pattern[] = "/tmp/quillo-host-XXXXXX";
-        if (mkdtemp(pattern) == nullptr) {
-            options.ok = false;
-            return options;
-        }
-        options.root = pattern;
+    if (options.root.empty() && (options.root = hostsim::NewTemporaryFolder("quillo-host")).empty()) {
+        options.ok = false;
+        return options;
     }
     if (options.record.empty())
         options.record = options.root + "/session.json";

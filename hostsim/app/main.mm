@@ -209,27 +209,12 @@ NSTextView *AddTextPane(NSView *content, NSRect frame, unsigned int resizing, CG
 // ---- The script console: a word (and an optional number) handed to the plug-in's execute.
 
 - (void)runConsoleLine:(const std::string &)line {
-    const size_t space = line.find(' ');
-    const std::string word = line.substr(0, space);
-    if (word.empty())
+    hostsim::ConsoleCall call = hostsim::RunConsoleLine(*s->host, line);
+    if (call.word.empty())
         return;
-    std::vector<TaggedData> args{hostsim::ScriptString(word.c_str())};
-    if (space != std::string::npos) {
-        const std::string rest = line.substr(space + 1);
-        char *end = nullptr;
-        const long number = std::strtol(rest.c_str(), &end, 10);
-        args.push_back(end != rest.c_str() && *end == '\0'
-                           ? hostsim::ScriptInteger(static_cast<int32_t>(number))
-                           : hostsim::ScriptString(rest.c_str()));
-    }
-    TaggedData result{};
-    const long status = s->host->ScriptExecute(args, result);
-    hostsim::ConsoleCall call{word, status, hostsim::DescribeResult(result)};
-    if (result.type == kTypeScript || result.type == kTypeString)
-        s->host->ScriptFreeMem(result.data.string);
     s->state.console.push_back(call);
 
-    std::string shown = "execute(\"" + word + "\") -> " + std::to_string(status) + ", ";
+    std::string shown = "execute(\"" + call.word + "\") -> " + std::to_string(call.status) + ", ";
     // A status script holds long hexadecimal image strings: its first lines tell enough.
     shown += call.result.size() > 400
                  ? call.result.substr(0, 400) + "... (" + std::to_string(call.result.size()) + " characters)"
