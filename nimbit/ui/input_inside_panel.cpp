@@ -336,7 +336,7 @@ int input_inside_panel::char_at(int x) const {
 // --- keys -----------------------------------------------------------------------------------------
 
 void input_inside_panel::key_pressed(const event_info& e) {
-    const bool command = keyboard::is_key_down(keyboard::command);
+    const bool command = keyboard::is_key_down(keyboard::shortcut);
     const bool shift = keyboard::is_key_down(keyboard::shift);
     const int length = static_cast<int>(text.size());
     const auto key = static_cast<uint32_t>(e.data);

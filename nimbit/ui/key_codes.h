@@ -23,6 +23,9 @@ enum name : int {
     command = -91,
     left_command = -90,
     right_command = -89,
+    // The modifier of editing shortcuts (select all, copy, paste, undo): Command on the Mac, Control
+    // on Windows.
+    shortcut = -86,
     space = -88,
     tab = -87,
     none = -1, // no key at all: never down

@@ -33,6 +33,12 @@ bool keyboard::is_key_down(int k) {
     case left_command:
     case right_command:
         return native_is_key_down(virtual_key::command);
+    case shortcut:
+#ifdef _WIN32
+        return native_is_key_down(virtual_key::left_control) || native_is_key_down(virtual_key::right_control);
+#else
+        return native_is_key_down(virtual_key::command);
+#endif
     case space:
         return native_is_key_down(virtual_key::space);
     case tab:

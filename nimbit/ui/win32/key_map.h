@@ -8,9 +8,9 @@
 // Windows virtual keys and the toolkit's key codes. The toolkit speaks macOS virtual key codes
 // everywhere (key_codes.h); these functions translate.
 //
-// The modifiers follow the Linux backend so that Control stays Control: the Command keys (55, 54) are
-// the left and right Alt keys and the Option keys (58, 61) the left and right Windows keys.
-// Command-style shortcuts such as Command+C are therefore typed as Alt+C.
+// The modifiers as the host names them on Windows: Control is Control (the "Ctrl + Space" chord), the
+// Option keys (58, 61) are the Alt keys and the Command keys (55, 54) the Windows keys. Editing
+// shortcuts (copy, paste, select all) ask for keyboard::shortcut, which is Control here.
 
 namespace nimbit::ui::win32 {
 

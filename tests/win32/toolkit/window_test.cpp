@@ -121,10 +121,10 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
         {WM_KEYDOWN, VK_F5, 0x3F0001, event_type::key_down, nimbit::ui::event_key::f5, &child},
         {WM_KEYDOWN, VK_RETURN, 0x1C0001, event_type::key_down, nimbit::ui::event_key::return_key, &child},
         {WM_KEYDOWN, VK_RETURN, 0x11C0001, event_type::key_down_raw, raw(76, 13), &child}, // the keypad's
-        // Modifiers: Shift by scan code, Control and Alt (Command) by the extended bit.
+        // Modifiers: Shift by scan code, Control and Alt (Option) by the extended bit.
         {WM_KEYDOWN, VK_SHIFT, 0x360001, event_type::key_down_raw, raw(60, no_char), &child},
         {WM_KEYDOWN, VK_CONTROL, 0x11D0001, event_type::key_down_raw, raw(62, no_char), &child},
-        {WM_SYSKEYDOWN, VK_MENU, 0x20380001, event_type::key_down_raw, raw(55, no_char), &child},
+        {WM_SYSKEYDOWN, VK_MENU, 0x20380001, event_type::key_down_raw, raw(58, no_char), &child},
         // Text: one unit each, editing keys by the toolkit's codes.
         {WM_CHAR, L'a', 0, event_type::key_char, 'a', &child},
         {WM_CHAR, 0xE9, 0, event_type::key_char, 0xE9, &child},
@@ -152,10 +152,11 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
     pump(0.05);
     EXPECT_EQ(child.data_of(event_type::key_char), (values{0xD83D, 0xDE00, 'z'}));
 
-    // The keyboard's state is polled (as the host's shortcut chord is): Alt is Command, Control
-    // stays Control. (Wine 8 reports a right Shift sent by SendInput as neither of the two.)
-    for (auto [vk, query] : {std::pair{VK_LMENU, int(nimbit::ui::keyboard::command)},
-                             {VK_LCONTROL, int(nimbit::ui::keyboard::control)},
+    // The keyboard's state is polled (as the host's shortcut chord is): Alt is Option, Control is
+    // Control and the editing shortcuts' modifier. (Wine 8 reports a right Shift sent by SendInput
+    // as neither of the two.)
+    for (auto [vk, query] : {std::pair{VK_LMENU, int(nimbit::ui::keyboard::option)},
+                             {VK_LCONTROL, int(nimbit::ui::keyboard::shortcut)},
                              {VK_LSHIFT, int(nimbit::ui::keyboard::shift)}}) {
         INPUT press[2] = {};
         press[0].type = press[1].type = INPUT_KEYBOARD;
@@ -164,7 +165,7 @@ TEST(Win32Window, PostedMouseAndKeyMessagesArriveAsToolkitEventsAtTheirPoint) {
         press[1].ki.dwFlags = KEYEVENTF_KEYUP;
         ASSERT_EQ(SendInput(1, &press[0], sizeof(INPUT)), 1u);
         EXPECT_TRUE(wait_for([q = query] { return nimbit::ui::keyboard::is_key_down(q); })) << vk;
-        EXPECT_FALSE(nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::option)) << vk;
+        EXPECT_FALSE(nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::command)) << vk;
         ASSERT_EQ(SendInput(1, &press[1], sizeof(INPUT)), 1u);
         EXPECT_TRUE(wait_for([q = query] { return !nimbit::ui::keyboard::is_key_down(q); })) << vk;
     }
