@@ -198,6 +198,7 @@ class Scene:
             self.say("   note: the host's clock is not the script's (first paint %.0f, start %.0f)" % (
                 min(host_painted), self.started_ms))
 
+        self.stamped = 0  # chord figures measured from the press's own time stamp
         chord_times = self.chord_runs(self.args.presses)
         dark = self.type_and_apply()
         key_times = self.measure_keys() if self.out else []
@@ -214,6 +215,9 @@ class Scene:
         status = self.quit_host()
         (self.ok if status == 0 else self.failed)("quit: host exited with %s" % status)
         if self.out:
+            self.say("   chord to popup painted, %d runs: %s ms (%d from the Space press's time stamp, the "
+                     "others from the sending time)" % (len(chord_times), ", ".join("%.1f" % t for t in chord_times),
+                                                        self.stamped))
             self.say("figures (medians): chord to popup painted %s ms over %d runs; keystroke to "
                      "repainted rows %s ms over %d presses" % (
                          median(chord_times), len(chord_times), median(key_times), len(key_times)))
@@ -232,6 +236,7 @@ class Scene:
             presses = [k["pressedAtMs"] for k in r["keys"] if k["keyCode"] == VK_SPACE and k["pressedAtMs"] >= sent - 1]
             if painted:
                 times.append(painted[0] - (presses[0] if presses else sent))
+                self.stamped += 1 if presses else 0
             if i == 0:
                 self.ok("Ctrl+Space opened the popup: %s (x, y, width, height)" % (self.popup_rect(r),))
             self.chord()
