@@ -292,8 +292,8 @@ class Scene:
 
     def measure_keys(self):
         """Keystroke to repainted rows while searches are typed; the latencies in ms."""
-        r = self.record()
-        start = len(r["keys"]) if r else 0
+        # By time, not by index: the record keeps the latest 200 presses only.
+        start = now_ms()
         for word in ["gaussian", "blur", "glow", "sharpen"]:
             if self.open_popup() is None:
                 continue
@@ -302,7 +302,8 @@ class Scene:
             time.sleep(0.1)
             self.close_popup()
         r = self.record() or {"keys": []}
-        return [k["latencyMs"] for k in r["keys"][start:] if k["window"] == POPUP and k["latencyMs"] >= 0]
+        return [k["latencyMs"] for k in r["keys"]
+                if k["window"] == POPUP and k["latencyMs"] >= 0 and k["pressedAtMs"] >= start]
 
     def capture_folders(self, root):
         prefix = os.environ.get("WINEPREFIX", "")
