@@ -72,11 +72,27 @@ double MonotonicMs() {
            static_cast<double>(now.QuadPart % frequency) * 1000.0 / static_cast<double>(frequency);
 }
 
+namespace {
+
+void FinishKey() {
+    if (pendingKeys.size() < 1000)
+        pendingKeys.push_back(current);
+    keyInFlight = awaitingCharacter = false;
+}
+
+double SincePressMs() {
+    return current.pressedAtMs >= 0 ? MonotonicMs() - current.pressedAtMs : -1;
+}
+
+} // namespace
+
 void NoteMessageTaken(const MSG& message) {
+    // The character a press waited for comes first if at all (posted messages before input).
+    if (awaitingCharacter && message.message != WM_CHAR && message.message != WM_SYSCHAR)
+        FinishKey();
     if (!IsKeyPress(message.message) || message.hwnd == nullptr)
         return;
     current = hostsim::KeyTiming{};
-    awaitingCharacter = false;
     current.keyCode = static_cast<unsigned short>(message.wParam);
     const UINT character = MapVirtualKeyW(static_cast<UINT>(message.wParam), MAPVK_VK_TO_CHAR) & 0x7FFFFFFF;
     if (character >= 0x20 && character < 0x7F)
@@ -91,27 +107,25 @@ void NoteMessageTaken(const MSG& message) {
 void NoteMessageHandled(const MSG& message) {
     if (!keyInFlight)
         return;
-    if (IsKeyPress(message.message)) {
+    if (IsKeyPress(message.message) && !awaitingCharacter) {
+        PaintVisibleWindows();
+        current.latencyMs = SincePressMs();
         // The toolkit takes text from the WM_CHAR that TranslateMessage posted: the press is done
-        // once that one is handled too.
+        // once that one is handled too (when it never comes, the time above stands).
         MSG next{};
         if (PeekMessageW(&next, message.hwnd, WM_CHAR, WM_DEADCHAR, PM_NOREMOVE) ||
-            PeekMessageW(&next, message.hwnd, WM_SYSCHAR, WM_SYSDEADCHAR, PM_NOREMOVE)) {
+            PeekMessageW(&next, message.hwnd, WM_SYSCHAR, WM_SYSDEADCHAR, PM_NOREMOVE))
             awaitingCharacter = true;
-            return;
-        }
+        else
+            FinishKey();
     } else if (awaitingCharacter && (message.message == WM_CHAR || message.message == WM_SYSCHAR)) {
         const wchar_t unit = static_cast<wchar_t>(message.wParam);
         if (unit >= 0x20 && unit != 0x7F)
             current.characters = nimbit::narrow(std::wstring(1, unit));
-    } else {
-        return;
+        PaintVisibleWindows();
+        current.latencyMs = SincePressMs();
+        FinishKey();
     }
-    keyInFlight = awaitingCharacter = false;
-    PaintVisibleWindows();
-    current.latencyMs = current.pressedAtMs >= 0 ? MonotonicMs() - current.pressedAtMs : -1;
-    if (pendingKeys.size() < 1000)
-        pendingKeys.push_back(current);
 }
 
 std::vector<hostsim::KeyTiming> TakeKeyTimings() {
