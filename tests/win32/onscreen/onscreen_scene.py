@@ -374,11 +374,6 @@ class Scene:
         self.xdotool("mousemove", str(x), str(y), "mousedown", "1", "sleep", "0.5",
                      "mousemove", str(x - 45), str(y + 39), "sleep", "0.3", "mouseup", "1")
         time.sleep(0.5)
-        if self.out:  # the window itself, whatever lies over it on the screen
-            ids = self.xdo_out("search", "--onlyvisible", "--name", "^Preferences$").split()
-            if ids:
-                subprocess.run(["import", "-window", ids[-1], os.path.join(self.out, "preferences-light.png")],
-                               stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         self.xdotool("key", "Escape")
         end = time.time() + 5
         while self.x_window("^Preferences$", 0.1) is not None and time.time() < end:
