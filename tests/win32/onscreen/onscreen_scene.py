@@ -352,7 +352,8 @@ class Scene:
             if ids:
                 g = dict(line.split("=", 1) for line in
                          self.xdo_out("getwindowgeometry", "--shell", ids[-1]).split() if "=" in line)
-                return int(g["X"]), int(g["Y"]), int(g["WIDTH"]), int(g["HEIGHT"])
+                if all(k in g for k in ("X", "Y", "WIDTH", "HEIGHT")):  # not gone meanwhile
+                    return int(g["X"]), int(g["Y"]), int(g["WIDTH"]), int(g["HEIGHT"])
             time.sleep(0.05)
         return None
 
