@@ -8,6 +8,7 @@
 #include "popup/preferences_data.h"
 #include "popup/search_data_files.h"
 
+#include <cctype>
 #include <cstring>
 
 namespace {
@@ -81,8 +82,25 @@ std::string ReadString(const nimbit::chunk_file& file) {
     return std::string(text, zero ? static_cast<const char*>(zero) - text : size);
 }
 
+// "/..." everywhere; on Windows also a drive's "X:/..." (either slash) and a share's "\\server\...",
+// which is how the shell's folders are spelled there.
+bool IsAbsolutePath(const std::string& path) {
+    if (!path.empty() && path[0] == '/')
+        return true;
+#ifdef _WIN32
+    const auto slash = [](char c) {
+        return c == '/' || c == '\\';
+    };
+    const bool drive = path.size() >= 3 && std::isalpha(static_cast<unsigned char>(path[0])) &&
+                       path[1] == ':' && slash(path[2]);
+    return drive || (path.size() >= 3 && slash(path[0]) && slash(path[1]));
+#else
+    return false;
+#endif
+}
+
 bool IsAcceptableCaptureFolder(const std::string& folder) {
-    return !folder.empty() && folder[0] == '/' && nimbit::file_stats(nimbit::file_path(folder)).type == 1;
+    return IsAbsolutePath(folder) && nimbit::file_stats(nimbit::file_path(folder)).type == 1;
 }
 
 } // namespace

@@ -15,6 +15,7 @@
 //   quit                       quits (death hooks, record written)
 
 #include "hostsim/app/host_app_options.h"
+#include "hostsim/app_win32/event_timing_win32.h"
 #include "hostsim/sim_host.h"
 #include "hostsim/sim_platform.h"
 #include "hostsim/sim_record.h"
@@ -28,6 +29,7 @@
 #include <memory>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -44,6 +46,12 @@ struct App {
 };
 App app;
 
+template <typename T> void AppendBounded(std::vector<T>& list, std::vector<T>&& more, size_t limit) {
+    list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
+    if (list.size() > limit)
+        list.erase(list.begin(), list.begin() + static_cast<std::ptrdiff_t>(list.size() - limit));
+}
+
 // The Windows edit controls break lines with CR LF.
 std::wstring EditText(const std::string& text) {
     std::wstring out;
@@ -57,6 +65,8 @@ std::wstring EditText(const std::string& text) {
 
 void Refresh() {
     app.state.active = GetForegroundWindow() == app.window;
+    AppendBounded(app.state.keys, TakeKeyTimings(), 200);
+    app.state.windows = ListVisibleWindows();
     const std::string outline = hostsim::ProjectOutline(*app.host);
     if (outline != app.shownOutline) {
         app.shownOutline = outline;
@@ -234,21 +244,24 @@ int main(int argc, char** argv) {
     long ticks = 0;
     MSG message;
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
+        NoteMessageTaken(message);
         if (message.hwnd == nullptr && message.message == ControlLine) {
             std::unique_ptr<std::string> line(reinterpret_cast<std::string*>(message.lParam));
             RunControlLine(*line);
-            continue;
-        }
-        if (message.hwnd == nullptr && message.message == WM_TIMER) {
+        } else if (message.hwnd == nullptr && message.message == WM_TIMER) {
             app.host->RunIdle(1);
             // The tick count reaches the record about once a second; it shows that idle calls go on.
             if (++ticks % 32 == 1)
                 app.state.idleTicks = ticks;
-            Refresh();
-            continue;
+        } else {
+            TranslateMessage(&message);
+            DispatchMessageW(&message);
         }
-        TranslateMessage(&message);
-        DispatchMessageW(&message);
+        NoteMessageHandled(message);
+        // Checked after every message, so that a window's first paint is timed when it happens.
+        AppendBounded(app.state.shownWindows, TakeShownWindows(), 100);
+        if (message.hwnd == nullptr && message.message == WM_TIMER)
+            Refresh();
     }
     app.host->RunDeath();
     ++app.state.deathHooksRun;
