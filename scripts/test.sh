@@ -57,8 +57,10 @@ cmake -S . -B build/win32 -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
 cmake --build build/win32 -j "$jobs"
 # shellcheck source=scripts/wine-env.sh
 source scripts/wine-env.sh build/win32
+trap wine_env_stop EXIT
 run_ctest build/win32 "windows"
 wine_env_stop
+trap - EXIT
 
 if [ "$fuzz_seconds" -gt 0 ]; then
     echo "== fuzzing, $fuzz_seconds s per target"

@@ -22,7 +22,6 @@ out=$repo/build/walkthrough-win32/$(date -u +%Y%m%d-%H%M%S)
 mkdir -p "$out"
 unset QUILLO_WINE_DISPLAY # an Xvfb of this run's own
 # shellcheck source=wine-env.sh
-# (its last word, keeping the wineserver up, fails when wineboot's server is already up: fine)
 source "$repo/scripts/wine-env.sh" "$out"
 [ -n "${QUILLO_WINE_DISPLAY:-}" ] || { echo "walkthrough-win32: no Xvfb" >&2; exit 1; }
 trap wine_env_stop EXIT

@@ -19,5 +19,8 @@ wine_env_stop() {
     unset QUILLO_WINE_DISPLAY _wine_xvfb_pid
 }
 export DISPLAY=$QUILLO_WINE_DISPLAY
+# The server first, kept for a minute after its last client, so that wineboot and every test share it.
+# (It refuses when one already serves this prefix, which is as good.)
+mkdir -p "$WINEPREFIX"
+wineserver -p 60 2>/dev/null || true
 wineboot -i >/dev/null 2>&1 || true
-wineserver -p 60
