@@ -10,4 +10,8 @@ namespace nimbit::graphics {
 // transparent pixels do not bleed their colour into the result. Empty for an empty picture or size.
 rgba_image resample(const rgba_image& image, _vec2<int> size);
 
+// The picture at the top-left corner of a new size, cut or padded with transparent pixels. Empty for
+// an empty size.
+rgba_image recanvas(const rgba_image& image, _vec2<int> size);
+
 } // namespace nimbit::graphics

@@ -68,15 +68,7 @@ bool win32_bitmap::resize(_vec2<int> size, bool resample) {
         image = graphics::resample(image, size);
         return true;
     }
-    graphics::rgba_image out;
-    out.alpha = image.alpha;
-    out.size = size;
-    out.pixels.assign(size_t(size.x) * size_t(size.y) * 4, 0);
-    const int w = std::min(size.x, image.size.x), h = std::min(size.y, image.size.y);
-    for (int y = 0; y < h; ++y)
-        std::copy_n(&image.pixels[size_t(y) * image.pitch()], size_t(w) * 4,
-                    &out.pixels[size_t(y) * out.pitch()]);
-    image = std::move(out);
+    image = graphics::recanvas(image, size);
     return true;
 }
 
