@@ -63,11 +63,11 @@ std::vector<file_path> file_dialog(const ui::window* parent, dialog_type type, c
         texts.push_back(widen(f.label));
         texts.push_back(widen(f.pattern.empty() ? std::string("*.*") : f.pattern));
     }
-    std::vector<COMDLG_FILTERSPEC> specs;
+    std::vector<COMDLG_FILTERSPEC> types;
     for (size_t i = 0; i + 1 < texts.size(); i += 2)
-        specs.push_back({texts[i].c_str(), texts[i + 1].c_str()});
-    if (!specs.empty())
-        dialog->SetFileTypes(static_cast<UINT>(specs.size()), specs.data());
+        types.push_back({texts[i].c_str(), texts[i + 1].c_str()});
+    if (!types.empty())
+        dialog->SetFileTypes(static_cast<UINT>(types.size()), types.data());
     if (!title.empty())
         dialog->SetTitle(widen(title).c_str());
     FILEOPENDIALOGOPTIONS options = 0;
