@@ -80,10 +80,13 @@ void WaitUntilReady(const HostAppSession& session) {
     ASSERT_TRUE(session.WaitForIdleTicks(2));
 }
 
-// Plays the chord, waits for the popup to appear and for it to settle.
+// Plays the chord, waits for the popup to appear and for it to settle: the search field takes the
+// keyboard a quarter of a second after the popup gains the focus, so letters typed sooner are lost.
 bool OpenPopup(const HostAppSession& session, const strings& chord = {"ctrl", "space"}) {
-    return session.Chord(chord) && session.WaitForRecord([](const json& r) { return Shown(r); }, 5.0) &&
-           session.WaitForIdleTicks(12);
+    return session.Chord(chord) &&
+           session.WaitForRecord([](const json& r) { return Shown(r) && WindowIn(r).value("key", false); },
+                                 5.0) &&
+           session.WaitForIdleTicks(12) && session.Xdotool({"sleep", "0.3"});
 }
 bool WaitPopupHidden(const HostAppSession& session) {
     return session.WaitForRecord([](const json& r) { return !Shown(r); }, 5.0);
