@@ -30,9 +30,6 @@ namespace {
 constexpr vec4 blue{0.1f, 0.2f, 0.8f, 1.0f};
 constexpr vec4 red{0.9f, 0.1f, 0.1f, 1.0f};
 
-std::string move_to(point p) {
-    return "mousemove " + std::to_string(p.x) + " " + std::to_string(p.y);
-}
 bool hold_command() { // Command is Alt on Linux; held until the keyboard reports it
     return xdotool("keydown alt") &&
            wait_for([] { return nimbit::ui::keyboard::is_key_down(nimbit::ui::keyboard::command); });
@@ -195,29 +192,20 @@ TEST(CocoaTimers, TimersRepeatOrFireOnceMayDestroyTheirWindowAndDriveModalSessio
     EXPECT_EQ(other.w.show_modal(), 0);
     EXPECT_FALSE(other.w.is_modal());
 
-    // Ended by input that the session itself dispatches (a key, then a click, as a question's
-    // Escape and OK end it): each returns its code, the window that had the keyboard has it back,
-    // and the window can ask again.
+    // Ended by input that the session itself dispatches (a click, as a question's OK ends it): it
+    // returns its code and the window that had the keyboard has it back. (A question ended by its
+    // keys, and asked again, is in the e2e gallery scene.)
     timed_window owner({40, 40, 160, 90});
     owner.w.show();
     ASSERT_TRUE(wait_for([&] { return owner.w.has_focus(); }));
     timed_window asked({260, 240, 160, 90});
-    uint64_t code = 0;
-    nimbit::ui::event_manager::instance().add_event(&asked.w, &asked, event_type::key_down,
-                                                    [&](const nimbit::ui::event_info& e) {
-                                                        if (e.data == nimbit::ui::event_key::escape)
-                                                            asked.w.end_modal(7);
-                                                    });
     nimbit::ui::event_manager::instance().add_event(
         &asked.root, &asked, event_type::mouse_up,
-        [&](const nimbit::ui::event_info&) { asked.w.end_modal(++code); });
-    xdotool_later("sleep 0.5 key Escape");
-    EXPECT_EQ(asked.w.show_modal(), 7);
+        [&](const nimbit::ui::event_info&) { asked.w.end_modal(5); });
+    xdotool_later("sleep 0.5 mousemove 300 270 mousedown 1 sleep 0.1 mouseup 1");
+    EXPECT_EQ(asked.w.show_modal(), 5);
     EXPECT_FALSE(asked.w.is_shown());
     EXPECT_TRUE(wait_for([&] { return owner.w.has_focus(); }));
-    xdotool_later("sleep 0.5 mousemove 300 270 mousedown 1 sleep 0.1 mouseup 1");
-    EXPECT_EQ(asked.w.show_modal(), 1);
-    EXPECT_FALSE(asked.w.is_modal());
 }
 
 TEST(CocoaShowcase, IsStyledOnScreenAndTakesPointerKeysAndThePasteboard) {
@@ -259,22 +247,4 @@ TEST(CocoaShowcase, IsStyledOnScreenAndTakesPointerKeysAndThePasteboard) {
     ASSERT_TRUE(xdotool("key c"));
     ASSERT_TRUE(wait_for([] { return nimbit::ui::get_native_clipboard().get_text() == "Xy"; }));
     ASSERT_TRUE(xdotool("keyup alt"));
-
-    // The drop-down opens its menu and the choice arrives. The menu runs its own loop inside the
-    // press, so the rest of the gesture comes from a process in the background: GNUstep's context
-    // menu follows the held button and chooses the item the button is released over. "Dark", the
-    // first item, lies just below the box's lower-left corner (under the menu's title bar, a little
-    // to the right).
-    nimbit::ui::drop_down_box& box = c.drop_down;
-    const int light = box.get_selected_item();
-    ASSERT_EQ(box.get_selected_text(), "Light");
-    bool chosen = false;
-    nimbit::ui::event_manager::instance().add_event(&box, &w, event_type::value_changed,
-                                                    [&](const nimbit::ui::event_info&) { chosen = true; });
-    const point corner = on(box, 0, box.get_rect().h);
-    xdotool_later("sleep 0.8 " + move_to({corner.x + 52, corner.y + 8}) + " sleep 0.2 mouseup 1");
-    ASSERT_TRUE(xdotool(move_to(centre(box)) + " mousedown 1"));
-    EXPECT_TRUE(wait_for([&] { return chosen; }));
-    EXPECT_EQ(box.get_selected_text(), "Dark");
-    EXPECT_NE(box.get_selected_item(), light);
 }

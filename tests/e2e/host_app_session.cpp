@@ -19,25 +19,11 @@ extern char** environ;
 
 namespace e2e {
 
-namespace {
-
-using Clock = std::chrono::steady_clock;
-
-std::vector<char*> Argv(const std::vector<std::string>& args) {
-    std::vector<char*> argv;
-    for (const std::string& a : args)
-        argv.push_back(const_cast<char*>(a.c_str()));
-    argv.push_back(nullptr);
-    return argv;
-}
-
-} // namespace
-
 // Every 20 ms: short against the application's 30 ms idle tick.
 bool Poll(const std::function<bool()>& done, double timeout) {
-    const auto start = Clock::now();
+    const auto start = std::chrono::steady_clock::now();
     while (!done()) {
-        if (std::chrono::duration<double>(Clock::now() - start).count() > timeout)
+        if (std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() > timeout)
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
@@ -84,7 +70,11 @@ HostAppSession::HostAppSession(const SessionOptions& options)
                                            "--root", root + "/disk", "--record", recordPath,
                                            // A port nothing listens on: the news check fails fast.
                                            "--news-url", "http://127.0.0.1:9/news", "--control"};
-    if (posix_spawn(&app, args[0].c_str(), &actions, nullptr, Argv(args).data(), environ) != 0)
+    std::vector<char*> argv;
+    for (const std::string& a : args)
+        argv.push_back(const_cast<char*>(a.c_str()));
+    argv.push_back(nullptr);
+    if (posix_spawn(&app, args[0].c_str(), &actions, nullptr, argv.data(), environ) != 0)
         app = -1;
     posix_spawn_file_actions_destroy(&actions);
     close(controlPipe[0]);

@@ -5,7 +5,6 @@
 #include "host_app_session.h"
 
 #include "gallery/gallery_popup_window.h"
-#include "hostsim/sim_render.h"
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/ui/bitmap.h"
@@ -24,6 +23,7 @@
 #include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 
 namespace {
 
@@ -88,13 +88,21 @@ bool OpenPopup(const HostAppSession& session, const strings& chord = {"ctrl", "s
                                  5.0) &&
            session.WaitForIdleTicks(12) && session.Xdotool({"sleep", "0.3"});
 }
-bool WaitPopupHidden(const HostAppSession& session) {
-    return session.WaitForRecord([](const json& r) { return !Shown(r); }, 5.0);
+bool WaitShown(const HostAppSession& session, const std::string& title, bool shown = true) {
+    return session.WaitForRecord([&](const json& r) { return Shown(r, title) == shown; }, 5.0);
 }
 // Opens the popup, types text, presses the keys.
 bool Search(const HostAppSession& session, const std::string& text, const strings& keys,
             const strings& chord = {"ctrl", "space"}) {
     return OpenPopup(session, chord) && session.Type(text) && session.Keys(keys);
+}
+// Clicks the shown popup's tool button (counted from its right edge).
+bool ClickToolButton(const HostAppSession& session, int button) {
+    using P = EffectsPopupWindow;
+    const json shown = WindowIn(session.Record());
+    return session.ClickAt(shown.value("x", 0) + shown.value("width", 0) - P::ToolButtonRight[button] +
+                               P::ButtonSize / 2,
+                           shown.value("y", 0) + P::ToolButtonTop + P::ButtonSize / 2);
 }
 // After a key that applies, the popup hides and the next idle tick applies.
 bool WaitForEffects(const HostAppSession& session, size_t count) {
@@ -113,49 +121,8 @@ bool ChooseFromMenu(const HostAppSession& session, const std::vector<int>& path)
     return false;
 }
 
-// The capture folder's one PNG once it can be read whole (captures may be written after the trigger
-// returns); an empty bitmap when none appears within 10 s.
-nimbit::ui::bitmap WaitForCapture(const std::string& folder, std::string* name) {
-    nimbit::ui::bitmap image;
-    e2e::Poll(
-        [&] {
-            std::error_code ignored;
-            for (const auto& entry : std::filesystem::directory_iterator(folder, ignored))
-                if (entry.path().extension() == ".png" &&
-                    image.load_image(nimbit::file_path(entry.path().string()))) {
-                    *name = entry.path().filename().string();
-                    return true;
-                }
-            return false;
-        },
-        10.0);
-    return image;
-}
-
-// How many channels of the capture (red, green, blue, alpha) are off the host's 16-bit pattern
-// (alpha, red, green, blue) by more than rounding.
-long Mismatches(nimbit::ui::bitmap& image, const A_Time& time) {
-    const nimbit::ui::bitmap_data data = image.lock();
-    long mismatches = 0;
-    for (int y = 0; y < data.size.y; ++y)
-        for (int x = 0; x < data.size.x; ++x) {
-            double argb[4];
-            hostsim::PatternPixel(AEGP_WorldType_16, x, y, time, argb);
-            const unsigned char* got =
-                data.bits + static_cast<size_t>(y) * data.pitch + static_cast<size_t>(x) * 4;
-            for (int c = 0; c < 4; ++c)
-                mismatches += std::labs(got[c] - std::lround(argb[(c + 1) % 4] / 32768 * 255)) > 1;
-        }
-    image.unlock(data);
-    return mismatches;
-}
-
 const char* const Gallery = "Quillo Image Gallery";
 const char* const DeleteQuestion = "Delete?";
-
-bool WaitShown(const HostAppSession& session, const std::string& title, bool shown = true) {
-    return session.WaitForRecord([&](const json& r) { return Shown(r, title) == shown; }, 5.0);
-}
 
 // The names of the files in the folder, sorted; with whole, only PNG files that decode.
 strings Names(const std::string& folder, bool whole = false) {
@@ -171,7 +138,10 @@ strings Names(const std::string& folder, bool whole = false) {
     return names;
 }
 
-TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
+// The host with the plug-in as an artist meets it: the chord shows and hides the popup, the Effect
+// menu applies, the script console reaches the plug-in, each way of asking for a screenshot makes
+// one, the gallery over those captures selects, asks and deletes, and Quit ends it all.
+TEST(HostApp, LaunchPopupEffectMenuConsoleCapturesGalleryAndQuit) {
     HostAppSession session;
     WaitUntilReady(session);
     ASSERT_TRUE(session.Xdotool({"mousemove", "700", "520"}));
@@ -180,19 +150,18 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
     const json popup = WindowIn(session.Record());
     EXPECT_LE(std::abs(popup.value("x", 0) + popup.value("width", 0) / 2 - 700), 1) << popup.dump();
     EXPECT_LE(std::abs(popup.value("y", 0) + popup.value("height", 0) - 520), 1) << popup.dump();
-    EXPECT_EQ(popup.value("width", 0), 397) << "search mode: a layer is selected";
     EXPECT_TRUE(popup.value("key", false)) << "the popup takes the keyboard";
     // The chord again hides it; Escape empties the search and closes, even with a row selected; a
     // click elsewhere (on the host's window, away from the popup) closes it.
     ASSERT_TRUE(session.Chord({"ctrl", "space"}));
-    EXPECT_TRUE(WaitPopupHidden(session));
+    EXPECT_TRUE(WaitShown(session, Popup, false));
     ASSERT_TRUE(Search(session, "glow", {"Down", "Escape"}));
-    EXPECT_TRUE(WaitPopupHidden(session));
+    EXPECT_TRUE(WaitShown(session, Popup, false));
     ASSERT_TRUE(OpenPopup(session));
     e2e::WindowGeometry host;
     ASSERT_TRUE(session.WaitForWindow(MainWindow, &host));
     ASSERT_TRUE(session.ClickAt(host.x + 40, host.y + 60));
-    EXPECT_TRUE(WaitPopupHidden(session));
+    EXPECT_TRUE(WaitShown(session, Popup, false));
 
     // An Effect menu item applies once to the selected layer (and nothing above applied anything).
     // Effect is the main menu's sixth item; in the sample project Blur & Sharpen comes after Effect
@@ -214,43 +183,26 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
         return session.ClickAt(host.x + host.width / 2, host.y + host.height - 151);
     };
     ASSERT_TRUE(clickConsole());
-    // The last word puts the default chord back for the captures.
-    // "preferences" opens the preferences window; its result comes once the window is closed.
-    const strings words = {"news", "preferences", "requeststatus", "shortcut 3", "preferences", "shortcut 0"};
-    for (const std::string& word : words) {
+    // The status script reads the settings file the word before wrote; the last word puts the
+    // default chord back for the captures. (Every word's answer is the controller tests' part.)
+    const strings words = {"shortcut 3", "requeststatus", "shortcut 0"};
+    for (const std::string& word : words)
         ASSERT_TRUE(session.Type(word, 15) && session.Keys({"Return"}));
-        if (word == "preferences") {
-            ASSERT_TRUE(WaitForModal(session, Preferences) && session.Keys({"Escape"}) &&
-                        WaitShown(session, Preferences, false))
-                << session.Log();
-        }
-    }
     ASSERT_TRUE(session.WaitForRecord([&](const json& r) { return r["console"].size() == words.size(); }))
         << session.Record().dump(1);
     const json console = session.Record()["console"];
     for (const json& call : console)
         EXPECT_EQ(call["status"], 0) << call["word"];
-    // The popup's news count: -1 until its check has answered (it polls once a second).
-    EXPECT_TRUE(console[0]["result"] == "integer -1" || console[0]["result"] == "integer 0") << console[0];
-    EXPECT_EQ(console[1]["result"], "integer 0");
-    const std::string status = console[2]["result"];
-    EXPECT_EQ(status.rfind("script\nvar shortcutValue = 0;\n", 0), 0u) << status.substr(0, 80);
-    EXPECT_EQ(console[3]["result"], "undefined");
-    EXPECT_EQ(console[4]["result"], "integer 3") << "the console's number reaches the settings";
+    EXPECT_EQ(console[0]["result"], "undefined");
+    const std::string status = console[1]["result"];
+    EXPECT_EQ(status.rfind("script\nvar shortcutValue = 3;\n", 0), 0u) << status.substr(0, 80);
 
-    // Each way of asking for a screenshot puts the frame the artist is looking at into the capture
-    // folder (the default one, in the simulated disk's documents): the sample project's Main Comp
-    // (1920 x 1080, 16 bits) at the Headline layer's time, 5 s.
+    // Each way of asking for a screenshot puts the active composition's frame into the capture
+    // folder (the default one, in the simulated disk's documents): the sample project's Main Comp,
+    // 1920 x 1080. (Its pixels and time are the frame capture tests' part.)
     const std::string folder = session.Disk() + "/Documents/Tarvelo/Quillo/Capture";
-    // The popup's screenshot button.
     const auto button = [&] {
-        if (!OpenPopup(session))
-            return false;
-        using P = EffectsPopupWindow;
-        const json shown = WindowIn(session.Record());
-        return session.ClickAt(shown.value("x", 0) + shown.value("width", 0) -
-                                   P::ToolButtonRight[P::ScreenshotButton] + P::ButtonSize / 2,
-                               shown.value("y", 0) + P::ToolButtonTop + P::ButtonSize / 2);
+        return OpenPopup(session) && ClickToolButton(session, EffectsPopupWindow::ScreenshotButton);
     };
     const auto key = [&] {
         return OpenPopup(session) && session.Chord({"shift", "F5"});
@@ -263,41 +215,33 @@ TEST(HostApp, LaunchPopupChordEffectMenuScriptConsoleCapturesAndQuit) {
          std::initializer_list<std::pair<const char*, std::function<bool()>>>{
              {"button", button}, {"Shift+F5", key}, {"console", word}}) {
         SCOPED_TRACE(trigger);
-        std::filesystem::remove_all(folder);
+        const strings before = Names(folder, true);
         ASSERT_TRUE(capture()) << session.Log();
-        std::string name;
-        nimbit::ui::bitmap image = WaitForCapture(folder, &name);
-        ASSERT_EQ(image.get_size(), (nimbit::_vec2<int>{1920, 1080})) << session.Log();
-        EXPECT_TRUE(name.starts_with("Launch Teaser_Main Comp_")) << name;
-        EXPECT_EQ(Mismatches(image, A_Time{120, 24}), 0);
+        // Captures may be written after the trigger returns: waited for until the new one decodes.
+        strings names;
+        ASSERT_TRUE(
+            e2e::Poll([&] { return (names = Names(folder, true)).size() == before.size() + 1; }, 10.0))
+            << session.Log();
+        strings made;
+        std::set_difference(names.begin(), names.end(), before.begin(), before.end(),
+                            std::back_inserter(made));
+        ASSERT_EQ(made.size(), 1u);
+        nimbit::ui::bitmap image;
+        ASSERT_TRUE(image.load_image(nimbit::file_path(folder + "/" + made[0])));
+        ASSERT_EQ(image.get_size(), (nimbit::_vec2<int>{1920, 1080}));
+        EXPECT_TRUE(made[0].starts_with("Launch Teaser_Main Comp_")) << made[0];
         if (Shown(session.Record())) { // the next trigger starts with it closed
-            ASSERT_TRUE(session.Keys({"Escape"}) && WaitPopupHidden(session)) << session.Record().dump(1);
+            ASSERT_TRUE(session.Keys({"Escape"}) && WaitShown(session, Popup, false))
+                << session.Record().dump(1);
         }
     }
     EXPECT_EQ(session.Record()["console"].size(), words.size() + 1) << "the button and key skip the console";
 
-    // The application menu's Quit (its only item) runs the death hook once and releases every suite.
-    ASSERT_TRUE(session.ClickMenuPath({0, 0}));
-    EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
-    EXPECT_EQ(session.Record()["deathHooksRun"], 1);
-    EXPECT_EQ(session.Record()["suitesOutstanding"], 0);
-}
-
-// The gallery over captures the host rendered: F5 from the popup opens it; a click and a Shift click
-// select a range, Escape hides it and F5 brings the same tiles back (the selection still on them);
-// forward delete asks, and only a confirmation removes exactly the
-// selected files; Option+A selects what is left.
-TEST(HostApp, GalleryOfRenderedCapturesSelectsAsksAndDeletes) {
-    using Window = GalleryPopupWindow;
-    HostAppSession session;
-    WaitUntilReady(session);
-    const std::string folder = session.Disk() + "/Documents/Tarvelo/Quillo/Capture";
-    ASSERT_TRUE(session.Xdotool({"mousemove", "560", "330"}));
-    ASSERT_TRUE(OpenPopup(session)) << session.Log();
-    for (size_t n = 1; n <= 4; ++n) {
-        ASSERT_TRUE(session.Chord({"shift", "F5"}));
-        ASSERT_TRUE(e2e::Poll([&] { return Names(folder, true).size() == n; }, 10.0)) << n << session.Log();
-    }
+    // The gallery over those captures and one more: F5 from the popup opens it; a click and a Shift
+    // click select a range; forward delete asks, and only a confirmation removes exactly the
+    // selected files; Option+A selects what is left.
+    ASSERT_TRUE(session.Xdotool({"mousemove", "560", "330"}) && key());
+    ASSERT_TRUE(e2e::Poll([&] { return Names(folder, true).size() == 4; }, 10.0)) << session.Log();
     // Captures within one second share a listing time: a minute apart from here, in name order, the
     // last name newest, so that it is the first tile.
     const strings names = Names(folder, true);
@@ -305,30 +249,22 @@ TEST(HostApp, GalleryOfRenderedCapturesSelectsAsksAndDeletes) {
     for (size_t i = 0; i < names.size(); ++i)
         ASSERT_TRUE(nimbit::set_file_dates(nimbit::file_path(folder + "/" + names[i]), now - 240 + 60 * i,
                                            now - 240 + 60 * i));
-
     ASSERT_TRUE(session.Keys({"F5"}));
     ASSERT_TRUE(WaitShown(session, Gallery)) << session.Record().dump(1);
     e2e::WindowGeometry g;
     ASSERT_TRUE(session.WaitForWindow(Gallery, &g));
-    const auto tile = [&](int i) { // the centre of tile i on the screen
-        return std::pair{g.x + Window::TileGap + i % 3 * (Window::TileWidth + Window::TileGap) +
-                             Window::TileWidth / 2,
-                         g.y + Window::ToolRowHeight + Window::TileGap +
-                             i / 3 * (Window::TileHeight + Window::TileGap) + Window::TileHeight / 2};
+    using G = GalleryPopupWindow;
+    const auto tile = [&](int i) { // the centre of tile i (of the first row) on the screen
+        return std::pair{g.x + G::TileGap + i * (G::TileWidth + G::TileGap) + G::TileWidth / 2,
+                         g.y + G::ToolRowHeight + G::TileGap + G::TileHeight / 2};
     };
-    ASSERT_GE(g.width / 2, 3 * (Window::TileWidth + Window::TileGap)) << "three tiles to a row";
+    ASSERT_GE(g.width / 2, 3 * (G::TileWidth + G::TileGap)) << "three tiles to a row";
     const auto [x0, y0] = tile(0);
     const auto [x2, y2] = tile(2);
     ASSERT_TRUE(session.ClickAt(x0, y0));
     ASSERT_TRUE(session.WaitForIdleTicks(12)); // apart enough not to be a double click
     ASSERT_TRUE(session.Xdotool({"mousemove", std::to_string(x2), std::to_string(y2), "keydown", "shift",
                                  "mousedown", "1", "sleep", "0.1", "mouseup", "1", "keyup", "shift"}));
-
-    // Three selected; hidden and shown again, the same tiles keep the selection.
-    ASSERT_TRUE(session.Keys({"Escape"}));
-    ASSERT_TRUE(WaitShown(session, Gallery, false));
-    ASSERT_TRUE(OpenPopup(session) && session.Keys({"F5"}));
-    ASSERT_TRUE(WaitShown(session, Gallery)) << session.Record().dump(1);
     const auto deleteAnswering = [&](const std::string& answer) {
         return session.Keys({"Delete"}) && WaitShown(session, DeleteQuestion) && session.Keys({answer}) &&
                WaitShown(session, DeleteQuestion, false);
@@ -338,90 +274,18 @@ TEST(HostApp, GalleryOfRenderedCapturesSelectsAsksAndDeletes) {
     ASSERT_TRUE(deleteAnswering("Return")) << session.Record().dump(1);
     EXPECT_TRUE(e2e::Poll([&] { return Names(folder).size() < names.size(); }, 5.0));
     EXPECT_EQ(Names(folder), strings{names.front()}) << "the three newest went";
-
     ASSERT_TRUE(session.Chord({"super", "a"})); // Option
     ASSERT_TRUE(deleteAnswering("Return")) << session.Record().dump(1);
     EXPECT_TRUE(e2e::Poll([&] { return Names(folder).empty(); }, 5.0));
     EXPECT_TRUE(Shown(session.Record(), Gallery));
-}
+    ASSERT_TRUE(session.Keys({"Escape"}) && WaitShown(session, Gallery, false));
 
-// A custom chord, the shortcut digits and a typed search; quitting writes the data files and a
-// restarted host reads them back. The user's own settings and shortcuts, the machine-wide search file
-// (with an alias, and a blocked name).
-TEST(HostApp, CustomChordDigitsTypedSearchAndARestartThatReadsTheFilesBack) {
-    char pattern[] = "/tmp/quillo-e2e-restart-XXXXXX";
-    ASSERT_NE(mkdtemp(pattern), nullptr);
-    SessionOptions options;
-    options.root = pattern;
-    const std::string disk = options.root + "/disk";
-    options.prepare = [](const std::string& d) {
-        PreferencesData prefs;
-        prefs.shortcutChoice = 4; // custom: Control+Shift+K
-        prefs.customKeyCode = 40; // K
-        prefs.customCtrl = 1;
-        prefs.customShift = 1;
-        const std::vector<unsigned char> bytes = EncodePreferences(prefs);
-        WriteText(d + UserFolder + "/" + std::string(SettingsFileName),
-                  std::string(bytes.begin(), bytes.end()));
-        WriteText(d + UserFolder + "/effects_shortcuts.txt", "Box = Box Blur\nGlow = Glow\n");
-        WriteText(d + CommonFolder + "/effects_search.txt", "-Sharpen\nblurry = Glow\n");
-    };
-    const strings custom = {"ctrl", "shift", "k"};
-    {
-        HostAppSession session(options);
-        WaitUntilReady(session);
-
-        // A digit applies its shortcut slot.
-        ASSERT_TRUE(OpenPopup(session, custom) && session.Keys({"2"})) << session.Log();
-        ASSERT_TRUE(WaitPopupHidden(session));
-        ASSERT_TRUE(WaitForEffects(session, 2));
-        ASSERT_TRUE(OpenPopup(session, custom) && session.Keys({"1"}));
-        ASSERT_TRUE(WaitForEffects(session, 3));
-
-        // The first row is the alias's effect; Return applies the selected row through the Effect menu.
-        ASSERT_TRUE(Search(session, "blur", {"Return"}, custom)) << session.Log();
-        ASSERT_TRUE(WaitPopupHidden(session));
-        ASSERT_TRUE(WaitForEffects(session, 4)) << session.Record().dump(1);
-
-        // Down selects the second row: the first effect whose name contains the text, in the host's
-        // order; applied once, by the menu, not again by the suite.
-        ASSERT_TRUE(Search(session, "blur", {"Down", "Return"}, custom));
-        ASSERT_TRUE(WaitForEffects(session, 5));
-        ASSERT_TRUE(session.WaitForIdleTicks(8));
-        json record = session.Record();
-        EXPECT_EQ(Effects(record), (strings{"Drop Shadow", "Glow", "Box Blur", "Glow", "Bilateral Blur"}));
-        EXPECT_EQ(record["menuActionsSent"], 4);
-        EXPECT_EQ(record["suiteApplications"], 0);
-
-        // The machine-wide search file seeds this user, who has none of their own yet.
-        EXPECT_FALSE(std::filesystem::exists(disk + UserFolder + "/effects_search.txt"));
-        session.Control("quit");
-        ASSERT_EQ(session.WaitForExit(), 0) << session.Log();
-        EXPECT_EQ(session.Record()["deathHooksRun"], 1);
-    }
-    const std::string search = e2e::ReadFile(disk + UserFolder + "/effects_search.txt");
-    EXPECT_NE(search.find("-Sharpen"), std::string::npos) << search;
-    EXPECT_NE(search.find("blurry = Glow"), std::string::npos) << search;
-
-    // Only the user's own files are left; the restarted host must read those: the custom chord, the
-    // shortcut slot and the alias.
-    std::filesystem::remove_all(disk + CommonFolder);
-    {
-        options.prepare = nullptr;
-        HostAppSession session(options);
-        WaitUntilReady(session);
-        ASSERT_TRUE(OpenPopup(session, custom) && session.Keys({"1"})) << session.Log();
-        ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
-        ASSERT_TRUE(Search(session, "blur", {"Return"}, custom));
-        ASSERT_TRUE(WaitForEffects(session, 3)) << session.Record().dump(1);
-        EXPECT_EQ(Effects(session.Record()), (strings{"Drop Shadow", "Box Blur", "Glow"}));
-        // A termination request (how the run script ends a session) quits as Quit does.
-        session.Signal(SIGTERM);
-        EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
-        EXPECT_EQ(session.Record()["deathHooksRun"], 1);
-    }
-    std::error_code ignored;
-    std::filesystem::remove_all(options.root, ignored);
+    // The application menu's Quit (its only item) runs the death hook once and releases every suite.
+    ASSERT_TRUE(session.ClickAt(host.x + 40, host.y + 60)); // the host's window active again
+    ASSERT_TRUE(session.ClickMenuPath({0, 0}));
+    EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
+    EXPECT_EQ(session.Record()["deathHooksRun"], 1);
+    EXPECT_EQ(session.Record()["suitesOutstanding"], 0);
 }
 
 // ---- The preferences window.
@@ -437,14 +301,8 @@ bool ClickIn(const HostAppSession& session, const e2e::WindowGeometry& w, const 
 }
 
 // Opens the popup and presses its settings button; the preferences window's inside, once shown.
-bool OpenPreferences(const HostAppSession& session, e2e::WindowGeometry* window,
-                     const strings& chord = {"ctrl", "space"}) {
-    e2e::WindowGeometry popup;
-    using P = EffectsPopupWindow;
-    const int half = P::ButtonSize / 2;
-    return OpenPopup(session, chord) && session.WaitForWindow(Popup, &popup) &&
-           session.ClickAt(popup.x + P::SearchWidth - P::ToolButtonRight[P::SettingsButton] + half,
-                           popup.y + P::ToolButtonTop + half) &&
+bool OpenPreferences(const HostAppSession& session, e2e::WindowGeometry* window) {
+    return OpenPopup(session) && ClickToolButton(session, EffectsPopupWindow::SettingsButton) &&
            WaitForModal(session, Preferences) && session.WaitForWindow(Preferences, window);
 }
 
@@ -512,10 +370,12 @@ nimbit::vec4 ScreenColour(const HostAppSession& session, int x, int y) {
     return colour;
 }
 
-// The preferences window, as an artist uses it: the gear button opens it; Light, a custom chord and
-// a favorite picked from the catalogue take effect in the popup at once; an export, imported by a
-// second host with a data folder of its own, carries every setting and list across.
-TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToAnotherHost) {
+// The user's lists and the preferences window, as an artist uses them. The digits apply shortcut
+// slots; the machine-wide search file (an alias, a blocked name) seeds this user, who has none of
+// their own. The gear button opens the preferences window: Light, a custom chord and a favorite
+// picked from the catalogue take effect in the popup at once. Quitting writes the user's files; an
+// export, imported by a second host with a data folder of its own, carries every setting and list.
+TEST(HostApp, DigitsAliasesAndPreferencesWindowWhoseExportMovesEverythingToAnotherHost) {
     using Window = PreferencesWindow;
     char pattern[] = "/tmp/quillo-e2e-prefs-XXXXXX";
     ASSERT_NE(mkdtemp(pattern), nullptr);
@@ -525,13 +385,33 @@ TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToA
     const strings custom = {"ctrl", "shift", "k"};
     SessionOptions first;
     first.root = base + "/first";
+    first.prepare = [](const std::string& d) {
+        WriteText(d + UserFolder + "/effects_shortcuts.txt", "Box = Box Blur\nGlow = Glow\n");
+        WriteText(d + CommonFolder + "/effects_search.txt", "-Sharpen\nblurry = Glow\n");
+    };
     {
         HostAppSession session(first);
         WaitUntilReady(session);
         ASSERT_TRUE(session.Xdotool({"mousemove", "560", "330"}));
+        // A digit applies its shortcut slot.
+        ASSERT_TRUE(OpenPopup(session) && session.Keys({"2"})) << session.Log();
+        ASSERT_TRUE(WaitForEffects(session, 2));
+        ASSERT_TRUE(OpenPopup(session) && session.Keys({"1"}));
+        ASSERT_TRUE(WaitForEffects(session, 3));
+        // The first row is the alias's effect; Down selects the second: the first effect whose name
+        // contains the text, in the host's order. Each applied once, by the menu, not by the suite.
+        ASSERT_TRUE(Search(session, "blur", {"Return"})) << session.Log();
+        ASSERT_TRUE(WaitForEffects(session, 4)) << session.Record().dump(1);
+        ASSERT_TRUE(Search(session, "blur", {"Down", "Return"}));
+        ASSERT_TRUE(WaitForEffects(session, 5));
+        ASSERT_TRUE(session.WaitForIdleTicks(8));
+        const json record = session.Record();
+        EXPECT_EQ(Effects(record), (strings{"Drop Shadow", "Glow", "Box Blur", "Glow", "Bilateral Blur"}));
+        EXPECT_EQ(record["menuActionsSent"], 4);
+        EXPECT_EQ(record["suiteApplications"], 0);
+
         e2e::WindowGeometry w;
         ASSERT_TRUE(OpenPreferences(session, &w)) << session.Log();
-
         ASSERT_TRUE(ChooseFromDropDown(session, w, Window::ThemeRect, 1)); // Light
         // "Custom" opens the chord's editor. Its keys: OK holds the focus; Tab walks Cancel, the
         // three modifiers, the key list (a typed letter picks its key) and back to OK.
@@ -541,11 +421,12 @@ TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToA
             session.Keys({"Tab", "Tab", "space", "Tab", "Tab", "space", "Tab", "k", "Tab", "Return"}));
         ASSERT_TRUE(WaitShown(session, "Custom Shortcut Key", false));
 
-        // A favorite from the picker of the Favorites list's "New" row (the list is empty).
+        // A favorite from the picker of the Favorites list's "New" row, below the seeded alias.
         const nimbit::ivec4 favorites =
             Window::PanelRects[static_cast<size_t>(PreferencesListKind::Favorites)];
-        ASSERT_TRUE(ClickIn(session, w, favorites,
-                            PreferencesEffectsScrollPanel::HeaderHeight + PreferencesEffectSlot::Height / 2));
+        ASSERT_TRUE(
+            ClickIn(session, w, favorites,
+                    PreferencesEffectsScrollPanel::HeaderHeight + PreferencesEffectSlot::Height * 3 / 2));
         ASSERT_TRUE(WaitForModal(session, "Add New Effect"));
         ASSERT_TRUE(session.Type("camera lens") && session.Keys({"Return"}));
         ASSERT_TRUE(WaitShown(session, "Add New Effect", false));
@@ -557,16 +438,25 @@ TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToA
         ASSERT_TRUE(session.Keys({"Escape"}));
         ASSERT_TRUE(WaitShown(session, Preferences, false));
 
-        // The new chord opens the popup, drawn light; the favorite comes first.
+        // The new chord opens the popup, drawn light; the favorite comes before the catalogue's
+        // names (without it "lens" finds Lens Flare first).
         ASSERT_TRUE(OpenPopup(session, custom)) << session.Log();
         e2e::WindowGeometry popup;
         ASSERT_TRUE(session.WaitForWindow(Popup, &popup));
         const nimbit::vec4 back = ScreenColour(session, popup.x + 4, popup.y + 4);
         EXPECT_GT(back.x + back.y + back.z, 2.4f) << "a pale window: the dark theme's is nearly black";
-        ASSERT_TRUE(session.Type("blur") && session.Keys({"Return"}));
-        ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
+        ASSERT_TRUE(session.Type("lens") && session.Keys({"Return"}));
+        ASSERT_TRUE(WaitForEffects(session, 6)) << session.Record().dump(1);
         EXPECT_EQ(Effects(session.Record()).back(), "Camera Lens Blur");
+
+        // A termination request (how the run script ends a session) quits as Quit does.
+        session.Signal(SIGTERM);
+        EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
+        EXPECT_EQ(session.Record()["deathHooksRun"], 1);
     }
+    const std::string search = e2e::ReadFile(first.root + "/disk" + UserFolder + "/effects_search.txt");
+    EXPECT_NE(search.find("-Sharpen"), std::string::npos) << search;
+    EXPECT_NE(search.find("blurry = Glow"), std::string::npos) << search;
 
     // A second machine: its own data folder, the default chord until the import.
     SessionOptions second;
@@ -582,9 +472,11 @@ TEST(HostApp, PreferencesWindowSetsThemeChordAndFavoriteAndItsExportMovesThemToA
         EXPECT_GE(DismissNotices(session, {"Import Successful", "Import Info"}), 1) << session.Log();
         ASSERT_TRUE(session.Keys({"Escape"}));
         ASSERT_TRUE(WaitShown(session, Preferences, false));
-        ASSERT_TRUE(Search(session, "blur", {"Return"}, custom)) << session.Log();
+        ASSERT_TRUE(Search(session, "lens", {"Return"}, custom)) << session.Log();
         ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
         EXPECT_EQ(Effects(session.Record()).back(), "Camera Lens Blur");
+        session.Control("quit"); // the run script's way to end a session
+        EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
     }
     // Both machines now hold the same settings (the capture folder aside) and lists.
     PreferencesData one, two;
