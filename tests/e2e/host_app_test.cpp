@@ -475,7 +475,7 @@ TEST(HostApp, DigitsAliasesAndPreferencesWindowWhoseExportMovesEverythingToAnoth
         ASSERT_TRUE(Search(session, "lens", {"Return"}, custom)) << session.Log();
         ASSERT_TRUE(WaitForEffects(session, 2)) << session.Record().dump(1);
         EXPECT_EQ(Effects(session.Record()).back(), "Camera Lens Blur");
-        session.Control("quit"); // as the walkthrough script ends its host
+        session.Control("quit"); // a control line ends it as Quit does
         EXPECT_EQ(session.WaitForExit(), 0) << session.Log();
     }
     // Both machines now hold the same settings (the capture folder aside) and lists.
