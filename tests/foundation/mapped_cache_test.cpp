@@ -10,7 +10,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstring>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <random>
@@ -449,9 +448,7 @@ std::vector<uint32_t> ids_in(const bytes& image) {
     return ids;
 }
 
-struct ChunkFileTest : testing::Test {
-    temp_folder tmp;
-};
+using ChunkFileTest = MappedCacheTest;
 
 struct record {
     int number = 0;
@@ -541,7 +538,7 @@ TEST_F(ChunkFileTest, EmptyUnknownShortAndMissingFilesLeaveDefaults) {
     chunk_file unwritable(tmp / "no/such/folder/s", chunk_file_access::write);
     EXPECT_FALSE(unwritable.is_valid());
     unwritable.write_chunk(1, 3);
-    EXPECT_FALSE(std::filesystem::exists((tmp / "no").to_string()));
+    EXPECT_FALSE(exists(tmp / "no"));
 }
 
 TEST_F(ChunkFileTest, ChunksRunningPastTheEndCutTheFileThere) {
