@@ -23,9 +23,7 @@
 
 namespace {
 
-using DropDownTest = WidgetTest;
-
-TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
+TEST_F(WidgetTest, DropDownWheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     drop_down_box box;
     box.create(win.get_root(), {20, 20, 120, 24});
     box.add_item(10, "Ten");
@@ -104,9 +102,7 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     EXPECT_EQ(walked, "ka Kb ka ka C A ");
 }
 
-using CheckBoxTest = WidgetTest;
-
-TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
+TEST_F(WidgetTest, CheckBoxClickAndSpaceFlipTheBoundBool) {
     check_box box;
     box.create(win.get_root(), {10, 10, 120, 20});
     bool value = true;
@@ -127,9 +123,7 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
     EXPECT_FALSE(value);
 }
 
-using ButtonTest = WidgetTest;
-
-TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
+TEST_F(WidgetTest, ButtonPressesFromClicksDoubleClicksKeysAndToggles) {
     generic_button button;
     button.create(win.get_root(), {10, 10, 80, 24});
     event_recorder pressed(button, event_type::pressed);
@@ -154,9 +148,7 @@ TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
 }
 
-using LabelTest = WidgetTest;
-
-TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
+TEST_F(WidgetTest, LabelMarkupBecomesRunsAndFitsTheLabel) {
     text_label label;
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
@@ -168,15 +160,13 @@ TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     EXPECT_TRUE(label.get_text() == "<b>" && label.get_runs().empty() && label.get_rect().w == 20);
 }
 
-using ImagePanelTest = WidgetTest;
-
 std::vector<unsigned char> png(_vec2<int> size) {
     bitmap b;
     b.create(size, image_alpha::alpha);
     return b.save_image_stream(image_format::png);
 }
 
-TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
+TEST_F(WidgetTest, ImagePanelLoadsFitsZoomsAndDrags) {
     image_panel panel;
     panel.create(win.get_root(), {0, 0, 200, 100});
     const auto bytes = png({400, 100});
@@ -216,14 +206,12 @@ TEST(WideText, RoundTripsAndRepairsDamagedUtf8) {
     EXPECT_EQ(wide_to_utf8(std::u32string{0x7FF, 0x800}), "\xDF\xBF\xE0\xA0\x80"); // the two-byte limit
     // A truncated sequence, an overlong form, an encoded surrogate and a stray byte each become one
     // replacement character; the byte that broke a sequence is read again.
-    EXPECT_EQ(utf8_to_wide("\xE2\x82"
-                           "b"),
-              (std::u32string{0xFFFD, U'b'}));
-    EXPECT_EQ(utf8_to_wide("\xC0\x80"), (std::u32string{0xFFFD}));
-    EXPECT_EQ(utf8_to_wide("\xED\xA0\x80"), (std::u32string{0xFFFD}));
-    EXPECT_EQ(utf8_to_wide("\xFF"
-                           "c\xF0\x9F"),
-              (std::u32string{0xFFFD, U'c', 0xFFFD}));
+    // clang-format off
+    const std::pair<const char*, std::u32string> damaged[] = {{"\xE2\x82" "b", {0xFFFD, U'b'}}, {"\xC0\x80", {0xFFFD}},
+        {"\xED\xA0\x80", {0xFFFD}}, {"\xFF" "c\xF0\x9F", {0xFFFD, U'c', 0xFFFD}}};
+    // clang-format on
+    for (const auto& [in, out] : damaged)
+        EXPECT_EQ(utf8_to_wide(in), out) << in;
     EXPECT_EQ(wide_to_utf8(std::u32string{static_cast<char32_t>(0xD800), static_cast<char32_t>(0x110000)}),
               "\xEF\xBF\xBD\xEF\xBF\xBD");
 }
@@ -253,7 +241,7 @@ TEST(TextMarkup, FontTagsNestAndCloseIntoRuns) {
             << off;
 }
 
-TEST(TextMarkup, EntitiesBreaksAndEverythingElseIsText) {
+TEST(TextMarkup, EntitiesBreaksAndEverythingElseIsTextAndDeepNestingIsBounded) {
     const markup_text m = parse_markup("x &lt;y&gt; &amp; &#65;&#x42;<br/>&bogus;&#6x; a<b & <font", base());
     EXPECT_EQ(m.text, "x <y> & AB\n&bogus;&#6x; a<b & <font");
     ASSERT_EQ(m.runs.size(), 1u) << "one font throughout";
@@ -262,9 +250,8 @@ TEST(TextMarkup, EntitiesBreaksAndEverythingElseIsText) {
     const markup_text w = parse_markup("\xC3\xA9<font size=900>\xE2\x82\xAC</font></font>z", base());
     ASSERT_EQ(w.runs.size(), 1u);
     EXPECT_EQ(w.runs[0].end, 3u);
-}
 
-TEST(TextMarkup, DeepNestingIsBounded) {
+    // Deep nesting is bounded, and every tag is still closed.
     std::string deep;
     for (int i = 0; i < 10000; ++i)
         deep += "<font size=13>";
@@ -272,16 +259,14 @@ TEST(TextMarkup, DeepNestingIsBounded) {
     for (int i = 0; i < 10000; ++i)
         deep += "</font>";
     deep += "y";
-    const markup_text m = parse_markup(deep, base());
-    EXPECT_EQ(m.text, "xy");
-    ASSERT_EQ(m.runs.size(), 2u);
-    EXPECT_EQ(std::tuple(m.runs[0].size, m.runs[1].size), std::tuple(13.0f, 12.0f)) << "every tag was closed";
+    const markup_text d = parse_markup(deep, base());
+    EXPECT_EQ(d.text, "xy");
+    ASSERT_EQ(d.runs.size(), 2u);
+    EXPECT_EQ(std::tuple(d.runs[0].size, d.runs[1].size), std::tuple(13.0f, 12.0f));
 }
 
 // The standard controls as they paint: the showcase at rest and in the states a user puts them in,
 // checked against approved pictures (see tests/support/draw_snapshot.h).
-
-using PictureTest = WidgetTest;
 
 // The centre of a control, in window coordinates.
 _vec2<int> centre(widget& w) {
@@ -289,7 +274,7 @@ _vec2<int> centre(widget& w) {
     return {p.x + w.get_rect().w / 2, p.y + w.get_rect().h / 2};
 }
 
-TEST_F(PictureTest, ShowcaseAtRestAndInUse) {
+TEST_F(WidgetTest, PictureShowcaseAtRestAndInUse) {
     win.set_rect({0, 0, showcase_size.x, showcase_size.y});
     const std::unique_ptr<showcase> show = build_showcase(win);
     showcase_controls& c = show->controls();

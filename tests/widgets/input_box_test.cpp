@@ -52,14 +52,10 @@ TEST_F(InputBoxTest, TypingRaisesEventsOnTheBoxAndKeysTheFieldDoesNotUseReachIt)
     // Characters beyond the basic plane arrive in two halves; a lone half is dropped.
     box.set_text("");
     type(u"a\U0001F600b");
-    EXPECT_EQ(state(), S("a\xF0\x9F\x98\x80"
-                         "b",
-                         3, 0));
+    EXPECT_EQ(state(), S(std::string("a\xF0\x9F\x98\x80") + 'b', 3, 0));
     type(std::u16string(1, char16_t(0xDC00)));
     EXPECT_EQ(in().get_wide_text().size(), 3u);
-    type(u"\xD83D"
-         u"c"
-         u"\xDE00"); // a high half that another character followed is forgotten
+    type(std::u16string{0xD83D, u'c', 0xDE00}); // a high half that another character followed is forgotten
     EXPECT_EQ(in().get_wide_text().size(), 4u);
 }
 

@@ -11,9 +11,7 @@
 
 namespace {
 
-using FlowPanelTest = WidgetTest;
-
-TEST_F(FlowPanelTest, HiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegativeTotalsCountAsZero) {
+TEST_F(WidgetTest, FlowPanelHiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegativeTotalsCountAsZero) {
     flow_panel column(flow_type::vertical, false, true, false, false);
     column.create(win.get_root(), {0, 0, 100, 10});
     generic_panel a, hidden, b;
@@ -49,7 +47,7 @@ TEST_F(FlowPanelTest, HiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegative
     EXPECT_TRUE(row.item_count() == 0 && row.get_children().empty() && row.get_rect().w == 0);
 }
 
-TEST_F(FlowPanelTest, FlexItemsShareTheSpareLengthInWholePixels) {
+TEST_F(WidgetTest, FlowPanelFlexItemsShareTheSpareLengthInWholePixels) {
     flow_panel row(flow_type::horizontal, false, false, true, false);
     row.create(win.get_root(), {0, 0, 140, 20});
     generic_panel a, b;
@@ -191,9 +189,7 @@ TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrIt
     EXPECT_EQ(inner.get_rect().y, -40);
 }
 
-using SplitPanelTest = WidgetTest;
-
-TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
+TEST_F(WidgetTest, SplitPanelBarRatioLocksAndMinimumSizes) {
     split_panel split;
     split.create(win.get_root(), {0, 0, 204, 100});
     EXPECT_EQ(split.get_panel_a().get_rect(), (ivec4{0, 0, 100, 100}));
@@ -225,7 +221,7 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
     EXPECT_EQ(widths(), std::tuple(0, 0));
 }
 
-TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
+TEST_F(WidgetTest, SplitPanelDraggingTheBarAndSwappingAndStacking) {
     split_panel split;
     split.create(win.get_root(), {0, 0, 204, 100});
     event_recorder changed(split, event_type::value_changed);
