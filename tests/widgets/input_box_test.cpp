@@ -282,7 +282,7 @@ TEST_F(InputBoxTest, TheCaretBlinksOnlyWhileFocusedAndStaysInsideTheBoxWhenTheTe
     EXPECT_FALSE(in().is_caret_visible());
 }
 
-TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
+TEST_F(InputBoxTest, MaximumCharactersDefaultTextAndTheme) {
     box.set_max_chars(3);
     type(u"abcdef");
     EXPECT_EQ(box.get_text(), "abc");
@@ -299,10 +299,9 @@ TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
     EXPECT_GT(count_painted([](const draw_call& c) { return c.text == "Search"; }), 0);
     type(u"q");
     EXPECT_EQ(count_painted([](const draw_call& c) { return c.text == "Search"; }), 0);
-}
 
-TEST_F(InputBoxTest, ThemeChangesReachTheTextAndTheLayout) {
-    type(u"abc");
+    // Theme changes reach the text and the layout.
+    type(u"bc"); // "qbc", the caret at its end
     box.get_theme().set(theme_keys::input_font_size, 20.0f); // 10 pixels a character
     EXPECT_EQ(in().get_caret_x(), 30);
     box.get_theme().set(theme_keys::input_inside_margins, _vec2<int>{8, 3});
