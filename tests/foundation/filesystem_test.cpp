@@ -15,13 +15,11 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <string>
 #include <vector>
 
 #if !defined(_WIN32)
 #include <sys/stat.h>
-#include <unistd.h>
 #endif
 
 using nimbit::file_path;
@@ -508,10 +506,10 @@ TEST(Nimpacker, NothingAlreadyInTheDestinationIsFollowed) {
     const file_path dest = tmp / "dest", outside = tmp / "outside";
     ASSERT_TRUE(nimbit::make_dir(dest) && nimbit::make_dir(outside) &&
                 write_text(outside.append("target"), "keep"));
-    ASSERT_EQ(::symlink(outside.c_str(), dest.append("folder_link").c_str()), 0);
-    ASSERT_EQ(::symlink(outside.append("target").c_str(), dest.append("file_link").c_str()), 0);
-    ASSERT_EQ(::link(outside.append("target").c_str(), dest.append("hard_link").c_str()), 0);
-    ASSERT_EQ(::mkfifo(dest.append("pipe").c_str(), 0600), 0);
+    ASSERT_TRUE(make_symlink(outside, dest.append("folder_link")) &&
+                make_symlink(outside.append("target"), dest.append("file_link")) &&
+                make_hard_link(outside.append("target"), dest.append("hard_link")) &&
+                ::mkfifo(dest.append("pipe").c_str(), 0600) == 0);
 
     const std::string x = deflated("x");
     // clang-format off
