@@ -168,7 +168,6 @@ TEST_F(WidgetTest, UpdateRectanglesAreClippedByEveryAncestor) {
     EXPECT_EQ(std::pair(leaf.calc_absolute_pos(), leaf.get_screen_pos()),
               std::pair(_vec2<int>{50, 80}, _vec2<int>{150, 180}));
     // leaf spans x 50..80, y 80..280; inner clips to x 60..160, y 60..160; outer to x 10..110, y 10..110.
-    EXPECT_EQ(leaf.calculate_update_rect(), (ivec4{60, 80, 20, 30}));
     win.os().paint_pending();
     leaf.update(false);
     EXPECT_EQ(win.os().get_dirty(), (ivec4{60, 80, 20, 30}));
@@ -222,9 +221,8 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
     std::string ops; // R for a rectangle, S for a shadow
     for (const auto& c : canvas.calls())
         ops += c.op == "draw_rect" ? "R" : c.op == "draw_shadow" ? "S" : "";
-    EXPECT_EQ(ops, "RSRRRR");
+    ASSERT_EQ(ops, "RSRRRR");
     const auto shadows = canvas.calls_named("draw_shadow");
-    ASSERT_EQ(shadows.size(), 1u);
     EXPECT_EQ(std::pair(shadows[0].rect, shadows[0].clip),
               std::pair(ivec4{80, 40, 50, 50}, ivec4{10, 10, 100, 60}));
     EXPECT_EQ(painted_rects(canvas), (std::vector<ivec4>{
