@@ -329,4 +329,86 @@ TEST(ImageCodecs, ResamplingWeighsColoursByAlphaAndGrowsLinearly) {
         std::vector<unsigned char>(grown.pixels.begin(), grown.pixels.begin() + 16),
         (std::vector<unsigned char>{0, 0, 0, 255, 50, 25, 10, 255, 150, 75, 30, 255, 200, 100, 40, 255}));
     EXPECT_TRUE(std::equal(grown.pixels.begin(), grown.pixels.begin() + 16, grown.pixels.begin() + 16));
+    EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
 }
+
+#if !defined(_WIN32) // the system codecs have cases of their own in foundation_win32_test.cpp
+namespace {
+
+// The toolkit's limit on a bitmap's pixels.
+constexpr unsigned long long max_pixels = 16384ull * 16384ull;
+
+rgba_image solid(_vec2<int> size) {
+    return {size, true, std::vector<unsigned char>(size_t(size.x) * size_t(size.y) * 4, 200)};
+}
+
+// Decoder input, made by the encoders that saving uses.
+std::vector<unsigned char> png_of(const rgba_image& image) {
+    return encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
+}
+std::vector<unsigned char> jpg_of(const rgba_image& image) {
+    return encode_jpg({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
+}
+
+// A valid PNG whose header is rewritten to claim another size (with a correct header checksum), as
+// a hostile file would.
+std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
+    std::vector<unsigned char> png = png_of(solid({1, 1}));
+    put_be32(&png[16], width);
+    put_be32(&png[20], height);
+    put_be32(&png[29], crc32(0, &png[12], 17));
+    return png;
+}
+
+} // namespace
+
+TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
+    rgba_image out;
+    const std::vector<unsigned char> honest = png_claiming(1, 1);
+    ASSERT_TRUE(decode_png(honest.data(), honest.size(), max_pixels, out) && out.size == (_vec2<int>{1, 1}));
+
+    // Beyond the cap.
+    const std::vector<unsigned char> huge = png_claiming(20000, 20000);
+    EXPECT_FALSE(decode_png(huge.data(), huge.size(), max_pixels, out));
+    // Within the cap, but a few bytes cannot hold so many rows: refused before any allocation.
+    const std::vector<unsigned char> bomb = png_claiming(16000, 16000);
+    EXPECT_FALSE(decode_png(bomb.data(), bomb.size(), max_pixels, out));
+    // A caller's smaller cap applies to both formats.
+    const std::vector<unsigned char> png = png_of(solid({8, 8}));
+    const std::vector<unsigned char> jpg = jpg_of(solid({8, 8}));
+    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out) ||
+                 decode_image(jpg.data(), jpg.size(), 63, out));
+    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
+                decode_image(jpg.data(), jpg.size(), 64, out));
+    // The size rule itself.
+    EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),
+                                 size_allowed(3000000000ll, 1, ~0ull), size_allowed(65536, 65536, max_pixels),
+                                 size_allowed(16384, 16384, max_pixels)}),
+              (std::vector<bool>{true, false, false, false, false, true}));
+}
+
+TEST(ImageCodecs, AReducedJpgIsTheSmallestEighthStillWideEnough) {
+    struct Case {
+        _vec2<int> size;
+        int min_width;
+        _vec2<int> decoded;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {{1920, 1080}, 512, {720, 405}}, // 3/8: 2/8 would be 480 wide
+        {{1000,  333}, 512, {625, 209}}, // 5/8, rounded up
+        {{ 300,  200}, 512, {300, 200}}, // narrower than asked: whole
+        {{ 300,  200},   0, {300, 200}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        const std::vector<unsigned char> jpg = jpg_of(solid(c.size));
+        rgba_image out;
+        _vec2<int> full;
+        ASSERT_TRUE(decode_image(jpg.data(), jpg.size(), max_pixels, out, c.min_width, &full));
+        EXPECT_EQ(std::tuple(out.size, full), std::tuple(c.decoded, c.size))
+            << c.size.x << " for " << c.min_width;
+        EXPECT_EQ(out.pixels.size(), size_t(out.size.x) * size_t(out.size.y) * 4);
+    }
+}
+#endif
