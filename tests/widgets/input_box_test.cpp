@@ -300,9 +300,9 @@ TEST_F(InputBoxTest, MaximumCharactersDefaultTextAndTheme) {
     type(u"q");
     EXPECT_EQ(count_painted([](const draw_call& c) { return c.text == "Search"; }), 0);
 
-    // Theme changes reach the text and the layout.
-    type(u"bc"); // "qbc", the caret at its end
-    box.get_theme().set(theme_keys::input_font_size, 20.0f); // 10 pixels a character
+    // Theme changes reach the text and the layout: "qbc" at 10 pixels a character.
+    type(u"bc");
+    box.get_theme().set(theme_keys::input_font_size, 20.0f);
     EXPECT_EQ(in().get_caret_x(), 30);
     box.get_theme().set(theme_keys::input_inside_margins, _vec2<int>{8, 3});
     EXPECT_EQ(in().get_rect(), (ivec4{8, 3, 184, 20}));
