@@ -23,15 +23,8 @@
 #include <tuple>
 #include <vector>
 
-using nimbit::_vec2;
-using nimbit::vec4;
-using nimbit::graphics::buffer_type;
-using nimbit::graphics::decode_png;
-using nimbit::graphics::pixel;
-using nimbit::graphics::pixel_buffer;
-using nimbit::graphics::resample;
-using nimbit::graphics::rgba_image;
-using nimbit::graphics::rgba_view;
+using namespace nimbit;
+using namespace nimbit::graphics;
 
 namespace {
 
@@ -105,7 +98,7 @@ TEST(ArgbToRgba8, EqualsTheBufferRoundTripReordered) {
     // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << unsigned(c.type) << ": " << c.width << "x" << c.height);
-        const unsigned pixelBytes = nimbit::graphics::bytes_per_pixel(c.type);
+        const unsigned pixelBytes = bytes_per_pixel(c.type);
         const unsigned sourcePitch = c.width * pixelBytes + c.sourcePad,
                        pitch = c.width * 4 + c.destinationPad;
         std::vector<uint8_t> source(size_t(sourcePitch) * c.height);
@@ -123,16 +116,14 @@ TEST(ArgbToRgba8, EqualsTheBufferRoundTripReordered) {
             for (int x = 0; x < c.width; ++x)
                 std::rotate(&expected[y * pitch + x * 4], &expected[y * pitch + x * 4 + 1],
                             &expected[y * pitch + x * 4 + 4]);
-        ASSERT_TRUE(nimbit::graphics::convert_argb_to_rgba8(source.data(), {c.width, c.height}, sourcePitch,
-                                                            c.type, got.data(), pitch));
+        ASSERT_TRUE(convert_argb_to_rgba8(source.data(), {c.width, c.height}, sourcePitch, c.type, got.data(),
+                                          pitch));
         EXPECT_EQ(got, expected); // the destination's padding untouched too
     }
     // Rows shorter than a row of pixels, on either side: nothing written.
     std::vector<uint8_t> frame(64), out(64, 0xEE);
-    EXPECT_FALSE(nimbit::graphics::convert_argb_to_rgba8(frame.data(), {4, 2}, 15, buffer_type::rgba8,
-                                                         out.data(), 16));
-    EXPECT_FALSE(nimbit::graphics::convert_argb_to_rgba8(frame.data(), {4, 2}, 16, buffer_type::rgba8,
-                                                         out.data(), 15));
+    EXPECT_FALSE(convert_argb_to_rgba8(frame.data(), {4, 2}, 15, buffer_type::rgba8, out.data(), 16));
+    EXPECT_FALSE(convert_argb_to_rgba8(frame.data(), {4, 2}, 16, buffer_type::rgba8, out.data(), 15));
     EXPECT_EQ(out, std::vector<uint8_t>(64, 0xEE));
 }
 
@@ -159,7 +150,7 @@ TEST(PixelBuffer, ExportsRegionsAndImportsAndExportsRefuseWhatDoesNotFit) {
     EXPECT_EQ(floats[4], buffer[4 * 10 + 5]);
 
     const std::vector<uint8_t> untouched(4 * 10 * 6, 0x5A);
-    auto refused = [&](nimbit::_vec2<int> size, nimbit::_vec2<int> origin, unsigned pitch, buffer_type type) {
+    auto refused = [&](_vec2<int> size, _vec2<int> origin, unsigned pitch, buffer_type type) {
         std::vector<uint8_t> dst = untouched;
         buffer.export_buffer(dst.data(), size, origin, pitch, type);
         return dst == untouched;
@@ -191,11 +182,11 @@ TEST(PixelBufferDeathTest, NegativeOriginStops) {
 } // namespace
 
 TEST(Rect, IntersectionAndUnion) {
-    const nimbit::ivec4 a{10, 10, 20, 20}, b{25, 5, 20, 10};
-    EXPECT_EQ(nimbit::intersection(a, b), (nimbit::ivec4{25, 10, 5, 5}));
-    EXPECT_EQ(nimbit::unite(a, b), (nimbit::ivec4{10, 5, 35, 25}));
-    EXPECT_EQ(nimbit::unite(a, {0, 0, 5, 5}), (nimbit::ivec4{0, 0, 30, 30}));
-    EXPECT_EQ(nimbit::unite({3, 3, 0, 9}, b), b); // an empty rectangle adds nothing
+    const ivec4 a{10, 10, 20, 20}, b{25, 5, 20, 10};
+    EXPECT_EQ(intersection(a, b), (ivec4{25, 10, 5, 5}));
+    EXPECT_EQ(unite(a, b), (ivec4{10, 5, 35, 25}));
+    EXPECT_EQ(unite(a, {0, 0, 5, 5}), (ivec4{0, 0, 30, 30}));
+    EXPECT_EQ(unite({3, 3, 0, 9}, b), b); // an empty rectangle adds nothing
 }
 
 // Pixel fidelity through the toolkit is also checked by the bitmap round trips and the decode fuzzer.
@@ -208,8 +199,8 @@ TEST(ImageEncoders, PngKeepsEveryPixelOfPaddedRowsAndJpgKeepsFullColourResolutio
             bytes[y * pitch + x] = static_cast<unsigned char>(x * 7 + y * 31);
     const rgba_view view{bytes.data(), width, height, pitch};
 
-    const std::vector<unsigned char> png = nimbit::graphics::encode_png(view);
-    const std::vector<unsigned char> jpg = nimbit::graphics::encode_jpg(view);
+    const std::vector<unsigned char> png = encode_png(view);
+    const std::vector<unsigned char> jpg = encode_jpg(view);
 #if defined(_WIN32)
     rgba_image image;
     ASSERT_TRUE(decode_png(png.data(), png.size(), 1 << 20, image));
@@ -239,7 +230,7 @@ TEST(ImageEncoders, PngKeepsEveryPixelOfPaddedRowsAndJpgKeepsFullColourResolutio
                          frame[17]),
               std::tuple(height, width, 3, luma, 0x11, 0x11));
     rgba_image back;
-    EXPECT_TRUE(nimbit::graphics::decode_jpeg(jpg.data(), jpg.size(), 1 << 20, back) &&
+    EXPECT_TRUE(decode_jpeg(jpg.data(), jpg.size(), 1 << 20, back) &&
                 back.size == (_vec2<int>{width, height}));
 #else
     jpeg_decompress_struct info{};
@@ -255,9 +246,8 @@ TEST(ImageEncoders, PngKeepsEveryPixelOfPaddedRowsAndJpgKeepsFullColourResolutio
 
     for (const rgba_view& empty : {rgba_view{}, rgba_view{bytes.data(), 0, 4, 16},
                                    rgba_view{bytes.data(), 4, 0, 16}, rgba_view{bytes.data(), 4, 4, 15}})
-        EXPECT_TRUE(nimbit::graphics::encode_png(empty).empty() &&
-                    nimbit::graphics::encode_jpg(empty).empty());
-    EXPECT_TRUE(nimbit::graphics::encode_jpg({bytes.data(), 70000, 1, 280000}).empty()); // beyond JPG's sides
+        EXPECT_TRUE(encode_png(empty).empty() && encode_jpg(empty).empty());
+    EXPECT_TRUE(encode_jpg({bytes.data(), 70000, 1, 280000}).empty()); // beyond JPG's sides
 }
 
 namespace {
@@ -339,4 +329,86 @@ TEST(ImageCodecs, ResamplingWeighsColoursByAlphaAndGrowsLinearly) {
         std::vector<unsigned char>(grown.pixels.begin(), grown.pixels.begin() + 16),
         (std::vector<unsigned char>{0, 0, 0, 255, 50, 25, 10, 255, 150, 75, 30, 255, 200, 100, 40, 255}));
     EXPECT_TRUE(std::equal(grown.pixels.begin(), grown.pixels.begin() + 16, grown.pixels.begin() + 16));
+    EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
 }
+
+#if !defined(_WIN32) // the system codecs have cases of their own in foundation_win32_test.cpp
+namespace {
+
+// The toolkit's limit on a bitmap's pixels.
+constexpr unsigned long long max_pixels = 16384ull * 16384ull;
+
+rgba_image solid(_vec2<int> size) {
+    return {size, true, std::vector<unsigned char>(size_t(size.x) * size_t(size.y) * 4, 200)};
+}
+
+// Decoder input, made by the encoders that saving uses.
+std::vector<unsigned char> png_of(const rgba_image& image) {
+    return encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
+}
+std::vector<unsigned char> jpg_of(const rgba_image& image) {
+    return encode_jpg({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
+}
+
+// A valid PNG whose header is rewritten to claim another size (with a correct header checksum), as
+// a hostile file would.
+std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
+    std::vector<unsigned char> png = png_of(solid({1, 1}));
+    put_be32(&png[16], width);
+    put_be32(&png[20], height);
+    put_be32(&png[29], crc32(0, &png[12], 17));
+    return png;
+}
+
+} // namespace
+
+TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
+    rgba_image out;
+    const std::vector<unsigned char> honest = png_claiming(1, 1);
+    ASSERT_TRUE(decode_png(honest.data(), honest.size(), max_pixels, out) && out.size == (_vec2<int>{1, 1}));
+
+    // Beyond the cap.
+    const std::vector<unsigned char> huge = png_claiming(20000, 20000);
+    EXPECT_FALSE(decode_png(huge.data(), huge.size(), max_pixels, out));
+    // Within the cap, but a few bytes cannot hold so many rows: refused before any allocation.
+    const std::vector<unsigned char> bomb = png_claiming(16000, 16000);
+    EXPECT_FALSE(decode_png(bomb.data(), bomb.size(), max_pixels, out));
+    // A caller's smaller cap applies to both formats.
+    const std::vector<unsigned char> png = png_of(solid({8, 8}));
+    const std::vector<unsigned char> jpg = jpg_of(solid({8, 8}));
+    EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out) ||
+                 decode_image(jpg.data(), jpg.size(), 63, out));
+    EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
+                decode_image(jpg.data(), jpg.size(), 64, out));
+    // The size rule itself.
+    EXPECT_EQ((std::vector<bool>{size_allowed(1, 1, 1), size_allowed(0, 5, 100), size_allowed(5, -1, 100),
+                                 size_allowed(3000000000ll, 1, ~0ull), size_allowed(65536, 65536, max_pixels),
+                                 size_allowed(16384, 16384, max_pixels)}),
+              (std::vector<bool>{true, false, false, false, false, true}));
+}
+
+TEST(ImageCodecs, AReducedJpgIsTheSmallestEighthStillWideEnough) {
+    struct Case {
+        _vec2<int> size;
+        int min_width;
+        _vec2<int> decoded;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {{1920, 1080}, 512, {720, 405}}, // 3/8: 2/8 would be 480 wide
+        {{1000,  333}, 512, {625, 209}}, // 5/8, rounded up
+        {{ 300,  200}, 512, {300, 200}}, // narrower than asked: whole
+        {{ 300,  200},   0, {300, 200}},
+    };
+    // clang-format on
+    for (const Case& c : cases) {
+        const std::vector<unsigned char> jpg = jpg_of(solid(c.size));
+        rgba_image out;
+        _vec2<int> full;
+        ASSERT_TRUE(decode_image(jpg.data(), jpg.size(), max_pixels, out, c.min_width, &full));
+        EXPECT_EQ(std::tuple(out.size, full), std::tuple(c.decoded, c.size))
+            << c.size.x << " for " << c.min_width;
+        EXPECT_EQ(out.pixels.size(), size_t(out.size.x) * size_t(out.size.y) * 4);
+    }
+}
+#endif

@@ -250,8 +250,7 @@ TEST_F(WindowTest, TooltipShowsAtTheEighthTickHidesAtTheSixtyFirstAndAreasRestar
     offscreen::move_mouse(win, {20, 20});
     tooltip_ticks(1); // the first tick sees a new widget under the pointer and resets the counter
     ASSERT_TRUE(shows_at_tick(win, 8));
-    tooltip* tip = win.get_tooltip_window();
-    EXPECT_EQ(tip->get_text(), "Applies the effect");
+    EXPECT_EQ(win.get_tooltip_window()->get_text(), "Applies the effect");
     tooltip_ticks(52); // the sixtieth tick after the reset: still shown
     EXPECT_TRUE(win.is_tooltip_shown());
     tooltip_ticks(1);
@@ -305,7 +304,8 @@ TEST_F(WindowTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
 }
 
 // Plain control and shift test the left key only; the option and command members take either key;
-// the editing shortcuts' member is Command here; any other member is a key code of its own. A press is reported once, on the up-to-down edge.
+// the editing shortcuts' member is Command here; any other member is a key code of its own. A press is
+// reported once, on the up-to-down edge.
 TEST_F(WindowTest, ModifierMembersTestTheirKeysKeyPressesReportOnceAndThePointerIsRelativeToTheWidget) {
     using kb = keyboard;
     // clang-format off

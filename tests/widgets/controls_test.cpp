@@ -7,17 +7,23 @@
 #include "nimbit/ui/generic_button.h"
 #include "nimbit/ui/image_panel.h"
 #include "nimbit/ui/mouse.h"
+#include "nimbit/ui/offscreen/offscreen_clock.h"
+#include "nimbit/ui/showcase.h"
+#include "nimbit/ui/showcase_controls.h"
 #include "nimbit/ui/text_label.h"
+#include "nimbit/ui/text_markup.h"
+#include "nimbit/ui/tooltip.h"
+#include "nimbit/ui/wide_text.h"
+#include "tests/support/draw_snapshot.h"
 
 #include <cstdio>
 #include <fstream>
+#include <memory>
 #include <tuple>
 
 namespace {
 
-using DropDownTest = WidgetTest;
-
-TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
+TEST_F(WidgetTest, DropDownWheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     drop_down_box box;
     box.create(win.get_root(), {20, 20, 120, 24});
     box.add_item(10, "Ten");
@@ -96,9 +102,7 @@ TEST_F(DropDownTest, WheelClicksAndBindingsSelectOverSeparatorsWithinTheEnds) {
     EXPECT_EQ(walked, "ka Kb ka ka C A ");
 }
 
-using CheckBoxTest = WidgetTest;
-
-TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
+TEST_F(WidgetTest, CheckBoxClickAndSpaceFlipTheBoundBool) {
     check_box box;
     box.create(win.get_root(), {10, 10, 120, 20});
     bool value = true;
@@ -119,9 +123,7 @@ TEST_F(CheckBoxTest, ClickAndSpaceFlipTheBoundBool) {
     EXPECT_FALSE(value);
 }
 
-using ButtonTest = WidgetTest;
-
-TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
+TEST_F(WidgetTest, ButtonPressesFromClicksDoubleClicksKeysAndToggles) {
     generic_button button;
     button.create(win.get_root(), {10, 10, 80, 24});
     event_recorder pressed(button, event_type::pressed);
@@ -146,9 +148,7 @@ TEST_F(ButtonTest, PressesFromClicksDoubleClicksKeysAndToggles) {
     EXPECT_EQ(mouse::get_captured_widget(), nullptr);
 }
 
-using LabelTest = WidgetTest;
-
-TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
+TEST_F(WidgetTest, LabelMarkupBecomesRunsAndFitsTheLabel) {
     text_label label;
     label.create(win.get_root(), {0, 0, 10, 10});
     label.set_html_text("<html><body>ab<font size=\"20\" weight=\"bold\">cd</font>e</body></html>", true,
@@ -160,15 +160,13 @@ TEST_F(LabelTest, MarkupBecomesRunsAndFitsTheLabel) {
     EXPECT_TRUE(label.get_text() == "<b>" && label.get_runs().empty() && label.get_rect().w == 20);
 }
 
-using ImagePanelTest = WidgetTest;
-
 std::vector<unsigned char> png(_vec2<int> size) {
     bitmap b;
     b.create(size, image_alpha::alpha);
     return b.save_image_stream(image_format::png);
 }
 
-TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
+TEST_F(WidgetTest, ImagePanelLoadsFitsZoomsAndDrags) {
     image_panel panel;
     panel.create(win.get_root(), {0, 0, 200, 100});
     const auto bytes = png({400, 100});
@@ -198,6 +196,133 @@ TEST_F(ImagePanelTest, LoadsFitsZoomsAndDrags) {
     EXPECT_TRUE(panel.set_image(file_path(path)) && (panel.image_rect() == ivec4{85, 40, 30, 20}));
     std::remove(path.c_str());
     EXPECT_FALSE(panel.set_image(file_path(path)));
+}
+
+TEST(WideText, RoundTripsAndRepairsDamagedUtf8) {
+    const std::string text = "a\xC3\xA9\xE2\x82\xAC\xF0\x9F\x98\x80";
+    const std::u32string wide = utf8_to_wide(text);
+    EXPECT_EQ(wide, (std::u32string{U'a', 0xE9, 0x20AC, 0x1F600}));
+    EXPECT_EQ(wide_to_utf8(wide), text);
+    EXPECT_EQ(wide_to_utf8(std::u32string{0x7FF, 0x800}), "\xDF\xBF\xE0\xA0\x80"); // the two-byte limit
+    // A truncated sequence, an overlong form, an encoded surrogate and a stray byte each become one
+    // replacement character; the byte that broke a sequence is read again.
+    // clang-format off
+    const std::pair<const char*, std::u32string> damaged[] = {{"\xE2\x82" "b", {0xFFFD, U'b'}}, {"\xC0\x80", {0xFFFD}},
+        {"\xED\xA0\x80", {0xFFFD}}, {"\xFF" "c\xF0\x9F", {0xFFFD, U'c', 0xFFFD}}};
+    // clang-format on
+    for (const auto& [in, out] : damaged)
+        EXPECT_EQ(utf8_to_wide(in), out) << in;
+    EXPECT_EQ(wide_to_utf8(std::u32string{static_cast<char32_t>(0xD800), static_cast<char32_t>(0x110000)}),
+              "\xEF\xBF\xBD\xEF\xBF\xBD");
+}
+
+text_full_format base() {
+    text_full_format f;
+    f.font_name = "tahoma";
+    f.size = 12.0f;
+    return f;
+}
+
+TEST(TextMarkup, FontTagsNestAndCloseIntoRuns) {
+    const markup_text m =
+        parse_markup("<HTML><body>a<font face='Arial' size=20>b<font style=\"italic\" underline>c</font>d"
+                     "</font>e</body></html>",
+                     base());
+    EXPECT_EQ(m.text, "abcde");
+    ASSERT_EQ(m.runs.size(), 5u);
+    // The inner run inherits face and size from the outer tag; closing it restores the outer style.
+    EXPECT_EQ(std::tuple(m.runs[2].font_name, m.runs[2].style, m.runs[2].underline, m.runs[2].size),
+              std::tuple("Arial", font_style::italic, true, 20.0f));
+    EXPECT_EQ(std::tuple(m.runs[3].font_name, m.runs[3].style, m.runs[3].underline),
+              std::tuple("Arial", font_style::normal, false));
+    EXPECT_EQ(std::tuple(m.runs[4].font_name, m.runs[4].start, m.runs[4].end), std::tuple("tahoma", 4u, 5u));
+    for (const std::string off : {"0", "false", "NO"}) // the ways to say no, in any case
+        EXPECT_FALSE(parse_markup("<font underline=" + off + ">x</font>", base()).runs.back().underline)
+            << off;
+}
+
+TEST(TextMarkup, EntitiesBreaksAndEverythingElseIsTextAndDeepNestingIsBounded) {
+    const markup_text m = parse_markup("x &lt;y&gt; &amp; &#65;&#x42;<br/>&bogus;&#6x; a<b & <font", base());
+    EXPECT_EQ(m.text, "x <y> & AB\n&bogus;&#6x; a<b & <font");
+    ASSERT_EQ(m.runs.size(), 1u) << "one font throughout";
+    EXPECT_EQ(m.runs[0].end, 35u) << "counts characters";
+    // Run ranges count characters, not bytes; extra closing tags and bad sizes are ignored.
+    const markup_text w = parse_markup("\xC3\xA9<font size=900>\xE2\x82\xAC</font></font>z", base());
+    ASSERT_EQ(w.runs.size(), 1u);
+    EXPECT_EQ(w.runs[0].end, 3u);
+
+    // Deep nesting is bounded, and every tag is still closed.
+    std::string deep;
+    for (int i = 0; i < 10000; ++i)
+        deep += "<font size=13>";
+    deep += "x";
+    for (int i = 0; i < 10000; ++i)
+        deep += "</font>";
+    deep += "y";
+    const markup_text d = parse_markup(deep, base());
+    EXPECT_EQ(d.text, "xy");
+    ASSERT_EQ(d.runs.size(), 2u);
+    EXPECT_EQ(std::tuple(d.runs[0].size, d.runs[1].size), std::tuple(13.0f, 12.0f));
+}
+
+// The standard controls as they paint: the showcase at rest and in the states a user puts them in,
+// checked against approved pictures (see tests/support/draw_snapshot.h).
+
+// The centre of a control, in window coordinates.
+_vec2<int> centre(widget& w) {
+    const _vec2<int> p = w.calc_absolute_pos();
+    return {p.x + w.get_rect().w / 2, p.y + w.get_rect().h / 2};
+}
+
+TEST_F(WidgetTest, PictureShowcaseAtRestAndInUse) {
+    win.set_rect({0, 0, showcase_size.x, showcase_size.y});
+    const std::unique_ptr<showcase> show = build_showcase(win);
+    showcase_controls& c = show->controls();
+    snapshot::picture p;
+    p.section("at rest");
+    win.get_root().update(false);
+    p.calls(painted(win));
+
+    p.section("button hovered, then held");
+    offscreen::move_mouse(win, centre(c.button));
+    p.calls(painted(win));
+    offscreen::press_mouse(win, centre(c.button));
+    p.calls(painted(win));
+    offscreen::release_mouse(win, centre(c.button));
+
+    p.section("the search text's last three characters selected");
+    offscreen::click(win, centre(c.search)); // past the text's end: the caret goes there
+    key_with(shift_key, event_key::left, 3);
+    p.calls(painted(win));
+
+    p.section("drop-down stepped up, down, down past the separator, then hovered");
+    c.drop_down.focus(focus_cause::keyboard);
+    key(event_key::up);
+    key(event_key::down);
+    p.lines.push_back("theme choice " + std::to_string(c.theme_choice));
+    key(event_key::down);
+    offscreen::move_mouse(win, centre(c.drop_down));
+    p.calls(painted(win));
+    p.lines.push_back("theme choice " + std::to_string(c.theme_choice));
+
+    p.section("tooltip resting on the check box");
+    c.check.add_tooltip("Renders at full size", "Full resolution");
+    offscreen::move_mouse(win, centre(c.check));
+    offscreen::advance_ms(100 * 10);
+    ASSERT_TRUE(win.is_tooltip_shown());
+    tooltip& tip = *win.get_tooltip_window();
+    p.place("tooltip window", tip.get_rect());
+    tip.get_root().update(false);
+    offscreen::native_of(tip).paint_pending();
+    p.calls(offscreen::native_of(tip).get_canvas().calls());
+    c.check.remove_tooltips();
+
+    p.section("grown by 100 x 60: the flexible split takes the height");
+    win.set_rect({0, 0, showcase_size.x + 100, showcase_size.y + 60});
+    p.calls(painted(win));
+    p.lines.push_back("scroll range " + std::to_string(c.scroll.get_max_scroll()));
+
+    EXPECT_TRUE(p.matches("showcase"));
 }
 
 } // namespace

@@ -52,14 +52,10 @@ TEST_F(InputBoxTest, TypingRaisesEventsOnTheBoxAndKeysTheFieldDoesNotUseReachIt)
     // Characters beyond the basic plane arrive in two halves; a lone half is dropped.
     box.set_text("");
     type(u"a\U0001F600b");
-    EXPECT_EQ(state(), S("a\xF0\x9F\x98\x80"
-                         "b",
-                         3, 0));
+    EXPECT_EQ(state(), S(std::string("a\xF0\x9F\x98\x80") + 'b', 3, 0));
     type(std::u16string(1, char16_t(0xDC00)));
     EXPECT_EQ(in().get_wide_text().size(), 3u);
-    type(u"\xD83D"
-         u"c"
-         u"\xDE00"); // a high half that another character followed is forgotten
+    type(std::u16string{0xD83D, u'c', 0xDE00}); // a high half that another character followed is forgotten
     EXPECT_EQ(in().get_wide_text().size(), 4u);
 }
 
@@ -286,7 +282,7 @@ TEST_F(InputBoxTest, TheCaretBlinksOnlyWhileFocusedAndStaysInsideTheBoxWhenTheTe
     EXPECT_FALSE(in().is_caret_visible());
 }
 
-TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
+TEST_F(InputBoxTest, MaximumCharactersDefaultTextAndTheme) {
     box.set_max_chars(3);
     type(u"abcdef");
     EXPECT_EQ(box.get_text(), "abc");
@@ -303,11 +299,10 @@ TEST_F(InputBoxTest, MaximumCharactersAndDefaultText) {
     EXPECT_GT(count_painted([](const draw_call& c) { return c.text == "Search"; }), 0);
     type(u"q");
     EXPECT_EQ(count_painted([](const draw_call& c) { return c.text == "Search"; }), 0);
-}
 
-TEST_F(InputBoxTest, ThemeChangesReachTheTextAndTheLayout) {
-    type(u"abc");
-    box.get_theme().set(theme_keys::input_font_size, 20.0f); // 10 pixels a character
+    // Theme changes reach the text and the layout: "qbc" at 10 pixels a character.
+    type(u"bc");
+    box.get_theme().set(theme_keys::input_font_size, 20.0f);
     EXPECT_EQ(in().get_caret_x(), 30);
     box.get_theme().set(theme_keys::input_inside_margins, _vec2<int>{8, 3});
     EXPECT_EQ(in().get_rect(), (ivec4{8, 3, 184, 20}));

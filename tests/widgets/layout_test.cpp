@@ -11,9 +11,7 @@
 
 namespace {
 
-using FlowPanelTest = WidgetTest;
-
-TEST_F(FlowPanelTest, HiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegativeTotalsCountAsZero) {
+TEST_F(WidgetTest, FlowPanelHiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegativeTotalsCountAsZero) {
     flow_panel column(flow_type::vertical, false, true, false, false);
     column.create(win.get_root(), {0, 0, 100, 10});
     generic_panel a, hidden, b;
@@ -49,7 +47,7 @@ TEST_F(FlowPanelTest, HiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegative
     EXPECT_TRUE(row.item_count() == 0 && row.get_children().empty() && row.get_rect().w == 0);
 }
 
-TEST_F(FlowPanelTest, FlexItemsShareTheSpareLengthInWholePixels) {
+TEST_F(WidgetTest, FlowPanelFlexItemsShareTheSpareLengthInWholePixels) {
     flow_panel row(flow_type::horizontal, false, false, true, false);
     row.create(win.get_root(), {0, 0, 140, 20});
     generic_panel a, b;
@@ -109,6 +107,15 @@ TEST_F(ScrollBarTest, ScrollRoundsToStepsAndClampsToTheOverflowAsItChanges) {
 }
 
 TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
+    // A bar lying across points its arrows away from the track just as an upright one does.
+    scroll_bar across{scroll_type::horizontal, true};
+    across.create(win.get_root(), {0, 100, 100, 14});
+    std::vector<_vec2<int>> upright, turned;
+    for (const draw_call& c : painted(win))
+        for (const _vec2<int>& p : c.op == "draw_geometry" ? c.points : std::vector<_vec2<int>>{})
+            (c.origin.y < 100 ? upright : turned).push_back(c.origin.y < 100 ? p : _vec2<int>{p.y, p.x});
+    EXPECT_TRUE(upright.size() == 6 && upright == turned);
+
     event_recorder changed(bar, event_type::value_changed);
     offscreen::wheel(win, {50, 50}, -1.0); // over the panel: the bar is not an ancestor
     EXPECT_EQ(bar.get_value(), 0);
@@ -139,17 +146,6 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     offscreen::move_mouse(win, {105, 70});
     offscreen::release_mouse(win, {105, 70});
     EXPECT_EQ(bar.get_value(), 0);
-}
-
-// A bar lying across points its arrows away from the track just as an upright one does.
-TEST_F(ScrollBarTest, AcrossTheArrowsAreTheUprightOnesTurned) {
-    scroll_bar across{scroll_type::horizontal, true};
-    across.create(win.get_root(), {0, 100, 100, 14});
-    std::vector<_vec2<int>> upright, turned;
-    for (const draw_call& c : painted(win))
-        for (const _vec2<int>& p : c.op == "draw_geometry" ? c.points : std::vector<_vec2<int>>{})
-            (c.origin.y < 100 ? upright : turned).push_back(c.origin.y < 100 ? p : _vec2<int>{p.y, p.x});
-    EXPECT_TRUE(upright.size() == 6 && upright == turned);
 }
 
 TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrItsPanel) {
@@ -191,9 +187,7 @@ TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrIt
     EXPECT_EQ(inner.get_rect().y, -40);
 }
 
-using SplitPanelTest = WidgetTest;
-
-TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
+TEST_F(WidgetTest, SplitPanelBarRatioLocksAndMinimumSizes) {
     split_panel split;
     split.create(win.get_root(), {0, 0, 204, 100});
     EXPECT_EQ(split.get_panel_a().get_rect(), (ivec4{0, 0, 100, 100}));
@@ -225,7 +219,7 @@ TEST_F(SplitPanelTest, BarRatioLocksAndMinimumSizes) {
     EXPECT_EQ(widths(), std::tuple(0, 0));
 }
 
-TEST_F(SplitPanelTest, DraggingTheBarAndSwappingAndStacking) {
+TEST_F(WidgetTest, SplitPanelDraggingTheBarAndSwappingAndStacking) {
     split_panel split;
     split.create(win.get_root(), {0, 0, 204, 100});
     event_recorder changed(split, event_type::value_changed);
