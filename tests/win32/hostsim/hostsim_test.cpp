@@ -174,6 +174,7 @@ TEST(Host, ThePluginsPlatformCodeAppliesThroughTheMainWindowsMenuBar) {
         }
     }
     EXPECT_EQ(HostPlatform::ExecutablePath(), s.host.ExecutablePath());
+    EXPECT_EQ(HostPlatform::ExecutablePath().find('\\'), std::string::npos);
     for (bool active : {false, true, false}) {
         s.host.GetModel().active = active;
         s.host.ApplyActivity();
@@ -200,8 +201,10 @@ std::set<std::string> ExportedNames(HMODULE module) {
 }
 
 // Quillo.aex itself: its PiPL naming the x64 entry point, the six exports and nothing else; found by
-// its PiPL, started, asking for the main window, and everything it acquired released when it dies.
-TEST(Quillo, LoadsThroughItsPiplAndShutsDownCleanly) {
+// its PiPL and started, asking for the main window; its first idle ticks create the popup and
+// collect the catalogue (every installed effect's name read once), and everything it acquired is
+// released when it dies.
+TEST(Quillo, LoadsThroughItsPiplCollectsTheCatalogueAndShutsDownCleanly) {
     hostsim::PluginBundle bundle;
     std::string error;
     ASSERT_TRUE(hostsim::ReadPluginBundle(QUILLO_AEX, bundle, error)) << error;
@@ -216,16 +219,6 @@ TEST(Quillo, LoadsThroughItsPiplAndShutsDownCleanly) {
     EXPECT_EQ(s.host.idleHooks.size(), 1u);
     EXPECT_EQ(s.host.deathHooks.size(), 1u);
     EXPECT_GT(s.host.acquired["AEGP Utility Suite/11"], 0); // for the main window
-    s.host.RunDeath();
-    s.host.ScriptTerminate();
-    EXPECT_EQ(s.host.Outstanding(), 0);
-}
-
-// Its first idle ticks create the popup and collect the catalogue: every installed effect's name
-// read once.
-TEST(Quillo, CollectsTheCatalogueOnItsFirstIdleTicks) {
-    Session s(QUILLO_AEX);
-    ASSERT_EQ(s.host.StartPlugin(), A_Err_NONE);
     s.host.RunIdle(3);
     EXPECT_EQ(s.host.effectNamesRead, static_cast<int>(s.host.GetModel().effects.size()));
     s.host.RunDeath();

@@ -1,13 +1,11 @@
 #!/usr/bin/env python3
 """The popup on screen under Wine: hostsim-win with the plug-in, xdotool as the artist.
 
-Runs in the environment of scripts/wine-env.sh (WINEPREFIX, DISPLAY of a private Xvfb). Starts
-`wine hostsim-win.exe --control ...`, plays the chord, types, applies, closes, captures a frame,
-switches to Light in the preferences window and grabs the popup in both themes, checking each step
-against the host's session record and the X display. Every step prints "ok: ..." or "failed: ...";
-the exit status is the number of failures (capped). With --out, the grabs are kept there as PNG and
-the figures (chord to popup painted, keystroke to rows repainted) are measured over --presses runs
-and printed as medians.
+In the environment of scripts/wine-env.sh (WINEPREFIX, DISPLAY of a private Xvfb): plays the chord,
+types, applies, closes, captures a frame, switches to Light in the preferences window and grabs the
+popup in both themes, checking each step against the host's session record and the X display.
+Prints "ok: ..." or "failed: ..." per step; exits with the number of failures (capped). With --out,
+the grabs and a transcript are kept there (scripts/walkthrough-win32.sh adds its figures).
 """
 
 import argparse
@@ -15,7 +13,6 @@ import glob
 import json
 import os
 import shutil
-import statistics
 import subprocess
 import sys
 import tempfile
@@ -23,16 +20,6 @@ import time
 
 POPUP = "Effects Popup"
 HOST_TITLE = "Simulated Host"
-VK_SPACE = 0x20
-
-
-def now_ms():
-    # The clock Wine's performance counter reads, which the host's figures are on.
-    return time.clock_gettime(time.CLOCK_MONOTONIC_RAW) * 1000.0
-
-
-def median(values):
-    return "%.1f" % statistics.median(values) if values else "n/a"
 
 
 class Scene:
@@ -106,7 +93,7 @@ class Scene:
         if os.path.exists(self.record_path):
             os.remove(self.record_path)
         self.log = open(os.path.join(self.out or self.work, "host.log"), "a")
-        started = now_ms()
+        started = time.time()
         self.host = subprocess.Popen(
             ["wine", self.args.exe, "--control", "--plugins", self.args.plugins, "--root", self.root,
              "--record", self.record_path, "--news-url", "http://127.0.0.1:9/news"],
@@ -115,7 +102,7 @@ class Scene:
         r = self.wait(lambda r: r["idleTicks"] > 0 and any(
             w["title"].startswith(HOST_TITLE) for w in r["windows"]), 60)
         if not self.check(r is not None, "host window up with idle calls going after %.1f s" % (
-                (now_ms() - started) / 1000)):
+                time.time() - started)):
             return None
         self.control("select Headline")
         main = next(w for w in r["windows"] if w["title"].startswith(HOST_TITLE))
@@ -149,10 +136,8 @@ class Scene:
         return subprocess.run(["xdotool", *args], capture_output=True, text=True).stdout
 
     def chord(self):
-        """Ctrl+Space held like fingers; the time just before the keys were sent."""
-        sent = now_ms()
+        """Ctrl+Space held like fingers."""
         self.xdo("keydown", "ctrl", "keydown", "space", "sleep", "0.1", "keyup", "space", "keyup", "ctrl")
-        return sent
 
     def open_popup(self):
         self.chord()
@@ -213,44 +198,20 @@ class Scene:
         os.makedirs(self.root)
         if self.start_host() is None:
             return
-        chord_times = self.chord_runs()
+        self.chord_toggles()
         dark = self.type_and_apply()
-        key_times = self.measure_keys() if self.out else []
         self.escape_closes()
         self.capture()
-        light = self.light_theme()
-        if dark and light:
-            d, l = (sum(p) / (255.0 * len(p)) for p in (dark, light))
-            self.check(l > d + 0.2, "popup mean grey %.2f dark, %.2f light after the second start" % (d, l))
-        key_times += self.measure_keys() if self.out and light else []
+        self.compare_themes(dark, self.light_theme())
         status = self.quit_host()
         self.check(status == 0, "quit: host exited with %s" % status)
-        if self.out:
-            self.say("figures (medians): chord to popup painted %s ms over %d runs (%s); keystroke to "
-                     "repainted rows %s ms over %d presses" % (
-                         median(chord_times), len(chord_times), ", ".join("%.1f" % t for t in chord_times),
-                         median(key_times), len(key_times)))
 
-    def chord_runs(self):
-        """Ctrl+Space opens the popup, again hides it; chord (the Space press's time stamp, else the
-        sending time) to popup painted, per run."""
-        times = []
-        for _ in range(self.args.presses):
-            sent = self.chord()
-            r = self.popup_shown()
-            if not self.check(r is not None, "Ctrl+Space opened the popup"):
-                break
-            r = self.wait(lambda r: any(w["title"] == POPUP and w["paintedAtMs"] > sent
-                                        for w in r["shownWindows"]), 2) or r
-            painted = [w["paintedAtMs"] for w in r["shownWindows"] if w["title"] == POPUP and w["paintedAtMs"] > sent]
-            presses = [k["pressedAtMs"] for k in r["keys"] if k["keyCode"] == VK_SPACE and k["pressedAtMs"] >= sent - 1]
-            if painted:
-                times.append(painted[0] - (presses + [sent])[0])
+    def chord_toggles(self):
+        self.chord()
+        if self.check(self.popup_shown() is not None, "Ctrl+Space opened the popup"):
             self.chord()
-            if not self.check(self.popup_hidden() is not None, "Ctrl+Space again hid it"):
-                break
+            self.check(self.popup_hidden() is not None, "Ctrl+Space again hid it")
             time.sleep(0.2)
-        return times
 
     def type_and_apply(self):
         r = self.open_popup()
@@ -274,24 +235,6 @@ class Scene:
         if self.check(self.open_popup() is not None, "the chord opened the popup again"):
             self.xdo("key", "Escape")
             self.check(self.popup_hidden() is not None, "Escape closed it")
-
-    def measure_keys(self):
-        """Keystroke to repainted rows while searches are typed; the latencies in ms."""
-        # By time, not by index: the record keeps the latest 200 presses only.
-        start = now_ms()
-        for word in ["gaussian", "blur", "glow", "sharpen"]:
-            if self.open_popup() is None:
-                continue
-            self.xdo("type", "--delay", "90", word)
-            self.xdo("key", "--delay", "90", "BackSpace", "BackSpace", "BackSpace")
-            time.sleep(0.1)
-            # The chord closes it as the Linux walkthrough does (Escape is checked on its own).
-            self.chord()
-            if self.popup_hidden() is None:
-                self.close_popup()
-        r = self.record() or {"keys": []}
-        return [k["latencyMs"] for k in r["keys"]
-                if k["window"] == POPUP and k["latencyMs"] >= 0 and k["pressedAtMs"] >= start]
 
     def capture(self):
         before = set(self.find("Capture/*.png"))
@@ -344,17 +287,21 @@ class Scene:
         self.close_popup()
         return light
 
+    def compare_themes(self, dark, light):
+        if dark and light:
+            d, l = (sum(p) / (255.0 * len(p)) for p in (dark, light))
+            self.check(l > d + 0.2, "popup mean grey %.2f dark, %.2f light after the second start" % (d, l))
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+
+def main(scene_class=Scene, parser=None):
+    parser = parser or argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--exe", required=True, help="hostsim-win.exe")
     parser.add_argument("--plugins", required=True, help="a Plug-ins folder holding Quillo.aex")
     parser.add_argument("--out", help="a folder for the grabs, the capture and the transcript")
-    parser.add_argument("--presses", type=int, default=2, help="chord runs for the figure")
     args = parser.parse_args()
     if args.out:
         os.makedirs(args.out, exist_ok=True)
-    scene = Scene(args)
+    scene = scene_class(args)
     started = time.time()
     try:
         scene.run()
