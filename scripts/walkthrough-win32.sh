@@ -1,12 +1,13 @@
 #!/usr/bin/env bash
 # The walkthrough of the Windows build under Wine, the sibling of scripts/walkthrough.sh: its own
 # Xvfb and Wine prefix (scripts/wine-env.sh over a folder of this run), hostsim-win with Quillo.aex,
-# xdotool as the artist. The steps are those of tests/win32/onscreen/onscreen_scene.py, run with its
-# figures on: the chord opens the popup (repeated for the chord-to-popup-painted figure), "blur" is
-# typed and Return applies the first row, the chord and Escape close it, the console's screenshot
-# word saves a frame, and the popup is grabbed again after a second start in the Light theme. The
-# folder named at the end holds popup-dark.png, popup-light.png, popup-empty.png, capture.png, the
-# transcript ("ok:"/"failed:" per step, the medians) and the host's log.
+# xdotool as the artist. The steps are those of tests/win32/onscreen/onscreen_scene.py, with the
+# figures of scripts/onscreen_figures_win32.py: the chord opens the popup (repeated for the
+# chord-to-popup-painted figure), "blur" is typed and Return applies the first row, the chord and
+# Escape close it, the console's screenshot word saves a frame, and the popup is grabbed again after
+# a second start in the Light theme. The folder named at the end holds popup-dark.png,
+# popup-light.png, popup-empty.png, capture.png, the transcript ("ok:"/"failed:" per step, the
+# medians) and the host's log.
 # Expects the Windows build in build/win32 (hostsim-win and Quillo built: see scripts/wine-env.sh).
 #   $1  chord runs for the figure (default 8)
 set -uo pipefail
@@ -30,7 +31,7 @@ trap wine_env_stop EXIT
     echo "host: $exe"
     echo "plug-in: $plugins/Quillo.aex"
 } | tee "$out/transcript.txt"
-python3 "$repo/tests/win32/onscreen/onscreen_scene.py" --exe "$exe" --plugins "$plugins" --out "$out" \
+python3 "$repo/scripts/onscreen_figures_win32.py" --exe "$exe" --plugins "$plugins" --out "$out" \
     --presses "${1:-8}"
 status=$?
 echo

@@ -1,11 +1,11 @@
 #include "display_session.h"
+#include "tests/support/bitmap_sample.h"
 
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/ui/cocoa/file_filters.h"
 #include "nimbit/ui/cocoa/font_lookup.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/event_manager.h"
-#include "nimbit/ui/native_bitmap.h"
 #include "nimbit/ui/native_clipboard.h"
 #include "nimbit/ui/native_drawer.h"
 #include "nimbit/ui/native_file_shell.h"
@@ -19,43 +19,12 @@
 #include <functional>
 #include <sstream>
 
+using namespace bitmap_sample;
 using namespace cocoa_test;
 using nimbit::ivec4;
 using nimbit::vec4;
-using nimbit::ui::native_bitmap;
 
 namespace {
-
-// A 40 x 30 image: red top half, translucent blue bottom half, a green pixel at (3, 2).
-std::unique_ptr<native_bitmap> sample(bool alpha = true) {
-    auto b = nimbit::ui::create_native_bitmap();
-    EXPECT_TRUE(b->create({40, 30}, alpha));
-    unsigned pitch = 0;
-    unsigned char* p = b->lock_pixels(pitch);
-    for (int y = 0; y < 30; ++y)
-        for (int x = 0; x < 40; ++x) {
-            unsigned char* px = p + y * pitch + x * 4;
-            const bool top = y < 15;
-            px[0] = top ? 230 : 20;
-            px[1] = (x == 3 && y == 2) ? 255 : 10;
-            px[2] = top ? 10 : 220;
-            px[3] = top || !alpha ? 255 : 128;
-        }
-    b->unlock_pixels();
-    return b;
-}
-
-// The largest channel difference.
-int max_difference(const native_bitmap& a, const native_bitmap& b) {
-    unsigned pa = 0, pb = 0;
-    const unsigned char* x = a.read_pixels(pa);
-    const unsigned char* y = b.read_pixels(pb);
-    int worst = 0;
-    for (int row = 0; row < a.get_size().y; ++row)
-        for (int i = 0; i < a.get_size().x * 4; ++i)
-            worst = std::max(worst, std::abs(int(x[row * pa + i]) - int(y[row * pb + i])));
-    return worst;
-}
 
 // A window whose root paints with a callback, for looking at drawing on screen.
 struct canvas_window {

@@ -237,8 +237,8 @@ TEST(Win32Packs, PlantedLinksAreNeverFollowed) {
     EXPECT_EQ(read_text(outside.append("target")), "keep");
 }
 
-// The system's codecs: exact PNG and close JPG round trips, reduced JPGs, and cut or damaged files
-// that fail cleanly.
+// The system's codecs: exact PNG and close JPG round trips, reduced JPGs, and cut files that fail
+// cleanly.
 TEST(Win32Codecs, RoundTripsReducedDecodesAndDamage) {
     const int width = 64, height = 40;
     const std::vector<unsigned char> pixels = pattern(width, height);
@@ -265,24 +265,21 @@ TEST(Win32Codecs, RoundTripsReducedDecodesAndDamage) {
     ASSERT_TRUE(nimbit::graphics::decode_image(jpg.data(), jpg.size(), width * height, image, 16, &full));
     EXPECT_TRUE(image.size == (nimbit::_vec2<int>{16, 10}) && full == (nimbit::_vec2<int>{width, height}));
 
+    // Cut files; a damaged checksum is caught by the shared codec tests, which run here too.
     // clang-format off
-    struct damage { const std::vector<unsigned char>* file; size_t keep; size_t flip; const char* what; };
+    struct damage { const std::vector<unsigned char>* file; size_t keep; const char* what; };
     const damage cases[] = {
-        {&png, png.size() / 2, 0, "png cut in half"},
-        {&png, png.size() - 1, 0, "png without its last byte"},
-        {&png, 33, 0, "png header only"},
-        {&png, png.size(), 20, "png width changed"},
-        {&png, png.size(), png.size() - 20, "png data flipped"},
-        {&jpg, jpg.size() / 2, 0, "jpg cut in half"},
-        {&jpg, jpg.size() - 2, 0, "jpg without its end"},
-        {&jpg, 20, 0, "jpg header only"},
-        {&jpg, 3, 0, "jpg signature only"},
+        {&png, png.size() / 2, "png cut in half"},
+        {&png, png.size() - 1, "png without its last byte"},
+        {&png, 33, "png header only"},
+        {&jpg, jpg.size() / 2, "jpg cut in half"},
+        {&jpg, jpg.size() - 2, "jpg without its end"},
+        {&jpg, 20, "jpg header only"},
+        {&jpg, 3, "jpg signature only"},
     };
     // clang-format on
     for (const damage& d : cases) {
-        std::vector<unsigned char> bytes(d.file->begin(), d.file->begin() + d.keep);
-        if (d.flip)
-            bytes[d.flip] ^= 0x40;
+        const std::vector<unsigned char> bytes(d.file->begin(), d.file->begin() + d.keep);
         EXPECT_FALSE(nimbit::graphics::decode_image(bytes.data(), bytes.size(), 1 << 20, image)) << d.what;
         EXPECT_TRUE(image.pixels.empty()) << d.what;
     }

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 #include <windows.h>
 
+#include <algorithm>
 #include <string>
 
 namespace {
@@ -21,17 +22,12 @@ std::string TempFolder() {
     return nimbit::narrow(folder);
 }
 
-std::string Slashed(std::string path) {
-    for (char& c : path)
-        if (c == '\\')
-            c = '/';
-    return path;
-}
-
 TEST(CaptureFolderOnWindows, ReadBackWhenItIsAnExistingAbsoluteFolder) {
     const std::string folder = TempFolder();
     ASSERT_GE(folder.size(), 3u);
     ASSERT_EQ(folder[1], ':');
+    std::string slashed = folder;
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
     struct Case {
         std::string stored;
         bool taken;
@@ -39,11 +35,11 @@ TEST(CaptureFolderOnWindows, ReadBackWhenItIsAnExistingAbsoluteFolder) {
     // clang-format off
     const Case cases[] = {
         {folder,                               true},
-        {Slashed(folder),                      true},
-        {Slashed(folder) + "/",                true},
+        {slashed,                      true},
+        {slashed + "/",                true},
         {folder.substr(2),                     false}, // drive-relative: depends on the current drive
         {"quillo-capture-folder-test",         false}, // relative
-        {Slashed(folder) + "/missing",         false},
+        {slashed + "/missing",         false},
     };
     // clang-format on
     for (const Case& c : cases) {

@@ -129,20 +129,4 @@ TEST(Win32HostPlatform, ChoosesEffectMenuItemsAsTheArtistWould) {
     }
 }
 
-TEST(Win32HostPlatform, ActiveWhileOwnWindowIsInFront) {
-    {
-        TestWindow front(nullptr);
-        ShowWindow(front.handle, SW_SHOW);
-        SetForegroundWindow(front.handle);
-        EXPECT_TRUE(HostPlatform::IsHostActive());
-    }
-    EXPECT_FALSE(HostPlatform::IsHostActive()); // no window of the process left
-}
-
-TEST(Win32HostPlatform, ExecutablePathHasForwardSlashes) {
-    const std::string path = HostPlatform::ExecutablePath();
-    EXPECT_EQ(path.find('\\'), std::string::npos) << path;
-    EXPECT_TRUE(path.ends_with("/win32_host_tests.exe")) << path;
-}
-
 } // namespace

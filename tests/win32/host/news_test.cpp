@@ -13,13 +13,11 @@
 
 namespace {
 
-struct Winsock {
-    Winsock() {
-        WSADATA data;
-        WSAStartup(MAKEWORD(2, 2), &data);
-    }
-    ~Winsock() { WSACleanup(); }
-};
+// Sockets for the whole run (the process's end cleans them up).
+[[maybe_unused]] const int winsock = [] {
+    WSADATA data;
+    return WSAStartup(MAKEWORD(2, 2), &data);
+}();
 
 // A socket bound to a free loopback port (listening when asked); the news address on it.
 std::string BindLoopback(SOCKET& s, bool listening) {
@@ -36,7 +34,6 @@ std::string BindLoopback(SOCKET& s, bool listening) {
 }
 
 TEST(Win32NewsCheck, PostsTheFormAndCountsTheAnswer) {
-    Winsock winsock;
     SOCKET listener = INVALID_SOCKET;
     NewsCheck check(BindLoopback(listener, true));
     std::string request;
@@ -67,7 +64,6 @@ TEST(Win32NewsCheck, PostsTheFormAndCountsTheAnswer) {
 }
 
 TEST(Win32NewsCheck, RefusedConnectionEndsPromptlyWithNothing) {
-    Winsock winsock;
     SOCKET bound = INVALID_SOCKET; // bound, never listening: the connection is refused
     const std::string url = BindLoopback(bound, false);
     for (const std::string& address : {url, std::string("not a url"), std::string("http://127.0.0.1:0/")}) {

@@ -1,6 +1,6 @@
 // A plug-in for the Windows host tests: its entry point (named by its PiPL, not PluginMain)
 // registers an idle and a death hook, each of which leaves a script in the host's record, and asks
-// for the main window; its script functions answer what the plug-in sees of the host.
+// for the main window; its script function answers which main window it was handed.
 
 #include "host/sdk/ae_suites.h"
 #include "host/sdk/script_object.h"
@@ -73,19 +73,10 @@ TEST_EXPORT void ESFreeMem(void*) {}
 TEST_EXPORT void ESTerminate() {}
 
 // execute("window"): the main window the host handed out (window handles carry 32 bits).
-// execute("active"): whether the foreground window belongs to this process, as the plug-in's host
-// platform decides.
 TEST_EXPORT long execute(TaggedData* args, long count, TaggedData* result) {
     result->type = kTypeInteger;
-    const HWND front = GetForegroundWindow();
-    DWORD process = 0;
-    GetWindowThreadProcessId(front, &process);
-    const char* word = count > 0 && args[0].type == kTypeString ? args[0].data.string : "";
-    if (lstrcmpA(word, "window") == 0)
-        result->data.intval = static_cast<int32_t>(reinterpret_cast<intptr_t>(mainWindow));
-    else if (lstrcmpA(word, "active") == 0)
-        result->data.intval = front != nullptr && process == GetCurrentProcessId() ? 1 : 0;
-    else
+    if (count < 1 || args[0].type != kTypeString || lstrcmpA(args[0].data.string, "window") != 0)
         return 1;
+    result->data.intval = static_cast<int32_t>(reinterpret_cast<intptr_t>(mainWindow));
     return 0;
 }

@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 """The popup on screen under Wine: hostsim-win with the plug-in, xdotool as the artist.
 
-Runs in the environment of scripts/wine-env.sh (WINEPREFIX, DISPLAY of a private Xvfb). Starts
-`wine hostsim-win.exe --control ...`, plays the chord, types, applies, closes, captures a frame and
-grabs the popup in both themes, checking each step against the host's session record and the X
-display. Every step prints "ok: ..." or "failed: ..."; the exit status is the number of failures
-(capped). With --out, the grabs are kept there as PNG and the figures (chord to popup painted,
-keystroke to rows repainted) are measured over --presses runs and printed as medians.
+In the environment of scripts/wine-env.sh (WINEPREFIX, DISPLAY of a private Xvfb): plays the chord,
+types, applies, closes, captures a frame, switches to Light in the preferences window and grabs the
+popup in both themes, checking each step against the host's session record and the X display.
+Prints "ok: ..." or "failed: ..." per step; exits with the number of failures (capped). With --out,
+the grabs and a transcript are kept there (scripts/walkthrough-win32.sh adds its figures).
 """
 
 import argparse
@@ -14,7 +13,6 @@ import glob
 import json
 import os
 import shutil
-import statistics
 import subprocess
 import sys
 import tempfile
@@ -22,24 +20,17 @@ import time
 
 POPUP = "Effects Popup"
 HOST_TITLE = "Simulated Host"
-VK_SPACE = 0x20
-
-
-def now_ms():
-    # The clock Wine's performance counter reads, which the host's figures are on.
-    return time.clock_gettime(time.CLOCK_MONOTONIC_RAW) * 1000.0
 
 
 class Scene:
     def __init__(self, args):
         self.args = args
+        self.out = args.out
         self.failures = 0
         self.work = tempfile.mkdtemp(prefix="quillo-onscreen-")
-        self.out = args.out
+        self.root = os.path.join(self.work, "root")
+        self.host = self.log = None
         self.transcript = open(os.path.join(self.out, "transcript.txt"), "a") if self.out else None
-        self.host = None
-        self.record_path = None
-        self.log = None
 
     # ---- reporting
     def say(self, text):
@@ -48,12 +39,11 @@ class Scene:
             self.transcript.write(text + "\n")
             self.transcript.flush()
 
-    def ok(self, text):
-        self.say("ok: " + text)
-
-    def failed(self, text):
-        self.say("failed: " + text)
-        self.failures += 1
+    def check(self, holds, text):
+        """A step's verdict, said as "ok: text" or "failed: text"; whether it held."""
+        self.say(("ok: " if holds else "failed: ") + text)
+        self.failures += 0 if holds else 1
+        return bool(holds)
 
     # ---- the record
     def record(self):
@@ -92,30 +82,36 @@ class Scene:
         return next(l["effects"] for c in r["compositions"] if c["active"] for l in c["layers"]
                     if l["name"] == layer)
 
+    def find(self, pattern):
+        """Files matching pattern anywhere below the host's root or the Wine prefix's user folders."""
+        folders = [self.root] + glob.glob(os.path.join(os.environ.get("WINEPREFIX", ""), "drive_c", "users", "*"))
+        return [f for d in folders for f in glob.glob(os.path.join(d, "**", pattern), recursive=True)]
+
     # ---- the host
-    def start_host(self, root):
-        self.record_path = os.path.join(root, "session.json")
+    def start_host(self):
+        self.record_path = os.path.join(self.root, "session.json")
         if os.path.exists(self.record_path):
             os.remove(self.record_path)
         self.log = open(os.path.join(self.out or self.work, "host.log"), "a")
-        self.started_ms = now_ms()
+        started = time.time()
         self.host = subprocess.Popen(
-            ["wine", self.args.exe, "--control", "--plugins", self.args.plugins, "--root", root,
+            ["wine", self.args.exe, "--control", "--plugins", self.args.plugins, "--root", self.root,
              "--record", self.record_path, "--news-url", "http://127.0.0.1:9/news"],
             stdin=subprocess.PIPE, stdout=self.log, stderr=self.log, text=True)
         # Wine's first start in a fresh prefix takes a while.
         r = self.wait(lambda r: r["idleTicks"] > 0 and any(
             w["title"].startswith(HOST_TITLE) for w in r["windows"]), 60)
-        if r is None:
+        if not self.check(r is not None, "host window up with idle calls going after %.1f s" % (
+                time.time() - started)):
             return None
         self.control("select Headline")
         main = next(w for w in r["windows"] if w["title"].startswith(HOST_TITLE))
         # The keys go where the pointer is (no window manager), and the chord is read from the
         # key state Wine keeps for its windows: the pointer rests over the host's window.
-        self.xdotool("mousemove", str(main["x"] + main["width"] // 2), str(main["y"] + main["height"] // 3))
-        wid = self.xdo_out("search", "--onlyvisible", "--name", HOST_TITLE).split()
+        self.xdo("mousemove", str(main["x"] + main["width"] // 2), str(main["y"] + main["height"] // 3))
+        wid = self.xdo("search", "--onlyvisible", "--name", HOST_TITLE).split()
         if wid:
-            self.xdotool("windowfocus", wid[0])
+            self.xdo("windowfocus", wid[0])
         return r
 
     def control(self, line):
@@ -126,8 +122,6 @@ class Scene:
             pass
 
     def quit_host(self):
-        if self.host is None:
-            return None
         self.control("quit")
         try:
             status = self.host.wait(15)
@@ -138,17 +132,12 @@ class Scene:
         return status
 
     # ---- the artist
-    def xdotool(self, *args):
-        subprocess.run(["xdotool", *args], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-
-    def xdo_out(self, *args):
+    def xdo(self, *args):
         return subprocess.run(["xdotool", *args], capture_output=True, text=True).stdout
 
     def chord(self):
-        """Ctrl+Space held like fingers; the time just before the keys were sent."""
-        sent = now_ms()
-        self.xdotool("keydown", "ctrl", "keydown", "space", "sleep", "0.1", "keyup", "space", "keyup", "ctrl")
-        return sent
+        """Ctrl+Space held like fingers."""
+        self.xdo("keydown", "ctrl", "keydown", "space", "sleep", "0.1", "keyup", "space", "keyup", "ctrl")
 
     def open_popup(self):
         self.chord()
@@ -159,328 +148,160 @@ class Scene:
 
     def close_popup(self):
         if self.popup_hidden(0.1) is None:
-            self.xdotool("key", "Escape")
+            self.xdo("key", "Escape")
             if self.popup_hidden(2) is None:
                 self.chord()
                 self.popup_hidden(2)
 
-    # ---- the screen
-    def grab(self, rect, name):
-        """The rect (x, y, width, height) of the screen as (width, height, RGB bytes)."""
-        x, y, w, h = rect
-        path = os.path.join(self.work, name + ".ppm")
-        subprocess.run(["import", "-window", "root", "-crop", "%dx%d+%d+%d" % (w, h, x, y), "+repage",
-                        "-depth", "8", path], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        if self.out:
-            subprocess.run(["convert", path, os.path.join(self.out, name + ".png")],
-                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        try:
-            return read_ppm(path)
-        except (OSError, ValueError):
-            return None
-
-    def popup_rect(self, r):
-        p = self.popup(r)
-        return (p["x"], p["y"], p["width"], p["height"])
-
-    # ---- the steps
-    def run(self):
-        root = os.path.join(self.work, "root")
-        os.makedirs(root)
-        r = self.start_host(root)
-        if r is None:
-            self.failed("hostsim-win did not show its window with idle calls going (see host.log)")
-            return
-        host_painted = [w["paintedAtMs"] for w in r["shownWindows"]]
-        self.ok("host window up after %.1f s; idle hooks %d; windows %s" % (
-            (now_ms() - self.started_ms) / 1000, r["idleHooks"], [w["title"] for w in r["windows"]]))
-        if host_painted and not self.started_ms <= min(host_painted) <= now_ms():
-            self.say("   note: the host's clock is not the script's (first paint %.0f, start %.0f)" % (
-                min(host_painted), self.started_ms))
-
-        self.stamped = 0  # chord figures measured from the press's own time stamp
-        chord_times = self.chord_runs(self.args.presses)
-        dark = self.type_and_apply()
-        key_times = self.measure_keys() if self.out else []
-        self.escape_closes()
-        self.capture(root)
-        light = self.light_theme(root)
-        if dark and light:
-            d, l = mean_grey(dark), mean_grey(light)
-            if l > d + 0.2:
-                self.ok("both themes painted: popup mean grey %.2f dark, %.2f light" % (d, l))
-            else:
-                self.failed("the themes' grabs do not differ as they should: %.2f dark, %.2f light" % (d, l))
-        key_times += self.measure_keys() if self.out and light else []
-        status = self.quit_host()
-        (self.ok if status == 0 else self.failed)("quit: host exited with %s" % status)
-        if self.out:
-            self.say("   chord to popup painted, %d runs: %s ms (%d from the Space press's time stamp, the "
-                     "others from the sending time)" % (len(chord_times), ", ".join("%.1f" % t for t in chord_times),
-                                                        self.stamped))
-            self.say("figures (medians): chord to popup painted %s ms over %d runs; keystroke to "
-                     "repainted rows %s ms over %d presses" % (
-                         median(chord_times), len(chord_times), median(key_times), len(key_times)))
-
-    def chord_runs(self, runs):
-        times = []
-        for i in range(runs):
-            sent = self.chord()
-            r = self.popup_shown()
-            if r is None:
-                self.failed("Ctrl+Space: no popup within 5 s")
-                return times
-            r = self.wait(lambda r: any(w["title"] == POPUP and w["paintedAtMs"] > sent
-                                        for w in r["shownWindows"]), 2) or r
-            painted = [w["paintedAtMs"] for w in r["shownWindows"] if w["title"] == POPUP and w["paintedAtMs"] > sent]
-            presses = [k["pressedAtMs"] for k in r["keys"] if k["keyCode"] == VK_SPACE and k["pressedAtMs"] >= sent - 1]
-            if painted:
-                times.append(painted[0] - (presses[0] if presses else sent))
-                self.stamped += 1 if presses else 0
-            if i == 0:
-                self.ok("Ctrl+Space opened the popup: %s (x, y, width, height)" % (self.popup_rect(r),))
-            self.chord()
-            if self.popup_hidden() is None:
-                self.failed("Ctrl+Space again did not hide the popup")
-                return times
-            if i == 0:
-                self.ok("Ctrl+Space again hid it")
-            time.sleep(0.2)
-        return times
-
-    def type_and_apply(self):
-        r = self.open_popup()
-        if r is None:
-            self.failed("the popup did not open for typing")
-            return None
-        rect = self.popup_rect(r)
-        empty = self.grab(rect, "popup-empty")
-        keys_before = len(r["keys"])
-        self.xdotool("type", "--delay", "80", "blur")
-        r = self.wait(lambda r: sum(1 for k in r["keys"][keys_before:] if k["window"] == POPUP) >= 4, 3)
+    def type_word(self, r, word):
+        """Types word into the popup shown in record r; the record once the presses are in, and their
+        latencies (keystroke to repainted rows)."""
+        before = len(r["keys"])
+        self.xdo("type", "--delay", "80", word)
+        self.wait(lambda r: sum(k["window"] == POPUP for k in r["keys"][before:]) >= len(word), 3)
         time.sleep(0.3)
-        r = self.record()
-        rect = self.popup_rect(r) if self.popup(r) else rect
-        dark = self.grab(rect, "popup-dark")
-        typed = [k for k in r["keys"][keys_before:] if k["window"] == POPUP]
-        if len(typed) >= 4 and all(k["latencyMs"] >= 0 for k in typed):
-            self.ok("typed \"blur\": %d key presses reached the popup, repainted after %s ms" % (
-                len(typed), ", ".join("%.1f" % k["latencyMs"] for k in typed)))
-        else:
-            self.failed("typed \"blur\": the record shows %d timed presses in the popup" % len(typed))
-        if empty and dark and empty != dark:
-            self.ok("the popup's grab after \"blur\" differs from the empty search's")
-        else:
-            self.failed("the popup looks the same after typing \"blur\"")
-        before = self.effects(r)
-        self.xdotool("key", "Return")
-        r = self.wait(lambda r: self.effects(r) != before, 5)
-        if r is not None:
-            self.ok("Return: Headline now has %s (was %s); menu actions %d, direct applications %d" % (
-                self.effects(r), before, r["menuActionsSent"], r["suiteApplications"]))
-        else:
-            self.failed("Return: Headline's effects did not change (%s)" % before)
-        self.close_popup()
-        return dark
+        r = self.record() or r
+        return r, [k["latencyMs"] for k in r["keys"][before:] if k["window"] == POPUP]
 
-    def escape_closes(self):
-        if self.open_popup() is None:
-            self.failed("the chord did not open the popup again")
-            return
-        self.xdotool("key", "Escape")
-        (self.ok if self.popup_hidden() else self.failed)("the chord again, then Escape closes the popup")
-
-    def measure_keys(self):
-        """Keystroke to repainted rows while searches are typed; the latencies in ms."""
-        # By time, not by index: the record keeps the latest 200 presses only.
-        start = now_ms()
-        for word in ["gaussian", "blur", "glow", "sharpen"]:
-            if self.open_popup() is None:
-                continue
-            self.xdotool("type", "--delay", "90", word)
-            self.xdotool("key", "--delay", "90", "BackSpace", "BackSpace", "BackSpace")
-            time.sleep(0.1)
-            # The chord closes it as the Linux walkthrough does (Escape is checked on its own).
-            self.chord()
-            if self.popup_hidden() is None:
-                self.close_popup()
-        r = self.record() or {"keys": []}
-        return [k["latencyMs"] for k in r["keys"]
-                if k["window"] == POPUP and k["latencyMs"] >= 0 and k["pressedAtMs"] >= start]
-
-    def capture_folders(self, root):
-        prefix = os.environ.get("WINEPREFIX", "")
-        return [root] + glob.glob(os.path.join(prefix, "drive_c", "users", "*"))
-
-    def find_captures(self, root):
-        found = []
-        for folder in self.capture_folders(root):
-            found += glob.glob(os.path.join(folder, "**", "Capture", "*.png"), recursive=True)
-        return found
-
-    def capture(self, root):
-        before = set(self.find_captures(root))
-        started = time.time()
-        self.control("console screenshot")
-        png = None
-        while png is None and time.time() - started < 15:
-            new = [f for f in self.find_captures(root) if f not in before]
-            if new:
-                time.sleep(0.2)  # the file may still be being written
-                png = new[0]
-            else:
-                time.sleep(0.1)
-        if png is None:
-            self.failed("console screenshot: no PNG in a capture folder within 15 s")
-            return
-        with open(png, "rb") as f:
-            data = f.read()
-        decoded = subprocess.run(["convert", png, "-format", "%wx%h", "info:"], capture_output=True,
-                                 text=True).stdout.strip()
-        if data.startswith(b"\x89PNG\r\n\x1a\n") and decoded:
-            self.ok("console screenshot: %s (%d bytes, %s, decodes)" % (png, len(data), decoded))
-            if self.out:
-                shutil.copy(png, os.path.join(self.out, "capture.png"))
-        else:
-            self.failed("console screenshot: %s is no PNG that decodes" % png)
+    # ---- the screen
+    def grab(self, r, name):
+        """The popup's rectangle of the screen as RGB bytes, or None."""
+        p = self.popup(r) if r else None
+        if p is None:
+            return None
+        path = os.path.join(self.work, name + ".ppm")
+        subprocess.run(["import", "-window", "root", "-crop", "%dx%d+%d+%d" % (
+            p["width"], p["height"], p["x"], p["y"]), "+repage", "-depth", "8", path])
+        if self.out:
+            subprocess.run(["convert", path, os.path.join(self.out, name + ".png")])
+        try:
+            with open(path, "rb") as f:
+                return f.read().split(b"\n", 3)[3]  # after "P6", the size and the depth
+        except (OSError, IndexError):
+            return None
 
     def x_window(self, name, timeout=5.0):
         """The geometry (x, y, width, height) of the visible X window named name, once there."""
         end = time.time() + timeout
         while time.time() < end:
-            ids = self.xdo_out("search", "--onlyvisible", "--name", name).split()
+            ids = self.xdo("search", "--onlyvisible", "--name", name).split()
             if ids:
                 g = dict(line.split("=", 1) for line in
-                         self.xdo_out("getwindowgeometry", "--shell", ids[-1]).split() if "=" in line)
+                         self.xdo("getwindowgeometry", "--shell", ids[-1]).split() if "=" in line)
                 if all(k in g for k in ("X", "Y", "WIDTH", "HEIGHT")):  # not gone meanwhile
                     return int(g["X"]), int(g["Y"]), int(g["WIDTH"]), int(g["HEIGHT"])
             time.sleep(0.05)
         return None
 
-    def theme_through_window(self):
-        """Light chosen in the preferences window (the popup's gear), as the artist does it."""
+    # ---- the steps
+    def run(self):
+        os.makedirs(self.root)
+        if self.start_host() is None:
+            return
+        self.chord_toggles()
+        dark = self.type_and_apply()
+        self.escape_closes()
+        self.capture()
+        self.compare_themes(dark, self.light_theme())
+        status = self.quit_host()
+        self.check(status == 0, "quit: host exited with %s" % status)
+
+    def chord_toggles(self):
+        self.chord()
+        if self.check(self.popup_shown() is not None, "Ctrl+Space opened the popup"):
+            self.chord()
+            self.check(self.popup_hidden() is not None, "Ctrl+Space again hid it")
+            time.sleep(0.2)
+
+    def type_and_apply(self):
         r = self.open_popup()
-        if r is None:
-            return False
-        px, py, pw, _ = self.popup_rect(r)
+        if not self.check(r is not None, "the popup opened for typing"):
+            return None
+        empty = self.grab(r, "popup-empty")
+        r, typed = self.type_word(r, "blur")
+        dark = self.grab(r, "popup-dark")
+        self.check(len(typed) >= 4 and min(typed) >= 0, "typed \"blur\": %d timed presses reached the popup, "
+                   "repainted after %s ms" % (len(typed), ", ".join("%.1f" % t for t in typed)))
+        self.check(empty and dark and empty != dark, "the popup's grab after \"blur\" differs from the empty search's")
+        before = self.effects(r)
+        self.xdo("key", "Return")
+        r = self.wait(lambda r: self.effects(r) != before)
+        self.check(r is not None and r["menuActionsSent"] > 0, "Return applied through the Effect menu: "
+                   "Headline has %s (was %s)" % (r and self.effects(r), before))
+        self.close_popup()
+        return dark
+
+    def escape_closes(self):
+        if self.check(self.open_popup() is not None, "the chord opened the popup again"):
+            self.xdo("key", "Escape")
+            self.check(self.popup_hidden() is not None, "Escape closed it")
+
+    def capture(self):
+        before = set(self.find("Capture/*.png"))
+        self.control("console screenshot")
+        end, new = time.time() + 15, []
+        while not new and time.time() < end:
+            time.sleep(0.1)
+            new = [f for f in self.find("Capture/*.png") if f not in before]
+        time.sleep(0.2)  # the file may still be being written
+        png = new[0] if new else os.devnull
+        with open(png, "rb") as f:
+            signed = f.read(8) == b"\x89PNG\r\n\x1a\n"
+        size = subprocess.run(["convert", png, "-format", "%wx%h", "info:"], capture_output=True,
+                              text=True).stdout.strip()
+        self.check(signed and size, "console screenshot: %s, a PNG of %s that decodes, in a capture folder "
+                   "within 15 s" % (png, size))
+        if self.out and new:
+            shutil.copy(new[0], os.path.join(self.out, "capture.png"))
+
+    def light_theme(self):
+        """Light chosen in the preferences window (the popup's gear) as the artist does it, saved on
+        closing: the popup grabbed in it after a second start."""
+        r = self.open_popup()
+        if not self.check(r is not None, "the popup opened for its gear"):
+            return None
+        p = self.popup(r)
         # The gear: the popup's right tool button; the theme's drop-down at 130, 12 (150 x 24) in
         # the window, its native menu's second row 16 pixels under the first.
-        self.xdotool("mousemove", str(px + pw - 80 + 14), str(py + 8 + 14), "click", "1")
+        self.xdo("mousemove", str(p["x"] + p["width"] - 66), str(p["y"] + 22), "click", "1")
         prefs = self.x_window("^Preferences$")
-        if prefs is None:
-            self.close_popup()
-            return False
-        time.sleep(0.5)
-        x, y = prefs[0] + 130 + 75, prefs[1] + 12 + 12
-        self.xdotool("mousemove", str(x), str(y), "mousedown", "1", "sleep", "0.5",
+        if self.check(prefs is not None, "the gear opened the preferences window"):
+            time.sleep(0.5)
+            x, y = prefs[0] + 130 + 75, prefs[1] + 12 + 12
+            self.xdo("mousemove", str(x), str(y), "mousedown", "1", "sleep", "0.5",
                      "mousemove", str(x - 45), str(y + 39), "sleep", "0.3", "mouseup", "1")
-        time.sleep(0.5)
-        self.xdotool("key", "Escape")
-        end = time.time() + 5
-        while self.x_window("^Preferences$", 0.1) is not None and time.time() < end:
-            time.sleep(0.1)
+            time.sleep(0.5)
+            self.xdo("key", "Escape")
+            end = time.time() + 5
+            while self.x_window("^Preferences$", 0.1) is not None and time.time() < end:
+                time.sleep(0.1)
         self.close_popup()
-        return True
-
-    def light_theme(self, root):
-        """The popup in the Light theme, after a second start: chosen in the preferences window, or
-        else written into the settings file the first start saved."""
-        through_window = self.theme_through_window()
         status = self.quit_host()
-        settings = [f for f in self.capture_folders(root)
-                    for f in glob.glob(os.path.join(f, "**", "effects_settings"), recursive=True)]
-        if through_window and settings and all(get_theme(path) == 1 for path in settings):
-            self.ok("preferences window: UI Color set to Light through its drop-down, saved on closing")
-        else:
-            self.say("   note: the preferences window did not switch the theme (%s); the settings file "
-                     "is set to Light instead" % ("it did not open" if not through_window else "not saved"))
-            if not settings:
-                self.failed("no settings file was saved by the first start (status %s)" % status)
-                return None
-            for path in settings:
-                set_theme(path, 1)
-        if self.start_host(root) is None:
-            self.failed("the host did not start again")
+        if not self.check(self.find("effects_settings") and self.start_host() is not None,
+                          "settings saved (first start's status %s) and the host started again" % status):
             return None
         r = self.open_popup()
-        if r is None:
-            self.failed("the popup did not open in the Light theme")
+        if not self.check(r is not None, "the popup opened after the second start"):
             return None
-        self.xdotool("type", "--delay", "80", "blur")
-        time.sleep(0.5)
-        r = self.record()
-        light = self.grab(self.popup_rect(r), "popup-light")
-        self.ok("second start with the theme Light in %s: typed \"blur\"" % settings[0])
+        light = self.grab(self.type_word(r, "blur")[0], "popup-light")
         self.close_popup()
         return light
 
-
-def read_ppm(path):
-    with open(path, "rb") as f:
-        data = f.read()
-    fields, at = [], 0
-    while len(fields) < 4:
-        while data[at:at + 1].isspace():
-            at += 1
-        end = at
-        while not data[end:end + 1].isspace():
-            end += 1
-        fields.append(data[at:end])
-        at = end
-    if fields[0] != b"P6":
-        raise ValueError("not a binary PPM")
-    width, height = int(fields[1]), int(fields[2])
-    return width, height, data[at + 1:at + 1 + width * height * 3]
+    def compare_themes(self, dark, light):
+        if dark and light:
+            d, l = (sum(p) / (255.0 * len(p)) for p in (dark, light))
+            self.check(l > d + 0.2, "popup mean grey %.2f dark, %.2f light after the second start" % (d, l))
 
 
-def mean_grey(image):
-    _, _, pixels = image
-    return sum(pixels) / (255.0 * len(pixels)) if pixels else 0
-
-
-def theme_chunks(data):
-    """The offsets of the theme chunk's (id 1, four bytes) values in settings bytes."""
-    at, found = 8, []
-    while at + 8 <= len(data):
-        ident = int.from_bytes(data[at:at + 4], "little")
-        size = int.from_bytes(data[at + 4:at + 8], "little")
-        if ident == 1 and size == 4:
-            found.append(at + 8)
-        at += 8 + size
-    return found
-
-
-def get_theme(path):
-    with open(path, "rb") as f:
-        data = f.read()
-    values = [int.from_bytes(data[at:at + 4], "little") for at in theme_chunks(data)]
-    return values[-1] if values else None
-
-
-def set_theme(path, theme):
-    """Sets the theme chunk (id 1, four bytes) of a settings file, its other chunks kept."""
-    with open(path, "rb") as f:
-        data = bytearray(f.read())
-    for at in theme_chunks(data):
-        data[at:at + 4] = theme.to_bytes(4, "little")
-    with open(path, "wb") as f:
-        f.write(data)
-
-
-def median(values):
-    return "%.1f" % statistics.median(values) if values else "n/a"
-
-
-def main():
-    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+def main(scene_class=Scene, parser=None):
+    parser = parser or argparse.ArgumentParser(description=__doc__.splitlines()[0])
     parser.add_argument("--exe", required=True, help="hostsim-win.exe")
     parser.add_argument("--plugins", required=True, help="a Plug-ins folder holding Quillo.aex")
     parser.add_argument("--out", help="a folder for the grabs, the capture and the transcript")
-    parser.add_argument("--presses", type=int, default=2, help="chord runs for the figure")
     args = parser.parse_args()
     if args.out:
         os.makedirs(args.out, exist_ok=True)
-    scene = Scene(args)
+    scene = scene_class(args)
     started = time.time()
     try:
         scene.run()
@@ -490,10 +311,9 @@ def main():
         if scene.log:
             scene.log.close()
     scene.say("steps failed: %d (%.1f s)" % (scene.failures, time.time() - started))
-    if scene.failures and not args.out:
-        log = os.path.join(scene.work, "host.log")
-        if os.path.exists(log):
-            sys.stdout.write(open(log, errors="replace").read()[-3000:])
+    log = os.path.join(scene.work, "host.log")
+    if scene.failures and os.path.exists(log):
+        sys.stdout.write(open(log, errors="replace").read()[-3000:])
     shutil.rmtree(scene.work, ignore_errors=True)
     sys.exit(min(scene.failures, 100))
 
