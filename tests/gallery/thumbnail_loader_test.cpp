@@ -7,11 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
-#include <string>
 #include <thread>
-#include <vector>
 
 using namespace nimbit;
 using nimbit::graphics::rgba_image;
@@ -63,13 +60,8 @@ protected:
 };
 
 TEST_F(ThumbnailLoaderTest, ThumbnailsAre512WideWithTruncatedHeightAndKeepTheirColours) {
-    struct Case {
-        Format format;
-        int width, height;
-        _vec2<int> thumbnail;
-    };
     // clang-format off
-    const Case cases[] = {
+    const struct { Format format; int width, height; _vec2<int> thumbnail; } cases[] = {
         {Format::Png, 3840, 2160, {512, 288}},
         {Format::Png, 1000,  333, {512, 170}},
         {Format::Jpg, 3840, 2160, {512, 288}},
@@ -79,7 +71,7 @@ TEST_F(ThumbnailLoaderTest, ThumbnailsAre512WideWithTruncatedHeightAndKeepTheirC
     };
     // clang-format on
     ThumbnailLoader loader(cacheFile, 2);
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const file_path path = Capture("capture", c.format, c.width, c.height);
         const rgba_image plain = ThumbnailLoader::MakeThumbnail(path);
         const auto done = LoadAll(loader, {{path, c.width, GalleryImageKind::Thumbnail}});

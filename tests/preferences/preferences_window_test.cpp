@@ -17,11 +17,7 @@
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
-#include <string>
-#include <vector>
 
 using namespace nimbit;
 using namespace nimbit::ui;

@@ -12,7 +12,6 @@
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
-#include <cstdlib>
 #include <map>
 #include <optional>
 #include <utility>
