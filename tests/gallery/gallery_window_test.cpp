@@ -1,6 +1,5 @@
 #include "gallery/gallery_popup_window.h"
 
-#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/ui/key_codes.h"
@@ -10,7 +9,6 @@
 #include "nimbit/ui/offscreen/offscreen_file_shell.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
 #include "popup/ui_colors.h"
@@ -113,14 +111,9 @@ protected:
 TEST_F(GalleryWindowTest, ClicksSelectByModifierAndThePreviewShowsTheFirstFour) {
     Captures(6);
     Open();
-    struct Step {
-        size_t tile;
-        std::initializer_list<int> keys;
-        std::vector<size_t> selected;
-        size_t anchor;
-    };
     // clang-format off
-    const Step steps[] = {
+    const struct { size_t tile; std::initializer_list<int> keys; std::vector<size_t> selected; size_t anchor; }
+    steps[] = {
         {2, {},                    {2},          2},
         {4, {ShiftKey},            {2, 3, 4},    2},
         {0, {ShiftKey},            {0, 1, 2},    2}, // the anchor stays
@@ -131,7 +124,7 @@ TEST_F(GalleryWindowTest, ClicksSelectByModifierAndThePreviewShowsTheFirstFour) 
         {0, {},                    {0},          0},
     };
     // clang-format on
-    for (const Step& s : steps) {
+    for (const auto& s : steps) {
         Click(s.tile, s.keys);
         SCOPED_TRACE(s.tile);
         EXPECT_EQ(Selected(), s.selected);
@@ -160,9 +153,8 @@ TEST_F(GalleryWindowTest, KeysMoveTheSelectionAndDriveThePreview) {
 
     Key(event_key::down);
     EXPECT_EQ(Selected(), (std::vector<size_t>{2}));
-    Key(event_key::up);
-    Key(event_key::up);
-    Key(event_key::up); // stays on the first
+    for (int i = 0; i < 3; ++i)
+        Key(event_key::up); // stays on the first
     EXPECT_EQ(Selected(), (std::vector<size_t>{0}));
     Key('A', {OptionKey});
     EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1, 2, 3}));
@@ -204,8 +196,8 @@ TEST_F(GalleryWindowTest, DeleteAsksTheExactQuestionAndRemovesOnlyOnConfirmation
                                                   std::string(question) + "?"});
         for (const file_path& p : chosen)
             EXPECT_EQ(file_stats(p).exists, answer == 0);
-        EXPECT_EQ(gallery->GetTiles().size(), answer == 1 ? 5 - count : 5);
-        EXPECT_EQ(gallery->GetSelection().size(), answer == 1 ? 0 : count);
+        EXPECT_EQ(std::pair(gallery->GetTiles().size(), gallery->GetSelection().size()),
+                  (std::pair<size_t, size_t>(answer == 1 ? 5 - count : 5, answer == 1 ? 0 : count)));
     }
 }
 
@@ -270,8 +262,7 @@ TEST_F(GalleryWindowTest, PlaceholdersFillInAndAnUndecodableCaptureKeepsAnEmptyT
     EXPECT_FALSE(gallery->get_root().has_timer(GalleryPopupWindow::PollTimer)) << "idle: polling stops";
     EXPECT_EQ(Tile(0).GetImage().get_size(), (ivec2{512, 128}));
     EXPECT_EQ(Tile(1).GetImage().get_size(), (ivec2{512, 290})); // 17 * 512 / 30, truncated
-    EXPECT_TRUE(Tile(2).HasArrived());
-    EXPECT_FALSE(Tile(2).GetImage().is_loaded());
+    EXPECT_TRUE(Tile(2).HasArrived() && !Tile(2).GetImage().is_loaded());
 
     // A second window over the same cache paints its first screen straight from it.
     gallery.reset();
@@ -289,15 +280,13 @@ TEST_F(GalleryWindowTest, AChangedCaptureGetsANewThumbnailAndOthersKeepTheirs) {
     GalleryThumbnail* a = &Tile(0);
     GalleryThumbnail* b = &Tile(1);
     Settle();
-    EXPECT_EQ(a->GetImage().get_size(), (ivec2{512, 512})) << "the stale picture is not shown";
-    EXPECT_EQ(b->GetImage().get_size(), (ivec2{512, 256}));
+    EXPECT_EQ(std::pair(a->GetImage().get_size(), b->GetImage().get_size()),
+              std::pair(ivec2{512, 512}, ivec2{512, 256})); // the stale picture is not shown
 
     Capture("a.png", 500, 40, 10);
     gallery->RefreshList();
-    ASSERT_EQ(&Tile(0), a);
-    EXPECT_EQ(&Tile(1), b);
-    EXPECT_FALSE(a->HasArrived()) << "a changed capture drops its picture";
-    EXPECT_TRUE(b->GetImage().is_loaded());
+    ASSERT_TRUE(&Tile(0) == a && &Tile(1) == b);
+    EXPECT_TRUE(!a->HasArrived() && b->GetImage().is_loaded()) << "a changed capture drops its picture";
     Settle();
     EXPECT_EQ(a->GetImage().get_size(), (ivec2{512, 128}));
 
@@ -416,11 +405,9 @@ TEST_F(GalleryWindowTest, ThePopupMakesTheGalleryOnceAndRefreshesItWhileShown) {
     EXPECT_EQ(made->GetTiles().size(), 3u) << "a hidden gallery is left alone";
 
     popup.OpenGallery();
-    EXPECT_EQ(popup.GetGallery(), made);
-    EXPECT_TRUE(made->is_shown());
-    EXPECT_EQ(made->GetTiles().size(), 4u);
-    EXPECT_EQ(made->GetTiles()[2].get(), tile);
-    EXPECT_EQ(made->GetSelection().size(), 1u) << "the same gallery, not a new one";
+    EXPECT_TRUE(popup.GetGallery() == made && made->is_shown()) << "the same gallery, not a new one";
+    EXPECT_TRUE(made->GetTiles().size() == 4u && made->GetTiles()[2].get() == tile &&
+                made->GetSelection().size() == 1u);
 
     popup.SwitchTheme(UIColorTheme::Light, false);
     EXPECT_EQ(made->GetColors(), &popup.GetThemes()[static_cast<size_t>(UIColorTheme::Light)]);

@@ -12,8 +12,6 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 // A small project: one composition with one layer of each kind, a handful of installed effects,
 // host and user presets. Tests edit the model before the session starts.

@@ -92,14 +92,12 @@ TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
 TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAllowed) {
     slot.SetEffect(&effect, false, &labels);
     offscreen::move_mouse(host, {20, 10});
-    EXPECT_EQ(popup.calls.size(), 1u); // asks to be selected
-    EXPECT_TRUE(slot.IsHovered());
+    EXPECT_TRUE(popup.calls.size() == 1u && slot.IsHovered()); // asks to be selected
     offscreen::move_mouse(host, {20, 150});
     EXPECT_FALSE(slot.IsHovered());
     slot.SetSelected(true);
     offscreen::click(host, {0, 10}, 2);
-    EXPECT_EQ(popup.calls.size(), 1u);
-    EXPECT_EQ(offscreen::shown_menus().size(), 1u);
+    EXPECT_EQ(std::pair(popup.calls.size(), offscreen::shown_menus().size()), std::pair(1ul, 1ul));
     EXPECT_TRUE(slot.IsHovered()); // the pointer is still over the row (its left edge): it stays lit
     offscreen::set_pointer({20, 150});
     slot.ShowContextMenu({20, 10});

@@ -7,8 +7,6 @@
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
-#include "nimbit/ui/window.h"
 #include "popup/effect_alias.h"
 #include "popup/preferences_data.h"
 #include "popup/ui_colors.h"
@@ -115,15 +113,13 @@ TEST_F(ListsTest, RowsShowTheColumnsOfTheirListUnderItsTitles) {
 
 TEST_F(ListsTest, DraggingARowMovesItsEntryToTheGapUnderThePointer) {
     enum Finish { Release, Escape, Outside };
-    const struct {
-        size_t from, gap;
-        Finish finish;
-        std::string order;
-    } cases[] = {
+    // clang-format off
+    const struct { size_t from, gap; Finish finish; std::string order; } cases[] = {
         {1, 0, Release, "BACD"}, {1, 1, Release, "ABCD"}, {1, 2, Release, "ABCD"}, {1, 3, Release, "ACBD"},
         {1, 4, Release, "ACDB"}, {0, 4, Release, "BCDA"}, {3, 0, Release, "DABC"}, {3, 4, Release, "ABCD"},
         {0, 3, Escape, "ABCD"},  {0, 3, Outside, "ABCD"},
     };
+    // clang-format on
     for (const auto& k : cases) {
         SCOPED_TRACE(std::to_string(k.from) + " to " + std::to_string(k.gap));
         Open(Kind::Favorites, {{"a", &a}, {"b", &b}, {"c", &c}, {"d", &d}});
@@ -250,7 +246,7 @@ TEST_F(PickerTest, TypingNarrowsTheListAndReturnChoosesTheSelectedRow) {
 
     Script({Typing("glow"), Typing("\x1b")});
     EXPECT_FALSE(picker.Run());
-    EXPECT_EQ(picker.GetResult().effect, nullptr);
+    EXPECT_EQ(picker.GetResult().effect, nullptr) << "Escape chooses nothing";
 }
 
 TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWheel) {
@@ -268,8 +264,8 @@ TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWhee
     // Up from the first row wraps to the last (every entry is listed) and Down back to the first,
     // each scrolled into view.
     Pressing(event_key::up)(picker);
-    EXPECT_EQ(picker.GetSelection(), catalogue.size() - 1);
-    EXPECT_EQ(picker.RowsInView().second, catalogue.size());
+    EXPECT_EQ(std::pair(picker.GetSelection(), picker.RowsInView().second),
+              std::pair(catalogue.size() - 1, catalogue.size()));
     Pressing(event_key::down)(picker);
     EXPECT_EQ(picker.RowsInView().first, 0u);
 

@@ -182,13 +182,8 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
         MakePreset(-1, "Caf\xC3\xA9 Cr\xC3\xA8me"),
     };
     // clang-format on
-    struct Case {
-        const char* text;
-        bool ignoreAccents;
-        std::vector<std::string> shown;
-    };
     // clang-format off
-    const Case cases[] = {
+    const struct { const char* text; bool ignoreAccents; std::vector<std::string> shown; } cases[] = {
         {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},  // match names after names
         {"\xC3\xBC" "ber", false, {"[\xC3\x9C" "ber]lagern"}},
         {"uber", true, {"[\xC3\x9C" "ber]lagern"}},
@@ -201,7 +196,7 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
         {"blur gaussian", false, {"Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},
     };
     // clang-format on
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const SearchResults results = Search(c.text, catalogue, c.ignoreAccents);
         EXPECT_EQ(Shown(results), c.shown) << c.text;
         EXPECT_FALSE(results.did_you_mean) << c.text;
@@ -211,12 +206,8 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
 // Only when nothing else matched: near spellings first, then letters in order from a word start.
 TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
     const std::vector<EffectData> catalogue = LoadFixtureEffects().effects;
-    struct Case {
-        const char* text;
-        std::vector<std::string> leading;
-    };
     // clang-format off
-    const Case cases[] = {
+    const struct { const char* text; std::vector<std::string> leading; } cases[] = {
         {"gausian blur", {"[Gaussian Blur]"}},
         {"guassian", {"[Gaussian] Blur"}},
         {"ehco", {"[Echo]"}},                                 // transposed
@@ -226,7 +217,7 @@ TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
         {"motoin blur", {"Pixel [Motion Blur]", "CC Force [Motion Blur]", "Directional Blur"}},
     };
     // clang-format on
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const SearchResults results = Search(c.text, catalogue);
         const std::vector<std::string> shown = Shown(results);
         EXPECT_TRUE(results.did_you_mean) << c.text;

@@ -1,5 +1,3 @@
-#include "nimbit/filesystem/file_operations.h"
-#include "nimbit/filesystem/file_path.h"
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/utils/chunk_file.h"
 #include "popup/effect_alias.h"
@@ -13,10 +11,8 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <random>
 
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 

@@ -1,5 +1,3 @@
-#include "nimbit/filesystem/file_operations.h"
-#include "nimbit/filesystem/file_path.h"
 #include "nimbit/utils/string_utils.h"
 #include "popup/catalogue_index.h"
 #include "popup/effect_alias.h"
@@ -100,7 +98,7 @@ struct ListsTest : ::testing::Test {
     std::vector<EffectAlias> slots = std::vector<EffectAlias>(ShortcutSlotCount);
 };
 
-TEST_F(ListsTest, AddToListAppendsFavoritesAndBlacklistEntriesWithoutDeduplicating) {
+TEST_F(ListsTest, AddToListAppendsWithoutDeduplicatingAndTheFirstOverrideIsTheActualEffect) {
     std::vector<EffectAlias> blacklist, aliases;
     AddToList(blacklist, aliases, gaussian, false);
     AddToList(blacklist, aliases, gaussian, false);
@@ -108,6 +106,15 @@ TEST_F(ListsTest, AddToListAppendsFavoritesAndBlacklistEntriesWithoutDeduplicati
     ASSERT_TRUE(aliases.size() == 2u && blacklist.size() == 1u);
     EXPECT_TRUE(aliases[1].alias == "gaussian blur" && aliases[1].effect == gaussian);
     EXPECT_TRUE(blacklist[0].alias == "glow" && blacklist[0].effect == glow);
+
+    // An entry's actual effect is the first override for it.
+    aliases = {{"gb", gaussian, nullptr},
+               {"blur", gaussian, &catalogue[2]},
+               {"soft", gaussian, glow},
+               {"glow", glow, nullptr}};
+    EXPECT_EQ(GetActualEffect(aliases, gaussian), &catalogue[2]);
+    EXPECT_EQ(GetActualEffect(aliases, glow), glow);
+    EXPECT_EQ(GetActualEffect(aliases, nullptr), nullptr);
 }
 
 // Labels take three bytes and upper-case the first, unless it starts a multi-byte letter.
@@ -130,7 +137,6 @@ TEST_F(ListsTest, AddAndReplaceShortcutsStayWithinNineSlots) {
 }
 
 TEST_F(ListsTest, ShortcutLabelsStopAtTheFirstEmptySlotButCountsDoNot) {
-    EXPECT_FALSE(HasShortcuts(slots));
     slots[0] = {"Gau", gaussian, nullptr};
     EXPECT_TRUE(HasShortcuts(slots)) << "the first slot counts";
     slots[0] = {};
@@ -140,16 +146,6 @@ TEST_F(ListsTest, ShortcutLabelsStopAtTheFirstEmptySlotButCountsDoNot) {
     slots[1] = {"Lev", &catalogue[3], nullptr};
     EXPECT_EQ(CountShortcuts(slots), 3u);
     EXPECT_EQ(GetShortcutsAlias(slots), (std::vector<std::string>{"Gau", "Lev"}));
-}
-
-TEST_F(ListsTest, ActualEffectIsTheFirstOverrideForIt) {
-    std::vector<EffectAlias> aliases{{"gb", gaussian, nullptr},
-                                     {"blur", gaussian, &catalogue[2]},
-                                     {"soft", gaussian, glow},
-                                     {"glow", glow, nullptr}};
-    EXPECT_EQ(GetActualEffect(aliases, gaussian), &catalogue[2]);
-    EXPECT_EQ(GetActualEffect(aliases, glow), glow);
-    EXPECT_EQ(GetActualEffect(aliases, nullptr), nullptr);
 }
 
 } // namespace
