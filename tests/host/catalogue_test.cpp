@@ -69,18 +69,15 @@ TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
 }
 
 TEST(Catalogue, MissingPresetFoldersGiveNoEntries) {
-    HostSession session;
-    session.model.hostPresets.clear();
-    session.model.userPresets.clear();
-    session.model.installFolder = "Applications/Nowhere";
-    hostsim::SimHost& host = session.Start();
+    ControllerSession s;
+    s.model.hostPresets.clear();
+    s.model.userPresets.clear();
+    s.model.installFolder = "Applications/Nowhere";
+    hostsim::SimHost& host = s.Start();
     nimbit::remove_dir(nimbit::file_path(host.HostPresetsFolder()));
     nimbit::remove_dir(nimbit::file_path(host.UserPresetsFolder()));
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    const auto catalogue = controller.CollectEffectList();
     // The installed effects only; the empty-category effect has no preset file to stand for it now.
-    EXPECT_EQ(catalogue.size(), 7u);
-    EXPECT_TRUE(controller.PresetPaths().empty());
+    EXPECT_TRUE(s.Controller().PresetPaths().empty() && s.catalogue.size() == 7u);
 }
 
 TEST(Catalogue, UserPresetFolderFollowsTheHostVersion) {
@@ -144,8 +141,7 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
     EXPECT_EQ(std::pair(s.host->menuActionsSent, s.host->suiteApplications), std::pair(1, 0));
     // The choice is used once: later ticks apply nothing more.
     s.Controller().IdleHook();
-    EXPECT_EQ(title->effects.size(), 1u);
-    EXPECT_EQ(s.host->Outstanding(), 0);
+    EXPECT_TRUE(title->effects.size() == 1u && s.host->Outstanding() == 0);
 
     // The host cuts categories to 31 bytes; the menu shows them whole.
     ApplySession cut;
