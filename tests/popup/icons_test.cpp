@@ -60,15 +60,6 @@ TEST(EmbeddedIcons, PngStripsOfWholePointFramesThatAreDistinctAndNotEmpty) {
 const quillo::embedded_image* const ToolbarOrder[] = {&ScreenshotIconDark, &ExportIconDark, &GalleryIconDark,
                                                       &PrefIconDark,       &LogoIconDark,   &NewsIcon};
 
-// The icon as the panel shows it: an eighth of its pixel size, PNG-encoded.
-std::vector<unsigned char> SmallPng(const quillo::embedded_image& icon) {
-    nimbit::ui::bitmap image;
-    EXPECT_TRUE(image.load_image(icon.data, icon.size, 1.0f));
-    const nimbit::_vec2<int> full = image.get_size();
-    EXPECT_TRUE(image.set_size({full.x / 8, full.y / 8}, true));
-    return image.save_image_stream(nimbit::ui::image_format::png);
-}
-
 TEST(StatusScript, LinesAreLowerCaseEscapedSmallIconsInToolbarOrder) {
     std::istringstream in(BuildToolbarIconLines());
     std::string line;
@@ -76,7 +67,11 @@ TEST(StatusScript, LinesAreLowerCaseEscapedSmallIconsInToolbarOrder) {
         SCOPED_TRACE(i);
         ASSERT_TRUE(std::getline(in, line));
         std::string expected = "var button" + std::to_string(i) + "Hex = \"";
-        for (unsigned char byte : SmallPng(*ToolbarOrder[i])) {
+        // The icon as the panel shows it: an eighth of its pixel size, PNG-encoded.
+        nimbit::ui::bitmap image;
+        ASSERT_TRUE(image.load_image(ToolbarOrder[i]->data, ToolbarOrder[i]->size, 1.0f));
+        ASSERT_TRUE(image.set_size({image.get_size().x / 8, image.get_size().y / 8}, true));
+        for (unsigned char byte : image.save_image_stream(nimbit::ui::image_format::png)) {
             char hex[5];
             std::snprintf(hex, sizeof hex, "\\x%02x", byte);
             expected += hex;
