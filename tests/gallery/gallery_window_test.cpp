@@ -201,7 +201,7 @@ TEST_F(GalleryWindowTest, DeleteAsksTheExactQuestionAndRemovesOnlyOnConfirmation
     }
 }
 
-TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSave) {
+TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSaveAndTheContextMenuActsOnIt) {
     Captures(3);
     Open();
     AnswerPopups(0);
@@ -226,11 +226,49 @@ TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSave) {
 
     offscreen::double_click(*gallery, Centre(Tile(1)));
     EXPECT_EQ(dialogs.requests().size(), 2u);
+
+    // The context menu copies, reveals and saves.
+    offscreen::push_menu_answer(GalleryPopupWindow::CopyItem);
+    Click(1, {}, 2);
+    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1}));
+    EXPECT_FALSE(get_offscreen_clipboard().has_image()) << "copied once decoded, off this thread";
+    Settle();
+    EXPECT_TRUE(get_offscreen_clipboard().has_image());
+
+    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
+    Click(0, {}, 2);
+    ASSERT_EQ(offscreen_file_shell::instance().calls().size(), 1u);
+    EXPECT_EQ(offscreen_file_shell::instance().calls()[0].path, Tile(0).GetPath());
+
+    offscreen::push_menu_answer(GalleryPopupWindow::SaveJpgItem);
+    Click(0, {}, 2);
+    EXPECT_EQ(dialogs.requests().back().title, "Save to JPG");
+
+    // On the preview too, up to its first column.
+    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
+    offscreen::click(*gallery, gallery->GetPreview().GetPanel(0).calc_absolute_pos() + ivec2{0, 5}, 2);
+    EXPECT_EQ(offscreen_file_shell::instance().calls().size(), 2u);
 }
 
-TEST_F(GalleryWindowTest, SavingSeveralWritesThemAllWhileTheInfoShows) {
+TEST_F(GalleryWindowTest, SeveralTilesAreDraggedToThePlatformAndSavedWhileTheInfoShows) {
     Captures(3);
     Open();
+    Click(0);
+    Click(1, {ShiftKey});
+    const ivec2 from = Centre(Tile(1));
+    offscreen::press_mouse(*gallery, from);
+    offscreen::move_mouse(*gallery, from + ivec2{2, 2});
+    EXPECT_TRUE(offscreen::file_drags().empty()) << "a small move is still a click";
+    offscreen::move_mouse(*gallery, from + ivec2{30, 0});
+    ASSERT_EQ(offscreen::file_drags().size(), 1u);
+    EXPECT_EQ(offscreen::file_drags()[0].paths,
+              (std::vector<std::string>{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
+    offscreen::release_mouse(*gallery, from + ivec2{30, 0});
+    EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1})) << "a drag keeps the selection";
+    Click(1);
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1})) << "a plain click without a drag narrows it";
+
     Key('A', {OptionKey});
     dialogs.answer({}); // cancelled: nothing written, nothing shown
     gallery->GetToolButton(2).press();
@@ -339,51 +377,6 @@ TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndTheViewRangeHoldsTh
         EXPECT_FALSE(first > 0 && shows(first - 1)) << "scrolled to " << value;
         EXPECT_FALSE(last < gallery->GetTiles().size() && shows(last)) << "scrolled to " << value;
     }
-}
-
-TEST_F(GalleryWindowTest, TheContextMenuCopiesRevealsAndSaves) {
-    Captures(2);
-    Open();
-    offscreen::push_menu_answer(GalleryPopupWindow::CopyItem);
-    Click(1, {}, 2);
-    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
-    EXPECT_EQ(Selected(), (std::vector<size_t>{1}));
-    EXPECT_FALSE(get_offscreen_clipboard().has_image()) << "copied once decoded, off this thread";
-    Settle();
-    EXPECT_TRUE(get_offscreen_clipboard().has_image());
-
-    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
-    Click(0, {}, 2);
-    ASSERT_EQ(offscreen_file_shell::instance().calls().size(), 1u);
-    EXPECT_EQ(offscreen_file_shell::instance().calls()[0].path, Tile(0).GetPath());
-
-    offscreen::push_menu_answer(GalleryPopupWindow::SaveJpgItem);
-    Click(0, {}, 2);
-    EXPECT_EQ(dialogs.requests().back().title, "Save to JPG");
-
-    // On the preview too, up to its first column.
-    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
-    offscreen::click(*gallery, gallery->GetPreview().GetPanel(0).calc_absolute_pos() + ivec2{0, 5}, 2);
-    EXPECT_EQ(offscreen_file_shell::instance().calls().size(), 2u);
-}
-
-TEST_F(GalleryWindowTest, DraggingTilesHandsTheirFilesToThePlatform) {
-    Captures(3);
-    Open();
-    Click(0);
-    Click(1, {ShiftKey});
-    const ivec2 from = Centre(Tile(1));
-    offscreen::press_mouse(*gallery, from);
-    offscreen::move_mouse(*gallery, from + ivec2{2, 2});
-    EXPECT_TRUE(offscreen::file_drags().empty()) << "a small move is still a click";
-    offscreen::move_mouse(*gallery, from + ivec2{30, 0});
-    ASSERT_EQ(offscreen::file_drags().size(), 1u);
-    EXPECT_EQ(offscreen::file_drags()[0].paths,
-              (std::vector<std::string>{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
-    offscreen::release_mouse(*gallery, from + ivec2{30, 0});
-    EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1})) << "a drag keeps the selection";
-    Click(1);
-    EXPECT_EQ(Selected(), (std::vector<size_t>{1})) << "a plain click without a drag narrows it";
 }
 
 TEST_F(GalleryWindowTest, ThePopupMakesTheGalleryOnceAndRefreshesItWhileShown) {

@@ -130,7 +130,7 @@ struct ApplySession : ControllerSession {
     }
 };
 
-TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
+TEST(ApplyEffect, TakesTheEffectMenuWhenItWorksAndTheSuiteForAnEntryInNoMenu) {
     ApplySession s;
     EffectData glow = s.Entry("Glow");
     glow.name = "GLOW"; // menu titles compare without case
@@ -142,6 +142,13 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorks) {
     // The choice is used once: later ticks apply nothing more.
     s.Controller().IdleHook();
     EXPECT_TRUE(title->effects.size() == 1u && s.host->Outstanding() == 0);
+    // Stale preset ids are dropped; an empty-category effect, listed as a preset, is in no menu.
+    for (int32_t id : {-3, -1000, INT32_MIN})
+        s.Apply(EffectData{id, "Gone", "gone", "Animation Preset", true});
+    EXPECT_EQ(s.host->suiteApplications, 0);
+    s.Apply(s.Entry("Orphan Preset", true));
+    EXPECT_EQ(title->effects, (std::vector<AEGP_InstalledEffectKey>{3, 8}));
+    EXPECT_TRUE(s.host->scripts.empty() && s.host->suiteApplications == 1);
 
     // The host cuts categories to 31 bytes; the menu shows them whole.
     ApplySession cut;
@@ -206,17 +213,6 @@ TEST(ApplyEffect, PresetsRunTheHostScriptWithForwardSlashes) {
                                                       apply + "/Odd/Name.ffx\"));"}));
     EXPECT_EQ(LayerNamed(host, "Title")->presets.size(), 2u);
     EXPECT_EQ(host.menuActionsSent + host.suiteApplications + host.liveMemHandles, 0);
-}
-
-TEST(ApplyEffect, StalePresetIdsAreDroppedAndAnEmptyCategoryEffectGoesThroughTheSuite) {
-    ApplySession s;
-    hostsim::SimHost& host = s.Start();
-    for (int32_t id : {-3, -1000, INT32_MIN})
-        s.Apply(EffectData{id, "Gone", "gone", "Animation Preset", true});
-    EXPECT_EQ(host.suiteApplications, 0);
-    s.Apply(s.Entry("Orphan Preset", true)); // is_preset, but a host effect: not in any menu
-    EXPECT_EQ(LayerNamed(host, "Title")->effects, (std::vector<AEGP_InstalledEffectKey>{8}));
-    EXPECT_TRUE(host.scripts.empty());
 }
 
 } // namespace
