@@ -136,7 +136,7 @@ TEST_F(ThumbnailLoaderTest, UnreadableCapturesComeBackEmptyAndStayUncached) {
     }
 }
 
-TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInRequestOrderAndFullRequestsAreWhole) {
+TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInOrderFullRequestsWholeAndANewRequestDropsWorkNotStarted) {
     ThumbnailLoader loader(file_path(), 1);
     std::vector<GalleryImageRequest> wanted;
     for (const char* name : {"e", "b", "d", "a", "c"})
@@ -146,16 +146,14 @@ TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInRequestOrderAndFullRequestsAreWho
     const auto done = LoadAll(loader, wanted);
     EXPECT_EQ(Leaves(done), (std::vector<std::string>{"e", "b", "d", "a", "c", "b"}));
     EXPECT_TRUE(done[5].kind == GalleryImageKind::Full && done[5].image.size == (_vec2<int>{600, 400}));
-}
 
-TEST_F(ThumbnailLoaderTest, ANewRequestDropsWorkNotStartedAndDoesNotRedoWorkUnderWay) {
+    // A new request drops work not started and does not redo work under way.
     // Large enough that the first job is still under way when the queue is replaced.
     const file_path big = Capture("big", Format::Png, 3000, 2000);
-    std::vector<GalleryImageRequest> wanted{{big, 1}};
+    wanted = {{big, 1}};
     for (const char* name : {"x1", "x2", "x3"})
         wanted.push_back({Capture(name, Format::Png, 600, 400), 1});
     const file_path later = Capture("later", Format::Png, 600, 400);
-    ThumbnailLoader loader(file_path(), 1);
     loader.Request(wanted);
     // Time for the worker to pick "big" up; it takes far longer than this to make.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));

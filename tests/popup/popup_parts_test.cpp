@@ -144,7 +144,7 @@ struct MessageTest : OffscreenTest {
     UIColors colours = BuildColorThemes()[0];
 };
 
-TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwise) {
+TEST_F(MessageTest, QuestionAndNoticeShowTheirTextsAndEndWithOneForConfirmAndZeroOtherwise) {
     window parent;
     parent.create("parent", {0, 0, 400, 300});
     EffectsMessagePopup ask(&parent, {40, 50}, &colours,
@@ -165,9 +165,8 @@ TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwis
     offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
     EXPECT_EQ(ask.Run(), 0);
     ExpectEscapeEndsWithZero(ask);
-}
 
-TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscape) {
+    // The notice: one for its button, zero for Escape.
     EffectsWarningPopup warn(
         nullptr, {0, 0}, &colours,
         {.title = "Failed to Load", .message = "Unable to import settings from the file."});

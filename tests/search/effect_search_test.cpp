@@ -159,15 +159,6 @@ TEST(EffectSearch, TextIsCaseFreeAndRowsCarryTheirHeaders) {
     EXPECT_TRUE(Search("", catalogue).Rows().empty());
 }
 
-// Match names lose the vendor prefix and version, and split joined words.
-TEST(EffectSearch, MatchNamesAreTheWordsOfTheName) {
-    EXPECT_EQ(MatchWords("ADBE Gaussian Blur 2"), "gaussian blur");
-    EXPECT_EQ(MatchWords("CC Light Burst 2.5"), "light burst");
-    EXPECT_EQ(MatchWords("ADBE HDRCompander_Pro2"), "hdr compander pro");
-    EXPECT_EQ(MatchWords("ADBE AUX CHANNEL EXTRACT"), "aux channel extract");
-    EXPECT_EQ(MatchWords("ADBE"), "adbe");
-}
-
 // After the four passes, in this order: names lower-cased in every script, match names, words in
 // any order; none of them moves what an earlier pass found.
 TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
@@ -201,6 +192,13 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
         EXPECT_EQ(Shown(results), c.shown) << c.text;
         EXPECT_FALSE(results.did_you_mean) << c.text;
     }
+
+    // Match names lose the vendor prefix and version, and split joined words.
+    EXPECT_EQ(MatchWords("ADBE Gaussian Blur 2"), "gaussian blur");
+    EXPECT_EQ(MatchWords("CC Light Burst 2.5"), "light burst");
+    EXPECT_EQ(MatchWords("ADBE HDRCompander_Pro2"), "hdr compander pro");
+    EXPECT_EQ(MatchWords("ADBE AUX CHANNEL EXTRACT"), "aux channel extract");
+    EXPECT_EQ(MatchWords("ADBE"), "adbe");
 }
 
 // Only when nothing else matched: near spellings first, then letters in order from a word start.
