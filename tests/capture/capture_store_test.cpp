@@ -1,19 +1,15 @@
 #include "gallery/capture_store.h"
 #include "gallery/capture_writer.h"
 
-#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
-#include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <thread>
 
 using namespace nimbit;
@@ -73,8 +69,7 @@ TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFail
     // Saved under such a name (the popup scene checks it whole) in a folder made for it.
     const file_path folder = tmp / "deep/er/Capture";
     const file_path saved = CaptureStore::SaveCapture(Picture(), folder.to_string(), "Intro", "Comp 1");
-    EXPECT_EQ(saved.stem(), folder);
-    EXPECT_TRUE(Whole(saved, 6));
+    EXPECT_TRUE(saved.stem() == folder && Whole(saved, 6));
     // A second capture in the same second never replaces the first.
     const file_path second = CaptureStore::FreeCapturePath(saved);
     EXPECT_EQ(second.leaf(true), saved.leaf(false) + " 2.png");
@@ -106,18 +101,14 @@ TEST_F(CaptureStoreTest, ListsPngAndJpgInAnyCaseNewestFirst) {
 // each under its stem, an unreadable one skipped; cancelled dialogs write nothing.
 TEST_F(CaptureStoreTest, ExportsOneThroughTheDialogOfItsKindAndSeveralIntoAFolder) {
     const file_path capture = Capture("Intro_2018.png", 1);
-    const struct {
-        CaptureExport kind;
-        const char* title;
-        const char* proposed;
-        const char* chosen;
-        bool jpg;
-    } cases[] = {
+    // clang-format off
+    const struct { CaptureExport kind; const char *title, *proposed, *chosen; bool jpg; } cases[] = {
         {CaptureExport::Png, "Save to PNG", "Intro_2018.png", "out1.png", false},
         {CaptureExport::Jpg, "Save to JPG", "Intro_2018.jpg", "out2.jpg", true},
         {CaptureExport::Either, "Save to File", "Intro_2018.png", "out3.JPG", true},
         {CaptureExport::Either, "Save to File", "Intro_2018.png", "out4.tga", false},
     };
+    // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.chosen);
         dialogs.answer({tmp / c.chosen});
@@ -137,8 +128,7 @@ TEST_F(CaptureStoreTest, ExportsOneThroughTheDialogOfItsKindAndSeveralIntoAFolde
     ASSERT_TRUE(make_dir(tmp / "out"));
     dialogs.answer({tmp / "out"});
     EXPECT_EQ(CaptureStore::ExportCaptures(captures, CaptureExport::Jpg, nullptr), 7u);
-    EXPECT_EQ(tree(tmp / "out").size(), 7u);
-    EXPECT_TRUE(IsJpg(tmp / "out/shot6.jpg"));
+    EXPECT_TRUE(tree(tmp / "out").size() == 7u && IsJpg(tmp / "out/shot6.jpg"));
 }
 
 // More captures than the writer's queue holds, one of them into a folder that cannot be made: the
@@ -165,8 +155,7 @@ TEST_F(CaptureStoreTest, WriterListsEachCaptureOnceItIsWholeAndDropsFailuresSile
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
     writer.Flush();
-    EXPECT_TRUE(writer.TakeWritten().empty());
-    EXPECT_EQ(listed, queued);
+    EXPECT_TRUE(writer.TakeWritten().empty() && listed == queued);
 }
 
 // The popup's side of a capture: the chord cannot reopen it while the controller captures, the flash
@@ -192,8 +181,7 @@ TEST_F(CaptureStoreTest, PopupAsksTheControllerFlashesAndSavesClipboardImages) {
     });
     generic_button& button = popup.GetToolButton(EffectsPopupWindow::ScreenshotButton);
     button.press();
-    EXPECT_EQ(requests.data(), (std::vector<uint64_t>{3}));
-    EXPECT_FALSE(shownDuringCapture);
+    EXPECT_TRUE(requests.data() == std::vector<uint64_t>{3} && !shownDuringCapture);
     const ivec4 at = button.get_rect();
     EXPECT_EQ(popup.get_widget_at_pos({at.x + 4, at.y + 4}), &button);
     offscreen::advance_ms(1100);
@@ -211,7 +199,7 @@ TEST_F(CaptureStoreTest, PopupAsksTheControllerFlashesAndSavesClipboardImages) {
     std::vector<std::string> names = Listed(tmp / "Capture");
     ASSERT_EQ(names.size(), 2u);
     std::sort(names.begin(), names.end()); // digits sort before letters
-    EXPECT_TRUE(NamedFor(names[0], ""));
-    EXPECT_TRUE(NamedFor(names[1], "Intro_Comp 1_"));
+    EXPECT_TRUE(NamedFor(names[0], "") && NamedFor(names[1], "Intro_Comp 1_"))
+        << names[0] << ", " << names[1];
     ::unsetenv("QUILLO_USER_DATA_DIR");
 }

@@ -5,17 +5,12 @@
 #include "gallery/gallery_preview.h"
 #include "nimbit/graphics/rgba_image.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "nimbit/ui/theme_keys.h"
-#include "nimbit/ui/window.h"
 #include "popup/ui_colors.h"
 #include "tests/support/draw_snapshot.h"
 #include "tests/support/offscreen_test.h"
 
-#include <string>
-#include <string_view>
 #include <tuple>
-#include <vector>
 
 using namespace nimbit;
 using namespace nimbit::ui;
@@ -81,14 +76,8 @@ struct PreviewTest : OffscreenTest {
 };
 
 TEST_F(PreviewTest, GridFollowsCountAndOrientationAndFillsRowsFromTheTop) {
-    struct Case {
-        size_t given;
-        int orientation;
-        uint32_t columns, rows, width, height;
-        ivec4 last; // the last shown cell
-    };
     // clang-format off
-    const Case cases[] = {
+    const struct { size_t given; int orientation; uint32_t columns, rows, width, height; ivec4 last; } cases[] = {
         {1, 1, 1, 1, 1000, 600, {0, 0, 1000, 600}},
         {2, 0, 1, 2, 1000, 299, {0, 301, 1000, 299}},
         {2, 1, 2, 1, 499, 600, {501, 0, 499, 600}},
@@ -98,7 +87,7 @@ TEST_F(PreviewTest, GridFollowsCountAndOrientationAndFillsRowsFromTheTop) {
         {5, 1, 2, 2, 499, 299, {501, 301, 499, 299}},
     };
     // clang-format on
-    for (const Case& c : cases) {
+    for (const auto& c : cases) { // last: the last shown cell
         SCOPED_TRACE(std::to_string(c.given) + " given, orientation " + std::to_string(c.orientation));
         if (preview.GetOrientation() != c.orientation)
             preview.ToggleOrientation();
@@ -128,20 +117,15 @@ TEST_F(PreviewTest, GridFollowsCountAndOrientationAndFillsRowsFromTheTop) {
 }
 
 TEST_F(PreviewTest, FitIsTheLargestCentredZoomThatShowsTheWholePicture) {
-    struct Case {
-        ivec2 picture;
-        float zoom;
-        ivec2 offset;
-    };
     // One capture fills the 1000x600 preview. Smaller pictures are enlarged too: there is no cap at 1.0.
     // clang-format off
-    const Case cases[] = {
+    const struct { ivec2 picture; float zoom; ivec2 offset; } cases[] = {
         {{2000, 600}, 0.5f, {0, 150}},   // wider than the cell
         {{250, 100}, 4.0f, {0, 100}},    // small: enlarged until its width fills the cell
         {{1, 1}, image_panel::max_zoom, {468, 268}}, // tiny: as large as the panel zooms, centred
     };
     // clang-format on
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(std::to_string(c.picture.x) + "x" + std::to_string(c.picture.y));
         ShowPictures({c.picture});
         EXPECT_EQ(Fit(0), std::tuple(c.zoom, c.offset));

@@ -1,6 +1,5 @@
 #include "gallery/gallery_popup_window.h"
 
-#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/ui/key_codes.h"
@@ -10,17 +9,11 @@
 #include "nimbit/ui/offscreen/offscreen_file_shell.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
 #include "popup/ui_colors.h"
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
-
-#include <cstdlib>
-#include <memory>
-#include <string>
-#include <vector>
 
 using namespace nimbit;
 using namespace nimbit::ui;
@@ -72,20 +65,21 @@ protected:
     ivec2 Centre(const widget& w) {
         return w.calc_absolute_pos() + ivec2{w.get_rect().w / 2, w.get_rect().h / 2};
     }
+    // With `keys` held: a click on tile i (button 0 when key is unset) or the key `key`.
+    void Press(std::initializer_list<int> keys, std::optional<size_t> tile, uint32_t key) {
+        for (int k : keys)
+            offscreen::set_key_down(k, true);
+        if (tile)
+            offscreen::click(*gallery, Centre(Tile(*tile)), key);
+        else
+            offscreen::events_of(*gallery).process_event(event_type::key_down, key);
+        for (int k : keys)
+            offscreen::set_key_down(k, false);
+    }
     void Click(size_t i, std::initializer_list<int> keys = {}, uint32_t button = 0) {
-        for (int k : keys)
-            offscreen::set_key_down(k, true);
-        offscreen::click(*gallery, Centre(Tile(i)), button);
-        for (int k : keys)
-            offscreen::set_key_down(k, false);
+        Press(keys, i, button);
     }
-    void Key(uint32_t key, std::initializer_list<int> keys = {}) {
-        for (int k : keys)
-            offscreen::set_key_down(k, true);
-        offscreen::events_of(*gallery).process_event(event_type::key_down, key);
-        for (int k : keys)
-            offscreen::set_key_down(k, false);
-    }
+    void Key(uint32_t key, std::initializer_list<int> keys = {}) { Press(keys, std::nullopt, key); }
     std::vector<size_t> Selected() const {
         std::vector<size_t> out;
         for (const GalleryThumbnail* t : gallery->GetSelection())
@@ -117,14 +111,9 @@ protected:
 TEST_F(GalleryWindowTest, ClicksSelectByModifierAndThePreviewShowsTheFirstFour) {
     Captures(6);
     Open();
-    struct Step {
-        size_t tile;
-        std::initializer_list<int> keys;
-        std::vector<size_t> selected;
-        size_t anchor;
-    };
     // clang-format off
-    const Step steps[] = {
+    const struct { size_t tile; std::initializer_list<int> keys; std::vector<size_t> selected; size_t anchor; }
+    steps[] = {
         {2, {},                    {2},          2},
         {4, {ShiftKey},            {2, 3, 4},    2},
         {0, {ShiftKey},            {0, 1, 2},    2}, // the anchor stays
@@ -135,7 +124,7 @@ TEST_F(GalleryWindowTest, ClicksSelectByModifierAndThePreviewShowsTheFirstFour) 
         {0, {},                    {0},          0},
     };
     // clang-format on
-    for (const Step& s : steps) {
+    for (const auto& s : steps) {
         Click(s.tile, s.keys);
         SCOPED_TRACE(s.tile);
         EXPECT_EQ(Selected(), s.selected);
@@ -164,9 +153,8 @@ TEST_F(GalleryWindowTest, KeysMoveTheSelectionAndDriveThePreview) {
 
     Key(event_key::down);
     EXPECT_EQ(Selected(), (std::vector<size_t>{2}));
-    Key(event_key::up);
-    Key(event_key::up);
-    Key(event_key::up); // stays on the first
+    for (int i = 0; i < 3; ++i)
+        Key(event_key::up); // stays on the first
     EXPECT_EQ(Selected(), (std::vector<size_t>{0}));
     Key('A', {OptionKey});
     EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1, 2, 3}));
@@ -193,35 +181,27 @@ TEST_F(GalleryWindowTest, KeysMoveTheSelectionAndDriveThePreview) {
 }
 
 TEST_F(GalleryWindowTest, DeleteAsksTheExactQuestionAndRemovesOnlyOnConfirmation) {
-    // clang-format off
-    const struct { size_t count; int answer; const char* question; } cases[] = {
-        {1, 0, "Are you sure you want to delete this image?"},
-        {3, 1, "Are you sure you want to delete these 3 images?"},
-    };
-    // clang-format on
-    for (const auto& c : cases) {
-        Captures(5);
-        Open();
+    Captures(5);
+    Open();
+    // One declined, then three confirmed in the same window.
+    for (const auto& [count, answer, question] :
+         {std::tuple(1u, 0, "this image"), std::tuple(3u, 1, "these 3 images")}) {
         Click(1);
-        if (c.count == 3)
-            Click(3, {ShiftKey});
-        const std::vector<file_path> chosen = {Tile(1).GetPath(), Tile(c.count == 3 ? 3 : 1).GetPath()};
+        Click(count, {ShiftKey});
+        const std::vector<file_path> chosen = {Tile(1).GetPath(), Tile(count).GetPath()};
         asked.clear();
-        AnswerPopups(c.answer);
+        AnswerPopups(answer);
         Key(event_key::forward_delete);
-        ASSERT_EQ(asked.size(), 1u);
-        EXPECT_EQ(asked[0], std::string("Delete?|") + c.question);
+        EXPECT_EQ(asked, std::vector<std::string>{"Delete?|Are you sure you want to delete " +
+                                                  std::string(question) + "?"});
         for (const file_path& p : chosen)
-            EXPECT_EQ(file_stats(p).exists, c.answer == 0);
-        EXPECT_EQ(gallery->GetTiles().size(), c.answer == 1 ? 5 - c.count : 5);
-        EXPECT_EQ(gallery->GetSelection().size(), c.answer == 1 ? 0 : c.count);
-        gallery.reset();
-        remove_dir(tmp / "captures");
-        make_dir(tmp / "captures");
+            EXPECT_EQ(file_stats(p).exists, answer == 0);
+        EXPECT_EQ(std::pair(gallery->GetTiles().size(), gallery->GetSelection().size()),
+                  (std::pair<size_t, size_t>(answer == 1 ? 5 - count : 5, answer == 1 ? 0 : count)));
     }
 }
 
-TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSave) {
+TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSaveAndTheContextMenuActsOnIt) {
     Captures(3);
     Open();
     AnswerPopups(0);
@@ -232,8 +212,7 @@ TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSave) {
     event_manager::instance().fire_event(&Tile(2), event_type::custom, GalleryThumbnail::OpenCode);
     EXPECT_EQ(Selected(), (std::vector<size_t>{2}));
     ASSERT_EQ(dialogs.requests().size(), 1u);
-    EXPECT_EQ(dialogs.requests()[0].title, "Save to File");
-    EXPECT_EQ(dialogs.requests()[0].filters.size(), 2u);
+    EXPECT_EQ(dialogs.requests()[0].title, "Save to File"); // the either-format dialog
 
     // The corner button shows only while the pointer is over its tile, and asks to delete.
     GalleryThumbnail& first = Tile(0);
@@ -247,11 +226,49 @@ TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSave) {
 
     offscreen::double_click(*gallery, Centre(Tile(1)));
     EXPECT_EQ(dialogs.requests().size(), 2u);
+
+    // The context menu copies, reveals and saves.
+    offscreen::push_menu_answer(GalleryPopupWindow::CopyItem);
+    Click(1, {}, 2);
+    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1}));
+    EXPECT_FALSE(get_offscreen_clipboard().has_image()) << "copied once decoded, off this thread";
+    Settle();
+    EXPECT_TRUE(get_offscreen_clipboard().has_image());
+
+    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
+    Click(0, {}, 2);
+    ASSERT_EQ(offscreen_file_shell::instance().calls().size(), 1u);
+    EXPECT_EQ(offscreen_file_shell::instance().calls()[0].path, Tile(0).GetPath());
+
+    offscreen::push_menu_answer(GalleryPopupWindow::SaveJpgItem);
+    Click(0, {}, 2);
+    EXPECT_EQ(dialogs.requests().back().title, "Save to JPG");
+
+    // On the preview too, up to its first column.
+    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
+    offscreen::click(*gallery, gallery->GetPreview().GetPanel(0).calc_absolute_pos() + ivec2{0, 5}, 2);
+    EXPECT_EQ(offscreen_file_shell::instance().calls().size(), 2u);
 }
 
-TEST_F(GalleryWindowTest, SavingSeveralWritesThemAllWhileTheInfoShows) {
+TEST_F(GalleryWindowTest, SeveralTilesAreDraggedToThePlatformAndSavedWhileTheInfoShows) {
     Captures(3);
     Open();
+    Click(0);
+    Click(1, {ShiftKey});
+    const ivec2 from = Centre(Tile(1));
+    offscreen::press_mouse(*gallery, from);
+    offscreen::move_mouse(*gallery, from + ivec2{2, 2});
+    EXPECT_TRUE(offscreen::file_drags().empty()) << "a small move is still a click";
+    offscreen::move_mouse(*gallery, from + ivec2{30, 0});
+    ASSERT_EQ(offscreen::file_drags().size(), 1u);
+    EXPECT_EQ(offscreen::file_drags()[0].paths,
+              (std::vector<std::string>{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
+    offscreen::release_mouse(*gallery, from + ivec2{30, 0});
+    EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1})) << "a drag keeps the selection";
+    Click(1);
+    EXPECT_EQ(Selected(), (std::vector<size_t>{1})) << "a plain click without a drag narrows it";
+
     Key('A', {OptionKey});
     dialogs.answer({}); // cancelled: nothing written, nothing shown
     gallery->GetToolButton(2).press();
@@ -283,8 +300,7 @@ TEST_F(GalleryWindowTest, PlaceholdersFillInAndAnUndecodableCaptureKeepsAnEmptyT
     EXPECT_FALSE(gallery->get_root().has_timer(GalleryPopupWindow::PollTimer)) << "idle: polling stops";
     EXPECT_EQ(Tile(0).GetImage().get_size(), (ivec2{512, 128}));
     EXPECT_EQ(Tile(1).GetImage().get_size(), (ivec2{512, 290})); // 17 * 512 / 30, truncated
-    EXPECT_TRUE(Tile(2).HasArrived());
-    EXPECT_FALSE(Tile(2).GetImage().is_loaded());
+    EXPECT_TRUE(Tile(2).HasArrived() && !Tile(2).GetImage().is_loaded());
 
     // A second window over the same cache paints its first screen straight from it.
     gallery.reset();
@@ -302,15 +318,13 @@ TEST_F(GalleryWindowTest, AChangedCaptureGetsANewThumbnailAndOthersKeepTheirs) {
     GalleryThumbnail* a = &Tile(0);
     GalleryThumbnail* b = &Tile(1);
     Settle();
-    EXPECT_EQ(a->GetImage().get_size(), (ivec2{512, 512})) << "the stale picture is not shown";
-    EXPECT_EQ(b->GetImage().get_size(), (ivec2{512, 256}));
+    EXPECT_EQ(std::pair(a->GetImage().get_size(), b->GetImage().get_size()),
+              std::pair(ivec2{512, 512}, ivec2{512, 256})); // the stale picture is not shown
 
     Capture("a.png", 500, 40, 10);
     gallery->RefreshList();
-    ASSERT_EQ(&Tile(0), a);
-    EXPECT_EQ(&Tile(1), b);
-    EXPECT_FALSE(a->HasArrived()) << "a changed capture drops its picture";
-    EXPECT_TRUE(b->GetImage().is_loaded());
+    ASSERT_TRUE(&Tile(0) == a && &Tile(1) == b);
+    EXPECT_TRUE(!a->HasArrived() && b->GetImage().is_loaded()) << "a changed capture drops its picture";
     Settle();
     EXPECT_EQ(a->GetImage().get_size(), (ivec2{512, 128}));
 
@@ -319,7 +333,7 @@ TEST_F(GalleryWindowTest, AChangedCaptureGetsANewThumbnailAndOthersKeepTheirs) {
     EXPECT_EQ(gallery->GetTiles().size(), 1u);
 }
 
-TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
+TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndTheViewRangeHoldsTheTilesThatShow) {
     Captures(90);
     Open();
     Settle();
@@ -342,14 +356,9 @@ TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndAskedForAgain) {
     Settle();
     EXPECT_TRUE(Tile(0).GetImage().is_loaded());
     EXPECT_FALSE(Tile(89).HasArrived());
-}
 
-// The view's range decides what is asked for first and when a screen counts as painted: it holds
-// exactly the tiles that show, also when only a row's gap shows at the top or bottom edge.
-TEST_F(GalleryWindowTest, TheViewRangeHoldsTheTilesThatShowAndNoOthers) {
-    Captures(90);
-    Open();
-    scroll_bar& bar = gallery->GetScrollBar();
+    // The view's range decides what is asked for first and when a screen counts as painted: it holds
+    // exactly the tiles that show, also when only a row's gap shows at the top or bottom edge.
     const int step = GalleryPopupWindow::TileHeight + GalleryPopupWindow::TileGap;
     const int height = gallery->GetGridView().get_rect().h;
     for (const int top : {0, 1, step - 1, step, step + GalleryPopupWindow::TileGap, 3 * step - 2,
@@ -368,51 +377,6 @@ TEST_F(GalleryWindowTest, TheViewRangeHoldsTheTilesThatShowAndNoOthers) {
         EXPECT_FALSE(first > 0 && shows(first - 1)) << "scrolled to " << value;
         EXPECT_FALSE(last < gallery->GetTiles().size() && shows(last)) << "scrolled to " << value;
     }
-}
-
-TEST_F(GalleryWindowTest, TheContextMenuCopiesRevealsAndSaves) {
-    Captures(2);
-    Open();
-    offscreen::push_menu_answer(GalleryPopupWindow::CopyItem);
-    Click(1, {}, 2);
-    ASSERT_EQ(offscreen::shown_menus().size(), 1u);
-    EXPECT_EQ(Selected(), (std::vector<size_t>{1}));
-    EXPECT_FALSE(get_offscreen_clipboard().has_image()) << "copied once decoded, off this thread";
-    Settle();
-    EXPECT_TRUE(get_offscreen_clipboard().has_image());
-
-    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
-    Click(0, {}, 2);
-    ASSERT_EQ(offscreen_file_shell::instance().calls().size(), 1u);
-    EXPECT_EQ(offscreen_file_shell::instance().calls()[0].path, Tile(0).GetPath());
-
-    offscreen::push_menu_answer(GalleryPopupWindow::SaveJpgItem);
-    Click(0, {}, 2);
-    EXPECT_EQ(dialogs.requests().back().title, "Save to JPG");
-
-    // On the preview too, up to its first column.
-    offscreen::push_menu_answer(GalleryPopupWindow::RevealItem);
-    offscreen::click(*gallery, gallery->GetPreview().GetPanel(0).calc_absolute_pos() + ivec2{0, 5}, 2);
-    EXPECT_EQ(offscreen_file_shell::instance().calls().size(), 2u);
-}
-
-TEST_F(GalleryWindowTest, DraggingTilesHandsTheirFilesToThePlatform) {
-    Captures(3);
-    Open();
-    Click(0);
-    Click(1, {ShiftKey});
-    const ivec2 from = Centre(Tile(1));
-    offscreen::press_mouse(*gallery, from);
-    offscreen::move_mouse(*gallery, from + ivec2{2, 2});
-    EXPECT_TRUE(offscreen::file_drags().empty()) << "a small move is still a click";
-    offscreen::move_mouse(*gallery, from + ivec2{30, 0});
-    ASSERT_EQ(offscreen::file_drags().size(), 1u);
-    EXPECT_EQ(offscreen::file_drags()[0].paths,
-              (std::vector<std::string>{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
-    offscreen::release_mouse(*gallery, from + ivec2{30, 0});
-    EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1})) << "a drag keeps the selection";
-    Click(1);
-    EXPECT_EQ(Selected(), (std::vector<size_t>{1})) << "a plain click without a drag narrows it";
 }
 
 TEST_F(GalleryWindowTest, ThePopupMakesTheGalleryOnceAndRefreshesItWhileShown) {
@@ -434,11 +398,9 @@ TEST_F(GalleryWindowTest, ThePopupMakesTheGalleryOnceAndRefreshesItWhileShown) {
     EXPECT_EQ(made->GetTiles().size(), 3u) << "a hidden gallery is left alone";
 
     popup.OpenGallery();
-    EXPECT_EQ(popup.GetGallery(), made);
-    EXPECT_TRUE(made->is_shown());
-    EXPECT_EQ(made->GetTiles().size(), 4u);
-    EXPECT_EQ(made->GetTiles()[2].get(), tile);
-    EXPECT_EQ(made->GetSelection().size(), 1u) << "the same gallery, not a new one";
+    EXPECT_TRUE(popup.GetGallery() == made && made->is_shown()) << "the same gallery, not a new one";
+    EXPECT_TRUE(made->GetTiles().size() == 4u && made->GetTiles()[2].get() == tile &&
+                made->GetSelection().size() == 1u);
 
     popup.SwitchTheme(UIColorTheme::Light, false);
     EXPECT_EQ(made->GetColors(), &popup.GetThemes()[static_cast<size_t>(UIColorTheme::Light)]);

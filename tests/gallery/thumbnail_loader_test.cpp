@@ -7,11 +7,8 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
-#include <string>
 #include <thread>
-#include <vector>
 
 using namespace nimbit;
 using nimbit::graphics::rgba_image;
@@ -31,10 +28,6 @@ std::vector<unsigned char> Encoded(Format format, int width, int height) {
         }
     const graphics::rgba_view view{pixels.data(), width, height, size_t(width) * 4};
     return format == Format::Png ? graphics::encode_png(view) : graphics::encode_jpg(view);
-}
-
-const unsigned char* Pixel(const rgba_image& image, int x, int y) {
-    return &image.pixels[size_t(y) * image.pitch() + size_t(x) * 4];
 }
 
 class ThumbnailLoaderTest : public ::testing::Test {
@@ -63,13 +56,8 @@ protected:
 };
 
 TEST_F(ThumbnailLoaderTest, ThumbnailsAre512WideWithTruncatedHeightAndKeepTheirColours) {
-    struct Case {
-        Format format;
-        int width, height;
-        _vec2<int> thumbnail;
-    };
     // clang-format off
-    const Case cases[] = {
+    const struct { Format format; int width, height; _vec2<int> thumbnail; } cases[] = {
         {Format::Png, 3840, 2160, {512, 288}},
         {Format::Png, 1000,  333, {512, 170}},
         {Format::Jpg, 3840, 2160, {512, 288}},
@@ -79,7 +67,7 @@ TEST_F(ThumbnailLoaderTest, ThumbnailsAre512WideWithTruncatedHeightAndKeepTheirC
     };
     // clang-format on
     ThumbnailLoader loader(cacheFile, 2);
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         const file_path path = Capture("capture", c.format, c.width, c.height);
         const rgba_image plain = ThumbnailLoader::MakeThumbnail(path);
         const auto done = LoadAll(loader, {{path, c.width, GalleryImageKind::Thumbnail}});
@@ -88,8 +76,8 @@ TEST_F(ThumbnailLoaderTest, ThumbnailsAre512WideWithTruncatedHeightAndKeepTheirC
             SCOPED_TRACE(testing::Message()
                          << c.width << "x" << c.height << (c.format == Format::Png ? " png" : " jpg"));
             ASSERT_EQ(image->size, c.thumbnail);
-            const int y = image->size.y / 2;
-            const unsigned char *left = Pixel(*image, 20, y), *right = Pixel(*image, 490, y);
+            const unsigned char* left = &image->pixels[size_t(image->size.y / 2) * image->pitch() + 20 * 4];
+            const unsigned char* right = left + 470 * 4;
             EXPECT_TRUE(left[0] > 200 && left[2] < 30 && right[0] < 30 && right[2] > 200 && left[3] == 255);
         }
     }
@@ -148,7 +136,7 @@ TEST_F(ThumbnailLoaderTest, UnreadableCapturesComeBackEmptyAndStayUncached) {
     }
 }
 
-TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInRequestOrderAndFullRequestsAreWhole) {
+TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInOrderFullRequestsWholeAndANewRequestDropsWorkNotStarted) {
     ThumbnailLoader loader(file_path(), 1);
     std::vector<GalleryImageRequest> wanted;
     for (const char* name : {"e", "b", "d", "a", "c"})
@@ -158,16 +146,14 @@ TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInRequestOrderAndFullRequestsAreWho
     const auto done = LoadAll(loader, wanted);
     EXPECT_EQ(Leaves(done), (std::vector<std::string>{"e", "b", "d", "a", "c", "b"}));
     EXPECT_TRUE(done[5].kind == GalleryImageKind::Full && done[5].image.size == (_vec2<int>{600, 400}));
-}
 
-TEST_F(ThumbnailLoaderTest, ANewRequestDropsWorkNotStartedAndDoesNotRedoWorkUnderWay) {
+    // A new request drops work not started and does not redo work under way.
     // Large enough that the first job is still under way when the queue is replaced.
     const file_path big = Capture("big", Format::Png, 3000, 2000);
-    std::vector<GalleryImageRequest> wanted{{big, 1}};
+    wanted = {{big, 1}};
     for (const char* name : {"x1", "x2", "x3"})
         wanted.push_back({Capture(name, Format::Png, 600, 400), 1});
     const file_path later = Capture("later", Format::Png, 600, 400);
-    ThumbnailLoader loader(file_path(), 1);
     loader.Request(wanted);
     // Time for the worker to pick "big" up; it takes far longer than this to make.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -1,3 +1,4 @@
+// The catalogue the controller collects from the simulated host, and applying its entries.
 #include "host_session.h"
 
 #include <gtest/gtest.h>
@@ -38,8 +39,7 @@ TEST(Catalogue, OrderAndFilteringRules) {
     const auto second = controller.CollectEffectList();
     ASSERT_EQ(controller.PresetPaths().size(), 4u);
     EXPECT_EQ(controller.PresetPaths()[2], controller.PresetPaths()[0]);
-    EXPECT_EQ(second.front().id, -3);
-    EXPECT_EQ(second.back().id, -4);
+    EXPECT_EQ(std::pair(second.front().id, second.back().id), std::pair(-3, -4));
     EXPECT_EQ(host.Outstanding(), 0);
 }
 
@@ -59,8 +59,7 @@ TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
     std::sort(names.begin(), names.end());
     EXPECT_EQ(names, (std::vector<std::string>{"Fade", "Fade", "Glow", "Spin"}));
     // Breadth-first: the top folder's file comes before anything in sub-folders, the deepest last.
-    EXPECT_EQ(catalogue.back().name, "Spin");
-    EXPECT_EQ(catalogue.front().name, "Glow");
+    EXPECT_EQ(catalogue.front().name + catalogue.back().name, "GlowSpin");
     // Every preset's id leads to its own path.
     for (const EffectData& e : catalogue) {
         ASSERT_LT(e.id, 0);
@@ -70,18 +69,15 @@ TEST(Catalogue, PresetFilesExtensionCaseAndDuplicateNames) {
 }
 
 TEST(Catalogue, MissingPresetFoldersGiveNoEntries) {
-    HostSession session;
-    session.model.hostPresets.clear();
-    session.model.userPresets.clear();
-    session.model.installFolder = "Applications/Nowhere";
-    hostsim::SimHost& host = session.Start();
+    ControllerSession s;
+    s.model.hostPresets.clear();
+    s.model.userPresets.clear();
+    s.model.installFolder = "Applications/Nowhere";
+    hostsim::SimHost& host = s.Start();
     nimbit::remove_dir(nimbit::file_path(host.HostPresetsFolder()));
     nimbit::remove_dir(nimbit::file_path(host.UserPresetsFolder()));
-    EffectsPopup controller(host.Basic(), 7, AeVersionCC2018);
-    const auto catalogue = controller.CollectEffectList();
     // The installed effects only; the empty-category effect has no preset file to stand for it now.
-    EXPECT_EQ(catalogue.size(), 7u);
-    EXPECT_TRUE(controller.PresetPaths().empty());
+    EXPECT_TRUE(s.Controller().PresetPaths().empty() && s.catalogue.size() == 7u);
 }
 
 TEST(Catalogue, UserPresetFolderFollowsTheHostVersion) {
@@ -124,6 +120,99 @@ TEST(Catalogue, NamesComeFromMacRomanAndAreCutToTheHostBuffer) {
     EXPECT_EQ(catalogue[1].search_name, "caf\xC3\xA9 glow \xE2\x80\x94 soft");
     EXPECT_EQ(catalogue[2].name, std::string(AEGP_MAX_EFFECT_NAME_SIZE - 1, 'x'));
     EXPECT_EQ(catalogue[3].category, std::string(AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE - 1, 'c'));
+}
+
+// Chooses entry, as the popup would, and lets one idle tick apply it.
+struct ApplySession : ControllerSession {
+    void Apply(const EffectData& entry) {
+        Controller().ApplyEffect(&entry);
+        Controller().IdleHook();
+    }
+};
+
+TEST(ApplyEffect, TakesTheEffectMenuWhenItWorksAndTheSuiteForAnEntryInNoMenu) {
+    ApplySession s;
+    EffectData glow = s.Entry("Glow");
+    glow.name = "GLOW"; // menu titles compare without case
+    glow.category = "stylize";
+    s.Apply(glow);
+    const hostsim::Layer* title = LayerNamed(*s.host, "Title");
+    EXPECT_EQ(title->effects, (std::vector<AEGP_InstalledEffectKey>{3}));
+    EXPECT_EQ(std::pair(s.host->menuActionsSent, s.host->suiteApplications), std::pair(1, 0));
+    // The choice is used once: later ticks apply nothing more.
+    s.Controller().IdleHook();
+    EXPECT_TRUE(title->effects.size() == 1u && s.host->Outstanding() == 0);
+    // Stale preset ids are dropped; an empty-category effect, listed as a preset, is in no menu.
+    for (int32_t id : {-3, -1000, INT32_MIN})
+        s.Apply(EffectData{id, "Gone", "gone", "Animation Preset", true});
+    EXPECT_EQ(s.host->suiteApplications, 0);
+    s.Apply(s.Entry("Orphan Preset", true));
+    EXPECT_EQ(title->effects, (std::vector<AEGP_InstalledEffectKey>{3, 8}));
+    EXPECT_TRUE(s.host->scripts.empty() && s.host->suiteApplications == 1);
+
+    // The host cuts categories to 31 bytes; the menu shows them whole.
+    ApplySession cut;
+    hostsim::SimHost& host = cut.Start();
+    const std::string category = "Stilisieren und Weichzeichnen (alt)";
+    for (hostsim::Effect& effect : host.GetModel().effects)
+        effect.category = effect.category == "Stylize" ? category : effect.category;
+    host.BuildMenu();
+    glow.category = category.substr(0, 31);
+    cut.Apply(glow);
+    EXPECT_EQ(host.menuActionsSent, 1);
+}
+
+TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {
+    using Edit = void (*)(hostsim::Model&);
+    const std::pair<const char*, Edit> cases[] = {
+        // clang-format off
+        {"disabled category", [](hostsim::Model& m) { m.disabledCategories = {"Stylize"}; }},
+        {"effect menu elsewhere", [](hostsim::Model& m) { m.effectMenuIndex = 6; }},
+        {"menu item changes nothing", [](hostsim::Model& m) { m.menuActionsApply = false; }},
+        {"category not in the menu", [](hostsim::Model& m) { m.effects[2].category = "Renamed"; }},
+        // clang-format on
+    };
+    for (const auto& [what, edit] : cases) {
+        SCOPED_TRACE(what);
+        ApplySession s;
+        hostsim::SimHost& host = s.Start();
+        EffectData glow = s.Entry("Glow");
+        edit(host.GetModel());
+        host.BuildMenu();
+        s.Apply(glow);
+        EXPECT_EQ(LayerNamed(host, "Title")->effects, (std::vector<AEGP_InstalledEffectKey>{3}));
+        EXPECT_EQ(host.suiteApplications, 1);
+        EXPECT_EQ(host.liveEffectRefs + host.Outstanding(),
+                  0); // the handle the host returned was disposed of
+    }
+}
+
+TEST(ApplyEffect, NothingWithoutAnEffectLayer) {
+    ApplySession s;
+    hostsim::SimHost& host = s.Start();
+    for (const char* selection : {"", "Camera 1", "Key Light"}) {
+        SCOPED_TRACE(selection);
+        SelectOnly(host, selection);
+        s.Apply(s.Entry("Glow"));
+        SelectOnly(host, "Title"); // a layer selected later does not receive the dropped choice
+        s.Controller().IdleHook();
+        for (auto& layer : host.ActiveItem()->layers)
+            EXPECT_TRUE(layer->effects.empty()) << layer->name;
+        EXPECT_EQ(host.menuActionsSent, 0);
+    }
+}
+
+TEST(ApplyEffect, PresetsRunTheHostScriptWithForwardSlashes) {
+    ApplySession s;
+    s.model.hostPresets = {"Behaviors/Wiggle-position.ffx", "Odd\\Name.ffx"};
+    hostsim::SimHost& host = s.Start();
+    s.Apply(s.Entry("Wiggle-position", true));
+    s.Apply(s.Entry("Odd\\Name", true));
+    const std::string apply = "app.project.activeItem.applyPreset(new File(\"" + host.HostPresetsFolder();
+    EXPECT_EQ(host.scripts, (std::vector<std::string>{apply + "/Behaviors/Wiggle-position.ffx\"));",
+                                                      apply + "/Odd/Name.ffx\"));"}));
+    EXPECT_EQ(LayerNamed(host, "Title")->presets.size(), 2u);
+    EXPECT_EQ(host.menuActionsSent + host.suiteApplications + host.liveMemHandles, 0);
 }
 
 } // namespace

@@ -1,6 +1,11 @@
+// The controller on the simulated host: its hooks, the host's names, the script words and the global
+// shortcut as the idle hook polls it (keys fed to the offscreen keyboard).
 #include "host/host_platform.h"
 #include "host/script_bridge.h"
+#include "host/shortcut_chord.h"
 #include "host_session.h"
+#include "nimbit/ui/keyboard.h"
+#include "nimbit/ui/offscreen/offscreen_input.h"
 
 #include <gtest/gtest.h>
 
@@ -30,9 +35,7 @@ TEST(Controller, RegistersNoHooksWhenUiIsSuppressed) {
     hostsim::SimHost& host = session.Start();
     host.GetModel().suppressInteractiveUI = true;
     EffectsPopup inert(host.Basic(), 7, AeVersionCC2018);
-    EXPECT_TRUE(host.idleHooks.empty());
-    EXPECT_TRUE(host.deathHooks.empty());
-    EXPECT_EQ(host.Outstanding(), 0);
+    EXPECT_TRUE(host.idleHooks.empty() && host.deathHooks.empty() && host.Outstanding() == 0);
 }
 
 TEST_F(ControllerTest, WithoutAWindowCommandsAnswerAllOnes) {
@@ -82,8 +85,7 @@ TEST_F(ControllerTest, HostNamesAndBitDepth) {
         host.GetModel().bitsPerChannel = answer;
         EXPECT_EQ(c.GetProjectBitDepth(), depth) << answer;
     }
-    EXPECT_EQ(host.liveMemHandles, 0);
-    EXPECT_EQ(host.Outstanding(), 0);
+    EXPECT_EQ(host.liveMemHandles + host.Outstanding(), 0);
 }
 
 TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
@@ -99,8 +101,7 @@ TEST_F(WindowedController, FirstIdleTickCreatesTheWindowWithTheCatalogue) {
     EXPECT_EQ(RecordingWindow::catalogueSizes.size(), 2u);
 
     c.DeathHook();
-    EXPECT_EQ(RecordingWindow::filesWritten, 1);
-    EXPECT_EQ(RecordingWindow::destroyed, 1);
+    EXPECT_EQ(std::pair(RecordingWindow::filesWritten, RecordingWindow::destroyed), std::pair(1, 1));
     EXPECT_FALSE(c.HasPopupWindow());
     EXPECT_EQ(host.Outstanding(), 0);
 }
@@ -190,6 +191,114 @@ TEST(HostPlatform, WithoutAHostNeverActiveAndTheProcesssOwnExecutable) {
     ASSERT_GT(readlink("/proc/self/exe", self, sizeof self - 1), 0);
     EXPECT_EQ(HostPlatform::ExecutablePath(), self);
     EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Stylize", "Glow"));
+}
+
+using nimbit::ui::keyboard;
+namespace offscreen = nimbit::ui::offscreen;
+namespace key_query = nimbit::ui::key_query;
+namespace vk = nimbit::ui::virtual_key;
+
+struct ChordTest : WindowedController {
+    void SetUp() override {
+        WindowedController::SetUp();
+        SetKeyQueries({&keyboard::is_key_down, &keyboard::was_key_pressed});
+        Release();
+        c.IdleHook(); // first tick: set-up
+    }
+    void TearDown() override {
+        WindowedController::TearDown();
+        SetKeyQueries({});
+        Release();
+    }
+    // Lets go of every key and lets the press memory see it.
+    static void Release() {
+        offscreen::reset_input();
+        for (int key : {int(keyboard::space), int(keyboard::tab), vk::j})
+            keyboard::was_key_pressed(key);
+    }
+    // One idle tick with exactly these keys down.
+    void Tick(const std::vector<int>& keys) {
+        offscreen::reset_input();
+        for (int k : keys)
+            offscreen::set_key_down(k, true);
+        c.IdleHook();
+    }
+    PreferencesData& Prefs() { return c.Preferences(); }
+    static int Shows() {
+        int shows = 0;
+        for (const RecordingWindow::Call& call : RecordingWindow::calls)
+            shows += call.kind == PopupCommand::Show;
+        return shows;
+    }
+};
+
+// The fixed choices are played through the controller below; here the custom chord's flags and an
+// unknown choice.
+TEST(ShortcutChordTable, CustomFlagsAndUnknownChoice) {
+    PreferencesData prefs;
+    const ModifierState ctrl{true, false, false, false}, shift{false, false, true, false},
+        ctrlShift{true, false, true, false}, all{true, true, true, true};
+    prefs.shortcutChoice = 4;
+    prefs.customCtrl = 1;
+    prefs.customShift = 7; // any non-zero value is set
+    prefs.customKeyCode = vk::j;
+    EXPECT_TRUE(ShortcutModifiersHold(prefs, ctrlShift));
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, ctrl));
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, all)); // Option and Command must be up
+    EXPECT_EQ(ShortcutKey(prefs), vk::j);
+    prefs.customCtrl = 0;
+    EXPECT_TRUE(ShortcutModifiersHold(prefs, shift));
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, ctrlShift));
+    prefs.shortcutChoice = 5;
+    EXPECT_FALSE(ShortcutModifiersHold(prefs, all));
+    EXPECT_EQ(ShortcutKey(prefs), key_query::none);
+    EXPECT_FALSE(PollShortcutChord(prefs, KeyQueries{})); // no keyboard: never
+}
+
+TEST_F(ChordTest, HeldChordOpensOnceAndTheNextPressCloses) {
+    for (int i = 0; i < 3; ++i)
+        Tick({vk::left_control, vk::space});
+    EXPECT_EQ(Shows(), 1);
+    EXPECT_EQ(RecordingWindow::hides, 0);
+    Tick({vk::left_control});
+    Tick({vk::left_control, vk::space});
+    EXPECT_EQ(RecordingWindow::hides, 1);
+    Tick({vk::space}); // no Control: nothing
+    Tick({});
+    EXPECT_EQ(Shows(), 1);
+}
+
+TEST_F(ChordTest, RightControlServesTheControlChoicesAndExtraModifiersTheOthers) {
+    // Each row from all keys up: the choice, the keys then held, the shows so far.
+    // clang-format off
+    const std::tuple<int, std::vector<int>, int> steps[] = {
+        {0, {vk::right_control, vk::space}, 1}, {2, {vk::right_control, vk::tab}, 2},
+        {1, {vk::left_control, vk::space}, 2}, // Shift + Space: Control is no Shift,
+        {1, {vk::left_control, vk::left_shift, vk::space}, 3}, // but may be held as well
+        {3, {vk::right_shift, vk::tab}, 4}}; // Shift + Tab
+    // clang-format on
+    for (const auto& [choice, keys, shows] : steps) {
+        Prefs().shortcutChoice = choice;
+        Tick({});
+        Tick(keys);
+        EXPECT_EQ(Shows(), shows) << choice;
+        c.Window()->Hide();
+    }
+}
+
+TEST_F(ChordTest, OnlyTheCurrentKeyIsQueriedAndOnlyWhileTheHostIsActive) {
+    Prefs().shortcutChoice = 2; // Ctrl + Tab: Space is not looked at
+    Tick({vk::left_control, vk::space});
+    EXPECT_EQ(Shows(), 0);
+    // Space was never asked for, so its press is still new to the Space choice.
+    Prefs().shortcutChoice = 0;
+    host.GetModel().active = false;
+    Tick({vk::left_control, vk::space});
+    EXPECT_EQ(Shows(), 0);
+    host.GetModel().active = true;
+    Tick({});
+    Tick({vk::left_control, vk::space});
+    EXPECT_EQ(Shows(), 1);
 }
 
 } // namespace

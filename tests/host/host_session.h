@@ -12,8 +12,6 @@
 #include <functional>
 #include <memory>
 #include <stdexcept>
-#include <string>
-#include <vector>
 
 // A small project: one composition with one layer of each kind, a handful of installed effects,
 // host and user presets. Tests edit the model before the session starts.
@@ -24,16 +22,11 @@ inline const char* SmallProject = R"({
     {"category": "", "names": ["Wiggle-position", "Orphan Preset"]}
   ],
   "presets": {"host": ["Behaviors/Wiggle-position.ffx"], "user": ["Glow.ffx"]},
-  "projects": [{
-    "name": "Shot.aep", "bitDepth": 16, "activeItem": 2,
-    "items": [
-      {"id": 1, "type": "footage", "name": "plate.mov", "width": 1920, "height": 1080},
-      {"id": 2, "type": "comp", "name": "Main", "width": 1920, "height": 1080, "layers": [
-        {"name": "Title", "type": "text", "selected": true}, {"name": "", "type": "av", "source": 1},
-        {"name": "Burst", "type": "shape"}, {"name": "Camera 1", "type": "camera"}, {"name": "Key Light", "type": "light"}
-      ]}
-    ]
-  }]
+  "projects": [{"name": "Shot.aep", "bitDepth": 16, "activeItem": 2, "items": [
+    {"id": 1, "type": "footage", "name": "plate.mov", "width": 1920, "height": 1080},
+    {"id": 2, "type": "comp", "name": "Main", "width": 1920, "height": 1080, "layers": [
+      {"name": "Title", "type": "text", "selected": true}, {"name": "", "type": "av", "source": 1},
+      {"name": "Burst", "type": "shape"}, {"name": "Camera 1", "type": "camera"}, {"name": "Key Light", "type": "light"}]}]}]
 })";
 
 struct HostSession {
@@ -66,10 +59,9 @@ struct ControllerSession : HostSession {
     }
     const EffectData& Entry(const std::string& name, bool preset = false) {
         Controller();
-        for (const EffectData& e : catalogue) {
+        for (const EffectData& e : catalogue)
             if (e.name == name && e.is_preset == preset)
                 return e;
-        }
         throw std::runtime_error("no entry " + name);
     }
     std::unique_ptr<EffectsPopup> controller;
@@ -83,10 +75,9 @@ inline void SelectOnly(hostsim::SimHost& host, const std::string& name) {
 }
 
 inline hostsim::Layer* LayerNamed(hostsim::SimHost& host, const std::string& name) {
-    for (auto& layer : host.ActiveItem()->layers) {
+    for (auto& layer : host.ActiveItem()->layers)
         if (layer->name == name)
             return layer.get();
-    }
     return nullptr;
 }
 

@@ -81,9 +81,7 @@ TEST(NewsCheck, PostsTheFormFieldsAndCountsTheAnswerOrZeroWithoutAServer) {
     EXPECT_EQ(request.rfind("POST /scripts/quillo_desk/ HTTP/1.1\r\n", 0), 0u) << request;
     const size_t updates = request.find("name=\"updates\"\r\n\r\n1\r\n");
     const size_t time = request.find("name=\"time\"\r\n\r\n1700000000\r\n");
-    EXPECT_NE(updates, std::string::npos) << request;
-    EXPECT_NE(time, std::string::npos) << request;
-    EXPECT_LT(updates, time);
+    EXPECT_TRUE(updates < time && time != std::string::npos) << request;
 
     int fd = -1; // bound, never listening: the connection is refused
     NewsCheck refused(BindLoopback(fd));

@@ -33,12 +33,16 @@ struct PluginSession : HostSession {
     }
 };
 
-// The status script: the shortcut line, then the toolbar icons (their text is the popup tests' part).
-void ExpectStatus(const char* script, int choice) {
-    ASSERT_NE(script, nullptr);
-    const std::string text = script;
+// The status script asked for: the shortcut line, then the toolbar icons (their text is the popup
+// tests' part).
+void ExpectStatus(PluginSession& s, int choice) {
+    TaggedData result{};
+    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
+    ASSERT_TRUE(result.type == kTypeScript && result.data.string != nullptr);
+    const std::string text = result.data.string;
     EXPECT_EQ(text.rfind("var shortcutValue = " + std::to_string(choice) + ";\nvar button0Hex = ", 0), 0u)
         << text.substr(0, 40);
+    s.host->ScriptFreeMem(result.data.string);
 }
 
 int64_t Payload(const TaggedData& value) {
@@ -71,9 +75,8 @@ TEST(Plugin, StartsOnUsableHostVersionsAndBalancesItsSuites) {
         PluginSession s;
         hostsim::SimHost& host = s.Load();
         EXPECT_EQ(host.StartPlugin(major, minor), A_Err_NONE);
-        EXPECT_EQ(host.idleHooks.size(), starts ? 1u : 0u);
-        EXPECT_EQ(host.deathHooks.size(), starts ? 1u : 0u);
-        EXPECT_EQ(host.commandHooks, 0);
+        EXPECT_EQ(std::tuple(host.idleHooks.size(), host.deathHooks.size(), host.commandHooks),
+                  std::tuple(starts ? 1u : 0u, starts ? 1u : 0u, 0));
         EXPECT_EQ(host.acquired.empty(), !starts);
         EXPECT_EQ(host.ScriptInitialize(), "execute");
         TaggedData result{};
@@ -82,23 +85,19 @@ TEST(Plugin, StartsOnUsableHostVersionsAndBalancesItsSuites) {
         EXPECT_EQ(Payload(result), starts ? 4294967295 : -1);
         host.RunIdle(5);
         host.RunDeath();
-        EXPECT_EQ(host.refusedAcquires, 0);
-        EXPECT_EQ(host.Outstanding(), 0);
+        EXPECT_EQ(host.refusedAcquires + host.Outstanding(), 0);
     }
 }
 
 TEST(ScriptBridge, ExecuteChecksItsArgumentsAndTheStatusScriptReadsTheSettingsFile) {
     PluginSession s;
     hostsim::SimHost& host = s.Load(); // not started: no controller, and no settings file
-    TaggedData result{};
-    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
-    ASSERT_EQ(result.type, kTypeScript);
-    ExpectStatus(result.data.string, 0);
-    host.ScriptFreeMem(result.data.string);
+    ExpectStatus(s, 0);
     host.ScriptFreeMem(nullptr);
 
     // The exported execute checks its arguments and runs the word; the words are the controller tests' part.
     host.StartPlugin();
+    TaggedData result{};
     result.type = 99;
     for (const std::vector<TaggedData>& bad :
          {std::vector<TaggedData>{},
@@ -111,16 +110,11 @@ TEST(ScriptBridge, ExecuteChecksItsArgumentsAndTheStatusScriptReadsTheSettingsFi
     PreferencesData stored;
     stored.shortcutChoice = 3;
     ASSERT_TRUE(SavePreferences(stored, {}, {}, {}, s.folder / "Library/Application Support/Tarvelo", false));
-    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
-    ASSERT_EQ(result.type, kTypeScript);
-    ExpectStatus(result.data.string, 3);
-    host.ScriptFreeMem(result.data.string);
+    ExpectStatus(s, 3);
 
     // A damaged file reads as no file.
     write_text(s.folder / "Library/Application Support/Tarvelo/effects_settings", "garbage");
-    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
-    ExpectStatus(result.data.string, 0);
-    host.ScriptFreeMem(result.data.string);
+    ExpectStatus(s, 0);
     EXPECT_EQ(host.Outstanding(), 0);
 }
 

@@ -1,14 +1,19 @@
 // The compiled-in icons: every image decodes, its strip splits into equal frames and the state
-// frames differ.
+// frames differ; and the toolbar icon lines of the status script, whose exact text is what the
+// host's script panel evaluates.
 #include "assets/icons.h"
 #include "nimbit/ui/bitmap.h"
+#include "popup/toolbar_icon_script.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <set>
+#include <sstream>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -49,6 +54,31 @@ TEST(EmbeddedIcons, PngStripsOfWholePointFramesThatAreDistinctAndNotEmpty) {
         }
         bitmap.unlock(pixels);
     }
+}
+
+// The toolbar's icons in the order of its buttons, which the panel's script follows.
+const quillo::embedded_image* const ToolbarOrder[] = {&ScreenshotIconDark, &ExportIconDark, &GalleryIconDark,
+                                                      &PrefIconDark,       &LogoIconDark,   &NewsIcon};
+
+TEST(StatusScript, LinesAreLowerCaseEscapedSmallIconsInToolbarOrder) {
+    std::istringstream in(BuildToolbarIconLines());
+    std::string line;
+    for (size_t i = 0; i < std::size(ToolbarOrder); ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_TRUE(std::getline(in, line));
+        std::string expected = "var button" + std::to_string(i) + "Hex = \"";
+        // The icon as the panel shows it: an eighth of its pixel size, PNG-encoded.
+        nimbit::ui::bitmap image;
+        ASSERT_TRUE(image.load_image(ToolbarOrder[i]->data, ToolbarOrder[i]->size, 1.0f));
+        ASSERT_TRUE(image.set_size({image.get_size().x / 8, image.get_size().y / 8}, true));
+        for (unsigned char byte : image.save_image_stream(nimbit::ui::image_format::png)) {
+            char hex[5];
+            std::snprintf(hex, sizeof hex, "\\x%02x", byte);
+            expected += hex;
+        }
+        EXPECT_EQ(line, expected + "\";");
+    }
+    EXPECT_FALSE(std::getline(in, line));
 }
 
 } // namespace

@@ -3,8 +3,6 @@
 #include "host/effect_data.h"
 #include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
-#include "nimbit/ui/window.h"
 #include "nimbit/utils/string_utils.h"
 #include "popup/effect_alias.h"
 #include "popup/effects_popup_window.h"
@@ -12,10 +10,7 @@
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
-#include <cstdlib>
 #include <memory>
-#include <string>
-#include <vector>
 
 // An event as the platform delivers it to a window; the one place the tests reach the window's seam.
 inline void Deliver(nimbit::ui::window& w, nimbit::ui::event_type type, uint64_t data) {

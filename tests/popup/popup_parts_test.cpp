@@ -1,4 +1,4 @@
-// The list's rows and the message popups, built without the popup window.
+// The list's rows and the message popups, built without the popup window; the popup's pictures.
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/theme_keys.h"
@@ -92,14 +92,12 @@ TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
 TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAllowed) {
     slot.SetEffect(&effect, false, &labels);
     offscreen::move_mouse(host, {20, 10});
-    EXPECT_EQ(popup.calls.size(), 1u); // asks to be selected
-    EXPECT_TRUE(slot.IsHovered());
+    EXPECT_TRUE(popup.calls.size() == 1u && slot.IsHovered()); // asks to be selected
     offscreen::move_mouse(host, {20, 150});
     EXPECT_FALSE(slot.IsHovered());
     slot.SetSelected(true);
     offscreen::click(host, {0, 10}, 2);
-    EXPECT_EQ(popup.calls.size(), 1u);
-    EXPECT_EQ(offscreen::shown_menus().size(), 1u);
+    EXPECT_EQ(std::pair(popup.calls.size(), offscreen::shown_menus().size()), std::pair(1ul, 1ul));
     EXPECT_TRUE(slot.IsHovered()); // the pointer is still over the row (its left edge): it stays lit
     offscreen::set_pointer({20, 150});
     slot.ShowContextMenu({20, 10});
@@ -146,7 +144,7 @@ struct MessageTest : OffscreenTest {
     UIColors colours = BuildColorThemes()[0];
 };
 
-TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwise) {
+TEST_F(MessageTest, QuestionAndNoticeShowTheirTextsAndEndWithOneForConfirmAndZeroOtherwise) {
     window parent;
     parent.create("parent", {0, 0, 400, 300});
     EffectsMessagePopup ask(&parent, {40, 50}, &colours,
@@ -167,9 +165,8 @@ TEST_F(MessageTest, QuestionShowsItsTextsAndEndsWithOneForConfirmAndZeroOtherwis
     offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
     EXPECT_EQ(ask.Run(), 0);
     ExpectEscapeEndsWithZero(ask);
-}
 
-TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscape) {
+    // The notice: one for its button, zero for Escape.
     EffectsWarningPopup warn(
         nullptr, {0, 0}, &colours,
         {.title = "Failed to Load", .message = "Unable to import settings from the file."});
@@ -178,6 +175,43 @@ TEST_F(MessageTest, NoticeShowsItsTextsAndEndsWithOneForItsButtonAndZeroForEscap
     offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
     EXPECT_EQ(warn.Run(), 1);
     ExpectEscapeEndsWithZero(warn);
+}
+
+// The popup as it paints, checked against approved pictures (see tests/support/draw_snapshot.h): layout,
+// colours and texts in the states an artist sees.
+TEST_F(PopupTest, PictureInEachModeWithRowsHoverAndShortcuts) {
+    snapshot::picture p;
+    const struct {
+        const char *title, *comp, *layer;
+    } modes[] = {{"no composition", "", ""}, {"composition, no layer", "Comp 1", ""}};
+    for (const auto& m : modes) {
+        p.section(m.title);
+        Open(m.comp, m.layer);
+        p.place("window", popup->get_rect());
+        p.calls(painted(*popup));
+        popup->hide();
+    }
+
+    p.section("search mode with two shortcuts");
+    SetSlot(1, "Glow", "Glo");
+    SetSlot(4, "Curves", "Cur");
+    Open();
+    p.place("window", popup->get_rect());
+    p.calls(painted(*popup));
+
+    p.section("rows for \"blur\", the second hovered");
+    Search("blur");
+    p.place("window", popup->get_rect());
+    const ivec4 second = popup->GetRows()[1]->get_rect();
+    const _vec2<int> at = popup->GetRows()[1]->calc_absolute_pos();
+    offscreen::move_mouse(*popup, {at.x, at.y + second.h / 2}); // its left edge
+    p.calls(painted(*popup));
+    p.lines.push_back("selected " + SelectedName());
+
+    p.section("no matches");
+    Search("zzz");
+    p.calls(painted(*popup));
+    EXPECT_TRUE(p.matches("popup"));
 }
 
 } // namespace

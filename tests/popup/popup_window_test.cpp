@@ -52,7 +52,7 @@ TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrIt
     EXPECT_TRUE(popup->GetShortcutsBar().is_visible(false) && popup->get_rect().h == bare + 35);
     const auto& buttons = popup->GetShortcutsBar().GetButtons();
     ASSERT_EQ(buttons.size(), 2u);
-    EXPECT_EQ(buttons[0]->GetNumber(), 2ul);
+    EXPECT_EQ(buttons[0]->GetNumber(), 2ul) << "numbered for its slot";
 
     Search("glow");
     EXPECT_TRUE(!popup->GetShortcutsBar().is_visible(false) && popup->GetListFrame().get_rect().y == bare);
@@ -194,25 +194,23 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
     EXPECT_EQ(popup->get_rect().h, top + visible + 1);
 
     // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
-    auto scrolled = [&] {
-        return popup->GetScrollBar().get_value();
-    };
+    auto& bar = popup->GetScrollBar();
     for (int i = 0; i < 12; ++i)
         InputKey(event_key::down);
-    EXPECT_EQ(scrolled(), 0);
+    EXPECT_EQ(bar.get_value(), 0);
     InputKey(event_key::down);
-    EXPECT_EQ(scrolled(), 20 + 13 * 30 + 30 - visible);
+    EXPECT_EQ(bar.get_value(), 20 + 13 * 30 + 30 - visible);
     InputKey(event_key::tab); // the first preset sits under both headers
-    EXPECT_EQ(scrolled(), 20 + 30 * 30 + 20 + 30 - visible);
+    EXPECT_EQ(bar.get_value(), 20 + 30 * 30 + 20 + 30 - visible);
     InputKey(event_key::tab); // back to the first row, above the view: the view starts at it
-    EXPECT_EQ(scrolled(), 20);
+    EXPECT_EQ(bar.get_value(), 20);
     InputKey(event_key::up); // wraps to the last, at the very end
-    EXPECT_EQ(scrolled(), popup->GetScrollBar().get_max_scroll());
+    EXPECT_EQ(bar.get_value(), bar.get_max_scroll());
 
     // The wheel over a row scrolls the list.
-    popup->GetScrollBar().set_value(0);
+    bar.set_value(0);
     offscreen::wheel(*popup, popup->GetRows()[2]->calc_absolute_pos() + ivec2{40, 10}, -1.0);
-    EXPECT_GT(scrolled(), 0);
+    EXPECT_GT(bar.get_value(), 0);
 }
 
 TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
@@ -250,8 +248,7 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     }
     Open("Comp 1", "");
     Event(event_type::key_char, 27);
-    EXPECT_FALSE(popup->is_shown());
-    EXPECT_EQ(Applied(), Names{});
+    EXPECT_TRUE(!popup->is_shown() && Applied().empty());
 }
 
 TEST_F(PopupTest, FirstRunWritesTheSettingsAloneKeysAndCommandsReachTheirToolsAndNewsIsPolledUntilKnown) {
@@ -345,10 +342,8 @@ TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused
     Open();
     popup->AddToShortcuts(Named("Curves"));
     EXPECT_FALSE(popup->is_shown());
-    const auto& slots = popup->GetShortcuts();
-    EXPECT_EQ(std::count_if(slots.begin(), slots.end(),
-                            [&](const EffectAlias& a) { return a.effect == Named("Glow"); }),
-              static_cast<long>(ShortcutSlotCount));
+    EXPECT_TRUE(
+        std::ranges::all_of(popup->GetShortcuts(), [&](auto& a) { return a.effect == Named("Glow"); }));
     popup->GetShortcuts()[4] = EffectAlias{};
     Open();
     popup->ReplaceToShortcuts(Named("Curves"), 4);

@@ -1,18 +1,23 @@
-// The preferences window's list panels on the offscreen backend: what the rows show, and what the
-// pointer does to them.
+// The preferences window's list panels and its modal editors on the offscreen backend: what the rows
+// show, what the pointer does to them, and the editors driven through their own event handlers.
 #include "preferences/preferences_effects_scroll_panel.h"
 
 #include "host/effect_data.h"
 #include "nimbit/ui/event_payload.h"
+#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
-#include "nimbit/ui/window.h"
 #include "popup/effect_alias.h"
+#include "popup/preferences_data.h"
+#include "popup/ui_colors.h"
+#include "preferences/preferences_alias_popup.h"
+#include "preferences/preferences_edit_effect_popup.h"
+#include "preferences/preferences_shortcut_popup.h"
 #include "tests/support/offscreen_test.h"
 
-#include <string>
-#include <vector>
+#include <algorithm>
+#include <functional>
+#include <set>
 
 using namespace nimbit;
 using namespace nimbit::ui;
@@ -74,15 +79,14 @@ struct ListsTest : OffscreenTest {
 };
 
 TEST_F(ListsTest, RowsShowTheColumnsOfTheirListUnderItsTitles) {
-    struct Case {
-        Kind kind;
-        std::vector<EffectAlias> entries;
-        std::string texts;
-    };
     const std::string emptySlots =
         "|3|Empty Slot|4|Empty Slot|5|Empty Slot|6|Empty Slot|7|Empty Slot|8|Empty "
         "Slot|9|Empty Slot";
-    const Case cases[] = {
+    const struct {
+        Kind kind;
+        std::vector<EffectAlias> entries;
+        std::string texts;
+    } cases[] = {
         // Too short a shortcuts list still shows the nine slots.
         {Kind::Shortcuts,
          {{"Gau", &blur}, {}},
@@ -93,7 +97,7 @@ TEST_F(ListsTest, RowsShowTheColumnsOfTheirListUnderItsTitles) {
          "Name|Override|Alias|Gaussian Blur|Glow|Gaussian Blur|gl|New Override +"},
         {Kind::Blacklist, {{"glow", &glow}}, "Name|Glow|New Alias +"},
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE(static_cast<int>(c.kind));
         Open(c.kind, c.entries);
         EXPECT_EQ(Painted(), c.texts);
@@ -109,17 +113,14 @@ TEST_F(ListsTest, RowsShowTheColumnsOfTheirListUnderItsTitles) {
 
 TEST_F(ListsTest, DraggingARowMovesItsEntryToTheGapUnderThePointer) {
     enum Finish { Release, Escape, Outside };
-    struct Case {
-        size_t from, gap;
-        Finish finish;
-        std::string order;
-    };
-    const Case cases[] = {
+    // clang-format off
+    const struct { size_t from, gap; Finish finish; std::string order; } cases[] = {
         {1, 0, Release, "BACD"}, {1, 1, Release, "ABCD"}, {1, 2, Release, "ABCD"}, {1, 3, Release, "ACBD"},
         {1, 4, Release, "ACDB"}, {0, 4, Release, "BCDA"}, {3, 0, Release, "DABC"}, {3, 4, Release, "ABCD"},
         {0, 3, Escape, "ABCD"},  {0, 3, Outside, "ABCD"},
     };
-    for (const Case& k : cases) {
+    // clang-format on
+    for (const auto& k : cases) {
         SCOPED_TRACE(std::to_string(k.from) + " to " + std::to_string(k.gap));
         Open(Kind::Favorites, {{"a", &a}, {"b", &b}, {"c", &c}, {"d", &d}});
         const int x = 50, y = FirstRow + static_cast<int>(k.gap) * Row - 8; // nearer that gap than others
@@ -162,8 +163,7 @@ TEST_F(ListsTest, ClicksReachTheWindowWithTheirClientPoint) {
     offscreen::click(host, {60, FirstRow + 5}, 2);
     offscreen::click(host, {70, FirstRow + 5}); // the New row, now first
     EXPECT_EQ(events, (std::vector<std::string>{"0:38:43,40", "0:1:60,39", "new:38:70,39"}));
-    EXPECT_TRUE(list.empty());
-    EXPECT_EQ(Painted(), "Name|New Alias +");
+    EXPECT_EQ(Painted(), "Name|New Alias +"); // both rows gone from the list
 }
 
 TEST_F(ListsTest, RefreshKeepsTheScrollPositionTheListStillReaches) {
@@ -179,8 +179,156 @@ TEST_F(ListsTest, RefreshKeepsTheScrollPositionTheListStillReaches) {
     EXPECT_EQ(bar.get_value(), scrolled);
     list.resize(2);
     panel->Refresh();
-    EXPECT_EQ(bar.get_value(), 0);
-    EXPECT_FALSE(bar.is_visible(false));
+    EXPECT_TRUE(bar.get_value() == 0 && !bar.is_visible(false));
+}
+
+struct EditorsTest : OffscreenTest {
+    using Step = std::function<void(window&)>;
+    // Runs one step per turn of the modal loop; past the last one the loop ends with -1.
+    static void Script(std::vector<Step> steps) {
+        offscreen::offscreen_window::set_modal_driver([steps, turn = size_t{0}](window& w) mutable {
+            turn < steps.size() ? steps[turn++](w) : w.end_modal(-1);
+        });
+    }
+    // Keys with a character, as the platform sends them ("\r" Return, "\x1b" Escape).
+    static Step Typing(std::string text) {
+        return [text](window& w) {
+            for (char c : text)
+                offscreen::type_key(w, 0, static_cast<char16_t>(c));
+        };
+    }
+    // Keys without one (arrows), which only go down.
+    static Step Pressing(uint64_t key) {
+        return [key](window& w) {
+            offscreen::events_of(w).process_event(event_type::key_down, key);
+        };
+    }
+    static Step Clicking(generic_button& button) {
+        return [&button](window&) {
+            button.press();
+        };
+    }
+
+    UIColors colours = BuildColorThemes()[0];
+};
+
+struct PickerTest : EditorsTest {
+    void SetUp() override {
+        EditorsTest::SetUp();
+        catalogue = {{1, "Gaussian Blur", "gaussian blur", "Blur"},
+                     {-1, "Blur Sweep", "blur sweep", "Preset", true},
+                     {2, "Fast Box Blur", "fast box blur", "Blur"},
+                     {3, "Glow", "glow", "Stylize"}};
+        for (int i = 0; i < 3000; ++i)
+            catalogue.push_back({10 + i, "Filler " + std::to_string(i), "filler " + std::to_string(i), {}});
+    }
+    std::vector<EffectData> catalogue;
+};
+
+TEST_F(PickerTest, TypingNarrowsTheListAndReturnChoosesTheSelectedRow) {
+    PreferencesEditEffectPopup picker(nullptr, {40, 40}, &colours, "Set Override", catalogue);
+    std::vector<std::string> names;
+    size_t movedTo = 0;
+    auto afterKeystroke = [&](window&) {
+        movedTo = picker.GetSelection();
+        for (const SearchEntry& e : picker.GetResults().entries)
+            names.push_back(e.effect->name);
+    };
+    Script({Typing("bl"), Pressing(event_key::down), Typing("u"), afterKeystroke, Pressing(event_key::down),
+            Typing("\r")});
+    ASSERT_TRUE(picker.Run());
+    EXPECT_EQ(movedTo, 0u); // a keystroke selects the first row again
+    // Effects before presets, as the popup lists them.
+    EXPECT_EQ(names, (std::vector<std::string>{"Gaussian Blur", "Fast Box Blur", "Blur Sweep"}));
+    EXPECT_EQ(picker.GetResult().effect, &catalogue[2]);
+
+    Script({Typing("glow"), Typing("\x1b")});
+    EXPECT_FALSE(picker.Run());
+    EXPECT_EQ(picker.GetResult().effect, nullptr) << "Escape chooses nothing";
+}
+
+TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWheel) {
+    PreferencesEditEffectPopup picker(nullptr, {0, 0}, &colours, "Add New Effect", catalogue);
+    picker.show();
+    auto paintedRows = [&] {
+        return std::ranges::count_if(painted(picker), [](const draw_call& c) {
+            return c.op == "draw_text" && c.text.starts_with("Filler");
+        });
+    };
+    const size_t last = picker.RowsInView().second;
+    EXPECT_LT(last, 20u);
+    EXPECT_EQ(paintedRows(), static_cast<ptrdiff_t>(last - 3)); // three named effects lead the list
+
+    // Up from the first row wraps to the last (every entry is listed) and Down back to the first,
+    // each scrolled into view.
+    Pressing(event_key::up)(picker);
+    EXPECT_EQ(std::pair(picker.GetSelection(), picker.RowsInView().second),
+              std::pair(catalogue.size() - 1, catalogue.size()));
+    Pressing(event_key::down)(picker);
+    EXPECT_EQ(picker.RowsInView().first, 0u);
+
+    // A click chooses the row under the pointer, wherever the list is scrolled to.
+    picker.GetSearchField().set_text("filler 1", true);
+    const ivec4 field = picker.GetSearchField().get_rect();
+    const ivec2 inList{field.x + 20, field.y + field.h + 15};
+    offscreen::wheel(picker, inList, -3);
+    const size_t top = picker.RowsInView().first;
+    ASSERT_GT(top, 0u);
+    const ivec2 nextRow = inList + ivec2{0, PreferencesEditEffectPopup::RowHeight};
+    std::string shown; // and that row is the one painted under the pointer
+    for (const draw_call& c : painted(picker))
+        if (c.op == "draw_text" && c.rect.contains(nextRow - c.origin))
+            shown = c.text;
+    EXPECT_EQ(shown, picker.GetResults().entries[top + 1].effect->name);
+    Script({[&](window& w) { offscreen::click(w, nextRow); }, Typing("\x1b")});
+    ASSERT_TRUE(picker.Run());
+    EXPECT_EQ(picker.GetResult().effect, picker.GetResults().entries[top + 1].effect);
+}
+
+TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedEditedTextOrNothing) {
+    PreferencesAliasPopup popup(nullptr, {0, 0}, &colours, "Edit Label", "old");
+    Script({Typing("  Soft Glow "), Typing("\r")});
+    ASSERT_TRUE(popup.Run());
+    EXPECT_EQ(popup.GetAlias(), "Soft Glow"); // the text was selected: typing replaced it
+
+    Script({Typing("x"), Typing("\x1b")});
+    EXPECT_FALSE(popup.Run());
+    Script({Clicking(popup.GetConfirmButton())});
+    EXPECT_TRUE(popup.Run());
+}
+
+TEST_F(EditorsTest, ShortcutPopupStartsFromTheRecordAndAppliesTheChoice) {
+    PreferencesData prefs;
+    prefs.customCtrl = prefs.customShift = prefs.customCmd = 1;
+    prefs.customKeyCode = 40; // K
+    PreferencesShortcutPopup popup(nullptr, {0, 0}, &colours, prefs);
+    EXPECT_TRUE(popup.GetCtrl().is_selected() && !popup.GetOpt().is_selected() &&
+                popup.GetShift().is_selected());
+    EXPECT_EQ(popup.GetKeys().get_selected_text(), "K");
+
+    Script({[&](window&) {
+                popup.GetCtrl().toggle();
+                popup.GetOpt().toggle();
+                popup.GetKeys().select_item(popup.GetKeys().find_item(122)); // F1
+            },
+            Clicking(popup.GetConfirmButton())});
+    ASSERT_TRUE(popup.Run());
+    popup.Apply(prefs);
+    EXPECT_EQ(std::tuple(prefs.customCtrl, prefs.customOpt, prefs.customShift, prefs.customCmd),
+              std::tuple(0, 1, 1, 0));
+    EXPECT_EQ(std::tuple(prefs.customKeyCode, prefs.customKeyName), std::tuple(122, std::string("F1")));
+
+    // Every key offered has a code and a name of its own, also where the backend names none (the
+    // offscreen one has no Home or Page Up).
+    std::set<int> codes;
+    std::set<std::string> names{""};
+    for (const ShortcutKeyChoice& k : ShortcutKeyChoices())
+        EXPECT_TRUE(codes.insert(k.code).second && names.insert(k.name).second) << k.code << " " << k.name;
+
+    // Without a key OK does not confirm.
+    PreferencesShortcutPopup unset(nullptr, {0, 0}, &colours, PreferencesData{});
+    Script({Clicking(unset.GetConfirmButton()), Pressing(event_key::escape)});
+    EXPECT_FALSE(unset.Run());
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
 #include "popup/effects_popup_window.h"
 #include "popup/parts/effects_message_popup.h"
 #include "popup/preferences_data.h"
@@ -17,11 +16,7 @@
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <functional>
-#include <string>
-#include <vector>
 
 using namespace nimbit;
 using namespace nimbit::ui;
@@ -100,9 +95,6 @@ struct PreferencesWindowTest : OffscreenTest {
                (w.GetFullResolutionBox().is_selected() ? "|on" : "|off") +
                (w.GetRecentFirstBox().is_selected() ? "|recent" : "") +
                (w.GetColors() == &popup->GetThemes()[0] ? "|dark" : "|light");
-    }
-    void Command(uint32_t kind) {
-        popup->Show(std::string_view("P"), {}, std::string_view("L"), PopupCommand{kind});
     }
     void Answer(std::function<void(nimbit::ui::window&)> answer) { answers.push_back(std::move(answer)); }
     // The next picker chooses the first entry its search finds for text.
@@ -261,7 +253,7 @@ TEST_F(PreferencesWindowTest, ImportReplacesTheRecordAndTheListsAndTheControlsFo
 // once in the window) and the lists are then put in effect in the popup, and saved.
 TEST_F(PreferencesWindowTest, PopupRunsTheWindowThenAppliesWhatChangedAndSaves) {
     window.reset();
-    Command(PopupCommand::Show);
+    popup->Show(std::string_view("P"), {}, std::string_view("L"), PopupCommand{PopupCommand::Show});
     ASSERT_TRUE(popup->GetShortcutsBar().is_visible(false));
     Answer([&](nimbit::ui::window& w) {
         auto& shown = dynamic_cast<W&>(w);
@@ -271,7 +263,7 @@ TEST_F(PreferencesWindowTest, PopupRunsTheWindowThenAppliesWhatChangedAndSaves) 
         shown.ShowShortcutsActions(shown.GetPanel(K::Shortcuts).GetSlots()[0].get(), event_type::mouse_up, 0);
         offscreen::events_of(w).process_event(event_type::key_down, event_key::escape);
     });
-    Command(PopupCommand::Preferences);
+    popup->Show(std::string_view("P"), {}, std::string_view("L"), PopupCommand{PopupCommand::Preferences});
     EXPECT_EQ(modalTitles, Strings{"Preferences"}); // Escape ended the loop
     EXPECT_EQ(popup->GetColors(), &popup->GetThemes()[1]);
     EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false)); // its only shortcut was cleared

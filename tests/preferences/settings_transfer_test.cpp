@@ -1,21 +1,15 @@
 #include "preferences/settings_transfer.h"
 
 #include "host/effect_data.h"
-#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/filesystem/nimpacker.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
-#include "nimbit/ui/offscreen/offscreen_window.h"
-#include "nimbit/ui/window.h"
 #include "popup/preferences_file.h"
 #include "popup/search_data_files.h"
 #include "tests/foundation/temp_folder.h"
 #include "tests/support/offscreen_test.h"
 
-#include <cstdlib>
 #include <map>
-#include <optional>
-#include <utility>
 
 using nimbit::file_path;
 using nimbit::nimpacker;
