@@ -185,7 +185,12 @@ TEST_F(PreferencesWindowTest, CustomShortcutSaveLocationAndResetKeepRecordAndCon
     ASSERT_TRUE(write_text(usage, "3 1700000000 e Glow\n"));
     EffectsDropDown& drop = window->GetShortcutDropDown();
     drop.select_item(2);
-    Answer([](nimbit::ui::window& w) { w.end_modal(0); });
+    Answer([this](nimbit::ui::window& w) { // over the window's middle, a third of the way down
+        const nimbit::ivec4 mine = window->get_rect(), editor = w.get_rect();
+        EXPECT_EQ(std::pair(editor.x * 2 + editor.w, editor.y - mine.y),
+                  std::pair(mine.x * 2 + mine.w, (mine.h - editor.h) / 3));
+        dynamic_cast<PreferencesShortcutPopup&>(w).GetCancelButton().press();
+    });
     drop.select_item(4);
     EXPECT_TRUE(prefs.shortcutChoice == 2 && drop.get_selected_id() == 2 && prefs.customKeyName.empty());
     Answer([](nimbit::ui::window& w) {

@@ -76,7 +76,8 @@ TEST_F(PreferencesTest, ReaderSkipsRetiredUnknownAndMisSizedChunksAndCutsStrings
     const std::string wrong("NBCHX\0\0\x01\x01\0\0\0\x04\0\0\0\x01\0\0\0", 20);
     EXPECT_FALSE(
         DecodePreferences(reinterpret_cast<const unsigned char*>(wrong.data()), wrong.size(), other) ||
-        DecodePreferences(nullptr, 0, other) || LoadPreferences(other, root / "nowhere"));
+        DecodePreferences(nullptr, 0, other) || LoadPreferences(other, root / "nowhere") ||
+        LoadPreferences(other, nimbit::file_path()));
     EXPECT_EQ(other.theme, UIColorTheme::Light);
 }
 
