@@ -6,6 +6,7 @@
 #include "host/popup_window.h"
 #include "host/shortcut_chord.h"
 #include "nimbit/filesystem/file_operations.h"
+#include "nimbit/utils/thread_pool.h"
 #include "popup/preferences_file.h"
 #include "popup/search_data_files.h"
 
@@ -117,6 +118,8 @@ void EffectsPopup::DeathHook() {
         popupWindow->WriteFile();
         popupWindow.reset();
     }
+    // The pixel workers too: joined now, not by a static destructor while the module unloads.
+    nimbit::thread_pool::stop_instance();
 }
 
 uint32_t EffectsPopup::Execute(PopupCommand command) {

@@ -34,9 +34,20 @@ thread_scope_guard::~thread_scope_guard() {
         end(state);
 }
 
+namespace {
+// Set once the process-wide pool exists, so that stopping it never makes it.
+std::atomic<thread_pool*> made_instance{nullptr};
+} // namespace
+
 thread_pool& thread_pool::get_instance() {
     static thread_pool pool(std::thread::hardware_concurrency());
+    made_instance.store(&pool, std::memory_order_release);
     return pool;
+}
+
+void thread_pool::stop_instance() {
+    if (thread_pool* pool = made_instance.load(std::memory_order_acquire))
+        pool->stop_workers();
 }
 
 thread_pool::thread_pool(uint32_t count) : worker_count(count == 0 ? 1 : count), status(worker_count, 0) {
@@ -54,6 +65,11 @@ thread_pool::thread_pool(uint32_t count) : worker_count(count == 0 ? 1 : count),
 }
 
 thread_pool::~thread_pool() {
+    stop_workers();
+}
+
+void thread_pool::stop_workers() {
+    std::lock_guard run(dispatch);
     {
         std::lock_guard lock(mutex);
         stop = true;
@@ -61,6 +77,7 @@ thread_pool::~thread_pool() {
     wake.notify_all();
     for (auto& t : threads)
         t.join();
+    threads.clear();
 }
 
 thread_worker_data thread_pool::share(uint32_t count, uint32_t workers, uint32_t index) {
@@ -79,12 +96,15 @@ thread_worker_data thread_pool::share(uint32_t count, uint32_t workers, uint32_t
 void thread_pool::enqueue(uint32_t count, thread_job work) {
     if (!work)
         return;
-    if (current_pool == this || threads.empty()) {
+    const auto on_caller = [&] {
         for (uint32_t i = 0; i < worker_count; ++i)
             work(share(count, worker_count, i));
-        return;
-    }
+    };
+    if (current_pool == this)
+        return on_caller();
     std::lock_guard run(dispatch);
+    if (threads.empty())
+        return on_caller();
     item_count = count;
     job = work;
     do_work();

@@ -69,6 +69,10 @@ class thread_pool {
 public:
     // The process-wide pool, one worker per hardware thread, made on first use.
     static thread_pool& get_instance();
+    // Ends the process-wide pool's workers if it was made. For a module about to be unloaded: its
+    // static pool would otherwise join them in its destructor, which Windows runs under the loader
+    // lock that the exiting workers wait for.
+    static void stop_instance();
 
     // A pool of its own; a count of 0 (an unknown hardware concurrency) makes one worker. When the
     // system refuses threads the pool makes do with fewer, down to running jobs on the caller.
@@ -81,6 +85,8 @@ public:
     // job of this pool, the shares run one after another on the calling worker instead of
     // deadlocking. Runs from different threads are serialised.
     void enqueue(uint32_t count, thread_job job);
+    // Ends and joins the workers once the run in progress is done; later runs happen on the caller.
+    void stop_workers();
     uint32_t get_worker_count() const { return worker_count; }
 
     // The share of worker index when count items are split over workers: earlier workers get the

@@ -155,7 +155,7 @@ TEST(ThreadPool, EveryWorkerRunsItsShareOnceWithTheRemainderAtTheEnd) {
 }
 
 // Runs from two threads at once take turns, and every run covers every item exactly once. A run started
-// from inside a job completes instead of deadlocking.
+// from inside a job completes instead of deadlocking, and a stopped pool runs on the caller.
 TEST(ThreadPool, RunsFromTwoThreadsOrFromInsideAJobCoverEveryItemExactlyOnce) {
     thread_pool pool(3);
     std::vector<std::atomic<int>> hits(1000);
@@ -179,6 +179,21 @@ TEST(ThreadPool, RunsFromTwoThreadsOrFromInsideAJobCoverEveryItemExactlyOnce) {
         pool.enqueue(8, [&](const thread_worker_data& d) { inner += static_cast<int>(d.end - d.begin); });
     });
     EXPECT_EQ(inner.load(), 24);
+
+    // Stopped (as before the module unloads) while another thread runs: that thread's runs all end
+    // whole, and later runs happen on the caller.
+    std::thread c(caller);
+    pool.stop_workers();
+    c.join();
+    for (auto& h : hits)
+        ASSERT_EQ(h.load(), 300);
+    const std::thread::id me = std::this_thread::get_id();
+    std::atomic<int> items{0}, elsewhere{0};
+    pool.enqueue(10, [&](const thread_worker_data& d) {
+        items += static_cast<int>(d.end - d.begin);
+        elsewhere += std::this_thread::get_id() != me;
+    });
+    EXPECT_EQ(std::pair(items.load(), elsewhere.load()), std::pair(10, 0));
 }
 
 // Every job a worker runs is inside the installed scope, opened and closed on the worker's own

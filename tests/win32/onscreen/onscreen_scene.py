@@ -277,8 +277,8 @@ class Scene:
                 time.sleep(0.1)
         self.close_popup()
         status = self.quit_host()
-        if not self.check(self.find("effects_settings") and self.start_host() is not None,
-                          "settings saved (first start's status %s) and the host started again" % status):
+        if not self.check(status == 0 and self.find("effects_settings") and self.start_host() is not None,
+                          "settings saved, the host quit (status %s) and started again" % status):
             return None
         r = self.open_popup()
         if not self.check(r is not None, "the popup opened after the second start"):
