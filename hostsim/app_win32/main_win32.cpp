@@ -24,16 +24,18 @@
 #include <windows.h>
 
 #include <cstdio>
+#include <deque>
 #include <exception>
 #include <iostream>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <thread>
 #include <vector>
 
 namespace {
 
-constexpr UINT ControlLine = WM_APP + 1; // a line read from standard input, a heap std::string
+constexpr UINT ControlLine = WM_APP + 1; // lines from standard input are waiting in the queue
 constexpr int ExecuteButton = 100;
 
 struct App {
@@ -45,6 +47,11 @@ struct App {
     std::string shownOutline, writtenRecord, consoleText;
 };
 App app;
+
+// Lines read from standard input wait here; the thread message only wakes the loop. A plug-in's
+// modal loop drops thread messages, so every idle tick drains the queue too and no line is lost.
+std::mutex controlMutex;
+std::deque<std::string> controlLines;
 
 template <typename T> void AppendBounded(std::vector<T>& list, std::vector<T>&& more, size_t limit) {
     list.insert(list.end(), std::make_move_iterator(more.begin()), std::make_move_iterator(more.end()));
@@ -149,6 +156,20 @@ void RunControlLine(const std::string& line) {
         std::fprintf(stderr, "hostsim-win: unknown control line: %s\n", line.c_str());
 }
 
+void RunQueuedControlLines() {
+    for (;;) {
+        std::string line;
+        {
+            std::lock_guard lock(controlMutex);
+            if (controlLines.empty())
+                return;
+            line = std::move(controlLines.front());
+            controlLines.pop_front();
+        }
+        RunControlLine(line);
+    }
+}
+
 // The host's window procedure, with the console's button and the layout added.
 LRESULT CALLBACK AppProc(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
     try {
@@ -232,7 +253,11 @@ int main(int argc, char** argv) {
             for (std::string line; std::getline(std::cin, line);) {
                 if (!line.empty() && line.back() == '\r')
                     line.pop_back();
-                PostThreadMessageW(thread, ControlLine, 0, reinterpret_cast<LPARAM>(new std::string(line)));
+                {
+                    std::lock_guard lock(controlMutex);
+                    controlLines.push_back(line);
+                }
+                PostThreadMessageW(thread, ControlLine, 0, 0);
             }
         }).detach();
     }
@@ -246,9 +271,9 @@ int main(int argc, char** argv) {
     while (GetMessageW(&message, nullptr, 0, 0) > 0) {
         NoteMessageTaken(message);
         if (message.hwnd == nullptr && message.message == ControlLine) {
-            std::unique_ptr<std::string> line(reinterpret_cast<std::string*>(message.lParam));
-            RunControlLine(*line);
+            RunQueuedControlLines();
         } else if (message.hwnd == nullptr && message.message == WM_TIMER) {
+            RunQueuedControlLines();
             app.host->RunIdle(1);
             // The tick count reaches the record about once a second; it shows that idle calls go on.
             if (++ticks % 32 == 1)
