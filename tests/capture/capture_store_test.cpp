@@ -6,7 +6,7 @@
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
-#include "tests/foundation/temp_folder.h"
+#include "tests/support/data_folders.h"
 #include "tests/support/offscreen_test.h"
 
 #include <chrono>
@@ -17,7 +17,7 @@ using namespace nimbit::ui;
 
 namespace {
 
-class CaptureStoreTest : public OffscreenTest {
+class CaptureStoreTest : public OffscreenTest, protected private_data_folders {
 protected:
     // A picture of its own width, so that each file can be told apart.
     static bitmap Picture(int width = 6) {
@@ -31,7 +31,7 @@ protected:
         return back.load_image(path) && back.get_size() == (ivec2{width, 3});
     }
     file_path Capture(const std::string& name, int64_t modified) {
-        const file_path path = tmp / name.c_str();
+        const file_path path = root / name.c_str();
         EXPECT_TRUE(Picture().save_image(path, image_format::png) &&
                     set_file_dates(path, modified, modified));
         return path;
@@ -45,7 +45,6 @@ protected:
     // JPG files start with a start-of-image marker; ours are otherwise PNG.
     static bool IsJpg(const file_path& path) { return read_text(path).rfind("\xFF\xD8\xFF", 0) == 0; }
 
-    temp_folder tmp;
     offscreen_file_browser& dialogs = offscreen_file_browser::instance();
 };
 
@@ -67,7 +66,7 @@ TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFail
         EXPECT_EQ(CaptureStore::CaptureName(c[0], c[1], "2018-03-07_14.05.09"), c[2]);
 
     // Saved under such a name (the popup scene checks it whole) in a folder made for it.
-    const file_path folder = tmp / "deep/er/Capture";
+    const file_path folder = root / "deep/er/Capture";
     const file_path saved = CaptureStore::SaveCapture(Picture(), folder.to_string(), "Intro", "Comp 1");
     EXPECT_TRUE(saved.stem() == folder && Whole(saved, 6));
     // A second capture in the same second never replaces the first.
@@ -75,8 +74,8 @@ TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFail
     EXPECT_EQ(second.leaf(true), saved.leaf(false) + " 2.png");
     ASSERT_TRUE(write_text(second, "x"));
     EXPECT_EQ(CaptureStore::FreeCapturePath(saved).leaf(true), saved.leaf(false) + " 3.png");
-    ASSERT_TRUE(write_text(tmp / "blocked", "a file where the folder should be"));
-    EXPECT_TRUE(CaptureStore::SaveCapture(Picture(), (tmp / "blocked").to_string(), "", "").empty());
+    ASSERT_TRUE(write_text(root / "blocked", "a file where the folder should be"));
+    EXPECT_TRUE(CaptureStore::SaveCapture(Picture(), (root / "blocked").to_string(), "", "").empty());
 }
 
 // Deleting them, its question and confirmation, is the gallery tests' part; its window asks nothing
@@ -86,10 +85,10 @@ TEST_F(CaptureStoreTest, ListsPngAndJpgInAnyCaseNewestFirst) {
     Capture("b.Jpg", 300);
     Capture("c.png", 200);
     for (const char* other : {"c.jpeg", "d.bmp", "e.pn", "png"})
-        ASSERT_TRUE(write_text(tmp / other, "x"));
-    ASSERT_TRUE(make_dir(tmp / "folder.png"));
-    EXPECT_EQ(Listed(tmp.path()), (std::vector<std::string>{"b.Jpg@300", "c.png@200", "a.PNG@100"}));
-    EXPECT_TRUE(Listed(tmp / "missing").empty());
+        ASSERT_TRUE(write_text(root / other, "x"));
+    ASSERT_TRUE(make_dir(root / "folder.png"));
+    EXPECT_EQ(Listed(root.path()), (std::vector<std::string>{"b.Jpg@300", "c.png@200", "a.PNG@100"}));
+    EXPECT_TRUE(Listed(root / "missing").empty());
     const auto unasked = [](const std::string&, const std::string&) {
         ADD_FAILURE() << "asked to delete nothing";
         return true;
@@ -111,12 +110,12 @@ TEST_F(CaptureStoreTest, ExportsOneThroughTheDialogOfItsKindAndSeveralIntoAFolde
     // clang-format on
     for (const auto& c : cases) {
         SCOPED_TRACE(c.chosen);
-        dialogs.answer({tmp / c.chosen});
+        dialogs.answer({root / c.chosen});
         EXPECT_TRUE(CaptureStore::ExportCapture(capture, c.kind, nullptr));
         const dialog_request& shown = dialogs.requests().back();
         EXPECT_EQ(std::tie(shown.title, shown.default_name), std::tie(c.title, c.proposed));
         EXPECT_EQ(shown.filters.size(), c.kind == CaptureExport::Either ? 2u : 1u);
-        EXPECT_EQ(IsJpg(tmp / c.chosen), c.jpg);
+        EXPECT_EQ(IsJpg(root / c.chosen), c.jpg);
     }
     dialogs.answer({}); // cancelled
     EXPECT_FALSE(CaptureStore::ExportCapture(capture, CaptureExport::Png, nullptr));
@@ -124,22 +123,22 @@ TEST_F(CaptureStoreTest, ExportsOneThroughTheDialogOfItsKindAndSeveralIntoAFolde
     std::vector<file_path> captures;
     for (int i = 0; i < 7; ++i)
         captures.push_back(Capture("shot" + std::to_string(i) + ".png", i));
-    captures.push_back(tmp / "gone.png"); // unreadable: skipped, the others still written
-    ASSERT_TRUE(make_dir(tmp / "out"));
-    dialogs.answer({tmp / "out"});
+    captures.push_back(root / "gone.png"); // unreadable: skipped, the others still written
+    ASSERT_TRUE(make_dir(root / "out"));
+    dialogs.answer({root / "out"});
     EXPECT_EQ(CaptureStore::ExportCaptures(captures, CaptureExport::Jpg, nullptr), 7u);
-    EXPECT_TRUE(tree(tmp / "out").size() == 7u && IsJpg(tmp / "out/shot6.jpg"));
+    EXPECT_TRUE(tree(root / "out").size() == 7u && IsJpg(root / "out/shot6.jpg"));
 }
 
 // More captures than the writer's queue holds, one of them into a folder that cannot be made: the
 // others are written in order into a folder created for them, and each is listed only once it is
 // whole. (That destruction finishes the queue is checked through the controller, in the host tests.)
 TEST_F(CaptureStoreTest, WriterListsEachCaptureOnceItIsWholeAndDropsFailuresSilently) {
-    ASSERT_TRUE(write_text(tmp / "blocked", "a file where the folder should be"));
+    ASSERT_TRUE(write_text(root / "blocked", "a file where the folder should be"));
     CaptureWriter writer;
     std::vector<file_path> queued;
     for (int width = 1; width <= 6; ++width) {
-        const file_path path = (width == 4 ? tmp / "blocked" : tmp / "new/Capture")
+        const file_path path = (width == 4 ? root / "blocked" : root / "new/Capture")
                                    .append(file_path(std::to_string(width) + ".png"));
         writer.Write(Picture(width), path);
         if (width != 4)
@@ -162,9 +161,8 @@ TEST_F(CaptureStoreTest, WriterListsEachCaptureOnceItIsWholeAndDropsFailuresSile
 // lets the pointer through and fades out, and clipboard images become captures named for their
 // source (a paste for the moment alone).
 TEST_F(CaptureStoreTest, PopupAsksTheControllerFlashesAndSavesClipboardImages) {
-    ::setenv("QUILLO_USER_DATA_DIR", (tmp / "user").to_string().c_str(), 1);
     PreferencesData prefs;
-    prefs.captureFolder = (tmp / "Capture").to_string();
+    prefs.captureFolder = (root / "Capture").to_string();
     EffectsPopupWindow popup(prefs);
     event_recorder requests(popup, event_type::custom);
     const auto show = [&](std::string project, std::string comp, std::string layer, PopupCommand::Kind kind) {
@@ -196,10 +194,9 @@ TEST_F(CaptureStoreTest, PopupAsksTheControllerFlashesAndSavesClipboardImages) {
     popup.TakeScreenshot(true);
     popup.Paste();
     // The host writes the frames: the popup, only the clipboard's image, once, and the paste.
-    std::vector<std::string> names = Listed(tmp / "Capture");
+    std::vector<std::string> names = Listed(root / "Capture");
     ASSERT_EQ(names.size(), 2u);
     std::sort(names.begin(), names.end()); // digits sort before letters
     EXPECT_TRUE(NamedFor(names[0], "") && NamedFor(names[1], "Intro_Comp 1_"))
         << names[0] << ", " << names[1];
-    ::unsetenv("QUILLO_USER_DATA_DIR");
 }

@@ -7,7 +7,7 @@
 #include "popup/effect_alias.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
-#include "tests/foundation/temp_folder.h"
+#include "tests/support/data_folders.h"
 #include "tests/support/offscreen_test.h"
 
 #include <memory>
@@ -19,7 +19,7 @@ inline void Deliver(nimbit::ui::window& w, nimbit::ui::event_type type, uint64_t
 
 // The popup over a small catalogue, in a private settings folder, on the offscreen backend; `applied`
 // records the entries it hands out with its apply event.
-class PopupTest : public OffscreenTest {
+class PopupTest : public OffscreenTest, protected private_data_folders {
 protected:
     // Counts calls of the seams that later pieces fill in.
     struct Window : EffectsPopupWindow {
@@ -31,14 +31,8 @@ protected:
         void OpenPreferences() override { calls.push_back(3); }
     };
 
-    static constexpr const char* Vars[] = {"QUILLO_USER_DATA_DIR", "QUILLO_COMMON_DATA_DIR",
-                                           "QUILLO_DOCS_DIR"};
-    static constexpr const char* Dirs[] = {"user", "common", "docs"};
-
     void SetUp() override {
         OffscreenTest::SetUp();
-        for (int i = 0; i < 3; ++i)
-            ::setenv(Vars[i], (root / Dirs[i]).to_string().c_str(), 1);
         catalogue = {Effect(1, "Gaussian Blur", "Blur & Sharpen"),
                      Effect(2, "Fast Box Blur", "Blur & Sharpen"),
                      Effect(3, "Directional Blur", "Blur & Sharpen"),
@@ -52,8 +46,6 @@ protected:
     }
     void TearDown() override {
         popup.reset();
-        for (const char* name : Vars)
-            ::unsetenv(name);
         OffscreenTest::TearDown();
     }
 
@@ -109,7 +101,6 @@ protected:
         return popup->GetSelected() != nullptr ? popup->GetSelected()->GetEffect()->name : std::string();
     }
 
-    temp_folder root;
     PreferencesData prefs;
     std::vector<EffectData> catalogue;
     std::unique_ptr<Window> popup;

@@ -6,7 +6,7 @@
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "popup/preferences_file.h"
 #include "popup/search_data_files.h"
-#include "tests/foundation/temp_folder.h"
+#include "tests/support/data_folders.h"
 #include "tests/support/offscreen_test.h"
 
 #include <map>
@@ -31,8 +31,7 @@ const Message FolderReset{
 
 constexpr uint64_t Moment = 1700000000123456;
 
-struct SettingsTransferTest : OffscreenTest {
-    temp_folder root;
+struct SettingsTransferTest : OffscreenTest, private_data_folders {
     offscreen_file_browser& dialogs = offscreen_file_browser::instance();
     Messages messages;
     TransferContext context;
@@ -50,8 +49,6 @@ struct SettingsTransferTest : OffscreenTest {
         context.clock = [] {
             return Moment;
         };
-        UseDataFolder("user");
-        ::setenv("QUILLO_DOCS_DIR", (root / "docs").c_str(), 1);
         ASSERT_TRUE(nimbit::make_dir(root / "shots"));
         PreferencesData& p = current.prefs;
         p.theme = UIColorTheme::Light;
@@ -66,13 +63,7 @@ struct SettingsTransferTest : OffscreenTest {
         ASSERT_TRUE(SavePreferences(current.prefs, current.blacklist, current.aliases, current.shortcuts,
                                     UserSettingsFolder(), true));
     }
-    void TearDown() override {
-        ::unsetenv("QUILLO_USER_DATA_DIR");
-        ::unsetenv("QUILLO_DOCS_DIR");
-        OffscreenTest::TearDown();
-    }
-
-    void UseDataFolder(const char* name) { ::setenv("QUILLO_USER_DATA_DIR", (root / name).c_str(), 1); }
+    void UseDataFolder(const char* name) { set_env("QUILLO_USER_DATA_DIR", (root / name).to_string()); }
     // Everything below folder, files with their bytes.
     static std::map<std::string, std::string> Snapshot(const file_path& folder) {
         std::map<std::string, std::string> files;
