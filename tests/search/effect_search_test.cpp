@@ -133,37 +133,12 @@ TEST(EffectSearch, AgreesWithPlainPassesOnRandomCataloguesAndLists) {
     }
 }
 
-// The ranking itself, blanks in the text included, is checked against plain passes above; these are
-// the case of the text and the rows' headers.
-TEST(EffectSearch, TextIsCaseFreeAndRowsCarryTheirHeaders) {
-    // Laid out as the host builds it: host presets, installed effects, user presets.
-    std::vector<EffectData> catalogue{MakePreset(-1, "Blur In"), MakePreset(-2, "Fade Up Characters")};
-    for (EffectData& effect : LoadFixtureEffects().effects)
-        catalogue.push_back(std::move(effect));
-    catalogue.push_back(MakePreset(-3, "Fade Out Slow"));
-    EXPECT_EQ(Flat(Search("FAST", catalogue)), Flat(ReferenceSearch("fast", catalogue, {}, {})));
-    // Effects, then presets, each under its header.
-    const SearchResults blur = Search("blur", catalogue);
-    const std::vector<SearchRow> rows = blur.Rows();
-    ASSERT_EQ(rows.size(), blur.entries.size() + 2);
-    EXPECT_EQ(rows[0], (SearchRow{SearchRowKind::EffectsHeader, 0}));
-    EXPECT_EQ(rows[blur.effect_count + 1], (SearchRow{SearchRowKind::PresetsHeader, 0}));
-    EXPECT_EQ(rows.back(), (SearchRow{SearchRowKind::Entry, blur.entries.size() - 1}));
-    // Presets alone keep the effects header.
-    const std::vector<SearchRow> fade = Search("fade", catalogue).Rows();
-    EXPECT_TRUE(fade.size() == 4 && fade[0].kind == SearchRowKind::EffectsHeader &&
-                fade[1].kind == SearchRowKind::PresetsHeader &&
-                fade[3] == (SearchRow{SearchRowKind::Entry, 1}));
-    EXPECT_EQ(Search("no such effect", catalogue).Rows(),
-              (std::vector<SearchRow>{{SearchRowKind::NoMatchesHeader, 0}}));
-    EXPECT_TRUE(Search("", catalogue).Rows().empty());
-}
-
 // After the four passes, in this order: names lower-cased in every script, match names, words in
 // any order; none of them moves what an earlier pass found.
 TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
     // clang-format off
     const std::vector<EffectData> catalogue{
+        MakeEffect(7, "Kanal \xC3\x9C" "bersicht", "Kanal", "XYZ Overview"), // a late hit inside the name
         MakeEffect(1, "Gau\xC3\x9F" "scher Weichzeichner", "Weichzeichnen", "ADBE Gaussian Blur 2"),
         MakeEffect(2, "Gaussian Glow", "Stylize", "XYZ GaussGlow"),
         MakeEffect(3, "\xC3\x9C" "berlagern", "Kanal", "ADBE Overlay"),
@@ -175,16 +150,16 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
     // clang-format on
     // clang-format off
     const struct { const char* text; bool ignoreAccents; std::vector<std::string> shown; } cases[] = {
-        {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},  // match names after names
-        {"\xC3\xBC" "ber", false, {"[\xC3\x9C" "ber]lagern"}},
-        {"uber", true, {"[\xC3\x9C" "ber]lagern"}},
-        {"gaus", true, {"[Gaus]sian Glow", "[Gau\xC3\x9F]scher Weichzeichner", catalogue[3].name}},
+        {"gauss", false, {"[Gauss]ian Glow", "Gau\xC3\x9F" "scher Weichzeichner", catalogue[4].name}},  // match names after names
+        {"\xC3\xBC" "ber", false, {"[\xC3\x9C" "ber]lagern", "Kanal [\xC3\x9C" "ber]sicht"}}, // prefixes first
+        {"uber", true, {"[\xC3\x9C" "ber]lagern", "Kanal [\xC3\x9C" "ber]sicht"}},
+        {"gaus", true, {"[Gaus]sian Glow", "[Gau\xC3\x9F]scher Weichzeichner", catalogue[4].name}},
         {"\xD0\xA0\xD0\x90\xD0\x97", false, {"[\xD0\xA0\xD0\xB0\xD0\xB7]\xD0\xBC\xD1\x8B\xD1\x82\xD0\xB8\xD0\xB5"}},
         {"\xCE\xB8\xCE\xBF\xCE\xBB", true, {"[\xCE\x98\xCF\x8C\xCE\xBB]\xCF\x89\xCF\x83\xCE\xB7"}},
         {"cafe crem", true, {"[Caf\xC3\xA9 Cr\xC3\xA8m]e"}},
         {"blur box", false, {"[Box] [Blur]"}},
-        {"radial blur", false, {catalogue[5].name}},
-        {"blur gaussian", false, {"Gau\xC3\x9F" "scher Weichzeichner", catalogue[3].name}},
+        {"radial blur", false, {catalogue[6].name}},
+        {"blur gaussian", false, {"Gau\xC3\x9F" "scher Weichzeichner", catalogue[4].name}},
     };
     // clang-format on
     for (const auto& c : cases) {
@@ -202,7 +177,7 @@ TEST(EffectSearch, LaterPassesFindAcrossScriptsMatchNamesAndWordOrder) {
 }
 
 // Only when nothing else matched: near spellings first, then letters in order from a word start.
-TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
+TEST(EffectSearch, TextIsCaseFreeAndTyposAreRankedBoundedAndMarked) {
     const std::vector<EffectData> catalogue = LoadFixtureEffects().effects;
     // clang-format off
     const struct { const char* text; std::vector<std::string> leading; } cases[] = {
@@ -230,6 +205,9 @@ TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
     EXPECT_EQ(many.Rows().front().kind, SearchRowKind::DidYouMeanHeader);
     EXPECT_EQ(Search("xqzvw", catalogue).Rows(),
               (std::vector<SearchRow>{{SearchRowKind::NoMatchesHeader, 0}}));
+    // The case of the text does not matter; no text, no rows (the rows' headers are the popup tests' part).
+    EXPECT_EQ(Flat(Search("FAST", catalogue)), Flat(ReferenceSearch("fast", catalogue, {}, {})));
+    EXPECT_TRUE(Search("", catalogue).Rows().empty());
     // A blacklisted entry is not suggested either.
     const EffectData* gaussian = Search("gaussian blur", catalogue).entries.at(0).effect;
     SearchResults results;
@@ -241,7 +219,7 @@ TEST(EffectSearch, TyposAreRankedBoundedAndMarked) {
 
 constexpr int64_t Now = 1'800'000'000, Day = 24 * 3600;
 
-TEST(UsageRecord, ReadsToleratesDamageKeepsKindsApartAndStaysBounded) {
+TEST(UsageRecord, ReadsToleratesDamageKeepsKindsApartStaysBoundedAndScoresOftenAndLately) {
     UsageRecord record;
     record.Parse("3 1700000000 e Glow\n"
                  "2 1700000000 p glow\n" // a preset of the same name is another entry
@@ -257,18 +235,17 @@ TEST(UsageRecord, ReadsToleratesDamageKeepsKindsApartAndStaysBounded) {
     EXPECT_EQ(full.Size(), UsageRecord::MaxEntries);
     EXPECT_EQ(full.Score(MakeEffect(1, "Effect 99"), Now + 600), 0.0) << "the oldest went first";
     EXPECT_GT(full.Score(MakeEffect(1, "Effect 100"), Now + 600), 0.0);
-}
 
-TEST(UsageRecord, OftenAndLatelyBothRaiseTheScore) {
-    UsageRecord record;
+    // Often and lately both raise the score.
+    UsageRecord scored;
     const EffectData often = MakeEffect(1, "Often"), lately = MakeEffect(2, "Lately"),
                      both = MakeEffect(3, "Both");
     for (int i = 0; i < 4; ++i)
-        record.Record(often, Now - 60 * Day), record.Record(both, Now);
-    record.Record(lately, Now);
-    EXPECT_GT(record.Score(both, Now), record.Score(often, Now));
-    EXPECT_GT(record.Score(both, Now), record.Score(lately, Now));
-    EXPECT_GT(record.Score(lately, Now), record.Score(often, Now)) << "two months fade four uses";
+        scored.Record(often, Now - 60 * Day), scored.Record(both, Now);
+    scored.Record(lately, Now);
+    EXPECT_GT(scored.Score(both, Now), scored.Score(often, Now));
+    EXPECT_GT(scored.Score(both, Now), scored.Score(lately, Now));
+    EXPECT_GT(scored.Score(lately, Now), scored.Score(often, Now)) << "two months fade four uses";
 }
 
 TEST(UsageRanking, UsedEntriesRiseBehindAliasesAndNearMissesKeepTheirOrder) {
