@@ -122,16 +122,8 @@ TEST(Catalogue, NamesComeFromMacRomanAndAreCutToTheHostBuffer) {
     EXPECT_EQ(catalogue[3].category, std::string(AEGP_MAX_EFFECT_CATEGORY_NAME_SIZE - 1, 'c'));
 }
 
-// Chooses entry, as the popup would, and lets one idle tick apply it.
-struct ApplySession : ControllerSession {
-    void Apply(const EffectData& entry) {
-        Controller().ApplyEffect(&entry);
-        Controller().IdleHook();
-    }
-};
-
 TEST(ApplyEffect, TakesTheEffectMenuWhenItWorksAndTheSuiteForAnEntryInNoMenu) {
-    ApplySession s;
+    ControllerSession s;
     EffectData glow = s.Entry("Glow");
     glow.name = "GLOW"; // menu titles compare without case
     glow.category = "stylize";
@@ -151,7 +143,7 @@ TEST(ApplyEffect, TakesTheEffectMenuWhenItWorksAndTheSuiteForAnEntryInNoMenu) {
     EXPECT_TRUE(s.host->scripts.empty() && s.host->suiteApplications == 1);
 
     // The host cuts categories to 31 bytes; the menu shows them whole.
-    ApplySession cut;
+    ControllerSession cut;
     hostsim::SimHost& host = cut.Start();
     const std::string category = "Stilisieren und Weichzeichnen (alt)";
     for (hostsim::Effect& effect : host.GetModel().effects)
@@ -174,7 +166,7 @@ TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {
     };
     for (const auto& [what, edit] : cases) {
         SCOPED_TRACE(what);
-        ApplySession s;
+        ControllerSession s;
         hostsim::SimHost& host = s.Start();
         EffectData glow = s.Entry("Glow");
         edit(host.GetModel());
@@ -187,8 +179,10 @@ TEST(ApplyEffect, FallsBackToTheSuiteWhenTheMenuCannotReachIt) {
     }
 }
 
-TEST(ApplyEffect, NothingWithoutAnEffectLayer) {
-    ApplySession s;
+// Without an effect layer nothing is applied; presets run the host's script, with forward slashes.
+TEST(ApplyEffect, NothingWithoutAnEffectLayerAndPresetsRunTheHostScriptWithForwardSlashes) {
+    ControllerSession s;
+    s.model.hostPresets = {"Behaviors/Wiggle-position.ffx", "Odd\\Name.ffx"};
     hostsim::SimHost& host = s.Start();
     for (const char* selection : {"", "Camera 1", "Key Light"}) {
         SCOPED_TRACE(selection);
@@ -200,12 +194,6 @@ TEST(ApplyEffect, NothingWithoutAnEffectLayer) {
             EXPECT_TRUE(layer->effects.empty()) << layer->name;
         EXPECT_EQ(host.menuActionsSent, 0);
     }
-}
-
-TEST(ApplyEffect, PresetsRunTheHostScriptWithForwardSlashes) {
-    ApplySession s;
-    s.model.hostPresets = {"Behaviors/Wiggle-position.ffx", "Odd\\Name.ffx"};
-    hostsim::SimHost& host = s.Start();
     s.Apply(s.Entry("Wiggle-position", true));
     s.Apply(s.Entry("Odd\\Name", true));
     const std::string apply = "app.project.activeItem.applyPreset(new File(\"" + host.HostPresetsFolder();

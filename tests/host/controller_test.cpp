@@ -4,8 +4,12 @@
 #include "host/script_bridge.h"
 #include "host/shortcut_chord.h"
 #include "host_session.h"
+#include "nimbit/filesystem/file_operations.h"
 #include "nimbit/ui/keyboard.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
+#include "popup/effect_alias.h"
+#include "popup/preferences_data.h"
+#include "popup/preferences_file.h"
 
 #include <gtest/gtest.h>
 
@@ -13,9 +17,18 @@
 #include <cstring>
 #include <tuple>
 
+#include <cstdio>
+#include <set>
 #include <unistd.h>
 
 namespace {
+
+// An integer result's whole eight bytes.
+int64_t Payload(const TaggedData& value) {
+    int64_t bits = 0;
+    std::memcpy(&bits, &value.data, sizeof bits);
+    return bits;
+}
 
 // A started session with a controller on it.
 struct ControllerTest : ::testing::Test {
@@ -143,9 +156,7 @@ TEST_F(WindowedController, ScriptWordsReachTheWindowAsTheirCommand) {
             EXPECT_EQ(call.project + "|" + call.comp + "|" + call.layer, "Shot|Main|Title");
         ASSERT_EQ(result.type, t.type);
         if (t.type == kTypeInteger) {
-            int64_t bits = 0; // all eight bytes: nothing stale is left for the engine
-            std::memcpy(&bits, &result.data, sizeof bits);
-            EXPECT_EQ(bits, t.payload);
+            EXPECT_EQ(Payload(result), t.payload); // all eight bytes: nothing stale is left for the engine
         } else if (t.type == kTypeScript) {
             EXPECT_EQ(std::string(result.data.string).rfind("var shortcutValue = ", 0), 0u);
             std::free(result.data.string);
@@ -299,6 +310,117 @@ TEST_F(ChordTest, OnlyTheCurrentKeyIsQueriedAndOnlyWhileTheHostIsActive) {
     Tick({});
     Tick({vk::left_control, vk::space});
     EXPECT_EQ(Shows(), 1);
+}
+
+// The plug-in as the host sees it: the shared library, loaded by the simulated host.
+
+// A session with its own copy of the plug-in's bundle in the host's Plug-ins folder, so that every
+// test starts from a freshly loaded plug-in (the loader would otherwise hand back the instance an
+// earlier test started).
+struct PluginSession : HostSession {
+    hostsim::SimHost& Load() {
+        hostsim::SimHost& h = Start();
+        const nimbit::file_path plugins(h.PluginsFolder());
+        EXPECT_TRUE(nimbit::make_dir(plugins));
+        EXPECT_TRUE(nimbit::copy_dir(nimbit::file_path(QUILLO_PLUGINS_DIR "/Quillo.plugin"), plugins));
+        EXPECT_TRUE(h.LoadPlugins(plugins.to_string())) << h.loadError;
+        return h;
+    }
+    // Runs execute with args; returns the status, the result in result.
+    long Execute(std::vector<TaggedData> args, TaggedData& result) {
+        return host->ScriptExecute(args, result);
+    }
+};
+
+// The status script asked for: the shortcut line, then the toolbar icons (their text is the popup
+// tests' part).
+void ExpectStatus(PluginSession& s, int choice) {
+    TaggedData result{};
+    EXPECT_EQ(s.Execute({hostsim::ScriptString("requeststatus")}, result), 0);
+    ASSERT_TRUE(result.type == kTypeScript && result.data.string != nullptr);
+    const std::string text = result.data.string;
+    EXPECT_EQ(text.rfind("var shortcutValue = " + std::to_string(choice) + ";\nvar button0Hex = ", 0), 0u)
+        << text.substr(0, 40);
+    s.host->ScriptFreeMem(result.data.string);
+}
+
+TEST(Plugin, ExportsExactlyTheEntryPoints) {
+    std::FILE* pipe = popen(("nm -D --defined-only '" + std::string(QUILLO_PLUGIN_PATH) + "'").c_str(), "r");
+    ASSERT_NE(pipe, nullptr);
+    std::set<std::string> exported;
+    char line[1024];
+    while (std::fgets(line, sizeof line, pipe) != nullptr) {
+        char address[64], type[8], name[900];
+        if (std::sscanf(line, "%63s %7s %899s", address, type, name) == 3)
+            exported.insert(name);
+    }
+    ASSERT_EQ(pclose(pipe), 0);
+    EXPECT_EQ(exported, (std::set<std::string>{"PluginMain", "ESInitialize", "ESGetVersion", "ESFreeMem",
+                                               "ESTerminate", "execute"}));
+}
+
+// A known host version and a newer unknown one start the plug-in, the excluded ones nothing. Before
+// the popup window exists the news count is the all-ones word; with no controller every word is -1.
+TEST(Plugin, StartsOnUsableHostVersionsAndBalancesItsSuites) {
+    for (auto [major, minor] : {std::pair<A_long, A_long>{115, 0}, {116, 3}, {111, 0}, {17, 0}}) {
+        SCOPED_TRACE(major);
+        const bool starts = major >= 115;
+        PluginSession s;
+        hostsim::SimHost& host = s.Load();
+        EXPECT_EQ(host.StartPlugin(major, minor), A_Err_NONE);
+        EXPECT_EQ(std::tuple(host.idleHooks.size(), host.deathHooks.size(), host.commandHooks),
+                  std::tuple(starts ? 1u : 0u, starts ? 1u : 0u, 0));
+        EXPECT_EQ(host.acquired.empty(), !starts);
+        EXPECT_EQ(host.ScriptInitialize(), "execute");
+        TaggedData result{};
+        EXPECT_EQ(s.Execute({hostsim::ScriptString("news")}, result), 0);
+        EXPECT_EQ(result.type, kTypeInteger);
+        EXPECT_EQ(Payload(result), starts ? 4294967295 : -1);
+        host.RunIdle(5);
+        host.RunDeath();
+        EXPECT_EQ(host.refusedAcquires + host.Outstanding(), 0);
+    }
+}
+
+// The exported execute checks its arguments and runs the word (the words are the controller tests'
+// part); the status script reads the settings file. A second start replaces the controller, and the
+// first idle tick creates the popup, which writes the settings of a first run but not the lists;
+// death saves those.
+TEST(Plugin, ExecuteChecksItsArgumentsTheStatusReadsTheSettingsAndDeathSavesTheLists) {
+    PluginSession s;
+    hostsim::SimHost& host = s.Load(); // not started: no controller, and no settings file
+    ExpectStatus(s, 0);
+    host.ScriptFreeMem(nullptr);
+    host.StartPlugin();
+    host.StartPlugin(); // both hooks reach the current controller
+    EXPECT_EQ(host.idleHooks.size(), 2u);
+    TaggedData result{};
+    result.type = 99;
+    for (const std::vector<TaggedData>& bad :
+         {std::vector<TaggedData>{},
+          {hostsim::ScriptInteger(1)},
+          {hostsim::ScriptString("shortcut"), hostsim::ScriptInteger(1), hostsim::ScriptInteger(2)}})
+        EXPECT_EQ(s.Execute(bad, result), 20);
+    EXPECT_EQ(result.type, 99);
+    EXPECT_EQ(s.Execute({hostsim::ScriptString(nullptr)}, result), 0);
+    EXPECT_EQ(Payload(result), -1);
+
+    const nimbit::file_path folder = s.folder / "Library/Application Support/Tarvelo";
+    const nimbit::file_path settings = folder.append("effects_settings"),
+                            lists = folder.append("effects_search.txt");
+    EXPECT_FALSE(nimbit::file_stats(folder).exists);
+    PreferencesData stored;
+    stored.shortcutChoice = 3;
+    ASSERT_TRUE(SavePreferences(stored, {}, {}, {}, folder, false));
+    ExpectStatus(s, 3);
+    write_text(settings, "garbage"); // a damaged file reads as no file
+    ExpectStatus(s, 0);
+    ASSERT_TRUE(nimbit::remove_file(settings));
+    host.RunIdle(3);
+    EXPECT_TRUE(nimbit::file_stats(settings).exists && !nimbit::file_stats(lists).exists);
+    host.RunDeath();
+    EXPECT_TRUE(nimbit::file_stats(lists).exists);
+    EXPECT_EQ(host.Outstanding(), 0);
 }
 
 } // namespace

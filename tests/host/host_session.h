@@ -30,8 +30,6 @@ inline const char* SmallProject = R"({
 })";
 
 struct HostSession {
-    explicit HostSession(const std::string& json = SmallProject) : model(hostsim::LoadModel(json)) {}
-
     // Creates the host and its files; call after editing model.
     hostsim::SimHost& Start() {
         host = std::make_unique<hostsim::SimHost>(std::move(model), folder.path().to_string());
@@ -40,14 +38,13 @@ struct HostSession {
     }
 
     temp_folder folder;
-    hostsim::Model model;
+    hostsim::Model model = hostsim::LoadModel(SmallProject);
     std::unique_ptr<hostsim::SimHost> host;
 };
 
 // A session with the controller built straight on the simulated host (started on first use, so tests
 // edit the model before) and its catalogue collected.
 struct ControllerSession : HostSession {
-    using HostSession::HostSession;
     EffectsPopup& Controller(AeVersion version = AeVersionCC2018) {
         if (!controller) {
             if (!host)
@@ -63,6 +60,11 @@ struct ControllerSession : HostSession {
             if (e.name == name && e.is_preset == preset)
                 return e;
         throw std::runtime_error("no entry " + name);
+    }
+    // Chooses entry, as the popup would, and lets one idle tick apply it.
+    void Apply(const EffectData& entry) {
+        Controller().ApplyEffect(&entry);
+        Controller().IdleHook();
     }
     std::unique_ptr<EffectsPopup> controller;
     std::vector<EffectData> catalogue;
