@@ -1,4 +1,5 @@
 #include "host_app_session.h"
+#include "tests/foundation/temp_folder.h"
 #include "tests/support/private_xvfb.h"
 
 #include <chrono>
@@ -6,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <thread>
 
@@ -28,12 +28,6 @@ bool Poll(const std::function<bool()>& done, double timeout) {
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return true;
-}
-
-std::string ReadFile(const std::string& path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
 }
 
 // No reset when the last client leaves: xdotool probes connect and leave before the application.
@@ -99,11 +93,11 @@ HostAppSession::~HostAppSession() {
 }
 
 std::string HostAppSession::Log() const {
-    return ReadFile(root + "/app.log");
+    return read_text(nimbit::file_path(root + "/app.log"));
 }
 
 json HostAppSession::Record() const {
-    const json record = json::parse(ReadFile(recordPath), nullptr, false);
+    const json record = json::parse(read_text(nimbit::file_path(recordPath)), nullptr, false);
     return record.is_discarded() ? json() : record;
 }
 

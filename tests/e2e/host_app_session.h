@@ -78,7 +78,5 @@ private:
 
 // Polls done until it holds (true) or timeout seconds pass (false).
 bool Poll(const std::function<bool()>& done, double timeout);
-// The whole file, empty when it cannot be read.
-std::string ReadFile(const std::string& path);
 
 } // namespace e2e
