@@ -605,6 +605,10 @@ void GalleryPopupWindow::OnTileEvent(const event_info& e) {
     auto* tile = dynamic_cast<GalleryThumbnail*>(e.sender);
     if (tile == nullptr)
         return;
+    // The press that made this event is a click, not the start of a drag; its release may never reach
+    // this window, since the question or dialog it opens runs a modal session of its own.
+    pressedSelected = nullptr;
+    drag.Release();
     if (!tile->IsSelected())
         SelectOnly(tile);
     if (e.data == GalleryThumbnail::CornerCode)

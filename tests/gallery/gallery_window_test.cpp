@@ -221,6 +221,7 @@ TEST_F(GalleryWindowTest, TileEventsSelectTheTileThenDeleteOrSaveAndTheContextMe
     EXPECT_EQ(asked.size(), 2u);
     offscreen::move_mouse(*gallery, Centre(Tile(2)));
     EXPECT_FALSE(first.GetCornerButton().is_visible(false));
+    EXPECT_TRUE(offscreen::file_drags().empty()) << "a declined delete leaves no drag armed";
 
     offscreen::double_click(*gallery, Centre(Tile(1)));
     EXPECT_EQ(dialogs.requests().size(), 2u);
