@@ -1,4 +1,4 @@
-#include "toolkit_fixture.h"
+#include "tests/support/widget_fixture.h"
 
 #include "nimbit/graphics/rect.h"
 #include "nimbit/ui/drawer.h"
@@ -11,13 +11,11 @@
 #include <numeric>
 #include <random>
 
-namespace toolkit_test {
 namespace {
 
-using WidgetTest = OffscreenTest;
+using enum event_type;
 
 TEST_F(WidgetTest, CreateRaisesItsEventsAndDisablingAndHidingReachEveryDescendant) {
-    TestWindow win;
     widget parent, child;
     parent.create(win.get_root(), {10, 10, 200, 100});
     event_recorder r;
@@ -29,7 +27,7 @@ TEST_F(WidgetTest, CreateRaisesItsEventsAndDisablingAndHidingReachEveryDescendan
                                    ev("parent", child_added, pack_pointer(&child))}));
     EXPECT_EQ(std::tuple(child.is_created(), child.is_visible(true), child.get_window(),
                          parent.get_children(), win.get_widgets().back()),
-              std::tuple(true, true, static_cast<window*>(&win), std::vector<widget*>{&child}, &child));
+              std::tuple(true, true, &win, std::vector<widget*>{&child}, &child));
 
     // Disabling and hiding reach every descendant without touching their own flags.
     widget a, b, c, d;
@@ -56,7 +54,6 @@ TEST_F(WidgetTest, CreateRaisesItsEventsAndDisablingAndHidingReachEveryDescendan
 }
 
 TEST_F(WidgetTest, RemovingOrDestroyingChildrenDetachesThemEverywhere) {
-    TestWindow win;
     widget parent, child, grandchild;
     parent.create(win.get_root(), {0, 0, 100, 100});
     child.create(parent, {0, 0, 10, 10});
@@ -102,7 +99,6 @@ TEST_F(WidgetTest, RemovingOrDestroyingChildrenDetachesThemEverywhere) {
 // Removed children leave holes squeezed out later; survivors keep their order in the parent and in
 // the window's Tab order.
 TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
-    TestWindow win;
     widget parent, extra;
     parent.create(win.get_root(), {0, 0, 100, 100});
     std::vector<std::unique_ptr<widget>> rows(300);
@@ -132,7 +128,6 @@ TEST_F(WidgetTest, RemovalsInAnyOrderKeepTheOthersInOrder) {
 // to their own children through parent_resize and parent_move. Where anchors place widgets is the
 // showcase picture's part (it grows the window).
 TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowThroughEveryLevel) {
-    TestWindow win;
     widget panel, stretch, right, pinned, content;
     panel.create(win.get_root(), {10, 20, 200, 100});
     for (widget* w : {&stretch, &right})
@@ -159,23 +154,6 @@ TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowThroughEveryLev
     EXPECT_EQ(r.count(), 0u);
 }
 
-TEST_F(WidgetTest, UpdateRectanglesAreClippedByEveryAncestor) {
-    TestWindow win;
-    widget outer, inner, leaf;
-    outer.create(win.get_root(), {10, 10, 100, 100});
-    inner.create(outer, {50, 50, 100, 100});
-    leaf.create(inner, {-10, 20, 30, 200});
-    EXPECT_EQ(std::pair(leaf.calc_absolute_pos(), leaf.get_screen_pos()),
-              std::pair(_vec2<int>{50, 80}, _vec2<int>{150, 180}));
-    // leaf spans x 50..80, y 80..280; inner clips to x 60..160, y 60..160; outer to x 10..110, y 10..110.
-    win.os().paint_pending();
-    leaf.update(false);
-    EXPECT_EQ(win.os().get_dirty(), (ivec4{60, 80, 20, 30}));
-    win.os().paint_pending();
-    outer.set_rect({20, 10, 100, 100}); // the old area is invalidated as well as the new
-    EXPECT_EQ(win.os().get_dirty(), (ivec4{10, 10, 110, 100}));
-}
-
 // A widget that logs its name and paints far past its own edges, as a list with more rows than room does.
 struct Spilling : widget {
     Spilling(std::vector<std::string>& log, const char* name) {
@@ -199,9 +177,10 @@ std::vector<ivec4> painted_rects(offscreen_drawer& canvas) {
 }
 
 // Parents paint before their children, each widget only inside itself and its ancestors within the
-// dirty area, and the shadows of a level go under all its children, inside the parent.
-TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWithinTheDirtyArea) {
-    TestWindow win({0, 0, 300, 200});
+// dirty area, and the shadows of a level go under all its children, inside the parent. Update
+// rectangles are clipped by every ancestor the same way.
+TEST_F(OffscreenTest, EachWidgetPaintsAndUpdatesOnlyInsideItAndItsAncestorsAfterItsParent) {
+    TestWindow win({100, 100, 300, 200});
     std::vector<std::string> order;
     Spilling panel(order, "panel"), a(order, "a"), child(order, "child"), grandchild(order, "grandchild"),
         hidden(order, "hidden"), outside(order, "outside"), beside(order, "beside");
@@ -217,7 +196,7 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
     auto& canvas = win.os().get_canvas();
 
     canvas.clear_calls();
-    paint(win, {0, 0, 300, 200});
+    offscreen::events_of(win).paint({0, 0, 300, 200});
     std::string ops; // R for a rectangle, S for a shadow
     for (const auto& c : canvas.calls())
         ops += c.op == "draw_rect" ? "R" : c.op == "draw_shadow" ? "S" : "";
@@ -235,7 +214,7 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
     EXPECT_FALSE(canvas.in_pass());
 
     // The dirty rectangle still limits every pass, and widgets it misses are not asked to paint.
-    paint(win, {0, 0, 95, 55});
+    offscreen::events_of(win).paint({0, 0, 95, 55});
     for (const auto& c : canvas.calls_named("start_draw"))
         EXPECT_TRUE(c.clip.w > 0 && c.clip.h > 0) << "no pass opens with nothing to paint";
     EXPECT_EQ(painted_rects(canvas),
@@ -248,6 +227,20 @@ TEST_F(WidgetTest, EachWidgetPaintsAfterItsParentOnlyInsideItAndItsAncestorsWith
     EXPECT_EQ(order, (std::vector<std::string>{"panel", "a"}));
     EXPECT_EQ(win.os().get_dirty(), ivec4{});
     EXPECT_FALSE(win.os().paint_pending());
+
+    widget outer, inner, leaf;
+    outer.create(win.get_root(), {10, 10, 100, 100});
+    inner.create(outer, {50, 50, 100, 100});
+    leaf.create(inner, {-10, 20, 30, 200});
+    EXPECT_EQ(std::pair(leaf.calc_absolute_pos(), leaf.get_screen_pos()),
+              std::pair(_vec2<int>{50, 80}, _vec2<int>{150, 180}));
+    // leaf spans x 50..80, y 80..280; inner clips to x 60..160, y 60..160; outer to x 10..110, y 10..110.
+    win.os().paint_pending();
+    leaf.update(false);
+    EXPECT_EQ(win.os().get_dirty(), (ivec4{60, 80, 20, 30}));
+    win.os().paint_pending();
+    outer.set_rect({20, 10, 100, 100}); // the old area is invalidated as well as the new
+    EXPECT_EQ(win.os().get_dirty(), (ivec4{10, 10, 110, 100}));
 }
 
 event_manager& em() {
@@ -320,7 +313,9 @@ TEST(EventManager, FireReportsAListAndCallbacksAndBoundMembersRunOnASnapshotUnti
     EXPECT_EQ(std::pair(plain, log.size()), std::pair(2, size_t(1)));
 }
 
-TEST(EventManager, DestroyingObjectsEvenDuringDispatchDropsTheirRegistrations) {
+// Registrations go with their objects, also during dispatch, and an owner of short-lived ones sheds
+// the removed ones instead of growing without bound.
+TEST(EventManager, DestroyingObjectsDropsTheirRegistrationsAndRemovedOnesAreShed) {
     auto s = std::make_unique<Source>();
     Source other;
     int after = 0;
@@ -343,9 +338,7 @@ TEST(EventManager, DestroyingObjectsEvenDuringDispatchDropsTheirRegistrations) {
     // keeper still owns a callback on a source that no longer exists; removing keeper's registrations
     // skips it quietly.
     em().remove_events(&keeper);
-}
 
-TEST(EventManager, AnOwnerOfShortLivedRegistrationsDoesNotGrowWithoutBound) {
     // Like a list that subscribes to its rows on every rebuild: removed ids are shed once the owner's
     // list reaches its limit (64 at first), while live ones are kept and still removed with the owner.
     Source owner, keep;
@@ -426,4 +419,3 @@ TEST(ThemeDeathTest, OwnStylesWinLinksReadThroughUnknownKeysStopAndChangesReachT
 }
 
 } // namespace
-} // namespace toolkit_test

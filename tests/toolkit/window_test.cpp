@@ -1,4 +1,4 @@
-#include "toolkit_fixture.h"
+#include "tests/support/widget_fixture.h"
 
 #include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
@@ -7,8 +7,9 @@
 #include "nimbit/ui/popup_menu.h"
 #include "nimbit/ui/tooltip.h"
 
-namespace toolkit_test {
 namespace {
+
+using enum event_type;
 
 using WindowTest = OffscreenTest;
 
@@ -229,16 +230,12 @@ TEST_F(WindowTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
     EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
 }
 
-// Ticks of the tooltip timer, one per 0.1 s of clock.
-void tooltip_ticks(int n) {
-    offscreen::advance_ms(100 * static_cast<uint64_t>(n));
-}
-
-// The tooltip stays hidden for `ticks` - 1 more ticks and shows at the next one.
+// The tooltip (its timer ticks every 0.1 s) stays hidden for `ticks` - 1 more ticks and shows at the
+// next one.
 bool shows_at_tick(window& win, int ticks) {
-    tooltip_ticks(ticks - 1);
+    offscreen::advance_ms(100 * (ticks - 1));
     const bool early = win.is_tooltip_shown();
-    tooltip_ticks(1);
+    offscreen::advance_ms(100);
     return !early && win.is_tooltip_shown();
 }
 
@@ -248,12 +245,12 @@ TEST_F(WindowTest, TooltipShowsAtTheEighthTickHidesAtTheSixtyFirstAndAreasRestar
     w.create(win.get_root(), {10, 10, 100, 50});
     w.add_tooltip("Applies the effect", "Apply");
     offscreen::move_mouse(win, {20, 20});
-    tooltip_ticks(1); // the first tick sees a new widget under the pointer and resets the counter
+    offscreen::advance_ms(100); // the first tick sees a new widget under the pointer and resets the counter
     ASSERT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "Applies the effect");
-    tooltip_ticks(52); // the sixtieth tick after the reset: still shown
+    offscreen::advance_ms(5200); // the sixtieth tick after the reset: still shown
     EXPECT_TRUE(win.is_tooltip_shown());
-    tooltip_ticks(1);
+    offscreen::advance_ms(100);
     EXPECT_FALSE(win.is_tooltip_shown());
 
     // Areas are inclusive, and moving into one restarts the delay.
@@ -261,11 +258,11 @@ TEST_F(WindowTest, TooltipShowsAtTheEighthTickHidesAtTheSixtyFirstAndAreasRestar
     areas.create(win.get_root(), {200, 0, 100, 50});
     areas.add_tooltip({0, 0, 40, 50}, "left");
     offscreen::move_mouse(win, {240, 10}); // the right edge of the first area counts
-    tooltip_ticks(2);                      // new widget, then a new area: two resets
+    offscreen::advance_ms(200);            // new widget, then a new area: two resets
     ASSERT_TRUE(shows_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "left");
     offscreen::move_mouse(win, {250, 10}); // between the areas
-    tooltip_ticks(1);
+    offscreen::advance_ms(100);
     EXPECT_FALSE(win.is_tooltip_shown());
     areas.remove_tooltips();
     w.remove_tooltips();
@@ -391,4 +388,3 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
 }
 
 } // namespace
-} // namespace toolkit_test

@@ -1,4 +1,4 @@
-#include "widget_fixture.h"
+#include "tests/support/widget_fixture.h"
 
 #include "nimbit/ui/input_box.h"
 #include "nimbit/ui/mouse.h"
