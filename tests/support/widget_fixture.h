@@ -4,16 +4,20 @@
 // which the platform hands them input, and the event lines the recorder writes.
 
 #include "nimbit/ui/key_codes.h"
+#include "nimbit/ui/mouse.h"
 #include "nimbit/ui/offscreen/offscreen_clipboard.h"
+#include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "nimbit/ui/offscreen/offscreen_window.h"
+#include "nimbit/ui/theme_keys.h"
 #include "nimbit/ui/window.h"
 #include "tests/support/offscreen_test.h"
 
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <vector>
 
 using namespace nimbit;

@@ -1,22 +1,15 @@
+#include "tests/support/widget_fixture.h"
+
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/clipboard.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_stream.h"
-#include "nimbit/ui/offscreen/offscreen_clipboard.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "tests/foundation/temp_folder.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <cstring>
-#include <string>
-#include <tuple>
-#include <vector>
 
-using namespace nimbit;
-using namespace nimbit::ui;
 using namespace nimbit::ui::offscreen;
 
 namespace {

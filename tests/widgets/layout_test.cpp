@@ -5,9 +5,6 @@
 #include "nimbit/ui/scroll_bar.h"
 #include "nimbit/ui/split_panel.h"
 #include "nimbit/ui/text_label.h"
-#include "nimbit/ui/theme_keys.h"
-
-#include <tuple>
 
 namespace {
 
