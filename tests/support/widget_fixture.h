@@ -55,13 +55,6 @@ protected:
         win.show();
     }
 
-    template <typename Match> int count_painted(Match match) {
-        int n = 0;
-        for (const auto& c : painted(win))
-            n += match(c) ? 1 : 0;
-        return n;
-    }
-
     // key_down as the platform sends it: the upper-cased character or function-key code.
     void key(uint32_t code) { send(win, event_type::key_down, code); }
     void key_with(int modifier, uint32_t code, int times = 1) {

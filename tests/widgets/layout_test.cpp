@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST_F(WidgetTest, FlowPanelHiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNegativeTotalsCountAsZero) {
+TEST_F(WidgetTest, FlowPanelHiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndFlexItemsShareTheRest) {
     flow_panel column(flow_type::vertical, false, true, false, false);
     column.create(win.get_root(), {0, 0, 100, 10});
     generic_panel a, hidden, b;
@@ -42,27 +42,25 @@ TEST_F(WidgetTest, FlowPanelHiddenChildrenTakeNoRoomAutoSizeTakesTheContentAndNe
     EXPECT_EQ(row.get_rect().size(), (_vec2<int>{50, 25}));
     row.clear();
     EXPECT_TRUE(row.item_count() == 0 && row.get_children().empty() && row.get_rect().w == 0);
-}
 
-TEST_F(WidgetTest, FlowPanelFlexItemsShareTheSpareLengthInWholePixels) {
-    flow_panel row(flow_type::horizontal, false, false, true, false);
-    row.create(win.get_root(), {0, 0, 140, 20});
-    generic_panel a, b;
-    a.create(row, {0, 0, 50, 5});
-    row.add_flex();
-    b.create(row, {0, 0, 50, 5});
-    row.set_flex(&b, true);
-    // 40 spare pixels: 20 each.
-    EXPECT_EQ(b.get_rect(), (ivec4{70, 0, 70, 20})) << "fill stretches across the flow";
-    EXPECT_EQ(a.get_rect(), (ivec4{0, 0, 50, 20}));
+    // Flex items share the spare length in whole pixels: 40 spare pixels, 20 each.
+    flow_panel flex(flow_type::horizontal, false, false, true, false);
+    flex.create(win.get_root(), {0, 0, 140, 20});
+    generic_panel e, f;
+    e.create(flex, {0, 0, 50, 5});
+    flex.add_flex();
+    f.create(flex, {0, 0, 50, 5});
+    flex.set_flex(&f, true);
+    EXPECT_EQ(std::pair(e.get_rect(), f.get_rect()), std::pair(ivec4{0, 0, 50, 20}, ivec4{70, 0, 70, 20}))
+        << "fill stretches across the flow";
     // 41 spare pixels: still 20 each, and the flex child does not grow from layout to layout.
-    row.set_rect({0, 0, 141, 20});
-    EXPECT_EQ(b.get_rect(), (ivec4{70, 0, 70, 20}));
-    row.organize();
-    EXPECT_EQ(b.get_rect().w, 70);
+    flex.set_rect({0, 0, 141, 20});
+    EXPECT_EQ(f.get_rect(), (ivec4{70, 0, 70, 20}));
+    flex.organize();
+    EXPECT_EQ(f.get_rect().w, 70);
     // Too little room gives no share instead of shrinking anything.
-    row.set_rect({0, 0, 60, 20});
-    EXPECT_EQ(b.get_rect(), (ivec4{50, 0, 50, 20}));
+    flex.set_rect({0, 0, 60, 20});
+    EXPECT_EQ(f.get_rect(), (ivec4{50, 0, 50, 20}));
 }
 
 class ScrollBarTest : public WidgetTest {
