@@ -286,10 +286,8 @@ TEST(EventManager, FireReportsAListAndCallbacksAndBoundMembersRunOnASnapshotUnti
     second = em().add_event(&s, &s, custom, [&](const event_info&) { order.push_back(2); });
     em().add_event(&s, &s, custom, [&](const event_info&) { order.push_back(3); });
     em().fire_event(&s, custom, 0);
-    EXPECT_EQ(order, (std::vector<int>{1, 2, 3}));
-    order.clear();
     em().fire_event(&s, custom, 0);
-    EXPECT_EQ(order, (std::vector<int>{3, 4}));
+    EXPECT_EQ(order, (std::vector<int>{1, 2, 3, 3, 4}));
 
     // Bound members run once after removing themselves; new registrations reuse their storage.
     Source s2;
@@ -304,11 +302,9 @@ TEST(EventManager, FireReportsAListAndCallbacksAndBoundMembersRunOnASnapshotUnti
     int plain = 0;
     em().add_event(&s2, &s2, custom, [&](const event_info&) { ++plain; });
     em().remove_event(a.own_id); // long gone: ignored, must not touch the recycled ones
-    log.clear();
     em().fire_event(&s2, custom, 2);
-    EXPECT_EQ(log, (std::vector<int>{32}));
     em().fire_event(&s2, custom, 2);
-    EXPECT_EQ(std::pair(plain, log.size()), std::pair(2, size_t(1)));
+    EXPECT_EQ(std::pair(plain, log), std::pair(2, std::vector<int>{11, 21, 32}));
 }
 
 // Registrations go with their objects, also during dispatch, and an owner of short-lived ones sheds
