@@ -1,22 +1,15 @@
+#include "tests/support/widget_fixture.h"
+
 #include "nimbit/filesystem/file_path.h"
 #include "nimbit/ui/bitmap.h"
 #include "nimbit/ui/clipboard.h"
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/image_stream.h"
-#include "nimbit/ui/offscreen/offscreen_clipboard.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "tests/foundation/temp_folder.h"
 
-#include <gtest/gtest.h>
-
-#include <cstdint>
 #include <cstring>
-#include <string>
-#include <tuple>
-#include <vector>
 
-using namespace nimbit;
-using namespace nimbit::ui;
 using namespace nimbit::ui::offscreen;
 
 namespace {
@@ -51,10 +44,6 @@ rgba pixel(bitmap& b, int x, int y) { // at scale 1 a row is four bytes per pixe
     return {v[i], v[i + 1], v[i + 2], v[i + 3]};
 }
 
-rgba grey(int v) {
-    return {static_cast<unsigned char>(v), static_cast<unsigned char>(v), static_cast<unsigned char>(v), 255};
-}
-
 rgba pattern(int x, int y) {
     return {static_cast<unsigned char>(x * 40), static_cast<unsigned char>(y * 90),
             static_cast<unsigned char>(255 - x * 20), static_cast<unsigned char>(60 + x * 30 + y)};
@@ -62,12 +51,15 @@ rgba pattern(int x, int y) {
 
 } // namespace
 
-// PNG keeps every byte; JPG is close and opaque. Files are replaced atomically.
-TEST(Bitmap, StreamsAndFilesRoundTrip) {
+// PNG keeps every byte; JPG is close and opaque; every truncation and junk fail and keep the image
+// that was loaded. Files are replaced atomically.
+TEST(Bitmap, StreamsAndFilesRoundTripAndDamagedBytesFailKeepingTheImage) {
     bitmap b = make({24, 16}, image_alpha::alpha, [](int x, int y) {
         return rgba{static_cast<unsigned char>(x * 10), static_cast<unsigned char>(y * 15),
                     static_cast<unsigned char>(128 - x), static_cast<unsigned char>(100 + x * 5 + y)};
     });
+    bitmap keeper = make({1, 1}, image_alpha::alpha, pattern);
+    const std::vector<unsigned char> before = pixels_of(keeper);
     for (auto [format, tolerance] : {std::pair{image_format::png, 0}, {image_format::jpg, 6}}) {
         const std::vector<unsigned char> bytes = b.save_image_stream(format);
         bitmap back;
@@ -78,7 +70,13 @@ TEST(Bitmap, StreamsAndFilesRoundTrip) {
         for (size_t i = 0; i < got.size(); ++i)
             worst = std::max(worst, std::abs(got[i] - (i % 4 == 3 && tolerance ? 255 : want[i])));
         EXPECT_LE(worst, tolerance) << "format " << int(format);
+        for (size_t n = 0; n < bytes.size(); n += (n < 64 ? 1 : 7))
+            EXPECT_FALSE(keeper.load_image(bytes.data(), n)) << "format " << int(format) << " cut at " << n;
     }
+    const unsigned char junk[] = "not an image at all";
+    EXPECT_FALSE(keeper.load_image(junk, sizeof junk) || keeper.load_image(nullptr, 10) ||
+                 keeper.load_image(image_stream{}));
+    EXPECT_EQ(std::pair(keeper.get_size(), pixels_of(keeper)), std::pair(_vec2<int>{1, 1}, before));
 
     temp_folder tmp;
     const file_path png = tmp / "a.png";
@@ -95,26 +93,13 @@ TEST(Bitmap, StreamsAndFilesRoundTrip) {
     EXPECT_EQ(tree(tmp.path()), std::vector<std::string>{"a.png"});
 }
 
-TEST(Bitmap, DamagedBytesFailAndKeepTheImage) {
-    bitmap source = make({9, 6}, image_alpha::alpha, pattern);
-    bitmap keeper = make({1, 1}, image_alpha::alpha, pattern);
-    const std::vector<unsigned char> before = pixels_of(keeper);
-    for (image_format format : {image_format::png, image_format::jpg}) {
-        const std::vector<unsigned char> good = source.save_image_stream(format);
-        // Every truncation fails.
-        for (size_t n = 0; n < good.size(); n += (n < 64 ? 1 : 7))
-            EXPECT_FALSE(keeper.load_image(good.data(), n)) << "format " << int(format) << " cut at " << n;
-    }
-    const unsigned char junk[] = "not an image at all";
-    EXPECT_FALSE(keeper.load_image(junk, sizeof junk) || keeper.load_image(nullptr, 10) ||
-                 keeper.load_image(image_stream{}));
-    EXPECT_EQ(std::pair(keeper.get_size(), pixels_of(keeper)), std::pair(_vec2<int>{1, 1}, before));
-}
-
 // Resizing goes through the resampler (tested on its own with the graphics): shrinking averages and
 // uneven ratios keep the mean of a flat image.
 TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
-    bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) { return grey((x + y) % 2 * 255); });
+    bitmap checker = make({2, 2}, image_alpha::alpha, [](int x, int y) {
+        const unsigned char v = (x + y) % 2 * 255;
+        return rgba{v, v, v, 255};
+    });
     bitmap flat = make({7, 5}, image_alpha::alpha, [](int, int) { return rgba{10, 20, 30, 255}; });
     ASSERT_TRUE(checker.set_size({1, 1}, true) && flat.set_size({3, 2}, true));
     EXPECT_NEAR(pixel(checker, 0, 0).r, 128, 1);

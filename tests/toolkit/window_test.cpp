@@ -1,22 +1,17 @@
-#include "toolkit_fixture.h"
+#include "tests/support/widget_fixture.h"
 
-#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/keyboard.h"
-#include "nimbit/ui/mouse.h"
-#include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/popup_menu.h"
 #include "nimbit/ui/tooltip.h"
 
-namespace toolkit_test {
 namespace {
 
-using WindowTest = OffscreenTest;
+using enum event_type;
 
 constexpr auto mouse_types = {mouse_down, mouse_up, mouse_dbl_click, mouse_move, mouse_enter, mouse_leave};
 
-// A window and one recorder, with widgets created and watched in one step. Widgets declared after
-// the scene go before it.
-struct Scene {
+// A window at 100,100 and one recorder, with widgets created and watched in one step.
+struct WindowTest : OffscreenTest {
     TestWindow win;
     event_recorder r;
     void add(widget& w, const ivec4& rect, const std::string& name, std::initializer_list<event_type> types,
@@ -27,15 +22,14 @@ struct Scene {
 };
 
 TEST_F(WindowTest, HitTestingUsesHalfOpenRectanglesChildOrderAndSkipsHiddenWidgetsAndResizesSetTheRoot) {
-    TestWindow win({0, 0, 200, 100});
     widget a, hidden, inner, b, c;
     a.create(win.get_root(), {10, 10, 50, 40});
     inner.create(a, {0, 0, 10, 10});
-    hidden.create(win.get_root(), {0, 0, 200, 100});
+    hidden.create(win.get_root(), {0, 0, 400, 300});
     hidden.hide();
     widget* root = &win.get_root();
     // clang-format off
-    const std::pair<_vec2<int>, widget*> hits[] = {{{199, 99}, root}, {{200, 99}, nullptr}, {{199, 100}, nullptr},
+    const std::pair<_vec2<int>, widget*> hits[] = {{{399, 299}, root}, {{400, 299}, nullptr}, {{399, 300}, nullptr},
         {{-1, 0}, nullptr}, {{10, 10}, &inner}, {{19, 19}, &inner}, {{20, 19}, &a}, {{59, 49}, &a}, {{60, 49}, root}};
     // clang-format on
     for (auto [p, w] : hits)
@@ -52,11 +46,9 @@ TEST_F(WindowTest, HitTestingUsesHalfOpenRectanglesChildOrderAndSkipsHiddenWidge
 }
 
 TEST_F(WindowTest, DoubleClickSwallowsTheClosingReleaseACapturedWidgetAloneGetsMovesAndHoverFollows) {
-    Scene s;
-    auto& [win, r] = s;
     widget button, slider, other;
     const auto clicks = {mouse_down, mouse_up, mouse_dbl_click};
-    s.add(button, {10, 10, 50, 20}, "b", clicks);
+    add(button, {10, 10, 50, 20}, "b", clicks);
     r.watch(win, "w", clicks);
     offscreen::double_click(win, {15, 15});
     EXPECT_EQ(r.take(), (lines{ev("b", mouse_down), ev("w", mouse_down), ev("b", mouse_up), ev("w", mouse_up),
@@ -64,8 +56,8 @@ TEST_F(WindowTest, DoubleClickSwallowsTheClosingReleaseACapturedWidgetAloneGetsM
     offscreen::click(win, {15, 15}); // the swallow is used up: the next click is whole
     EXPECT_TRUE(r.take().size() == 4 && win.get_focus() == &button);
 
-    s.add(slider, {0, 0, 50, 50}, "s", mouse_types);
-    s.add(other, {100, 100, 50, 50}, "o", mouse_types);
+    add(slider, {0, 0, 50, 50}, "s", mouse_types);
+    add(other, {100, 100, 50, 50}, "o", mouse_types);
     r.watch(win, "w", {mouse_move});
     offscreen::press_mouse(win, {10, 10});
     mouse::capture_widget(slider);
@@ -95,12 +87,10 @@ TEST_F(WindowTest, DoubleClickSwallowsTheClosingReleaseACapturedWidgetAloneGetsM
 
 // Wheel events bubble to the first live widget with a wheel list; disabled ancestors block clicks.
 TEST_F(WindowTest, WheelBubblesToALiveListenerAndDisabledAncestorsBlockInput) {
-    Scene s;
-    auto& [win, r] = s;
     widget scroller, panel, label;
-    s.add(scroller, {0, 0, 200, 200}, "scroller", {mouse_wheel});
-    s.add(panel, {0, 0, 200, 200}, "panel", {}, &scroller);
-    s.add(label, {10, 10, 50, 20}, "label", {mouse_down, key_down, focus_gained}, &panel);
+    add(scroller, {0, 0, 200, 200}, "scroller", {mouse_wheel});
+    add(panel, {0, 0, 200, 200}, "panel", {}, &scroller);
+    add(label, {10, 10, 50, 20}, "label", {mouse_down, key_down, focus_gained}, &panel);
     r.watch(win.get_root(), "root", {mouse_wheel});
     r.watch(win, "w", {mouse_wheel, mouse_down});
     offscreen::wheel(win, {15, 15}, -1.5);
@@ -118,7 +108,6 @@ TEST_F(WindowTest, WheelBubblesToALiveListenerAndDisabledAncestorsBlockInput) {
 }
 
 TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTakeIt) {
-    TestWindow win;
     widget first, disabled_parent, inside, hidden, last;
     for (widget* w : {&first, &disabled_parent, &hidden, &last})
         w->create(win.get_root(), {0, 0, 10, 10});
@@ -128,7 +117,6 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
     disabled_parent.enable(false);
     hidden.hide();
     win.set_tab_navigation(true);
-    event_recorder r;
     r.watch(win, "w", {key_char});
     r.watch(last, "last", {key_char});
     auto tab = [&](bool shift = false) {
@@ -149,11 +137,9 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
 // Keys go to the focused widget, then the window; focus changes carry their cause and skip the gain on
 // dead widgets.
 TEST_F(WindowTest, KeysAndFocusGoToTheFocusedWidgetThenTheWindowAndPointerEventsToOneWidget) {
-    Scene s;
-    auto& [win, r] = s;
     widget field, under, dead;
-    s.add(field, {0, 0, 10, 10}, "f", {key_down_raw, key_down, key_char, key_up, focus_gained, focus_lost});
-    s.add(dead, {0, 0, 10, 10}, "d", {focus_gained, focus_lost});
+    add(field, {0, 0, 10, 10}, "f", {key_down_raw, key_down, key_char, key_up, focus_gained, focus_lost});
+    add(dead, {0, 0, 10, 10}, "d", {focus_gained, focus_lost});
     field.focus(focus_cause::keyboard);
     win.set_focus(&field, focus_cause::mouse); // already focused: nothing
     r.watch(win, "w", {key_down, focus_lost});
@@ -164,7 +150,7 @@ TEST_F(WindowTest, KeysAndFocusGoToTheFocusedWidgetThenTheWindowAndPointerEvents
                      ev("w", key_down, upper), ev("f", key_char, 'a'), ev("f", key_up, upper)}));
     // Pointer events go to the widget under the pointer, input method updates to the focused one.
     const auto types = {pointer_event, input_ime};
-    s.add(under, {50, 50, 50, 50}, "under", types);
+    add(under, {50, 50, 50, 50}, "under", types);
     r.watch(field, "f", types);
     r.watch(win, "w", types);
     offscreen::set_pointer(win.get_client_rect().position() + _vec2<int>{55, 55});
@@ -181,7 +167,7 @@ TEST_F(WindowTest, KeysAndFocusGoToTheFocusedWidgetThenTheWindowAndPointerEvents
 }
 
 TEST_F(WindowTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
-    TestWindow win, fresh;
+    TestWindow fresh;
     widget w;
     w.create(win.get_root(), {0, 0, 10, 10});
     event_recorder fired(w, timer);
@@ -229,43 +215,36 @@ TEST_F(WindowTest, WidgetTimersFireOnTheClockAndKeepTheirFirstInterval) {
     EXPECT_FALSE(win.os().is_timer_running(window::animation_timer_id));
 }
 
-// Ticks of the tooltip timer, one per 0.1 s of clock.
-void tooltip_ticks(int n) {
-    offscreen::advance_ms(100 * static_cast<uint64_t>(n));
-}
-
-// The tooltip stays hidden for `ticks` - 1 more ticks and shows at the next one.
-bool shows_at_tick(window& win, int ticks) {
-    tooltip_ticks(ticks - 1);
+// The tooltip (its timer ticks every 0.1 s) stays as it is for `ticks` - 1 more ticks and shows or
+// hides at the next one.
+bool flips_at_tick(window& win, int ticks) {
+    const bool before = win.is_tooltip_shown();
+    offscreen::advance_ms(100 * (ticks - 1));
     const bool early = win.is_tooltip_shown();
-    tooltip_ticks(1);
-    return !early && win.is_tooltip_shown();
+    offscreen::advance_ms(100);
+    return early == before && win.is_tooltip_shown() != before;
 }
 
 TEST_F(WindowTest, TooltipShowsAtTheEighthTickHidesAtTheSixtyFirstAndAreasRestartTheDelay) {
-    TestWindow win;
     widget w;
     w.create(win.get_root(), {10, 10, 100, 50});
     w.add_tooltip("Applies the effect", "Apply");
     offscreen::move_mouse(win, {20, 20});
-    tooltip_ticks(1); // the first tick sees a new widget under the pointer and resets the counter
-    ASSERT_TRUE(shows_at_tick(win, 8));
+    offscreen::advance_ms(100); // the first tick sees a new widget under the pointer and resets the counter
+    ASSERT_TRUE(flips_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "Applies the effect");
-    tooltip_ticks(52); // the sixtieth tick after the reset: still shown
-    EXPECT_TRUE(win.is_tooltip_shown());
-    tooltip_ticks(1);
-    EXPECT_FALSE(win.is_tooltip_shown());
+    EXPECT_TRUE(flips_at_tick(win, 53)) << "hidden at the sixty-first tick after the reset";
 
     // Areas are inclusive, and moving into one restarts the delay.
     widget areas;
     areas.create(win.get_root(), {200, 0, 100, 50});
     areas.add_tooltip({0, 0, 40, 50}, "left");
     offscreen::move_mouse(win, {240, 10}); // the right edge of the first area counts
-    tooltip_ticks(2);                      // new widget, then a new area: two resets
-    ASSERT_TRUE(shows_at_tick(win, 8));
+    offscreen::advance_ms(200);            // new widget, then a new area: two resets
+    ASSERT_TRUE(flips_at_tick(win, 8));
     EXPECT_EQ(win.get_tooltip_window()->get_text(), "left");
     offscreen::move_mouse(win, {250, 10}); // between the areas
-    tooltip_ticks(1);
+    offscreen::advance_ms(100);
     EXPECT_FALSE(win.is_tooltip_shown());
     areas.remove_tooltips();
     w.remove_tooltips();
@@ -273,34 +252,32 @@ TEST_F(WindowTest, TooltipShowsAtTheEighthTickHidesAtTheSixtyFirstAndAreasRestar
 }
 
 TEST_F(WindowTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
-    TestWindow dialog({10, 10, 100, 100});
-    event_recorder r;
-    r.watch(dialog, "d", {shown, hidden});
+    r.watch(win, "d", {shown, hidden});
     for (bool on : {true, true, false, false})
-        dialog.show(on);
+        win.show(on);
     EXPECT_EQ(r.take(), (lines{ev("d", shown), ev("d", hidden)}));
     offscreen::offscreen_window::set_modal_driver([&](window& w) {
-        EXPECT_TRUE(&w == &dialog && dialog.is_modal());
-        dialog.end_modal(42);
+        EXPECT_TRUE(&w == &win && win.is_modal());
+        win.end_modal(42);
     });
-    EXPECT_EQ(dialog.show_modal(), 42);
-    EXPECT_FALSE(dialog.is_modal() || dialog.is_shown());
+    EXPECT_EQ(win.show_modal(), 42);
+    EXPECT_FALSE(win.is_modal() || win.is_shown());
     EXPECT_EQ(r.take(true), (lines{ev("d", shown, 0), ev("d", hidden, 0), ev("d", hidden, 0)}));
     // Without a driver, widget timers drive the modal loop; with nothing to drive it, it ends.
     offscreen::offscreen_window::set_modal_driver({});
     widget w;
-    w.create(dialog.get_root(), {0, 0, 10, 10});
+    w.create(win.get_root(), {0, 0, 10, 10});
     int ticks = 0;
-    event_manager::instance().add_event(&w, &dialog, timer, [&](const event_info&) {
+    event_manager::instance().add_event(&w, &win, timer, [&](const event_info&) {
         if (++ticks == 3)
-            dialog.end_modal(-2);
+            win.end_modal(-2);
     });
     w.add_timer(1, 500);
     const uint64_t start = offscreen::now_us();
-    EXPECT_EQ(dialog.show_modal(), -2);
+    EXPECT_EQ(win.show_modal(), -2);
     EXPECT_EQ(offscreen::now_us() - start, 1'500'000u);
     w.remove_timer(1);
-    EXPECT_EQ(dialog.show_modal(), 0);
+    EXPECT_EQ(win.show_modal(), 0);
 }
 
 // Plain control and shift test the left key only; the option and command members take either key;
@@ -336,13 +313,12 @@ TEST_F(WindowTest, ModifierMembersTestTheirKeysKeyPressesReportOnceAndThePointer
         pressed.push_back(keyboard::was_key_pressed(virtual_key::q));
     }
     EXPECT_EQ(pressed, (std::vector<bool>{false, true, false, false, true}));
-    TestWindow win({100, 200, 300, 300});
     widget panel, item;
     panel.create(win.get_root(), {10, 20, 100, 100});
     item.create(panel, {5, 5, 10, 10});
-    offscreen::set_pointer({130, 240});
+    offscreen::set_pointer({130, 140});
     EXPECT_EQ(std::pair(mouse::get_position(nullptr), mouse::get_position(&item)),
-              std::pair(_vec2<int>{130, 240}, _vec2<int>{15, 15}));
+              std::pair(_vec2<int>{130, 140}, _vec2<int>{15, 15}));
     offscreen::set_button_down(2, true);
     EXPECT_TRUE(mouse::is_button_down(mouse::button::right) && !mouse::is_button_down(mouse::button::left));
 }
@@ -355,7 +331,6 @@ uint32_t choose(popup_menu& menu, window& win, std::optional<uint32_t> answer, _
 }
 
 TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOrRemovedItems) {
-    TestWindow win({100, 50, 400, 300});
     popup_menu menu;
     menu.add_item(0, "Copy");
     menu.add_separator(9);
@@ -366,7 +341,7 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
     EXPECT_EQ(menu.get_item_text(4) + menu.get_item_text(77), "Paste");
     EXPECT_EQ(choose(menu, win, 0, {20, 30}), 0u) << "id 0 is a valid choice, told apart from dismissal";
     EXPECT_EQ(choose(menu, win, std::nullopt), popup_menu::dismissed);
-    EXPECT_EQ(choose(menu, win, 3, {120, 80}, true), 3u);
+    EXPECT_EQ(choose(menu, win, 3, {120, 130}, true), 3u);
     const auto& shown = offscreen::shown_menus();
     ASSERT_EQ(shown.size(), 3u);
     EXPECT_EQ(std::pair(shown[0].position, shown[2].position),
@@ -391,4 +366,3 @@ TEST_F(WindowTest, MenusReturnTheChosenIdOrAllBitsWhenDismissedAndSkipDisabledOr
 }
 
 } // namespace
-} // namespace toolkit_test
