@@ -1,6 +1,8 @@
 #include "display_session.h"
 
 #include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/window.h"
+#include "tests/support/backend_conformance.h"
 #include "tests/support/private_xvfb.h"
 
 #include <gtest/gtest.h>
@@ -8,10 +10,6 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-#include <algorithm>
-#include <cmath>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -93,15 +91,8 @@ void xdotool_later(const std::string& arguments) {
         waitpid(pid, nullptr, 0);
 }
 
-nimbit::vec4 screen_image::pixel(int x, int y) const {
-    if (x < 0 || y < 0 || x >= size.x || y >= size.y)
-        return {};
-    const unsigned char* p = &rgba[(static_cast<size_t>(y) * size.x + x) * 4];
-    return {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f, p[3] / 255.0f};
-}
-
-screen_image capture_screen(const nimbit::ivec4& rect) {
-    screen_image image;
+nimbit::graphics::rgba_image capture_screen(const nimbit::ivec4& rect) {
+    nimbit::graphics::rgba_image image;
     Display* d = x_display();
     if (!d || rect.w <= 0 || rect.h <= 0)
         return image;
@@ -111,11 +102,11 @@ screen_image capture_screen(const nimbit::ivec4& rect) {
     if (!x)
         return image;
     image.size = {rect.w, rect.h};
-    image.rgba.resize(static_cast<size_t>(rect.w) * rect.h * 4);
+    image.pixels.resize(static_cast<size_t>(rect.w) * rect.h * 4);
     for (int y = 0; y < rect.h; ++y)
         for (int xx = 0; xx < rect.w; ++xx) {
             const unsigned long p = XGetPixel(x, xx, y);
-            unsigned char* o = &image.rgba[(static_cast<size_t>(y) * rect.w + xx) * 4];
+            unsigned char* o = &image.pixels[(static_cast<size_t>(y) * rect.w + xx) * 4];
             o[0] = static_cast<unsigned char>((p & x->red_mask) >> 16);
             o[1] = static_cast<unsigned char>((p & x->green_mask) >> 8);
             o[2] = static_cast<unsigned char>(p & x->blue_mask);
@@ -125,8 +116,55 @@ screen_image capture_screen(const nimbit::ivec4& rect) {
     return image;
 }
 
-float color_distance(const nimbit::vec4& a, const nimbit::vec4& b) {
-    return std::max({std::fabs(a.x - b.x), std::fabs(a.y - b.y), std::fabs(a.z - b.z)});
+} // namespace cocoa_test
+
+// The shared scenes' driver: the screen under the window, xdotool's pointer and keyboard.
+namespace backend_test {
+
+namespace {
+
+std::string at_screen(nimbit::ui::window& w, point at) {
+    const nimbit::ivec4 client = w.get_client_rect();
+    return "mousemove " + std::to_string(client.x + at.x) + " " + std::to_string(client.y + at.y);
 }
 
-} // namespace cocoa_test
+} // namespace
+
+// The pasteboard's image goes through AppKit's own representation: a translucent pixel may come
+// back a unit off.
+const int clipboard_rounding = 1;
+
+bool wait_for(const std::function<bool()>& done, double timeout_seconds) {
+    return nimbit::ui::cocoa::run_until(done, timeout_seconds);
+}
+
+void pump(double seconds) {
+    nimbit::ui::cocoa::process_events(seconds);
+}
+
+nimbit::graphics::rgba_image shown(nimbit::ui::window& w) {
+    return cocoa_test::capture_screen(w.get_client_rect());
+}
+
+bool click(nimbit::ui::window& w, point at, int button) {
+    const nimbit::ivec4 client = w.get_client_rect();
+    return cocoa_test::click_at({client.x + at.x, client.y + at.y}, button == 2 ? 3 : button + 1);
+}
+
+// Each button is held a little, as a hand does: GNUstep loses a release that follows its press
+// within a few ms.
+bool double_click(nimbit::ui::window& w, point at) {
+    return cocoa_test::xdotool(
+        at_screen(w, at) + " mousedown 1 sleep 0.06 mouseup 1 sleep 0.06 mousedown 1 sleep 0.06 mouseup 1");
+}
+
+bool wheel(nimbit::ui::window& w, point at, int notches) {
+    return cocoa_test::xdotool(at_screen(w, at) + " click --repeat " + std::to_string(std::abs(notches)) +
+                               (notches > 0 ? " 4" : " 5"));
+}
+
+bool type(nimbit::ui::window&, const std::string& letters) {
+    return cocoa_test::xdotool("type --delay 30 " + letters);
+}
+
+} // namespace backend_test
