@@ -62,11 +62,6 @@ const bool registered = [] {
     return true;
 }();
 
-Display* x_display() {
-    static Display* d = XOpenDisplay(nullptr);
-    return d;
-}
-
 } // namespace
 
 bool xdotool(const std::string& arguments) {
@@ -78,42 +73,11 @@ bool xdotool(const std::string& arguments) {
     return pid > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-bool click_at(nimbit::_vec2<int> p, int button) {
-    const std::string b = std::to_string(button);
-    return xdotool("mousemove " + std::to_string(p.x) + " " + std::to_string(p.y) + " mousedown " + b +
-                   " sleep 0.1 mouseup " + b);
-}
-
 void xdotool_later(const std::string& arguments) {
     // The shell returns at once, so that no child is left for us to reap.
     const pid_t pid = shell("xdotool " + arguments + " >/dev/null 2>&1 &");
     if (pid > 0)
         waitpid(pid, nullptr, 0);
-}
-
-nimbit::graphics::rgba_image capture_screen(const nimbit::ivec4& rect) {
-    nimbit::graphics::rgba_image image;
-    Display* d = x_display();
-    if (!d || rect.w <= 0 || rect.h <= 0)
-        return image;
-    XSync(d, False);
-    XImage* x = XGetImage(d, DefaultRootWindow(d), rect.x, rect.y, static_cast<unsigned>(rect.w),
-                          static_cast<unsigned>(rect.h), AllPlanes, ZPixmap);
-    if (!x)
-        return image;
-    image.size = {rect.w, rect.h};
-    image.pixels.resize(static_cast<size_t>(rect.w) * rect.h * 4);
-    for (int y = 0; y < rect.h; ++y)
-        for (int xx = 0; xx < rect.w; ++xx) {
-            const unsigned long p = XGetPixel(x, xx, y);
-            unsigned char* o = &image.pixels[(static_cast<size_t>(y) * rect.w + xx) * 4];
-            o[0] = static_cast<unsigned char>((p & x->red_mask) >> 16);
-            o[1] = static_cast<unsigned char>((p & x->green_mask) >> 8);
-            o[2] = static_cast<unsigned char>(p & x->blue_mask);
-            o[3] = 255;
-        }
-    XDestroyImage(x);
-    return image;
 }
 
 } // namespace cocoa_test
@@ -142,13 +106,38 @@ void pump(double seconds) {
     nimbit::ui::cocoa::process_events(seconds);
 }
 
+// The screen's pixels under the client area (the X server's, y down).
 nimbit::graphics::rgba_image shown(nimbit::ui::window& w) {
-    return cocoa_test::capture_screen(w.get_client_rect());
+    static Display* d = XOpenDisplay(nullptr);
+    const nimbit::ivec4 rect = w.get_client_rect();
+    nimbit::graphics::rgba_image image;
+    if (!d || rect.w <= 0 || rect.h <= 0)
+        return image;
+    XSync(d, False);
+    XImage* x = XGetImage(d, DefaultRootWindow(d), rect.x, rect.y, static_cast<unsigned>(rect.w),
+                          static_cast<unsigned>(rect.h), AllPlanes, ZPixmap);
+    if (!x)
+        return image;
+    image.size = {rect.w, rect.h};
+    image.pixels.resize(static_cast<size_t>(rect.w) * rect.h * 4);
+    for (int y = 0; y < rect.h; ++y)
+        for (int xx = 0; xx < rect.w; ++xx) {
+            const unsigned long p = XGetPixel(x, xx, y);
+            unsigned char* o = &image.pixels[(static_cast<size_t>(y) * rect.w + xx) * 4];
+            o[0] = static_cast<unsigned char>((p & x->red_mask) >> 16);
+            o[1] = static_cast<unsigned char>((p & x->green_mask) >> 8);
+            o[2] = static_cast<unsigned char>(p & x->blue_mask);
+            o[3] = 255;
+        }
+    XDestroyImage(x);
+    return image;
 }
 
+// The button is held for a tenth of a second, as a person does. (GNUstep delivers a press that
+// focuses the window after a release already queued behind it.)
 bool click(nimbit::ui::window& w, point at, int button) {
-    const nimbit::ivec4 client = w.get_client_rect();
-    return cocoa_test::click_at({client.x + at.x, client.y + at.y}, button == 2 ? 3 : button + 1);
+    const std::string b = std::to_string(button == 2 ? 3 : button + 1); // xdotool's right is 3
+    return cocoa_test::xdotool(at_screen(w, at) + " mousedown " + b + " sleep 0.1 mouseup " + b);
 }
 
 // Each button is held a little, as a hand does: GNUstep loses a release that follows its press
