@@ -78,7 +78,7 @@ TEST(BackendWindow, PaintsWidgetsInPlaceAndRoutesPointerWheelAndKeysToThem) {
     EXPECT_EQ(child.data_of(event_type::mouse_down), values{0});
     EXPECT_EQ(child.count(event_type::mouse_up), 1u);
     pump(0.6); // past the double-click interval
-    child.events.entries.clear();
+    child.seen.clear();
     // Clicks go to the widget under the pointer, with the button in the data; the child ends at
     // (59, 49).
     for (auto [x, y, button, target] :
@@ -102,7 +102,7 @@ TEST(BackendWindow, PaintsWidgetsInPlaceAndRoutesPointerWheelAndKeysToThem) {
     // character, key_down_raw the virtual key code (A is 0, B is 11) with the character in the high
     // half.
     child.focus();
-    child.events.entries.clear();
+    child.seen.clear();
     ASSERT_TRUE(type(p.w, "aB"));
     ASSERT_TRUE(wait_for([&] { return child.count(event_type::key_char) == 2; }));
     EXPECT_EQ(child.data_of(event_type::key_char), (values{'a', 'B'}));

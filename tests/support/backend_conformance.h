@@ -9,11 +9,11 @@
 #include "nimbit/ui/drawer.h"
 #include "nimbit/ui/event_manager.h"
 #include "nimbit/ui/window.h"
-#include "tests/support/offscreen_test.h"
 
 #include <functional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace backend_test {
 
@@ -38,26 +38,34 @@ extern const int clipboard_rounding;
 // Whether the pixel at (x, y) is c, channel by channel within tolerance (alpha ignored).
 bool looks(const nimbit::graphics::rgba_image& img, int x, int y, nimbit::vec4 c, float tolerance = 0.03f);
 
-// A widget in one colour that records the input events it receives.
+// A widget in one colour that records the input events it receives (type, data).
 struct probe_widget : nimbit::ui::widget {
     explicit probe_widget(nimbit::vec4 color) : color(color) {}
     template <class Parent> void create(Parent& parent, const nimbit::ivec4& rect) {
-        using nimbit::ui::event_type;
         widget::create(parent, rect);
-        events.watch(*this, "",
-                     {event_type::mouse_up, event_type::mouse_down, event_type::mouse_dbl_click,
-                      event_type::mouse_wheel, event_type::key_down, event_type::key_down_raw,
-                      event_type::key_up, event_type::key_char, event_type::timer});
-        nimbit::ui::event_manager::instance().add_event(
-            this, this, event_type::draw, [this](const nimbit::ui::event_info&) {
-                get_window()->get_drawer().set_brush_color(color);
-                get_window()->get_drawer().draw_rect({0, 0, get_rect().w, get_rect().h});
+        using nimbit::ui::event_type;
+        auto& events = nimbit::ui::event_manager::instance();
+        for (event_type t : {event_type::mouse_up, event_type::mouse_down, event_type::mouse_dbl_click,
+                             event_type::mouse_wheel, event_type::key_down, event_type::key_down_raw,
+                             event_type::key_up, event_type::key_char, event_type::timer})
+            events.add_event(this, this, t, [this](const nimbit::ui::event_info& e) {
+                seen.push_back({e.type, e.data});
             });
+        events.add_event(this, this, event_type::draw, [this](const nimbit::ui::event_info&) {
+            get_window()->get_drawer().set_brush_color(color);
+            get_window()->get_drawer().draw_rect({0, 0, get_rect().w, get_rect().h});
+        });
     }
-    std::vector<uint64_t> data_of(nimbit::ui::event_type type) const { return events.data(type); }
-    size_t count(nimbit::ui::event_type type) const { return events.data(type).size(); }
+    std::vector<uint64_t> data_of(nimbit::ui::event_type type) const {
+        std::vector<uint64_t> out;
+        for (const auto& [t, d] : seen)
+            if (t == type)
+                out.push_back(d);
+        return out;
+    }
+    size_t count(nimbit::ui::event_type type) const { return data_of(type).size(); }
     nimbit::vec4 color;
-    event_recorder events;
+    std::vector<std::pair<nimbit::ui::event_type, uint64_t>> seen;
 };
 
 // A window whose root widget fills it.

@@ -66,14 +66,16 @@ bool wheel(nimbit::ui::window& w, point at, int notches) {
                 MAKELPARAM(c.x + at.x, c.y + at.y));
 }
 
+// Sent rather than posted: the loop would translate a posted key into a second character.
 bool type(nimbit::ui::window& w, const std::string& letters) {
+    const HWND hwnd = win32_test::native(w).get_hwnd();
     for (char c : letters) {
         const WPARAM vk = static_cast<WPARAM>(std::toupper(static_cast<unsigned char>(c)));
-        if (!post(w, WM_KEYDOWN, vk, 1) || !post(w, WM_CHAR, static_cast<WPARAM>(c), 1) ||
-            !post(w, WM_KEYUP, vk, LPARAM(0xC0000001)))
-            return false;
+        SendMessageW(hwnd, WM_KEYDOWN, vk, 1);
+        SendMessageW(hwnd, WM_CHAR, static_cast<WPARAM>(c), 1);
+        SendMessageW(hwnd, WM_KEYUP, vk, LPARAM(0xC0000001));
     }
-    return true;
+    return hwnd != nullptr;
 }
 
 } // namespace backend_test

@@ -119,7 +119,7 @@ TEST(Win32Window, KeyAndCharacterMessagesArriveAsToolkitEvents) {
 
     // Surrogate pairs arrive whole, both units in order; a lone second half, Control+letters and
     // Alt+letters (shortcuts) are not text.
-    child.events.entries.clear();
+    child.seen.clear();
     for (WPARAM unit : {WPARAM(0xDE00), WPARAM(1), WPARAM(0xD83D), WPARAM(0xDE00), WPARAM('z')})
         PostMessageW(hwnd, WM_CHAR, unit, 0);
     PostMessageW(hwnd, WM_SYSCHAR, 'c', 0x20000001);
