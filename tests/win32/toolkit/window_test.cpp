@@ -146,21 +146,27 @@ TEST(Win32Window, KeyAndCharacterMessagesArriveAsToolkitEvents) {
     }
 }
 
-// The owner takes no input during the session, however it ends.
+// The owner takes no input during the session, however it ends; the session dispatches nothing
+// once it has ended.
 TEST(Win32Window, AModalSessionDisablesItsOwnerUntilItEnds) {
     probe_window owner({40, 40, 160, 90});
     owner.w.show();
     probe_window asked({200, 200, 160, 90}, nimbit::ui::window_style_titled, {0.2f, 0.2f, 0.2f, 1}, &owner.w);
     const HWND above = native(owner.w).get_hwnd();
     bool by_end_modal = true, enabled_meanwhile = true;
+    int ticks = 0;
     asked.on_timer(&asked, [&] {
+        ++ticks;
         enabled_meanwhile = IsWindowEnabled(above);
         by_end_modal ? asked.w.end_modal(1) : asked.w.hide();
     });
     for (int code : {1, 0}) {
         by_end_modal = code == 1;
-        asked.root.add_timer(1, 30, true);
+        ticks = 0;
+        asked.root.add_timer(1, 10, false);
         EXPECT_EQ(asked.w.show_modal(), code);
+        asked.root.remove_timer(1);
+        EXPECT_EQ(ticks, 1);
         EXPECT_FALSE(enabled_meanwhile);
         EXPECT_TRUE(IsWindowEnabled(above));
     }
