@@ -1,6 +1,8 @@
 #include "display_session.h"
 
 #include "nimbit/ui/cocoa/native_app.h"
+#include "nimbit/ui/window.h"
+#include "tests/support/backend_conformance.h"
 #include "tests/support/private_xvfb.h"
 
 #include <gtest/gtest.h>
@@ -8,10 +10,6 @@
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 
-#include <algorithm>
-#include <cmath>
-#include <csignal>
-#include <cstdio>
 #include <cstdlib>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -64,11 +62,6 @@ const bool registered = [] {
     return true;
 }();
 
-Display* x_display() {
-    static Display* d = XOpenDisplay(nullptr);
-    return d;
-}
-
 } // namespace
 
 bool xdotool(const std::string& arguments) {
@@ -80,12 +73,6 @@ bool xdotool(const std::string& arguments) {
     return pid > 0 && WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-bool click_at(nimbit::_vec2<int> p, int button) {
-    const std::string b = std::to_string(button);
-    return xdotool("mousemove " + std::to_string(p.x) + " " + std::to_string(p.y) + " mousedown " + b +
-                   " sleep 0.1 mouseup " + b);
-}
-
 void xdotool_later(const std::string& arguments) {
     // The shell returns at once, so that no child is left for us to reap.
     const pid_t pid = shell("xdotool " + arguments + " >/dev/null 2>&1 &");
@@ -93,16 +80,37 @@ void xdotool_later(const std::string& arguments) {
         waitpid(pid, nullptr, 0);
 }
 
-nimbit::vec4 screen_image::pixel(int x, int y) const {
-    if (x < 0 || y < 0 || x >= size.x || y >= size.y)
-        return {};
-    const unsigned char* p = &rgba[(static_cast<size_t>(y) * size.x + x) * 4];
-    return {p[0] / 255.0f, p[1] / 255.0f, p[2] / 255.0f, p[3] / 255.0f};
+} // namespace cocoa_test
+
+// The shared scenes' driver: the screen under the window, xdotool's pointer and keyboard.
+namespace backend_test {
+
+namespace {
+
+std::string at_screen(nimbit::ui::window& w, point at) {
+    const nimbit::ivec4 client = w.get_client_rect();
+    return "mousemove " + std::to_string(client.x + at.x) + " " + std::to_string(client.y + at.y);
 }
 
-screen_image capture_screen(const nimbit::ivec4& rect) {
-    screen_image image;
-    Display* d = x_display();
+} // namespace
+
+// The pasteboard's image goes through AppKit's own representation: a translucent pixel may come
+// back a unit off.
+const int clipboard_rounding = 1;
+
+bool wait_for(const std::function<bool()>& done, double timeout_seconds) {
+    return nimbit::ui::cocoa::run_until(done, timeout_seconds);
+}
+
+void pump(double seconds) {
+    nimbit::ui::cocoa::process_events(seconds);
+}
+
+// The screen's pixels under the client area (the X server's, y down).
+nimbit::graphics::rgba_image shown(nimbit::ui::window& w) {
+    static Display* d = XOpenDisplay(nullptr);
+    const nimbit::ivec4 rect = w.get_client_rect();
+    nimbit::graphics::rgba_image image;
     if (!d || rect.w <= 0 || rect.h <= 0)
         return image;
     XSync(d, False);
@@ -111,11 +119,11 @@ screen_image capture_screen(const nimbit::ivec4& rect) {
     if (!x)
         return image;
     image.size = {rect.w, rect.h};
-    image.rgba.resize(static_cast<size_t>(rect.w) * rect.h * 4);
+    image.pixels.resize(static_cast<size_t>(rect.w) * rect.h * 4);
     for (int y = 0; y < rect.h; ++y)
         for (int xx = 0; xx < rect.w; ++xx) {
             const unsigned long p = XGetPixel(x, xx, y);
-            unsigned char* o = &image.rgba[(static_cast<size_t>(y) * rect.w + xx) * 4];
+            unsigned char* o = &image.pixels[(static_cast<size_t>(y) * rect.w + xx) * 4];
             o[0] = static_cast<unsigned char>((p & x->red_mask) >> 16);
             o[1] = static_cast<unsigned char>((p & x->green_mask) >> 8);
             o[2] = static_cast<unsigned char>(p & x->blue_mask);
@@ -125,8 +133,27 @@ screen_image capture_screen(const nimbit::ivec4& rect) {
     return image;
 }
 
-float color_distance(const nimbit::vec4& a, const nimbit::vec4& b) {
-    return std::max({std::fabs(a.x - b.x), std::fabs(a.y - b.y), std::fabs(a.z - b.z)});
+// The button is held for a tenth of a second, as a person does. (GNUstep delivers a press that
+// focuses the window after a release already queued behind it.)
+bool click(nimbit::ui::window& w, point at, int button) {
+    const std::string b = std::to_string(button == 2 ? 3 : button + 1); // xdotool's right is 3
+    return cocoa_test::xdotool(at_screen(w, at) + " mousedown " + b + " sleep 0.1 mouseup " + b);
 }
 
-} // namespace cocoa_test
+// Each button is held a little, as a hand does: GNUstep loses a release that follows its press
+// within a few ms.
+bool double_click(nimbit::ui::window& w, point at) {
+    return cocoa_test::xdotool(
+        at_screen(w, at) + " mousedown 1 sleep 0.06 mouseup 1 sleep 0.06 mousedown 1 sleep 0.06 mouseup 1");
+}
+
+bool wheel(nimbit::ui::window& w, point at, int notches) {
+    return cocoa_test::xdotool(at_screen(w, at) + " click --repeat " + std::to_string(std::abs(notches)) +
+                               (notches > 0 ? " 4" : " 5"));
+}
+
+bool type(nimbit::ui::window&, const std::string& letters) {
+    return cocoa_test::xdotool("type --delay 30 " + letters);
+}
+
+} // namespace backend_test
