@@ -9,10 +9,10 @@
 #if !defined(_WIN32)
 #include "file_size_limit.h"
 #endif
+#include "forged_files.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <string>
@@ -249,69 +249,6 @@ TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     EXPECT_EQ(nimbit::get_user_data_path(), file_path("/home/artist/.config"));
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), file_path("/home/Shared/Documents"));
 #endif
-}
-
-std::string deflated(const std::string& text) {
-    uLongf size = compressBound(text.size());
-    std::string out(size, '\0');
-    compress2(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(text.data()),
-              text.size(), 9);
-    return out.substr(0, size);
-}
-
-// How many bytes a stream inflates to; nothing when it is not a whole stream.
-long inflated_size(const std::string& stream) {
-    std::vector<Bytef> out(2 << 20);
-    uLongf size = out.size();
-    return uncompress(out.data(), &size, reinterpret_cast<const Bytef*>(stream.data()), stream.size()) == Z_OK
-               ? static_cast<long>(size)
-               : 0;
-}
-
-// Assembles packs by hand, so damaged ones can be made on purpose.
-struct pack_builder {
-    struct file_entry {
-        std::string name;
-        std::string data; // the stored stream
-        long length = -1; // the compressed length written; -1: the data's size
-        long offset = -1; // the offset written; -1: where the data really lands
-        int64_t created = 0, modified = 0;
-        long size = -1; // the plain size written; -1: what the data inflates to
-    };
-    std::vector<std::string> folders;
-    std::vector<file_entry> files;
-
-    static void u32(std::string& s, uint64_t v, int bytes = 4) {
-        for (int i = 0; i < bytes; ++i)
-            s += static_cast<char>(v >> (8 * i));
-    }
-
-    std::string build() const {
-        std::string out;
-        u32(out, nimpacker::magic);
-        u32(out, folders.size());
-        for (const auto& f : folders)
-            u32(out, f.size()), out += f;
-        u32(out, files.size());
-        size_t data_at = out.size();
-        for (const auto& f : files)
-            data_at += 4 + f.name.size() + 28;
-        std::string data;
-        for (const auto& f : files) {
-            u32(out, f.name.size()), out += f.name;
-            u32(out, f.size < 0 ? inflated_size(f.data) : f.size);
-            u32(out, f.length < 0 ? f.data.size() : f.length);
-            u32(out, f.offset < 0 ? data_at + data.size() : f.offset);
-            u32(out, f.created, 8), u32(out, f.modified, 8);
-            data += f.data;
-        }
-        return out + data;
-    }
-};
-
-unsigned unpack(const std::string& pack, const file_path& destination, uint64_t limit = nimpacker::no_limit) {
-    return nimpacker::unpack_files(reinterpret_cast<const unsigned char*>(pack.data()), pack.size(),
-                                   destination, limit);
 }
 
 std::string noise(size_t n, uint32_t seed) {

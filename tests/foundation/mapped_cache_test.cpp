@@ -101,16 +101,6 @@ TEST_F(MappedCacheTest, ANewCacheHasTheDocumentedFilesAndGrowsThemInStepsWhereIt
     cache.clear(true);
     EXPECT_EQ(cache.get_status(), cache_status::closed);
     EXPECT_FALSE(set(cache, "c", pattern(10, 3)) || exists(header_path));
-
-    // The limit stored with the files wins over one set before loading them again.
-    mapped_cache limited;
-    limited.set_max_size(300);
-    open(limited);
-    ASSERT_TRUE(set(limited, "e", pattern(150, 'e')) && !set(limited, "big", pattern(301, 0)));
-    limited.close();
-    limited.set_max_size(1);
-    open(limited);
-    EXPECT_TRUE(get(limited, "e") && limited.get_max_size() == 300u);
 }
 
 TEST_F(MappedCacheTest, KeysKeepTheTailAndAStableHashOfTheWholeName) {
@@ -180,6 +170,13 @@ TEST_F(MappedCacheTest, ReadOnlyCachesNeverWriteAndDamagedHeadersAreRebuiltOrLea
         cache.close();
         write_bytes(header_path, good);
     }
+    // Slots past the recorded count are never read: b's, the second, is not counted here.
+    bytes fewer = good;
+    fewer[16] = 1;
+    write_bytes(header_path, fewer);
+    mapped_cache cache;
+    open(cache, true);
+    EXPECT_TRUE(get(cache, "a") && !get(cache, "b"));
 }
 
 // Two objects on one set of files, as two hosts would have them: each sees what the other stored,
@@ -417,9 +414,10 @@ TEST_F(MappedCacheTest, RandomOperationsAgreeWithAPlainModel) {
                 const uint32_t count = random() % 4;
                 cache->defrag(count), model.defrag(count);
             } else {
+                // The limit comes from the files, not the default.
                 cache = std::make_unique<mapped_cache>();
                 open(*cache);
-                EXPECT_FALSE(get(*cache, "never stored")); // opens the files
+                EXPECT_TRUE(!get(*cache, "never stored") && cache->get_max_size() == model.max_size);
             }
             ASSERT_TRUE(cache->check_consistency());
             ASSERT_EQ(cache->entry_count(), model.entries.size());
@@ -467,8 +465,10 @@ bool transfer(chunk_file& file, record& r) {
 
 TEST_F(ChunkFileTest, WritesTheLittleEndianLayoutAndReadsItBackInAnyOrder) {
     record out{INT32_MIN, true, 0x0102030405060708LL, "abc"};
+    write_bytes(tmp / "s", bytes(1000, 0x55)); // an older, longer file is cut
     {
         chunk_file file(tmp / "s", chunk_file_access::write);
+        EXPECT_EQ(read_bytes(tmp / "s"), magic) << "the header exists from construction on";
         EXPECT_TRUE(transfer(file, out));
     }
     bytes expected = magic;
@@ -561,12 +561,7 @@ TEST_F(ChunkFileTest, ChunksRunningPastTheEndCutTheFileThere) {
 }
 
 #if !defined(_WIN32) // no per-process file size limit on Windows
-TEST_F(ChunkFileTest, WritersCutOldFilesAndStopCleanlyAtAFileSizeLimit) {
-    write_bytes(tmp / "s", bytes(1000, 0x55));
-    {
-        chunk_file file(tmp / "s", chunk_file_access::write);
-        EXPECT_EQ(read_bytes(tmp / "s"), magic) << "the header exists from construction on";
-    }
+TEST_F(ChunkFileTest, WritersStopCleanlyAtAFileSizeLimit) {
     {
         file_size_limit limit(4096);
         ASSERT_TRUE(limit.applied);
