@@ -198,25 +198,16 @@ TEST(WriteFileAtomic, CreatesAndReplacesKeepingPermissionsAndFailuresLeaveTheOld
 const char* const folder_variables[] = {"QUILLO_USER_DATA_DIR", "QUILLO_COMMON_DATA_DIR", "QUILLO_DOCS_DIR",
                                         "QUILLO_SHARED_DOCS_DIR", "QUILLO_TEST_ASSETS"};
 
-// Points every well-known folder into a temporary folder for the test's lifetime.
-class KnownFolders : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
-        unset_env("QUILLO_TEST_ASSETS");
-        set_env("QUILLO_USER_DATA_DIR", (tmp / "user").to_string());
-        set_env("QUILLO_COMMON_DATA_DIR", (tmp / "common").to_string());
-        set_env("QUILLO_DOCS_DIR", (tmp / "docs").to_string());
-        set_env("QUILLO_SHARED_DOCS_DIR", (tmp / "shared").to_string());
-    }
-    void TearDown() override {
-        for (const char* name : folder_variables)
-            unset_env(name);
-    }
+// Every well-known folder pointed into a temporary folder, then, on systems without known folders of
+// their own, none.
+TEST(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     temp_folder tmp;
-};
-
-TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
+    ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
+    unset_env("QUILLO_TEST_ASSETS");
+    set_env("QUILLO_USER_DATA_DIR", (tmp / "user").to_string());
+    set_env("QUILLO_COMMON_DATA_DIR", (tmp / "common").to_string());
+    set_env("QUILLO_DOCS_DIR", (tmp / "docs").to_string());
+    set_env("QUILLO_SHARED_DOCS_DIR", (tmp / "shared").to_string());
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
 
@@ -234,10 +225,10 @@ TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 1), tmp / "user");
 
-#if !defined(_WIN32) // Windows has its known folders instead
-    // Without overrides: the XDG variables, then the home folder.
     for (const char* name : folder_variables)
         unset_env(name);
+#if !defined(_WIN32) // Windows has its known folders instead
+    // Without overrides: the XDG variables, then the home folder.
     set_env("XDG_CONFIG_HOME", "/xdg/config");
     set_env("XDG_DOCUMENTS_DIR", "/xdg/docs");
     EXPECT_EQ(nimbit::get_user_data_path(), file_path("/xdg/config"));

@@ -140,14 +140,14 @@ TEST_F(MappedCacheTest, ReadOnlyCachesNeverWriteAndDamagedHeadersAreRebuiltOrLea
         cache.clear(false);
         EXPECT_TRUE(read_bytes(header_path) == good && read_bytes(data_path) == data_before);
     }
+    // A slot count past what the file holds (the second wrapping round); b's slot past the data file or
+    // wrapping round, under another index, overlapping a, empty.
     const size_t slot = 24 + 200;
-    const std::vector<std::pair<size_t, uint64_t>> changes = {{16, 51},
-                                                              {16, UINT64_MAX / 200 + 2},
-                                                              {slot + 152, 5'242'880 - 50},
-                                                              {slot + 160, UINT64_MAX - 50},
-                                                              {slot + 184, 4000},
-                                                              {slot + 152, 50} /* overlaps a */,
-                                                              {slot + 160, 0}};
+    // clang-format off
+    const std::pair<size_t, uint64_t> changes[] = {
+        {16, 51}, {16, UINT64_MAX / 200 + 2}, {slot + 152, 5'242'880 - 50}, {slot + 160, UINT64_MAX - 50},
+        {slot + 184, 4000}, {slot + 152, 50}, {slot + 160, 0}};
+    // clang-format on
     std::vector<bytes> cases = {bytes(good.begin(), good.begin() + 5000),
                                 bytes(good.begin(), good.begin() + 20)};
     for (const auto& [at, value] : changes)
@@ -165,7 +165,6 @@ TEST_F(MappedCacheTest, ReadOnlyCachesNeverWriteAndDamagedHeadersAreRebuiltOrLea
         open(cache);
         EXPECT_FALSE(get(cache, "a"));
         EXPECT_EQ(cache.get_status(), cache_status::ready);
-        EXPECT_EQ(read_bytes(header_path).size(), 10024u);
         EXPECT_TRUE(set(cache, "c", pattern(5, 5)));
         cache.close();
         write_bytes(header_path, good);
@@ -222,7 +221,7 @@ TEST_F(MappedCacheTest, ObjectsSharingTheFilesSeeEachOthersChanges) {
 // child would inherit their locks.
 using MappedCacheDeathTest = MappedCacheTest;
 
-#if !defined(_WIN32) // no per-process file size limit on Windows
+#if !defined(_WIN32) // no per-process file size limit on Windows, and no fork
 // The file size limit stands in for a full disk.
 TEST_F(MappedCacheTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
     file_size_limit limit(6 << 20);
@@ -233,9 +232,7 @@ TEST_F(MappedCacheTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
     EXPECT_FALSE(set(cache, "needs growth", pattern(5'500'000, 2)));
     EXPECT_TRUE(get(cache, "small") == pattern(1000, 1) && cache.check_consistency());
 }
-#endif
 
-#if !defined(_WIN32) // fork
 // A value that names its key and version in its first 8 bytes, the rest following from both: a
 // value read under another key, or torn between two versions, does not pass well_formed.
 bytes tagged(uint32_t key, uint32_t version, uint64_t length) {
