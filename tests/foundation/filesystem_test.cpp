@@ -84,41 +84,6 @@ TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
     EXPECT_TRUE(nimbit::remove_file(tmp / "f.txt") && !nimbit::remove_file(tmp / "f.txt"));
 }
 
-// remove_dir removes links, at the top or anywhere inside, and never what they point to.
-TEST(FileOperations, RemoveDirLeavesWhatLinksPointTo) {
-    if (!links_available())
-        GTEST_SKIP() << "this system makes no symbolic links";
-    temp_folder tmp;
-    ASSERT_TRUE(nimbit::make_dir(tmp / "outside/deep") && nimbit::make_dir(tmp / "tree/a/b"));
-    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "outside/deep/keep", "keep") &&
-                write_text(tmp / "tree/a/b/f", "x"));
-    // clang-format off
-    const std::pair<const char*, const char*> links[] = {
-        {"tree/folder_link", "outside"},
-        {"tree/a/b/file_link", "outside/keep"},
-        {"tree/a/up", "."},  // the folder holding the whole test
-        {"tree/a/dangling", "no/such/thing"},
-    };
-    // clang-format on
-    for (const auto& [link, target] : links)
-        ASSERT_TRUE(make_symlink(tmp / target, tmp / link)) << link;
-    for (const char* top : {"top_link", "top_link2"})
-        ASSERT_TRUE(make_symlink(tmp / "outside", tmp / top));
-    const auto outside = tree(tmp / "outside");
-
-    // A link given as the folder goes as a link, a trailing separator or not.
-    EXPECT_TRUE(nimbit::remove_dir(tmp / "top_link") && nimbit::remove_dir(tmp / "top_link2/"));
-    EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
-    EXPECT_FALSE(file_stats(tmp / "tree").exists || nimbit::remove_dir(tmp / "tree"));
-    EXPECT_EQ(tree(tmp.path()),
-              (std::vector<std::string>{"outside", "outside/deep", "outside/deep/keep", "outside/keep"}));
-    EXPECT_TRUE(read_text(tmp / "outside/keep") == "keep" && read_text(tmp / "outside/deep/keep") == "keep");
-
-    // A file is not a folder: left alone.
-    EXPECT_FALSE(nimbit::remove_dir(tmp / "outside/keep") || nimbit::remove_dir(file_path()));
-    EXPECT_EQ(tree(tmp / "outside"), outside);
-}
-
 // Copying a file onto itself, under whatever name, fails and leaves it whole.
 TEST(FileOperations, CopyFileReplacesOtherFilesButNeverItself) {
     temp_folder tmp;
@@ -426,17 +391,26 @@ TEST(Nimpacker, RecordsThatInflateToOtherThanTheirSizeOrPacksOverTheLimitAreRefu
     EXPECT_FALSE(file_stats(tmp / "many").exists);
 }
 
-// Links, hard links and pipes already in the destination, pointing outside it, are never written
-// through nor waited on; the record that meets one fails.
+// Links, hard links and pipes in a folder, pointing outside it, are never written through nor waited
+// on by unpacking into it (the record that meets one fails), and removing the folder removes them,
+// at the top or anywhere inside, never what they point to.
 #if !defined(_WIN32) // pipes; the Windows links are planted in foundation_win32_test.cpp
-TEST(Nimpacker, NothingAlreadyInTheDestinationIsFollowed) {
+TEST(Links, NeitherUnpackingIntoAFolderNorRemovingItFollowsWhatItHolds) {
     temp_folder tmp;
     const file_path dest = tmp / "dest", outside = tmp / "outside";
-    ASSERT_TRUE(nimbit::make_dir(dest) && nimbit::make_dir(outside) &&
-                write_text(outside.append("target"), "keep"));
-    ASSERT_TRUE(make_symlink(outside, dest.append("folder_link")) &&
-                make_symlink(outside.append("target"), dest.append("file_link")) &&
-                make_hard_link(outside.append("target"), dest.append("hard_link")) &&
+    ASSERT_TRUE(nimbit::make_dir(dest.append("a/b")) && nimbit::make_dir(outside.append("deep")) &&
+                write_text(outside.append("target"), "keep") &&
+                write_text(outside.append("deep/keep"), "keep"));
+    // clang-format off
+    const std::pair<const char*, const char*> links[] = {
+        {"dest/folder_link", "outside"}, {"dest/file_link", "outside/target"},
+        {"dest/a/b/file_link", "outside/target"}, {"dest/a/up", "."} /* the folder holding the whole test */,
+        {"dest/a/dangling", "no/such/thing"}, {"top_link", "outside"}, {"top_link2", "outside"},
+    };
+    // clang-format on
+    for (const auto& [link, target] : links)
+        ASSERT_TRUE(make_symlink(tmp / target, tmp / link)) << link;
+    ASSERT_TRUE(make_hard_link(outside.append("target"), dest.append("hard_link")) &&
                 ::mkfifo(dest.append("pipe").c_str(), 0600) == 0);
 
     const std::string x = deflated("x");
@@ -453,14 +427,24 @@ TEST(Nimpacker, NothingAlreadyInTheDestinationIsFollowed) {
     // clang-format on
     for (size_t i = 0; i < std::size(cases); ++i)
         EXPECT_EQ(unpack(cases[i].first.build(), dest), cases[i].second) << i;
-
-    EXPECT_EQ(tree(outside), std::vector<std::string>{"target"});
-    EXPECT_EQ(read_text(outside.append("target")), "keep");
     struct stat st;
     EXPECT_TRUE(::lstat(dest.append("file_link").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
     // A device is not a file to unpack into either.
     EXPECT_EQ(unpack(pack_builder{{}, {{"null", x}}}.build(), file_path("/dev")),
               nimpacker::cannot_create_file);
+
+    // A link given as the folder goes as a link, a trailing separator or not.
+    EXPECT_TRUE(nimbit::remove_dir(tmp / "top_link") && nimbit::remove_dir(tmp / "top_link2/"));
+    EXPECT_TRUE(nimbit::remove_dir(dest));
+    EXPECT_FALSE(file_stats(dest).exists || nimbit::remove_dir(dest));
+    const std::vector<std::string> left = {"outside", "outside/deep", "outside/deep/keep", "outside/target"};
+    EXPECT_EQ(tree(tmp.path()), left);
+    EXPECT_TRUE(read_text(outside.append("target")) == "keep" &&
+                read_text(outside.append("deep/keep")) == "keep");
+
+    // A file is not a folder: left alone.
+    EXPECT_FALSE(nimbit::remove_dir(outside.append("target")) || nimbit::remove_dir(file_path()));
+    EXPECT_EQ(tree(tmp.path()), left);
 }
 #endif
 
