@@ -53,7 +53,7 @@ TEST(FilePath, JoinsAndSplitsAtTheLastSeparator) {
     EXPECT_FALSE(file_path("a") < file_path("a"));
 }
 
-TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
+TEST(FileOperations, StatsMakeCopyAndRemoveFoldersAndFiles) {
     temp_folder tmp;
     ASSERT_TRUE(write_text(tmp / "f.txt", "12345"));
     const file_stats missing(tmp / "nothing/here"), file(tmp / "f.txt"), folder(tmp.path());
@@ -82,11 +82,9 @@ TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
     EXPECT_FALSE(nimbit::copy_dir(tmp / "a", tmp / "a") || nimbit::copy_dir(tmp / "a", tmp / "a/b"));
 
     EXPECT_TRUE(nimbit::remove_file(tmp / "f.txt") && !nimbit::remove_file(tmp / "f.txt"));
-}
 
-// Copying a file onto itself, under whatever name, fails and leaves it whole.
-TEST(FileOperations, CopyFileReplacesOtherFilesButNeverItself) {
-    temp_folder tmp;
+    // copy_file replaces other files, but copying a file onto itself, under whatever name, fails and
+    // leaves it whole.
     ASSERT_TRUE(write_text(tmp / "f", "contents") && write_text(tmp / "other", "much longer old contents"));
     ASSERT_TRUE(make_hard_link(tmp / "f", tmp / "hard"));
     ASSERT_TRUE(!links_available() || make_symlink(tmp / "f", tmp / "soft"));

@@ -222,7 +222,8 @@ TEST_F(MappedCacheTest, ObjectsSharingTheFilesSeeEachOthersChanges) {
 using MappedCacheDeathTest = MappedCacheTest;
 
 #if !defined(_WIN32) // no per-process file size limit on Windows, and no fork
-// The file size limit stands in for a full disk.
+// The file size limit stands in for a full disk: the cache refuses stores without losing what is
+// there, and a chunk file stops cleanly after its last whole chunk.
 TEST_F(MappedCacheTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
     file_size_limit limit(6 << 20);
     ASSERT_TRUE(limit.applied);
@@ -231,6 +232,14 @@ TEST_F(MappedCacheTest, AFullDiskRefusesStoresWithoutLosingWhatIsThere) {
     ASSERT_TRUE(set(cache, "small", pattern(1000, 1)));
     EXPECT_FALSE(set(cache, "needs growth", pattern(5'500'000, 2)));
     EXPECT_TRUE(get(cache, "small") == pattern(1000, 1) && cache.check_consistency());
+    {
+        chunk_file file(tmp / "limited", chunk_file_access::write);
+        file.write_chunk(1, std::string(100, 'a'));
+        file.write_chunk(2, std::string(7 << 20, 'b'));
+        file.write_chunk(3, std::string(10, 'c'));
+        EXPECT_FALSE(file.is_valid());
+    }
+    EXPECT_EQ(read_bytes(tmp / "limited").size(), 8u + 8u + 100u) << "chunk 1 only";
 }
 
 // A value that names its key and version in its first 8 bytes, the rest following from both: a
@@ -251,9 +260,6 @@ bool well_formed(const bytes& b, uint32_t key) {
 // one also clears it now and then. Neither may fault, and a read never yields another key's bytes.
 TEST_F(MappedCacheDeathTest, TwoProcessesShareOneCacheWithoutFaultsOrForeignBytes) {
     constexpr uint32_t names = 80;
-    const auto name_of = [](uint32_t key) {
-        return "/captures/" + std::to_string(key) + ".png";
-    };
     const auto hammer = [&](unsigned seed, bool clears) {
         std::mt19937 random(seed);
         mapped_cache cache;
@@ -264,17 +270,18 @@ TEST_F(MappedCacheDeathTest, TwoProcessesShareOneCacheWithoutFaultsOrForeignByte
         const auto until = std::chrono::steady_clock::now() + std::chrono::milliseconds(1200);
         for (uint32_t version = 0; std::chrono::steady_clock::now() < until; ++version) {
             const uint32_t key = random() % names, op = random() % 1000;
+            const std::string name = std::to_string(key);
             if (op < 400) {
                 const uint64_t length = 8 + random() % (op < 100 ? 1'000'000 : 6'000);
-                set(cache, name_of(key), tagged(key, version, length));
+                set(cache, name, tagged(key, version, length));
             } else if (op < 800) {
-                faults += cache.read_data(name_of(key), out) && !well_formed(out, key);
+                faults += cache.read_data(name, out) && !well_formed(out, key);
             } else if (op < 900) {
                 // Only touched: once the lock is let go the other process may reuse these bytes.
-                const nimbit::cache_value v = cache.get_data(name_of(key));
+                const nimbit::cache_value v = cache.get_data(name);
                 faults += v && std::count(v.data, v.data + v.size, 0) > static_cast<long>(v.size);
             } else if (op < 970) {
-                cache.remove_data(name_of(key));
+                cache.remove_data(name);
             } else if (op < 990) {
                 cache.defrag(random() % 4);
             } else if (clears && op < 993) {
@@ -299,7 +306,7 @@ TEST_F(MappedCacheDeathTest, TwoProcessesShareOneCacheWithoutFaultsOrForeignByte
     uint64_t held = 0;
     bytes out;
     for (uint32_t key = 0; key < names; ++key)
-        if (after.read_data(name_of(key), out)) {
+        if (after.read_data(std::to_string(key), out)) {
             ++held;
             EXPECT_TRUE(well_formed(out, key)) << key;
         }
@@ -556,21 +563,6 @@ TEST_F(ChunkFileTest, ChunksRunningPastTheEndCutTheFileThere) {
         EXPECT_EQ(three, "untouched");
     }
 }
-
-#if !defined(_WIN32) // no per-process file size limit on Windows
-TEST_F(ChunkFileTest, WritersStopCleanlyAtAFileSizeLimit) {
-    {
-        file_size_limit limit(4096);
-        ASSERT_TRUE(limit.applied);
-        chunk_file file(tmp / "limited", chunk_file_access::write);
-        file.write_chunk(1, std::string(100, 'a'));
-        file.write_chunk(2, std::string(8000, 'b'));
-        file.write_chunk(3, std::string(10, 'c'));
-        EXPECT_FALSE(file.is_valid());
-    }
-    EXPECT_EQ(read_bytes(tmp / "limited").size(), 8u + 8u + 100u) << "chunk 1 only";
-}
-#endif
 
 using ChunkFileDeathTest = ChunkFileTest;
 
