@@ -22,10 +22,8 @@ inline std::string deflated(std::string_view text) {
 inline long inflated_size(const std::string& stream) {
     std::vector<Bytef> out(2 << 20);
     uLongf size = uLongf(out.size());
-    return uncompress(out.data(), &size, reinterpret_cast<const Bytef*>(stream.data()),
-                      uLong(stream.size())) == Z_OK
-               ? static_cast<long>(size)
-               : 0;
+    const auto* in = reinterpret_cast<const Bytef*>(stream.data());
+    return uncompress(out.data(), &size, in, uLong(stream.size())) == Z_OK ? static_cast<long>(size) : 0;
 }
 
 // A folder pack; every field can be made to lie.

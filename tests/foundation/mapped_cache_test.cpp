@@ -418,8 +418,9 @@ TEST_F(MappedCacheTest, RandomOperationsAgreeWithAPlainModel) {
                 const uint32_t count = random() % 4;
                 cache->defrag(count), model.defrag(count);
             } else {
-                // The limit comes from the files, not the default.
+                // The limit stored with the files wins over one set before loading them.
                 cache = std::make_unique<mapped_cache>();
+                cache->set_max_size(1);
                 open(*cache);
                 EXPECT_TRUE(!get(*cache, "never stored") && cache->get_max_size() == model.max_size);
             }
