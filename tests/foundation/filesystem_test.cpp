@@ -81,6 +81,11 @@ TEST(FileOperations, StatsMakeCopyAndRemoveFoldersAndFiles) {
     EXPECT_EQ(read_text(tmp / "copy/a/b/f"), "x");
     EXPECT_FALSE(nimbit::copy_dir(tmp / "a", tmp / "a") || nimbit::copy_dir(tmp / "a", tmp / "a/b"));
 
+    // read_file reads files within its limit only.
+    std::vector<unsigned char> read;
+    EXPECT_TRUE(nimbit::read_file(tmp / "f.txt", read, 5) && read == read_bytes(tmp / "f.txt"));
+    EXPECT_FALSE(nimbit::read_file(tmp / "f.txt", read, 4) || nimbit::read_file(tmp / "a", read) ||
+                 nimbit::read_file(tmp / "missing", read));
     EXPECT_TRUE(nimbit::remove_file(tmp / "f.txt") && !nimbit::remove_file(tmp / "f.txt"));
 
     // copy_file replaces other files, but copying a file onto itself, under whatever name, fails and
