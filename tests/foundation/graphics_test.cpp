@@ -131,9 +131,12 @@ TEST(PixelBuffer, ExportsRegionsAndImportsAndExportsRefuseWhatDoesNotFit) {
         buffer[i] = {static_cast<float>(i % 10) / 255.0f, static_cast<float>(i / 10) / 255.0f, 0, 1};
 
     // Sampling blends the four nearest pixels; positions outside take the nearest edge.
-    const vec4 blend = buffer.sample_pixel({4.5f, 3.25f});
-    EXPECT_NEAR(blend.x * 255, 4.5, 1e-3);
-    EXPECT_NEAR(blend.y * 255, 3.25, 1e-3);
+    // Inside, and between the last two columns and rows.
+    for (const _vec2<float> at : {_vec2<float>{4.5f, 3.25f}, {8.5f, 4.5f}}) {
+        const vec4 blend = buffer.sample_pixel(at);
+        EXPECT_NEAR(blend.x * 255, at.x, 1e-3);
+        EXPECT_NEAR(blend.y * 255, at.y, 1e-3);
+    }
     EXPECT_TRUE(buffer.sample_pixel({-5.0f, 100.0f}) == buffer[50] &&
                 pixel_buffer().sample_pixel({}) == vec4{});
 
@@ -313,6 +316,10 @@ TEST(ImageCodecs, ResamplingWeighsColoursByAlphaAndGrowsLinearly) {
         (std::vector<unsigned char>{0, 0, 0, 255, 50, 25, 10, 255, 150, 75, 30, 255, 200, 100, 40, 255}));
     EXPECT_TRUE(std::equal(grown.pixels.begin(), grown.pixels.begin() + 16, grown.pixels.begin() + 16));
     EXPECT_TRUE(resample(rgba_image{}, {3, 3}).empty());
+    // A new canvas keeps the pixels at the top left and is transparent black elsewhere.
+    EXPECT_EQ(recanvas(pair, {3, 2}).pixels,
+              (std::vector<unsigned char>{0, 0, 0, 255, 200, 100, 40, 255, 0, 0, 0, 0,
+                                          0, 0, 0, 0,   0,   0,   0,  0,   0, 0, 0, 0}));
 }
 
 #if !defined(_WIN32) // the system codecs have cases of their own in foundation_win32_test.cpp
