@@ -187,7 +187,8 @@ TEST(Rect, IntersectionAndUnion) {
     EXPECT_EQ(intersection(a, b), (ivec4{25, 10, 5, 5}));
     EXPECT_EQ(unite(a, b), (ivec4{10, 5, 35, 25}));
     EXPECT_EQ(unite(a, {0, 0, 5, 5}), (ivec4{0, 0, 30, 30}));
-    EXPECT_EQ(unite({3, 3, 0, 9}, b), b); // an empty rectangle adds nothing
+    EXPECT_EQ(unite({3, 3, 0, 9}, b), b);                     // an empty rectangle adds nothing
+    EXPECT_EQ(unite({0, 0, 1, 1}, b), (ivec4{0, 0, 45, 15})); // one pixel is not empty
 }
 
 // Pixel fidelity through the toolkit is also checked by the bitmap round trips and the decode fuzzer.
