@@ -3,7 +3,6 @@
 #include "fuzz/fuzz_support.h"
 #include "nimbit/utils/chunk_file.h"
 
-#include <cstdint>
 #include <vector>
 
 namespace {

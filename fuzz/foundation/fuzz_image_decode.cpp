@@ -9,14 +9,6 @@
 using namespace nimbit;
 using namespace nimbit::graphics;
 
-namespace {
-
-graphics::rgba_view view_of(const rgba_image& image) {
-    return {image.pixels.data(), image.size.x, image.size.y, image.pitch()};
-}
-
-} // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // A smaller cap than the bitmap's keeps each run fast; the cap logic itself is the same.
     constexpr unsigned long long cap = 1u << 20;
@@ -32,6 +24,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         check(reduced.size.x >= image.size.x / 3 + 1 && reduced.size.x <= image.size.x);
     const rgba_image smaller = resample(image, {image.size.x / 2 + 1, image.size.y / 3 + 1});
     const rgba_image larger = resample(smaller, {smaller.size.x + 3, smaller.size.y * 2});
+    const auto view_of = [](const rgba_image& i) {
+        return rgba_view{i.pixels.data(), i.size.x, i.size.y, i.pitch()};
+    };
     rgba_image again;
     const auto png = graphics::encode_png(view_of(larger));
     check(decode_png(png.data(), png.size(), cap, again) && again.size == larger.size &&

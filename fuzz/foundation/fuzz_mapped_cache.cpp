@@ -4,9 +4,7 @@
 #include "fuzz/fuzz_support.h"
 #include "nimbit/utils/mapped_cache.h"
 
-#include <algorithm>
 #include <cstring>
-#include <unistd.h>
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
@@ -48,8 +46,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         } else if (kind % 7 == 5) {
             cache.defrag(kind >> 4);
         } else {
-            const int cut = ::truncate(path.c_str(), static_cast<off_t>(in.take(3)));
-            (void)cut; // a file that cannot be cut leaves nothing to check
+            // A file that cannot be cut leaves nothing to check.
+            [[maybe_unused]] const int cut = ::truncate(path.c_str(), static_cast<off_t>(in.take(3)));
         }
         check(cache.check_consistency());
     }

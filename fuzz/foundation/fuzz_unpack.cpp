@@ -5,10 +5,7 @@
 #include "nimbit/filesystem/file_operations.h"
 #include "nimbit/filesystem/nimpacker.h"
 
-#include <filesystem>
 #include <system_error>
-
-#include <unistd.h>
 
 namespace {
 

@@ -9,10 +9,10 @@
 #if !defined(_WIN32)
 #include "file_size_limit.h"
 #endif
+#include "forged_files.h"
 #include "temp_folder.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <algorithm>
 #include <string>
@@ -53,7 +53,7 @@ TEST(FilePath, JoinsAndSplitsAtTheLastSeparator) {
     EXPECT_FALSE(file_path("a") < file_path("a"));
 }
 
-TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
+TEST(FileOperations, StatsMakeCopyAndRemoveFoldersAndFiles) {
     temp_folder tmp;
     ASSERT_TRUE(write_text(tmp / "f.txt", "12345"));
     const file_stats missing(tmp / "nothing/here"), file(tmp / "f.txt"), folder(tmp.path());
@@ -81,47 +81,15 @@ TEST(FileOperations, StatsMakeCopyAndRemoveFolders) {
     EXPECT_EQ(read_text(tmp / "copy/a/b/f"), "x");
     EXPECT_FALSE(nimbit::copy_dir(tmp / "a", tmp / "a") || nimbit::copy_dir(tmp / "a", tmp / "a/b"));
 
+    // read_file reads files within its limit only.
+    std::vector<unsigned char> read;
+    EXPECT_TRUE(nimbit::read_file(tmp / "f.txt", read, 5) && read == read_bytes(tmp / "f.txt"));
+    EXPECT_FALSE(nimbit::read_file(tmp / "f.txt", read, 4) || nimbit::read_file(tmp / "a", read) ||
+                 nimbit::read_file(tmp / "missing", read));
     EXPECT_TRUE(nimbit::remove_file(tmp / "f.txt") && !nimbit::remove_file(tmp / "f.txt"));
-}
 
-// remove_dir removes links, at the top or anywhere inside, and never what they point to.
-TEST(FileOperations, RemoveDirLeavesWhatLinksPointTo) {
-    if (!links_available())
-        GTEST_SKIP() << "this system makes no symbolic links";
-    temp_folder tmp;
-    ASSERT_TRUE(nimbit::make_dir(tmp / "outside/deep") && nimbit::make_dir(tmp / "tree/a/b"));
-    ASSERT_TRUE(write_text(tmp / "outside/keep", "keep") && write_text(tmp / "outside/deep/keep", "keep") &&
-                write_text(tmp / "tree/a/b/f", "x"));
-    // clang-format off
-    const std::pair<const char*, const char*> links[] = {
-        {"tree/folder_link", "outside"},
-        {"tree/a/b/file_link", "outside/keep"},
-        {"tree/a/up", "."},  // the folder holding the whole test
-        {"tree/a/dangling", "no/such/thing"},
-    };
-    // clang-format on
-    for (const auto& [link, target] : links)
-        ASSERT_TRUE(make_symlink(tmp / target, tmp / link)) << link;
-    for (const char* top : {"top_link", "top_link2"})
-        ASSERT_TRUE(make_symlink(tmp / "outside", tmp / top));
-    const auto outside = tree(tmp / "outside");
-
-    // A link given as the folder goes as a link, a trailing separator or not.
-    EXPECT_TRUE(nimbit::remove_dir(tmp / "top_link") && nimbit::remove_dir(tmp / "top_link2/"));
-    EXPECT_TRUE(nimbit::remove_dir(tmp / "tree"));
-    EXPECT_FALSE(file_stats(tmp / "tree").exists || nimbit::remove_dir(tmp / "tree"));
-    EXPECT_EQ(tree(tmp.path()),
-              (std::vector<std::string>{"outside", "outside/deep", "outside/deep/keep", "outside/keep"}));
-    EXPECT_TRUE(read_text(tmp / "outside/keep") == "keep" && read_text(tmp / "outside/deep/keep") == "keep");
-
-    // A file is not a folder: left alone.
-    EXPECT_FALSE(nimbit::remove_dir(tmp / "outside/keep") || nimbit::remove_dir(file_path()));
-    EXPECT_EQ(tree(tmp / "outside"), outside);
-}
-
-// Copying a file onto itself, under whatever name, fails and leaves it whole.
-TEST(FileOperations, CopyFileReplacesOtherFilesButNeverItself) {
-    temp_folder tmp;
+    // copy_file replaces other files, but copying a file onto itself, under whatever name, fails and
+    // leaves it whole.
     ASSERT_TRUE(write_text(tmp / "f", "contents") && write_text(tmp / "other", "much longer old contents"));
     ASSERT_TRUE(make_hard_link(tmp / "f", tmp / "hard"));
     ASSERT_TRUE(!links_available() || make_symlink(tmp / "f", tmp / "soft"));
@@ -198,25 +166,16 @@ TEST(WriteFileAtomic, CreatesAndReplacesKeepingPermissionsAndFailuresLeaveTheOld
 const char* const folder_variables[] = {"QUILLO_USER_DATA_DIR", "QUILLO_COMMON_DATA_DIR", "QUILLO_DOCS_DIR",
                                         "QUILLO_SHARED_DOCS_DIR", "QUILLO_TEST_ASSETS"};
 
-// Points every well-known folder into a temporary folder for the test's lifetime.
-class KnownFolders : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
-        unset_env("QUILLO_TEST_ASSETS");
-        set_env("QUILLO_USER_DATA_DIR", (tmp / "user").to_string());
-        set_env("QUILLO_COMMON_DATA_DIR", (tmp / "common").to_string());
-        set_env("QUILLO_DOCS_DIR", (tmp / "docs").to_string());
-        set_env("QUILLO_SHARED_DOCS_DIR", (tmp / "shared").to_string());
-    }
-    void TearDown() override {
-        for (const char* name : folder_variables)
-            unset_env(name);
-    }
+// Every well-known folder pointed into a temporary folder, then, on systems without known folders of
+// their own, none.
+TEST(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     temp_folder tmp;
-};
-
-TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
+    ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
+    unset_env("QUILLO_TEST_ASSETS");
+    set_env("QUILLO_USER_DATA_DIR", (tmp / "user").to_string());
+    set_env("QUILLO_COMMON_DATA_DIR", (tmp / "common").to_string());
+    set_env("QUILLO_DOCS_DIR", (tmp / "docs").to_string());
+    set_env("QUILLO_SHARED_DOCS_DIR", (tmp / "shared").to_string());
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
 
@@ -234,10 +193,10 @@ TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 0), file_path("/from/variable"));
     EXPECT_EQ(nimbit::get_common_data_path("QUILLO_TEST_ASSETS", 1), tmp / "user");
 
-#if !defined(_WIN32) // Windows has its known folders instead
-    // Without overrides: the XDG variables, then the home folder.
     for (const char* name : folder_variables)
         unset_env(name);
+#if !defined(_WIN32) // Windows has its known folders instead
+    // Without overrides: the XDG variables, then the home folder.
     set_env("XDG_CONFIG_HOME", "/xdg/config");
     set_env("XDG_DOCUMENTS_DIR", "/xdg/docs");
     EXPECT_EQ(nimbit::get_user_data_path(), file_path("/xdg/config"));
@@ -249,69 +208,6 @@ TEST_F(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     EXPECT_EQ(nimbit::get_user_data_path(), file_path("/home/artist/.config"));
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), file_path("/home/Shared/Documents"));
 #endif
-}
-
-std::string deflated(const std::string& text) {
-    uLongf size = compressBound(text.size());
-    std::string out(size, '\0');
-    compress2(reinterpret_cast<Bytef*>(out.data()), &size, reinterpret_cast<const Bytef*>(text.data()),
-              text.size(), 9);
-    return out.substr(0, size);
-}
-
-// How many bytes a stream inflates to; nothing when it is not a whole stream.
-long inflated_size(const std::string& stream) {
-    std::vector<Bytef> out(2 << 20);
-    uLongf size = out.size();
-    return uncompress(out.data(), &size, reinterpret_cast<const Bytef*>(stream.data()), stream.size()) == Z_OK
-               ? static_cast<long>(size)
-               : 0;
-}
-
-// Assembles packs by hand, so damaged ones can be made on purpose.
-struct pack_builder {
-    struct file_entry {
-        std::string name;
-        std::string data; // the stored stream
-        long length = -1; // the compressed length written; -1: the data's size
-        long offset = -1; // the offset written; -1: where the data really lands
-        int64_t created = 0, modified = 0;
-        long size = -1; // the plain size written; -1: what the data inflates to
-    };
-    std::vector<std::string> folders;
-    std::vector<file_entry> files;
-
-    static void u32(std::string& s, uint64_t v, int bytes = 4) {
-        for (int i = 0; i < bytes; ++i)
-            s += static_cast<char>(v >> (8 * i));
-    }
-
-    std::string build() const {
-        std::string out;
-        u32(out, nimpacker::magic);
-        u32(out, folders.size());
-        for (const auto& f : folders)
-            u32(out, f.size()), out += f;
-        u32(out, files.size());
-        size_t data_at = out.size();
-        for (const auto& f : files)
-            data_at += 4 + f.name.size() + 28;
-        std::string data;
-        for (const auto& f : files) {
-            u32(out, f.name.size()), out += f.name;
-            u32(out, f.size < 0 ? inflated_size(f.data) : f.size);
-            u32(out, f.length < 0 ? f.data.size() : f.length);
-            u32(out, f.offset < 0 ? data_at + data.size() : f.offset);
-            u32(out, f.created, 8), u32(out, f.modified, 8);
-            data += f.data;
-        }
-        return out + data;
-    }
-};
-
-unsigned unpack(const std::string& pack, const file_path& destination, uint64_t limit = nimpacker::no_limit) {
-    return nimpacker::unpack_files(reinterpret_cast<const unsigned char*>(pack.data()), pack.size(),
-                                   destination, limit);
 }
 
 std::string noise(size_t n, uint32_t seed) {
@@ -498,17 +394,26 @@ TEST(Nimpacker, RecordsThatInflateToOtherThanTheirSizeOrPacksOverTheLimitAreRefu
     EXPECT_FALSE(file_stats(tmp / "many").exists);
 }
 
-// Links, hard links and pipes already in the destination, pointing outside it, are never written
-// through nor waited on; the record that meets one fails.
+// Links, hard links and pipes in a folder, pointing outside it, are never written through nor waited
+// on by unpacking into it (the record that meets one fails), and removing the folder removes them,
+// at the top or anywhere inside, never what they point to.
 #if !defined(_WIN32) // pipes; the Windows links are planted in foundation_win32_test.cpp
-TEST(Nimpacker, NothingAlreadyInTheDestinationIsFollowed) {
+TEST(Links, NeitherUnpackingIntoAFolderNorRemovingItFollowsWhatItHolds) {
     temp_folder tmp;
     const file_path dest = tmp / "dest", outside = tmp / "outside";
-    ASSERT_TRUE(nimbit::make_dir(dest) && nimbit::make_dir(outside) &&
-                write_text(outside.append("target"), "keep"));
-    ASSERT_TRUE(make_symlink(outside, dest.append("folder_link")) &&
-                make_symlink(outside.append("target"), dest.append("file_link")) &&
-                make_hard_link(outside.append("target"), dest.append("hard_link")) &&
+    ASSERT_TRUE(nimbit::make_dir(dest.append("a/b")) && nimbit::make_dir(outside.append("deep")) &&
+                write_text(outside.append("target"), "keep") &&
+                write_text(outside.append("deep/keep"), "keep"));
+    // clang-format off
+    const std::pair<const char*, const char*> links[] = {
+        {"dest/folder_link", "outside"}, {"dest/file_link", "outside/target"},
+        {"dest/a/b/file_link", "outside/target"}, {"dest/a/up", "."} /* the folder holding the whole test */,
+        {"dest/a/dangling", "no/such/thing"}, {"top_link", "outside"}, {"top_link2", "outside"},
+    };
+    // clang-format on
+    for (const auto& [link, target] : links)
+        ASSERT_TRUE(make_symlink(tmp / target, tmp / link)) << link;
+    ASSERT_TRUE(make_hard_link(outside.append("target"), dest.append("hard_link")) &&
                 ::mkfifo(dest.append("pipe").c_str(), 0600) == 0);
 
     const std::string x = deflated("x");
@@ -525,14 +430,24 @@ TEST(Nimpacker, NothingAlreadyInTheDestinationIsFollowed) {
     // clang-format on
     for (size_t i = 0; i < std::size(cases); ++i)
         EXPECT_EQ(unpack(cases[i].first.build(), dest), cases[i].second) << i;
-
-    EXPECT_EQ(tree(outside), std::vector<std::string>{"target"});
-    EXPECT_EQ(read_text(outside.append("target")), "keep");
     struct stat st;
     EXPECT_TRUE(::lstat(dest.append("file_link").c_str(), &st) == 0 && S_ISLNK(st.st_mode));
     // A device is not a file to unpack into either.
     EXPECT_EQ(unpack(pack_builder{{}, {{"null", x}}}.build(), file_path("/dev")),
               nimpacker::cannot_create_file);
+
+    // A link given as the folder goes as a link, a trailing separator or not.
+    EXPECT_TRUE(nimbit::remove_dir(tmp / "top_link") && nimbit::remove_dir(tmp / "top_link2/"));
+    EXPECT_TRUE(nimbit::remove_dir(dest));
+    EXPECT_FALSE(file_stats(dest).exists || nimbit::remove_dir(dest));
+    const std::vector<std::string> left = {"outside", "outside/deep", "outside/deep/keep", "outside/target"};
+    EXPECT_EQ(tree(tmp.path()), left);
+    EXPECT_TRUE(read_text(outside.append("target")) == "keep" &&
+                read_text(outside.append("deep/keep")) == "keep");
+
+    // A file is not a folder: left alone.
+    EXPECT_FALSE(nimbit::remove_dir(outside.append("target")) || nimbit::remove_dir(file_path()));
+    EXPECT_EQ(tree(tmp.path()), left);
 }
 #endif
 

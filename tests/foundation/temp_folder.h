@@ -30,9 +30,8 @@ inline std::filesystem::path native_path(const nimbit::file_path& path) {
 // the test.
 class temp_folder {
 public:
+    // A random name, made or tried again: mkdtemp is not everywhere.
     temp_folder() {
-#if defined(_WIN32)
-        // No mkdtemp: a random name under the system's temporary folder, made or tried again.
         const std::u8string base = std::filesystem::temp_directory_path().u8string();
         std::random_device random;
         for (int attempt = 0; attempt < 16 && root.empty(); ++attempt) {
@@ -44,12 +43,6 @@ public:
             if (std::filesystem::create_directory(native_path(candidate), error))
                 root = candidate;
         }
-#else
-        const char* base = std::getenv("TMPDIR");
-        std::string pattern = std::string(base && *base ? base : "/tmp") + "/quillo-test-XXXXXX";
-        if (char* made = ::mkdtemp(pattern.data()))
-            root = nimbit::file_path(std::string(made));
-#endif
     }
     ~temp_folder() {
         if (!root.empty())
@@ -58,9 +51,7 @@ public:
     temp_folder(const temp_folder&) = delete;
     temp_folder& operator=(const temp_folder&) = delete;
 
-    const nimbit::file_path& path() const {
-        return root;
-    }
+    const nimbit::file_path& path() const { return root; }
     nimbit::file_path operator/(const char* relative) const {
         return root.append(nimbit::file_path(relative));
     }
