@@ -201,8 +201,6 @@ TEST_F(PreferencesWindowTest, CustomShortcutSaveLocationAndResetKeepRecordAndCon
         editor.GetConfirmButton().press();
     });
     drop.select_item(4);
-    EXPECT_EQ(Controls(), "Light|Custom: " + prefs.GenerateShortcutText() + "|" + prefs.captureFolder +
-                              "|on|recent|light");
     // The save location: chosen in a folder dialog, shown with the path as its tooltip.
     const std::string start = prefs.captureFolder, chosen = (root / "elsewhere").to_string();
     for (const std::string& answer : {std::string(), chosen}) {
@@ -570,9 +568,9 @@ TEST_F(EditorsTest, ShortcutPopupStartsFromTheRecordAndAppliesTheChoice) {
             Clicking(popup.GetConfirmButton())});
     ASSERT_TRUE(popup.Run());
     popup.Apply(prefs);
-    EXPECT_EQ(std::tuple(prefs.customCtrl, prefs.customOpt, prefs.customShift, prefs.customCmd),
-              std::tuple(0, 1, 1, 0));
-    EXPECT_EQ(std::tuple(prefs.customKeyCode, prefs.customKeyName), std::tuple(122, std::string("F1")));
+    EXPECT_EQ(std::tuple(prefs.customCtrl, prefs.customOpt, prefs.customShift, prefs.customCmd,
+                         prefs.customKeyCode, prefs.customKeyName),
+              std::tuple(0, 1, 1, 0, 122, std::string("F1")));
 
     // Every key offered has a code and a name of its own, also where the backend names none (the
     // offscreen one has no Home or Page Up).
