@@ -193,10 +193,10 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
     Search("blur");
     ASSERT_EQ(popup->GetRows().size(), 35u);
     const int visible = W::MaxListHeight;
-    EXPECT_TRUE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 20, visible}));
-    EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{w - 18, top, 16, visible}));
-    EXPECT_EQ(popup->get_rect().h, top + visible + 1);
+    EXPECT_EQ(
+        std::tuple(popup->GetScrollBar().is_visible(false), popup->GetListFrame().get_rect(),
+                   popup->GetScrollBar().get_rect(), popup->get_rect().h),
+        std::tuple(true, ivec4{1, top, w - 20, visible}, ivec4{w - 18, top, 16, visible}, top + visible + 1));
 
     // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
     auto& bar = popup->GetScrollBar();
