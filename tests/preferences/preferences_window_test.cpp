@@ -544,7 +544,7 @@ TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWhee
     EXPECT_EQ(picker.GetResult().effect, picker.GetResults().entries[top + 1].effect);
 }
 
-TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedEditedTextOrNothing) {
+TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedTextAndTheShortcutPopupAppliesTheChoiceFromTheRecord) {
     PreferencesAliasPopup popup(nullptr, {0, 0}, &colours, "Edit Label", "old");
     Script({Typing("  Soft Glow "), Typing("\r")});
     ASSERT_TRUE(popup.Run());
@@ -554,25 +554,24 @@ TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedEditedTextOrNothing) {
     EXPECT_FALSE(popup.Run());
     Script({Clicking(popup.GetConfirmButton())});
     EXPECT_TRUE(popup.Run());
-}
 
-TEST_F(EditorsTest, ShortcutPopupStartsFromTheRecordAndAppliesTheChoice) {
+    // The shortcut popup starts from the record and applies the choice.
     PreferencesData prefs;
     prefs.customCtrl = prefs.customShift = prefs.customCmd = 1;
     prefs.customKeyCode = 40; // K
-    PreferencesShortcutPopup popup(nullptr, {0, 0}, &colours, prefs);
-    EXPECT_TRUE(popup.GetCtrl().is_selected() && !popup.GetOpt().is_selected() &&
-                popup.GetShift().is_selected());
-    EXPECT_EQ(popup.GetKeys().get_selected_text(), "K");
+    PreferencesShortcutPopup keys(nullptr, {0, 0}, &colours, prefs);
+    EXPECT_TRUE(keys.GetCtrl().is_selected() && !keys.GetOpt().is_selected() &&
+                keys.GetShift().is_selected());
+    EXPECT_EQ(keys.GetKeys().get_selected_text(), "K");
 
     Script({[&](window&) {
-                popup.GetCtrl().toggle();
-                popup.GetOpt().toggle();
-                popup.GetKeys().select_item(popup.GetKeys().find_item(122)); // F1
+                keys.GetCtrl().toggle();
+                keys.GetOpt().toggle();
+                keys.GetKeys().select_item(keys.GetKeys().find_item(122)); // F1
             },
-            Clicking(popup.GetConfirmButton())});
-    ASSERT_TRUE(popup.Run());
-    popup.Apply(prefs);
+            Clicking(keys.GetConfirmButton())});
+    ASSERT_TRUE(keys.Run());
+    keys.Apply(prefs);
     EXPECT_EQ(std::tuple(prefs.customCtrl, prefs.customOpt, prefs.customShift, prefs.customCmd,
                          prefs.customKeyCode, prefs.customKeyName),
               std::tuple(0, 1, 1, 0, 122, std::string("F1")));
