@@ -186,9 +186,9 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
 
     std::vector<EffectData> many;
     for (int i = 0; i < 30; ++i)
-        many.push_back(Effect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
+        many.push_back(MakeEffect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
     for (int i = 0; i < 5; ++i)
-        many.push_back(Preset(-(i + 1), "Blur Preset " + std::to_string(i)));
+        many.push_back(MakePreset(-(i + 1), "Blur Preset " + std::to_string(i)));
     popup->SetEffectData(many);
     Search("blur");
     ASSERT_EQ(popup->GetRows().size(), 35u);
