@@ -33,14 +33,14 @@ protected:
 
     void SetUp() override {
         OffscreenTest::SetUp();
-        catalogue = {MakeEffect(1, "Gaussian Blur", "Blur & Sharpen"),
+        // The first as a catalogue made elsewhere arrives: without its search names.
+        catalogue = {EffectData{1, "Gaussian Blur", "gaussian blur", "Blur & Sharpen", false},
                      MakeEffect(2, "Fast Box Blur", "Blur & Sharpen"),
                      MakeEffect(3, "Directional Blur", "Blur & Sharpen"),
                      MakeEffect(4, "Glow"),
                      MakeEffect(5, "Curves", "Color Correction"),
                      MakePreset(-1, "Blur In"),
-                     // As a catalogue made elsewhere arrives: without its search names.
-                     EffectData{-2, "Glow Pulse", "glow pulse", "Animation Preset", true}};
+                     MakePreset(-2, "Glow Pulse")};
         popup = std::make_unique<Window>(prefs);
         popup->SetEffectData(catalogue);
         applied.watch(*popup, "", {nimbit::ui::event_type::pressed});
