@@ -19,6 +19,7 @@
 #include "preferences/preferences_edit_effect_popup.h"
 #include "preferences/preferences_effects_scroll_panel.h"
 #include "preferences/preferences_shortcut_popup.h"
+#include "tests/search/fixture_catalogue.h"
 #include "tests/support/data_folders.h"
 #include "tests/support/offscreen_test.h"
 
@@ -288,10 +289,6 @@ TEST_F(PreferencesWindowTest, PopupRunsTheWindowThenAppliesWhatChangedAndSaves) 
 constexpr int Top = 10, Row = PreferencesEffectSlot::Height;
 constexpr int FirstRow = Top + PreferencesEffectsScrollPanel::HeaderHeight;
 
-EffectData Effect(const char* name, const char* search) {
-    return EffectData{0, name, search, {}, false};
-}
-
 struct ListsTest : OffscreenTest {
     void SetUp() override {
         OffscreenTest::SetUp();
@@ -331,8 +328,8 @@ struct ListsTest : OffscreenTest {
     }
 
     window host;
-    EffectData a = Effect("A", "a"), b = Effect("B", "b"), c = Effect("C", "c"), d = Effect("D", "d");
-    EffectData blur = Effect("Gaussian Blur", "gaussian blur"), glow = Effect("Glow", "glow");
+    EffectData a = MakeEffect(0, "A"), b = MakeEffect(0, "B"), c = MakeEffect(0, "C"), d = MakeEffect(0, "D");
+    EffectData blur = MakeEffect(0, "Gaussian Blur"), glow = MakeEffect(0, "Glow");
     std::vector<EffectAlias> list;
     std::unique_ptr<PreferencesEffectsScrollPanel> panel;
     std::vector<std::string> events;
