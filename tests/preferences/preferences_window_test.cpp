@@ -3,7 +3,6 @@
 #include "host/effect_data.h"
 #include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/key_codes.h"
-#include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "nimbit/ui/offscreen/offscreen_input.h"
 #include "nimbit/ui/offscreen/offscreen_popup_menu.h"
