@@ -55,7 +55,7 @@ bool NamedFor(const std::string& listed, const std::string& prefix) {
 
 } // namespace
 
-TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFailsSilently) {
+TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsSavingCreatesTheFolderAndListingsHoldPngAndJpgNewestFirst) {
     const char* const cases[][3] = {
         {"", "", "2018-03-07_14.05.09"},
         {"Intro", "", "Intro_2018-03-07_14.05.09"},
@@ -76,11 +76,9 @@ TEST_F(CaptureStoreTest, NamesLeaveOutEmptyPartsAndSavingCreatesTheFolderButFail
     EXPECT_EQ(CaptureStore::FreeCapturePath(saved).leaf(true), saved.leaf(false) + " 3.png");
     ASSERT_TRUE(write_text(root / "blocked", "a file where the folder should be"));
     EXPECT_TRUE(CaptureStore::SaveCapture(Picture(), (root / "blocked").to_string(), "", "").empty());
-}
 
-// Deleting them, its question and confirmation, is the gallery tests' part; its window asks nothing
-// for an empty selection, and neither does the store.
-TEST_F(CaptureStoreTest, ListsPngAndJpgInAnyCaseNewestFirst) {
+    // Listed: PNG and JPG in any case, newest first. Deleting them, its question and confirmation, is
+    // the gallery tests' part; its window asks nothing for an empty selection, and neither does the store.
     Capture("a.PNG", 100);
     Capture("b.Jpg", 300);
     Capture("c.png", 200);

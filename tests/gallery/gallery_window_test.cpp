@@ -345,16 +345,12 @@ TEST_F(GalleryWindowTest, PicturesFarFromTheViewAreDroppedAndTheViewRangeHoldsTh
     EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
 
     scroll_bar& bar = gallery->GetScrollBar();
-    bar.set_value(bar.get_max_scroll());
-    Settle();
-    EXPECT_FALSE(Tile(0).HasArrived());
-    EXPECT_TRUE(Tile(89).GetImage().is_loaded());
-    EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
-
-    bar.set_value(0);
-    Settle();
-    EXPECT_TRUE(Tile(0).GetImage().is_loaded());
-    EXPECT_FALSE(Tile(89).HasArrived());
+    for (const bool bottom : {true, false}) { // down to the end, and back to the top
+        bar.set_value(bottom ? bar.get_max_scroll() : 0);
+        Settle();
+        EXPECT_TRUE(Tile(bottom ? 89 : 0).GetImage().is_loaded() && !Tile(bottom ? 0 : 89).HasArrived());
+        EXPECT_LE(gallery->CountImages(), GalleryPopupWindow::MaxKeptImages);
+    }
 
     // The view's range decides what is asked for first and when a screen counts as painted: it holds
     // exactly the tiles that show, also when only a row's gap shows at the top or bottom edge.
@@ -507,7 +503,7 @@ TEST_F(PreviewTest, GridFollowsCountAndOrientationAndFillsRowsFromTheTop) {
     EXPECT_TRUE(wanted.empty());
 }
 
-TEST_F(PreviewTest, FitIsTheLargestCentredZoomThatShowsTheWholePicture) {
+TEST_F(PreviewTest, FitIsTheLargestCentredZoomThatShowsTheWholePictureAndAResizeRefits) {
     // One capture fills the 1000x600 preview. Smaller pictures are enlarged too: there is no cap at 1.0.
     // clang-format off
     const struct { ivec2 picture; float zoom; ivec2 offset; } cases[] = {
@@ -532,6 +528,15 @@ TEST_F(PreviewTest, FitIsTheLargestCentredZoomThatShowsTheWholePicture) {
         std::tuple(false, 0.0f, std::string()));
     EXPECT_EQ(preview.GetPath(preview.GetPanel(0).get_image()), Paths(1)[0]);
     EXPECT_TRUE(preview.GetPath(Picture(40, 30)).empty());
+
+    // A resize refits the pictures showing their fit and keeps those at one to one; the zoom button
+    // keeps to the cell's top-right corner.
+    ShowPictures({{400, 240}, {400, 240}});
+    preview.GetZoomButton(1).press();
+    preview.set_rect({0, 0, 500, 600});
+    EXPECT_FLOAT_EQ(preview.GetFitZoom(0), 299.0f / 240.0f);
+    EXPECT_EQ(std::tuple(View(0), preview.GetFitOffset(0), View(1), preview.GetZoomButton(0).get_rect()),
+              std::tuple(Fit(0), ivec2{1, 0}, std::tuple(1.0f, ivec2{0, 0}), ivec4{476, 4, 20, 20}));
 }
 
 TEST_F(PreviewTest, ZoomButtonsToggleTheirOwnPictureAndToggleZoomMovesAllTogether) {
@@ -563,18 +568,6 @@ TEST_F(PreviewTest, ZoomButtonsToggleTheirOwnPictureAndToggleZoomMovesAllTogethe
     preview.GetZoomButton(0).press();
     offscreen::wheel(host, {200, 200}, 40);
     EXPECT_TRUE(ShowsFullFace(0));
-}
-
-TEST_F(PreviewTest, ResizeRefitsPicturesShowingTheirFitAndKeepsThoseAtOneToOne) {
-    ShowPictures({{400, 240}, {400, 240}});
-    preview.GetZoomButton(1).press();
-    preview.set_rect({0, 0, 500, 600});
-    EXPECT_FLOAT_EQ(preview.GetFitZoom(0), 299.0f / 240.0f);
-    EXPECT_EQ(preview.GetFitOffset(0), (ivec2{1, 0}));
-    EXPECT_EQ(View(0), Fit(0));
-    EXPECT_EQ(View(1), std::tuple(1.0f, ivec2{0, 0}));
-    // The zoom button keeps to the cell's top-right corner.
-    EXPECT_EQ(preview.GetZoomButton(0).get_rect(), (ivec4{476, 4, 20, 20}));
 }
 
 TEST_F(PreviewTest, TitlesNameTheCaptureWithItsSizeAndDropTheSizeWhenNarrow) {

@@ -42,12 +42,10 @@ TEST(NewsCheck, CountsOneOrTwoDigitAnswersOnlyAndKeepsAtMost62Bytes) {
     const std::string piece(31, '1');
     answer.Append(piece.data(), piece.size());
     answer.Append(piece.data(), piece.size());
-    EXPECT_EQ(answer.length, 62u);
-    EXPECT_EQ(answer.buffer[62], '\0');
+    EXPECT_EQ(std::pair(answer.length, answer.buffer[62]), std::pair(decltype(answer.length){62}, '\0'));
     answer.Append("1", 1);
     answer.Append("", 0);
-    EXPECT_EQ(answer.length, NewsAnswer::OverLong);
-    EXPECT_EQ(answer.Count(), 0);
+    EXPECT_EQ(std::pair(answer.length, answer.Count()), std::pair(NewsAnswer::OverLong, 0));
 }
 
 // A one-request HTTP server on 127.0.0.1 answers "3" and keeps the multipart form it was sent.

@@ -3,10 +3,10 @@
 #include "host/effect_data.h"
 #include "nimbit/ui/event_payload.h"
 #include "nimbit/ui/offscreen/offscreen_drawer.h"
-#include "nimbit/utils/string_utils.h"
 #include "popup/effect_alias.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
+#include "tests/search/fixture_catalogue.h"
 #include "tests/support/data_folders.h"
 #include "tests/support/offscreen_test.h"
 
@@ -33,13 +33,14 @@ protected:
 
     void SetUp() override {
         OffscreenTest::SetUp();
-        catalogue = {Effect(1, "Gaussian Blur", "Blur & Sharpen"),
-                     Effect(2, "Fast Box Blur", "Blur & Sharpen"),
-                     Effect(3, "Directional Blur", "Blur & Sharpen"),
-                     Effect(4, "Glow", "Stylize"),
-                     Effect(5, "Curves", "Color Correction"),
-                     Preset(-1, "Blur In"),
-                     Preset(-2, "Glow Pulse")};
+        // The first as a catalogue made elsewhere arrives: without its search names.
+        catalogue = {EffectData{1, "Gaussian Blur", "gaussian blur", "Blur & Sharpen", false},
+                     MakeEffect(2, "Fast Box Blur", "Blur & Sharpen"),
+                     MakeEffect(3, "Directional Blur", "Blur & Sharpen"),
+                     MakeEffect(4, "Glow"),
+                     MakeEffect(5, "Curves", "Color Correction"),
+                     MakePreset(-1, "Blur In"),
+                     MakePreset(-2, "Glow Pulse")};
         popup = std::make_unique<Window>(prefs);
         popup->SetEffectData(catalogue);
         applied.watch(*popup, "", {nimbit::ui::event_type::pressed});
@@ -47,14 +48,6 @@ protected:
     void TearDown() override {
         popup.reset();
         OffscreenTest::TearDown();
-    }
-
-    static EffectData Effect(int id, std::string name, std::string category, bool preset = false) {
-        std::string lower = nimbit::string_lower(name);
-        return EffectData{id, std::move(name), std::move(lower), std::move(category), preset};
-    }
-    static EffectData Preset(int id, std::string name) {
-        return Effect(id, std::move(name), "Animation Preset", true);
     }
 
     // The entry of the popup's catalogue with this display name.

@@ -36,15 +36,14 @@ TEST_F(PopupTest, OpeningLayoutsInEachMode) {
     for (const auto& c : cases) {
         SCOPED_TRACE(std::string(c.comp) + "/" + c.layer);
         Open(c.comp, c.layer);
-        EXPECT_EQ(std::tuple(popup->IsSearchMode(), popup->IsScreenshotMode(),
-                             popup->GetSearchField().is_visible(false)),
-                  std::tuple(c.search, c.capture, c.search));
-        std::vector<int> enabled;
+        // The modes, the search field, the shortcuts bar (no slots), then the tool buttons enabled:
+        // screenshot, gallery, export, ...
+        std::vector<int> shown{popup->IsSearchMode(), popup->IsScreenshotMode(),
+                               popup->GetSearchField().is_visible(false),
+                               popup->GetShortcutsBar().is_visible(false)};
         for (int b = 0; b < 5; ++b)
-            enabled.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
-        EXPECT_EQ(enabled,
-                  (std::vector<int>{c.capture, 1, c.capture, 1, 1})); // screenshot, gallery, export, ...
-        EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false));
+            shown.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
+        EXPECT_EQ(shown, (std::vector<int>{c.search, c.capture, c.search, 0, c.capture, 1, c.capture, 1, 1}));
         popup->hide();
     }
 }
@@ -187,17 +186,17 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
 
     std::vector<EffectData> many;
     for (int i = 0; i < 30; ++i)
-        many.push_back(Effect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
+        many.push_back(MakeEffect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
     for (int i = 0; i < 5; ++i)
-        many.push_back(Preset(-(i + 1), "Blur Preset " + std::to_string(i)));
+        many.push_back(MakePreset(-(i + 1), "Blur Preset " + std::to_string(i)));
     popup->SetEffectData(many);
     Search("blur");
     ASSERT_EQ(popup->GetRows().size(), 35u);
     const int visible = W::MaxListHeight;
-    EXPECT_TRUE(popup->GetScrollBar().is_visible(false));
-    EXPECT_EQ(popup->GetListFrame().get_rect(), (ivec4{1, top, w - 20, visible}));
-    EXPECT_EQ(popup->GetScrollBar().get_rect(), (ivec4{w - 18, top, 16, visible}));
-    EXPECT_EQ(popup->get_rect().h, top + visible + 1);
+    EXPECT_EQ(
+        std::tuple(popup->GetScrollBar().is_visible(false), popup->GetListFrame().get_rect(),
+                   popup->GetScrollBar().get_rect(), popup->get_rect().h),
+        std::tuple(true, ivec4{1, top, w - 20, visible}, ivec4{w - 18, top, 16, visible}, top + visible + 1));
 
     // Row 13 is the first whose bottom (20 + 13 * 30 + 30 = 440) passes the 420 visible pixels.
     auto& bar = popup->GetScrollBar();
