@@ -2,32 +2,24 @@
 // starts with a drive letter (either slash) or names a share, and must be taken like "/..." is
 // elsewhere; otherwise the artist's folder falls back to the default at every start.
 
-#include "nimbit/utils/wide_string_win32.h"
 #include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
+#include "tests/foundation/temp_folder.h"
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <algorithm>
 #include <string>
 
 namespace {
 
-std::string TempFolder() {
-    wchar_t temp[MAX_PATH] = {};
-    GetTempPathW(MAX_PATH, temp);
-    std::wstring folder = std::wstring(temp) + L"quillo-capture-folder-test";
-    CreateDirectoryW(folder.c_str(), nullptr);
-    return nimbit::narrow(folder);
-}
-
 TEST(CaptureFolderOnWindows, ReadBackWhenItIsAnExistingAbsoluteFolder) {
-    const std::string folder = TempFolder();
+    const temp_folder temp;
+    std::string folder = temp.path().to_string(), slashed = folder;
+    std::replace(folder.begin(), folder.end(), '/', '\\');
+    std::replace(slashed.begin(), slashed.end(), '\\', '/');
     ASSERT_GE(folder.size(), 3u);
     ASSERT_EQ(folder[1], ':');
-    std::string slashed = folder;
-    std::replace(slashed.begin(), slashed.end(), '\\', '/');
     struct Case {
         std::string stored;
         bool taken;
@@ -38,7 +30,7 @@ TEST(CaptureFolderOnWindows, ReadBackWhenItIsAnExistingAbsoluteFolder) {
         {slashed,                      true},
         {slashed + "/",                true},
         {folder.substr(2),                     false}, // drive-relative: depends on the current drive
-        {"quillo-capture-folder-test",         false}, // relative
+        {temp.path().leaf(true),               false}, // relative
         {slashed + "/missing",         false},
     };
     // clang-format on
@@ -53,7 +45,6 @@ TEST(CaptureFolderOnWindows, ReadBackWhenItIsAnExistingAbsoluteFolder) {
         EXPECT_EQ(read.captureFolder, c.taken ? c.stored : fallback) << c.stored;
         EXPECT_EQ(report.captureFolderRejected, !c.taken) << c.stored;
     }
-    RemoveDirectoryW(nimbit::widen(folder).c_str());
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 // The news check's WinHTTP transport against loopback sockets: the form it posts and the count it
-// reads, and a refused connection.
+// reads, and a refused connection. (What the check makes of no answer is the POSIX tests' part: the
+// check itself is the same code.)
 
 #include "host/news_check.h"
 #include "host/news_transport.h"
@@ -58,9 +59,7 @@ TEST(Win32NewsCheck, PostsTheFormAndCountsTheAnswer) {
     EXPECT_NE(request.find("Content-Type: multipart/form-data; boundary="), std::string::npos) << request;
     const size_t updates = request.find("name=\"updates\"\r\n\r\n1\r\n");
     const size_t time = request.find("name=\"time\"\r\n\r\n1700000000\r\n");
-    EXPECT_NE(updates, std::string::npos) << request;
-    EXPECT_LT(updates, time);
-    EXPECT_NE(time, std::string::npos) << request;
+    EXPECT_TRUE(updates < time && time != std::string::npos) << request;
 }
 
 TEST(Win32NewsCheck, RefusedConnectionEndsPromptlyWithNothing) {
@@ -74,9 +73,6 @@ TEST(Win32NewsCheck, RefusedConnectionEndsPromptlyWithNothing) {
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
         EXPECT_EQ(answer.length, 0u);
     }
-    NewsCheck check(url);
-    check.Check(0);
-    EXPECT_EQ(check.GetCount(), 0);
     closesocket(bound);
 }
 
