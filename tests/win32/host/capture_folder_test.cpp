@@ -20,30 +20,27 @@ TEST(CaptureFolderOnWindows, ReadBackWhenItIsAnExistingAbsoluteFolder) {
     std::replace(slashed.begin(), slashed.end(), '\\', '/');
     ASSERT_GE(folder.size(), 3u);
     ASSERT_EQ(folder[1], ':');
-    struct Case {
-        std::string stored;
-        bool taken;
-    };
     // clang-format off
-    const Case cases[] = {
-        {folder,                               true},
-        {slashed,                      true},
-        {slashed + "/",                true},
-        {folder.substr(2),                     false}, // drive-relative: depends on the current drive
-        {temp.path().leaf(true),               false}, // relative
-        {slashed + "/missing",         false},
+    const std::pair<std::string, bool> cases[] = {
+        {folder,                 true},
+        {slashed,                true},
+        {slashed + "/",          true},
+        {folder.substr(2),       false}, // drive-relative: depends on the current drive
+        {temp.path().leaf(true), false}, // relative
+        {slashed + "/missing",   false},
     };
     // clang-format on
-    for (const Case& c : cases) {
+    for (const auto& [stored, taken] : cases) {
+        SCOPED_TRACE(stored);
         PreferencesData written;
-        written.captureFolder = c.stored;
+        written.captureFolder = stored;
         const std::vector<unsigned char> bytes = EncodePreferences(written);
         PreferencesData read;
         const std::string fallback = read.captureFolder;
         PreferencesReadReport report;
-        ASSERT_TRUE(DecodePreferences(bytes.data(), bytes.size(), read, report)) << c.stored;
-        EXPECT_EQ(read.captureFolder, c.taken ? c.stored : fallback) << c.stored;
-        EXPECT_EQ(report.captureFolderRejected, !c.taken) << c.stored;
+        ASSERT_TRUE(DecodePreferences(bytes.data(), bytes.size(), read, report));
+        EXPECT_EQ(read.captureFolder, taken ? stored : fallback);
+        EXPECT_EQ(report.captureFolderRejected, !taken);
     }
 }
 
