@@ -162,9 +162,10 @@ std::pair<DWORD, DWORD> ExportCounts(HMODULE module) {
 }
 
 // Quillo.aex itself: the six exports and nothing else; found by its PiPL and started through the x64
-// entry point that names (PluginMain: no other export registers hooks), asking for the main window; its first
-// idle ticks create the popup and collect the catalogue (every installed effect's name read once), and
-// everything it acquired is released when it dies.
+// entry point that names, asking for the main window; its first idle ticks create the popup and
+// collect the catalogue (every installed effect's name read once), and everything it acquired is
+// released when it dies (which its hooks, registered by PluginMain alone, make so; how many there
+// are, and the script functions it names, are the POSIX plug-in tests' part).
 TEST(Quillo, LoadsThroughItsPiplCollectsTheCatalogueAndShutsDownCleanly) {
     Session s(QUILLO_AEX);
     const HMODULE loaded = GetModuleHandleW(L"plugin.aex");
@@ -173,10 +174,7 @@ TEST(Quillo, LoadsThroughItsPiplCollectsTheCatalogueAndShutsDownCleanly) {
     for (const char* name :
          {"ESFreeMem", "ESGetVersion", "ESInitialize", "ESTerminate", "PluginMain", "execute"})
         EXPECT_NE(GetProcAddress(loaded, name), nullptr) << name;
-    EXPECT_EQ(s.host.ScriptInitialize(), "execute");
     ASSERT_EQ(s.host.StartPlugin(), A_Err_NONE);
-    EXPECT_EQ(s.host.idleHooks.size(), 1u);
-    EXPECT_EQ(s.host.deathHooks.size(), 1u);
     EXPECT_GT(s.host.acquired["AEGP Utility Suite/11"], 0); // for the main window
     s.host.RunIdle(3);
     EXPECT_EQ(s.host.effectNamesRead, static_cast<int>(s.host.GetModel().effects.size()));
