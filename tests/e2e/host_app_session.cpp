@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
-#include <sstream>
 #include <thread>
 
 #include <fcntl.h>
@@ -115,8 +114,9 @@ bool HostAppSession::WaitForIdleTicks(long ticks, double timeout) const {
     return WaitForRecord([&](const json& r) { return r.value("idleTicks", 0L) >= from + ticks; }, timeout);
 }
 
-bool HostAppSession::Xdotool(const std::vector<std::string>& args, std::string* out) const {
-    std::string command = "DISPLAY=" + display + " xdotool";
+bool HostAppSession::Run(const std::string& program, const std::vector<std::string>& args,
+                         std::string* out) const {
+    std::string command = "DISPLAY=" + display + " " + program;
     for (const std::string& arg : args) { // each argument single-quoted for the shell
         command += " '";
         for (char c : arg)
@@ -136,25 +136,17 @@ bool HostAppSession::Xdotool(const std::vector<std::string>& args, std::string* 
 }
 
 std::vector<WindowGeometry> HostAppSession::VisibleWindows(const std::string& name) const {
-    // One run for all: each window's geometry as WINDOW=, X=, Y=, WIDTH=, HEIGHT= lines.
+    // One run for all: each window's geometry as WINDOW=, X=, Y=, WIDTH=, HEIGHT= and SCREEN= lines.
     std::string shell;
     Xdotool({"search", "--onlyvisible", "--name", name, "getwindowgeometry", "--shell", "%@"}, &shell);
     std::vector<WindowGeometry> windows;
-    std::istringstream lines(shell);
-    for (std::string line; std::getline(lines, line);) {
-        const size_t equals = line.find('='); // npos + 1 wraps to 0: no number, value 0
-        const std::string key = line.substr(0, equals);
-        const long value = std::atol(line.c_str() + equals + 1);
-        if (key == "WINDOW")
-            windows.push_back({static_cast<unsigned long>(value)});
-        else if (!windows.empty()) {
-            WindowGeometry& w = windows.back();
-            for (auto [name, field] :
-                 {std::pair{"X", &w.x}, {"Y", &w.y}, {"WIDTH", &w.width}, {"HEIGHT", &w.height}})
-                if (key == name)
-                    *field = static_cast<int>(value);
-        }
-    }
+    WindowGeometry w;
+    int used = 0;
+    for (size_t at = 0;
+         std::sscanf(shell.c_str() + at, " WINDOW=%lu X=%d Y=%d WIDTH=%d HEIGHT=%d SCREEN=%*d%n", &w.id, &w.x,
+                     &w.y, &w.width, &w.height, &used) == 5;
+         at += static_cast<size_t>(used))
+        windows.push_back(w);
     return windows;
 }
 
@@ -178,23 +170,21 @@ bool HostAppSession::ClickMenuPath(const std::vector<int>& path) const {
     // A menu is drawn as a column: a title row, then one row per item, rows of the same height; a
     // submenu opens against the right edge of the menu that holds its item.
     constexpr int RowHeight = 20;
-    WindowGeometry menu;
-    for (const WindowGeometry& w : VisibleWindows())
-        if (w.x == 0 && w.y == 0)
-            menu = w;
-    if (menu.id == 0)
-        return false;
-    const WindowGeometry mainMenu = menu;
     auto rowY = [](const WindowGeometry& m, int index) {
         return m.y + (1 + index) * RowHeight + RowHeight / 2 + 1;
     };
-    auto atEdge = [this](int edge) {
+    // The newest window whose left edge is at x (and its top at y, unless that is -1).
+    auto at = [this](int x, int y) {
         WindowGeometry found;
         for (const WindowGeometry& w : VisibleWindows())
-            if (w.x == edge && w.width > 0)
+            if (w.x == x && w.width > 0 && (y < 0 || w.y == y))
                 found = w;
         return found;
     };
+    const WindowGeometry mainMenu = at(0, 0);
+    if (mainMenu.id == 0)
+        return false;
+    WindowGeometry menu = mainMenu;
     for (size_t level = 0; level < path.size(); ++level) {
         if (!ClickAt(menu.x + menu.width / 3, rowY(menu, path[level])))
             return false;
@@ -206,7 +196,7 @@ bool HostAppSession::ClickMenuPath(const std::vector<int>& path) const {
         const int edge = menu.x + menu.width;
         if (!Poll(
                 [&] {
-                    const WindowGeometry now = atEdge(edge);
+                    const WindowGeometry now = at(edge, -1);
                     const bool steady =
                         now.id != 0 && now.id == seen.id && now.y == seen.y && now.height == seen.height;
                     seen = now;
@@ -219,14 +209,12 @@ bool HostAppSession::ClickMenuPath(const std::vector<int>& path) const {
     // Opened submenus stay attached after a choice; clicking the main menu's item again closes
     // them. A click that arrives while the menu is still finishing the choice can be lost, so it
     // is repeated until they are gone.
-    for (int attempt = 0; path.size() > 1; ++attempt) {
-        if (attempt == 4)
-            return false;
+    for (int attempt = 0; attempt < 4 && path.size() > 1; ++attempt) {
         ClickAt(mainMenu.x + mainMenu.width / 3, rowY(mainMenu, path[0]));
-        if (Poll([&] { return atEdge(mainMenu.x + mainMenu.width).id == 0; }, 1.5))
-            break;
+        if (Poll([&] { return at(mainMenu.x + mainMenu.width, -1).id == 0; }, 1.5))
+            return true;
     }
-    return true;
+    return path.size() == 1;
 }
 
 void HostAppSession::Control(const std::string& line) const {
@@ -256,9 +244,12 @@ bool HostAppSession::Type(const std::string& text, int delay) const {
     return Xdotool({"type", "--delay", std::to_string(delay), text});
 }
 
-bool HostAppSession::GrabScreen(const std::string& path) const {
-    const std::string command = "import -display " + display + " -window root '" + path + "' 2>/dev/null";
-    return server > 0 && path.find('\'') == std::string::npos && std::system(command.c_str()) == 0;
+double HostAppSession::ScreenBrightness(int x, int y) const {
+    std::string mean;
+    const std::string at = "1x1+" + std::to_string(x) + "+" + std::to_string(y);
+    return Run("import", {"-window", "root", "-crop", at, "-format", "%[fx:mean]", "info:"}, &mean)
+               ? std::atof(mean.c_str())
+               : -1;
 }
 
 void HostAppSession::Signal(int signal) const {

@@ -46,8 +46,13 @@ public:
     // Waits until the application's idle routine has run at least ticks more times.
     bool WaitForIdleTicks(long ticks, double timeout = 10.0) const;
 
-    // Runs xdotool with the arguments; true when it succeeded, its standard output in out.
-    bool Xdotool(const std::vector<std::string>& args, std::string* out = nullptr) const;
+    // Runs a program of the X display's (xdotool, ImageMagick's import) with the arguments; true when
+    // it succeeded, its standard output in out.
+    bool Run(const std::string& program, const std::vector<std::string>& args,
+             std::string* out = nullptr) const;
+    bool Xdotool(const std::vector<std::string>& args, std::string* out = nullptr) const {
+        return Run("xdotool", args, out);
+    }
     // The visible windows whose name matches the pattern (all for "."), newest last.
     std::vector<WindowGeometry> VisibleWindows(const std::string& name = ".") const;
     bool WaitForWindow(const std::string& title, WindowGeometry* found = nullptr) const;
@@ -60,8 +65,8 @@ public:
     bool Chord(const std::vector<std::string>& keys) const;
     bool Keys(const std::vector<std::string>& keys) const; // pressed and released in turn
     bool Type(const std::string& text, int delay = 40) const;
-    // Writes the whole screen as an image file (its type from the name); true when it did.
-    bool GrabScreen(const std::string& path) const;
+    // The mean of the screen's red, green and blue at a point, 0 to 1 (-1 when it could not be read).
+    double ScreenBrightness(int x, int y) const;
     void Control(const std::string& line) const; // a control line (see hostsim/app/main.mm)
     void Signal(int signal) const;
     // The application's exit status, or -1 when it did not end in time.

@@ -89,12 +89,8 @@ TEST(Win32HostPlatform, ChoosesEffectMenuItemsAsTheArtistWould) {
     EXPECT_FALSE(HostPlatform::ChooseEffectMenuItem("Stylize", "Glow")); // no main window handed over yet
     HostPlatform::SetMainWindow(host.handle);
 
-    struct Case {
-        std::string category, name;
-        UINT id; // 0: nothing is sent
-    };
     // clang-format off
-    const Case cases[] = {
+    const std::tuple<std::string, std::string, UINT> cases[] = { // id 0: nothing is sent
         {"Stylize", "Glow", 101},                       // the first of two equal titles
         {"sTYLIZE", "GLOW", 101},
         {"Stylize", "Find Edges", 102},                 // '&' marks are not part of the title
@@ -112,11 +108,11 @@ TEST(Win32HostPlatform, ChoosesEffectMenuItemsAsTheArtistWould) {
         {"Effect Controls", "Glow", 0},
     };
     // clang-format on
-    for (const Case& c : cases) {
-        SCOPED_TRACE(c.category + " / " + c.name);
+    for (const auto& [category, name, id] : cases) {
+        SCOPED_TRACE(category + " / " + name);
         commands.clear();
-        EXPECT_EQ(HostPlatform::ChooseEffectMenuItem(c.category, c.name), c.id != 0);
-        EXPECT_EQ(commands, c.id != 0 ? std::vector<WPARAM>{MAKEWPARAM(c.id, 0)} : std::vector<WPARAM>{});
+        EXPECT_EQ(HostPlatform::ChooseEffectMenuItem(category, name), id != 0);
+        EXPECT_EQ(commands, id != 0 ? std::vector<WPARAM>{MAKEWPARAM(id, 0)} : std::vector<WPARAM>{});
     }
 
     // With five menus the Effect menu is not there; without a menu bar nothing is.

@@ -1,5 +1,6 @@
 // The news check's WinHTTP transport against loopback sockets: the form it posts and the count it
-// reads, and a refused connection.
+// reads, and a refused connection. (What the check makes of no answer is the POSIX tests' part: the
+// check itself is the same code.)
 
 #include "host/news_check.h"
 #include "host/news_transport.h"
@@ -33,7 +34,9 @@ std::string BindLoopback(SOCKET& s, bool listening) {
     return "http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/scripts/quillo_desk/";
 }
 
-TEST(Win32NewsCheck, PostsTheFormAndCountsTheAnswer) {
+// A one-request server counts 12 and keeps the form; then a refused connection, an address that is
+// none and port 0 end at once with no answer.
+TEST(Win32NewsCheck, PostsTheFormAndCountsTheAnswerOrEndsPromptlyWithNothing) {
     SOCKET listener = INVALID_SOCKET;
     NewsCheck check(BindLoopback(listener, true));
     std::string request;
@@ -58,15 +61,11 @@ TEST(Win32NewsCheck, PostsTheFormAndCountsTheAnswer) {
     EXPECT_NE(request.find("Content-Type: multipart/form-data; boundary="), std::string::npos) << request;
     const size_t updates = request.find("name=\"updates\"\r\n\r\n1\r\n");
     const size_t time = request.find("name=\"time\"\r\n\r\n1700000000\r\n");
-    EXPECT_NE(updates, std::string::npos) << request;
-    EXPECT_LT(updates, time);
-    EXPECT_NE(time, std::string::npos) << request;
-}
+    EXPECT_TRUE(updates < time && time != std::string::npos) << request;
 
-TEST(Win32NewsCheck, RefusedConnectionEndsPromptlyWithNothing) {
     SOCKET bound = INVALID_SOCKET; // bound, never listening: the connection is refused
-    const std::string url = BindLoopback(bound, false);
-    for (const std::string& address : {url, std::string("not a url"), std::string("http://127.0.0.1:0/")}) {
+    for (const std::string& address :
+         {BindLoopback(bound, false), std::string("not a url"), std::string("http://127.0.0.1:0/")}) {
         SCOPED_TRACE(address);
         NewsAnswer answer;
         const auto start = std::chrono::steady_clock::now();
@@ -74,9 +73,6 @@ TEST(Win32NewsCheck, RefusedConnectionEndsPromptlyWithNothing) {
         EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(5));
         EXPECT_EQ(answer.length, 0u);
     }
-    NewsCheck check(url);
-    check.Check(0);
-    EXPECT_EQ(check.GetCount(), 0);
     closesocket(bound);
 }
 

@@ -19,15 +19,8 @@ void Record(const char* script) {
     const void* suite = nullptr;
     if (basic->AcquireSuite("AEGP Utility Suite", 11, &suite) != 0)
         return;
-    AEGP_MemHandle result = nullptr, error = nullptr;
-    const auto* utility = static_cast<const AEGP_UtilitySuite5*>(suite);
-    utility->AEGP_ExecuteScript(plugin, script, 1, &result, &error);
-    const void* memory = nullptr;
-    if (basic->AcquireSuite("AEGP Memory Suite", 1, &memory) == 0) {
-        static_cast<const AEGP_MemorySuite1*>(memory)->AEGP_FreeMemHandle(result);
-        static_cast<const AEGP_MemorySuite1*>(memory)->AEGP_FreeMemHandle(error);
-        basic->ReleaseSuite("AEGP Memory Suite", 1);
-    }
+    // Neither the answer nor an error is wanted: no handles to free.
+    static_cast<const AEGP_UtilitySuite5*>(suite)->AEGP_ExecuteScript(plugin, script, 1, nullptr, nullptr);
     basic->ReleaseSuite("AEGP Utility Suite", 11);
 }
 

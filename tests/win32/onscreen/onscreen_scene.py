@@ -32,7 +32,6 @@ class Scene:
         self.host = self.log = None
         self.transcript = open(os.path.join(self.out, "transcript.txt"), "a") if self.out else None
 
-    # ---- reporting
     def say(self, text):
         print(text, flush=True)
         if self.transcript:
@@ -45,7 +44,6 @@ class Scene:
         self.failures += 0 if holds else 1
         return bool(holds)
 
-    # ---- the record
     def record(self):
         try:
             with open(self.record_path) as f:
@@ -53,20 +51,23 @@ class Scene:
         except (OSError, ValueError):
             return None
 
-    def wait(self, predicate, timeout=5.0):
-        """The record once predicate holds for it, or None after timeout seconds."""
+    def poll(self, get, timeout=5.0):
+        """get()'s first answer that holds (a lookup that fails is none), or None after timeout seconds
+        or once the host has ended."""
         end = time.time() + timeout
-        while time.time() < end:
-            r = self.record()
+        while time.time() < end and (self.host is None or self.host.poll() is None):
             try:
-                if r is not None and predicate(r):
-                    return r
-            except (KeyError, IndexError, TypeError, StopIteration):
+                value = get()
+                if value:
+                    return value
+            except (KeyError, IndexError, TypeError, ValueError, StopIteration):
                 pass
-            if self.host is not None and self.host.poll() is not None:
-                return None
             time.sleep(0.03)
         return None
+
+    def wait(self, predicate, timeout=5.0):
+        """The record once predicate holds for it, or None after timeout seconds."""
+        return self.poll(lambda: predicate(r := self.record()) and r, timeout)
 
     def popup(self, r):
         return next((w for w in r["windows"] if w["title"] == POPUP), None)
@@ -87,7 +88,6 @@ class Scene:
         folders = [self.root] + glob.glob(os.path.join(os.environ.get("WINEPREFIX", ""), "drive_c", "users", "*"))
         return [f for d in folders for f in glob.glob(os.path.join(d, "**", pattern), recursive=True)]
 
-    # ---- the host
     def start_host(self):
         self.record_path = os.path.join(self.root, "session.json")
         if os.path.exists(self.record_path):
@@ -109,9 +109,7 @@ class Scene:
         # The keys go where the pointer is (no window manager), and the chord is read from the
         # key state Wine keeps for its windows: the pointer rests over the host's window.
         self.xdo("mousemove", str(main["x"] + main["width"] // 2), str(main["y"] + main["height"] // 3))
-        wid = self.xdo("search", "--onlyvisible", "--name", HOST_TITLE).split()
-        if wid:
-            self.xdo("windowfocus", wid[0])
+        self.xdo("search", "--onlyvisible", "--name", HOST_TITLE, "windowfocus")
         return r
 
     def control(self, line):
@@ -131,7 +129,6 @@ class Scene:
         self.host = None
         return status
 
-    # ---- the artist
     def xdo(self, *args):
         return subprocess.run(["xdotool", *args], capture_output=True, text=True).stdout
 
@@ -163,7 +160,6 @@ class Scene:
         r = self.record() or r
         return r, [k["latencyMs"] for k in r["keys"][before:] if k["window"] == POPUP]
 
-    # ---- the screen
     def grab(self, r, name):
         """The popup's rectangle of the screen as RGB bytes, or None."""
         p = self.popup(r) if r else None
@@ -182,18 +178,12 @@ class Scene:
 
     def x_window(self, name, timeout=5.0):
         """The geometry (x, y, width, height) of the visible X window named name, once there."""
-        end = time.time() + timeout
-        while time.time() < end:
+        def geometry():  # a KeyError when the window went meanwhile
             ids = self.xdo("search", "--onlyvisible", "--name", name).split()
-            if ids:
-                g = dict(line.split("=", 1) for line in
-                         self.xdo("getwindowgeometry", "--shell", ids[-1]).split() if "=" in line)
-                if all(k in g for k in ("X", "Y", "WIDTH", "HEIGHT")):  # not gone meanwhile
-                    return int(g["X"]), int(g["Y"]), int(g["WIDTH"]), int(g["HEIGHT"])
-            time.sleep(0.05)
-        return None
+            g = dict(line.split("=", 1) for line in self.xdo("getwindowgeometry", "--shell", ids[-1]).split())
+            return tuple(int(g[k]) for k in ("X", "Y", "WIDTH", "HEIGHT"))
+        return self.poll(geometry, timeout)
 
-    # ---- the steps
     def run(self):
         os.makedirs(self.root)
         if self.start_host() is None:
@@ -239,18 +229,13 @@ class Scene:
     def capture(self):
         before = set(self.find("Capture/*.png"))
         self.control("console screenshot")
-        end, new = time.time() + 15, []
-        while not new and time.time() < end:
-            time.sleep(0.1)
-            new = [f for f in self.find("Capture/*.png") if f not in before]
+        new = self.poll(lambda: [f for f in self.find("Capture/*.png") if f not in before], 15) or []
         time.sleep(0.2)  # the file may still be being written
         png = new[0] if new else os.devnull
-        with open(png, "rb") as f:
-            signed = f.read(8) == b"\x89PNG\r\n\x1a\n"
-        size = subprocess.run(["convert", png, "-format", "%wx%h", "info:"], capture_output=True,
-                              text=True).stdout.strip()
-        self.check(signed and size, "console screenshot: %s, a PNG of %s that decodes, in a capture folder "
-                   "within 15 s" % (png, size))
+        kind = subprocess.run(["convert", png, "-format", "%m of %wx%h", "info:"], capture_output=True,
+                              text=True).stdout.strip()  # read by its content, whatever its name
+        self.check(kind.startswith("PNG of "), "console screenshot: %s, a %s that decodes, in a capture "
+                   "folder within 15 s" % (png, kind))
         if self.out and new:
             shutil.copy(new[0], os.path.join(self.out, "capture.png"))
 
@@ -272,9 +257,7 @@ class Scene:
                      "mousemove", str(x - 45), str(y + 39), "sleep", "0.3", "mouseup", "1")
             time.sleep(0.5)
             self.xdo("key", "Escape")
-            end = time.time() + 5
-            while self.x_window("^Preferences$", 0.1) is not None and time.time() < end:
-                time.sleep(0.1)
+            self.poll(lambda: self.x_window("^Preferences$", 0.1) is None)
         self.close_popup()
         status = self.quit_host()
         if not self.check(status == 0 and self.find("effects_settings") and self.start_host() is not None,
