@@ -283,11 +283,7 @@ TEST_F(WindowTest, ShowRaisesOnChangesAndShowModalReturnsTheEndCode) {
 TEST_F(WindowTest, ModifierMembersTestTheirKeysKeyPressesReportOnceAndThePointerIsRelativeToTheWidget) {
     using kb = keyboard;
     // clang-format off
-    const struct {
-        int member;
-        std::vector<int> down;
-        bool expected;
-    } rows[] = {
+    const std::tuple<int, std::vector<int>, bool> rows[] = { // member, keys down, expected
         {kb::control, {59}, true},       {kb::control, {62}, false},          {kb::left_control, {59}, true},
         {kb::left_control, {59, 62}, false}, {kb::right_control, {62}, true}, {kb::right_control, {59}, false},
         {kb::shift, {56}, true},         {kb::shift, {60}, false},            {kb::left_shift, {56}, true},
@@ -297,11 +293,11 @@ TEST_F(WindowTest, ModifierMembersTestTheirKeysKeyPressesReportOnceAndThePointer
         {kb::right_command, {54}, false}, {kb::tab, {49}, false},             {12, {12}, true},
         {kb::shortcut, {55}, true},      {kb::shortcut, {59}, false},         {-70, {48, 49, 55, 56, 58, 59}, false}};
     // clang-format on
-    for (const auto& r : rows) {
+    for (const auto& [member, down, expected] : rows) {
         offscreen::reset_input();
-        for (int code : r.down)
+        for (int code : down)
             offscreen::set_key_down(code, true);
-        EXPECT_EQ(keyboard::is_key_down(r.member), r.expected) << "member " << r.member;
+        EXPECT_EQ(keyboard::is_key_down(member), expected) << "member " << member;
     }
     offscreen::reset_input();
     std::vector<bool> pressed{keyboard::was_key_pressed(virtual_key::q)};

@@ -59,12 +59,8 @@ TEST_F(InputBoxTest, TypingRaisesEventsOnTheBoxAndKeysTheFieldDoesNotUseReachIt)
 // selection, which counts from the caret towards its far end.
 TEST_F(InputBoxTest, ArrowsHomeEndAndDeletesMoveTheCaretAndTheSelection) {
     using namespace event_key;
-    const struct {
-        bool shift;
-        uint32_t key;
-        std::u16string_view typed;
-        S after;
-    } steps[] = {
+    const std::tuple<bool, uint32_t, std::u16string_view, S> steps[] = {
+        // Shift, key, typed, after
         // clang-format off
         {false, 0, u"helo", {"helo", 4, 0}},
         {false, left, u"", {"helo", 3, 0}},
@@ -89,15 +85,15 @@ TEST_F(InputBoxTest, ArrowsHomeEndAndDeletesMoveTheCaretAndTheSelection) {
         {false, forward_delete, u"", {"", 0, 0}},     // a delete takes the selection
         // clang-format on
     };
-    for (const auto& step : steps) {
-        SCOPED_TRACE(std::get<0>(step.after) + " " + std::to_string(std::get<1>(step.after)));
-        if (!step.typed.empty())
-            type(step.typed);
-        else if (step.shift)
-            key_with(shift_key, step.key);
+    for (const auto& [shift, pressed, typed, after] : steps) {
+        SCOPED_TRACE(std::get<0>(after) + " " + std::to_string(std::get<1>(after)));
+        if (!typed.empty())
+            type(typed);
+        else if (shift)
+            key_with(shift_key, pressed);
         else
-            key(step.key);
-        EXPECT_EQ(state(), step.after);
+            key(pressed);
+        EXPECT_EQ(state(), after);
     }
 }
 
