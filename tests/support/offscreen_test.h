@@ -60,12 +60,10 @@ struct event_recorder : nimbit::ui::event_object {
 
     size_t count() const { return entries.size(); }
     uint64_t last_data() const { return entries.empty() ? 0 : entries.back().data; }
-    // The data of the entries, of one type only when given.
-    std::vector<uint64_t> data(std::optional<nimbit::ui::event_type> only = {}) const {
+    std::vector<uint64_t> data() const {
         std::vector<uint64_t> out;
         for (const entry& e : entries)
-            if (!only || e.type == *only)
-                out.push_back(e.data);
+            out.push_back(e.data);
         return out;
     }
     // "source:type" lines (":data" appended when asked), the recorded entries dropped.

@@ -350,13 +350,9 @@ TEST(EventManager, DestroyingObjectsDropsTheirRegistrationsAndRemovedOnesAreShed
     EXPECT_EQ(std::pair(kept_calls, em.owned_id_count(&owner)), std::pair(1, size_t(0)));
 }
 
-// plugin_map is process-wide: every test that fills it leaves it empty again.
-struct plugin_guard {
-    ~plugin_guard() { theme::plugin_map.clear(); }
-};
-
 TEST(ThemeDeathTest, OwnStylesWinLinksReadThroughUnknownKeysStopAndChangesReachTheOwner) {
-    plugin_guard guard;
+    // plugin_map is process-wide: the scene leaves it empty again however it ends.
+    const std::shared_ptr<void> guard(nullptr, [](void*) { theme::plugin_map.clear(); });
     theme t;
     theme::plugin_map.insert_or_assign(theme_keys::button_font_color, theme_style(vec4{0.5f, 0.5f, 0.5f, 1}));
     t.set(theme_keys::button_font_color, vec4{0, 0, 1, 1});

@@ -127,7 +127,7 @@ TEST_F(WindowTest, TabMovesFocusAlongCreationOrderWithWrapAndSkipsWhatCannotTake
     // With no focus yet the root counts as focused; the order wraps both ways.
     EXPECT_EQ((std::vector{tab(), tab(), tab(), tab(true)}),
               (std::vector<widget*>{&first, &last, &first, &last}));
-    win.set_tab_navigation(false); // Tab becomes an ordinary character, the first key_char 9 anywhere
+    win.set_tab_navigation(false); // Tab becomes an ordinary character: the first key_char 9 recorded
     tab();
     EXPECT_EQ(r.take(), (lines{ev("last", key_char), ev("w", key_char)}));
 }
