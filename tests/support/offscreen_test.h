@@ -40,6 +40,7 @@ struct event_recorder : nimbit::ui::event_object {
         std::string source;
         nimbit::ui::event_type type;
         uint64_t data;
+        nimbit::ui::event_agent agent;
     };
     std::vector<entry> entries;
 
@@ -51,33 +52,29 @@ struct event_recorder : nimbit::ui::event_object {
     void watch(nimbit::ui::event_object& source, std::string name,
                std::initializer_list<nimbit::ui::event_type> types) {
         for (nimbit::ui::event_type t : types)
-            nimbit::ui::event_manager::instance().add_event(&source, this, t,
-                                                            [this, name](const nimbit::ui::event_info& e) {
-                                                                entries.push_back({name, e.type, e.data});
-                                                            });
+            nimbit::ui::event_manager::instance().add_event(
+                &source, this, t, [this, name](const nimbit::ui::event_info& e) {
+                    entries.push_back({name, e.type, e.data, e.agent});
+                });
     }
 
     size_t count() const { return entries.size(); }
     uint64_t last_data() const { return entries.empty() ? 0 : entries.back().data; }
-    // The data of the entries, of one type only when given.
-    std::vector<uint64_t> data(std::optional<nimbit::ui::event_type> only = {}) const {
+    std::vector<uint64_t> data() const {
         std::vector<uint64_t> out;
         for (const entry& e : entries)
-            if (!only || e.type == *only)
-                out.push_back(e.data);
+            out.push_back(e.data);
         return out;
     }
     // "source:type" lines (":data" appended when asked), the recorded entries dropped.
     std::vector<std::string> take(bool with_data = false) {
         std::vector<std::string> lines;
         for (const entry& e : std::exchange(entries, {}))
-            lines.push_back(line(e.source, e.type) + (with_data ? ":" + std::to_string(e.data) : ""));
+            lines.push_back(line(e.source, e.type, with_data ? std::optional(e.data) : std::nullopt));
         return lines;
     }
-    static std::string line(const std::string& source, nimbit::ui::event_type t) {
-        return source + ":" + std::to_string(static_cast<int>(t));
-    }
-    static std::string line(const std::string& source, nimbit::ui::event_type t, uint64_t data) {
-        return line(source, t) + ":" + std::to_string(data);
+    static std::string line(const std::string& source, nimbit::ui::event_type t,
+                            std::optional<uint64_t> data = {}) {
+        return source + ":" + std::to_string(static_cast<int>(t)) + (data ? ":" + std::to_string(*data) : "");
     }
 };

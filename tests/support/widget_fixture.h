@@ -15,6 +15,7 @@
 #include "tests/support/offscreen_test.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -29,10 +30,7 @@ inline void send(window& w, event_type t, uint64_t data = 0) {
     offscreen::events_of(w).process_event(t, data);
 }
 
-inline std::string ev(const std::string& who, event_type t) {
-    return event_recorder::line(who, t);
-}
-inline std::string ev(const std::string& who, event_type t, uint64_t data) {
+inline std::string ev(const std::string& who, event_type t, std::optional<uint64_t> data = {}) {
     return event_recorder::line(who, t, data);
 }
 
@@ -46,8 +44,7 @@ struct TestWindow : window {
 // does.
 class WidgetTest : public OffscreenTest {
 protected:
-    static constexpr int command_key = virtual_key::command, shift_key = virtual_key::left_shift,
-                         control_key = virtual_key::left_control;
+    static constexpr int command_key = virtual_key::command, shift_key = virtual_key::left_shift;
 
     void SetUp() override {
         OffscreenTest::SetUp();
@@ -69,13 +66,4 @@ protected:
     }
 
     window win;
-};
-
-// The agent of the last event of one type a source raised.
-struct agent_of : event_object {
-    event_agent last{};
-    agent_of(event_object& source, event_type type) {
-        event_manager::instance().add_event(&source, this, type,
-                                            [this](const event_info& e) { last = e.agent; });
-    }
 };

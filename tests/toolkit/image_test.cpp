@@ -122,8 +122,7 @@ TEST(Bitmap, SetSizeResamplesOrCutsAndPads) {
     EXPECT_EQ(pixel(b, 0, 0).r * 10 + pixel(a, 0, 0).r, 7);
 }
 
-TEST(Bitmap, ClipboardHoldsOneImageOrText) {
-    get_offscreen_clipboard().clear();
+TEST_F(OffscreenTest, BitmapClipboardHoldsOneImageOrText) {
     bitmap b;
     EXPECT_FALSE(b.load_image_from_clipboard() || bitmap().copy_to_clipboard());
     bitmap source = make({3, 3}, image_alpha::alpha, pattern);
@@ -131,7 +130,6 @@ TEST(Bitmap, ClipboardHoldsOneImageOrText) {
     EXPECT_EQ(pixels_of(b), pixels_of(source));
     EXPECT_TRUE(clipboard::set_text("text") && !clipboard::has_image() && !b.load_image_from_clipboard());
     EXPECT_EQ(pixels_of(b), pixels_of(source)) << "a failed load keeps the image";
-    get_offscreen_clipboard().clear();
 }
 
 // Locks give packed 32-bit rows; images are drawn at their size in points; either needs a loaded image.
@@ -143,8 +141,7 @@ TEST(BitmapDeathTest, LocksGiveThirtyTwoBitRowsImagesDrawAtTheirSizeAndBothNeedA
     bitmap_data data = b.lock();
     EXPECT_EQ(std::tuple(data.bits_per_pixel, data.pitch, data.byte_count, data.size, b.is_locked()),
               std::tuple(32u, 32u, 192u, _vec2<int>{8, 6}, true));
-    b.unlock(data);
-    EXPECT_FALSE(b.is_locked());
+    b.unlock(data); // lock asserts the bitmap is unlocked: every later lock checks this
     d.draw_image({3, 4}, b);
     d.draw_image({0, 0}, b, {2, 2, 4, 2});
     const auto images = native.calls_named("draw_image");

@@ -79,8 +79,8 @@ protected:
 
 TEST_F(ScrollBarTest, ScrollRoundsToStepsAndClampsToTheOverflowAsItChanges) {
     EXPECT_EQ(content.get_rect().position(), (_vec2<int>{0, 0})) << "moved to the parent's origin";
-    EXPECT_EQ(bar.get_max_scroll(), 300);
-    // Whole steps unless told otherwise, clamped to [0, 300]; the content moves by minus the value.
+    // Whole steps unless told otherwise, clamped to [0, 300] (the overflow); the content moves by minus the
+    // value.
     for (auto [delta, exact, y] :
          {std::tuple{-37, false, -30}, {-37, true, -67}, {-1000, false, -300}, {1000, false, 0}}) {
         bar.scroll(delta, exact);
