@@ -68,8 +68,8 @@ protected:
         popup->GetShortcuts()[slot] = EffectAlias{std::move(label), Named(name), nullptr};
     }
     // The names of the entries applied since the last call.
-    std::vector<std::string> Applied() {
-        std::vector<std::string> names;
+    lines Applied() {
+        lines names;
         for (uint64_t data : applied.data())
             names.push_back(pointer_payload<const EffectData>(data)->name);
         applied.entries.clear();
@@ -91,8 +91,8 @@ protected:
         popup->GetSearchField().focus(focus_cause::keyboard);
         Event(event_type::key_down, code);
     }
-    std::vector<std::string> RowNames() const {
-        std::vector<std::string> names;
+    lines RowNames() const {
+        lines names;
         for (const auto& row : popup->GetRows())
             names.push_back(row->GetEffect()->name);
         return names;
@@ -189,7 +189,7 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
 TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheSelection) {
     Open();
     Search("blur");
-    // lines containing the text, in catalogue order, effects before presets.
+    // Names containing the text, in catalogue order, effects before presets.
     EXPECT_EQ(RowNames(), (lines{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
     ASSERT_TRUE(popup->GetEffectsHeader() && popup->GetPresetsHeader());
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
@@ -464,7 +464,7 @@ TEST_F(PopupTest, AppliedEntriesAreRecordedReadBackAndRiseOnlyWhileTheSettingIsO
 
 // Writes each call down as "what:value effect".
 struct RecordingPopup : EffectsPopupInterface {
-    std::vector<std::string> calls;
+    lines calls;
     void Record(std::string what, const EffectData* e, unsigned long value) {
         calls.push_back(what + ":" + std::to_string(value) + " " + (e != nullptr ? e->name : ""));
     }
@@ -506,7 +506,7 @@ struct SlotTest : OffscreenTest {
     RecordingPopup popup;
     EffectSlot slot{popup, true};
     EffectData effect = MakeEffect(0, "Gaussian Blur");
-    std::vector<std::string> labels;
+    lines labels;
 };
 
 TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
@@ -526,8 +526,8 @@ TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
     // Choices reach the popup.
     for (uint32_t answer : {62u, 3u, 4u, 5u, 1u}) // the second submenu item ... the title, which is inert
         Menu(false, 2, answer);
-    EXPECT_EQ(popup.calls, (std::vector<std::string>{"replace:1 Gaussian Blur", "list:0 Gaussian Blur",
-                                                     "list:1 Gaussian Blur", "create:0 Gaussian Blur"}));
+    EXPECT_EQ(popup.calls, (lines{"replace:1 Gaussian Blur", "list:0 Gaussian Blur", "list:1 Gaussian Blur",
+                                  "create:0 Gaussian Blur"}));
 }
 
 TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAllowed) {
@@ -557,15 +557,14 @@ TEST_F(SlotTest, MatchedRunsOfAWideNameLineUpAndStayWithinIt) {
     effect.name = "Gaußscher Weichzeichner"; // "ß" takes two bytes
     slot.SetEffect(&effect, false, &labels);
     slot.SetHighlights(std::vector<ByteRange>{{0, 3}, {11, 40}});
-    std::vector<std::string> runs;
+    lines runs;
     for (const draw_call& c : painted(host))
         if (c.op == "draw_text" && c.value == 14)
             runs.push_back(std::to_string(c.rect.x) + " " + c.text);
     const int w = offscreen_drawer::char_width(14);
-    EXPECT_EQ(runs,
-              (std::vector<std::string>{std::to_string(EffectSlot::TextLeft) + " Gau",
-                                        std::to_string(EffectSlot::TextLeft + 3 * w) + " ßscher ",
-                                        std::to_string(EffectSlot::TextLeft + 10 * w) + " Weichzeichner"}));
+    EXPECT_EQ(runs, (lines{std::to_string(EffectSlot::TextLeft) + " Gau",
+                           std::to_string(EffectSlot::TextLeft + 3 * w) + " ßscher ",
+                           std::to_string(EffectSlot::TextLeft + 10 * w) + " Weichzeichner"}));
 }
 
 struct MessageTest : OffscreenTest {
