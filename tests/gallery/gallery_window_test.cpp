@@ -117,9 +117,8 @@ TEST_F(GalleryWindowTest, ClicksSelectByModifierThePreviewShowsTheFirstFourAndKe
     for (const auto& s : steps) {
         Click(s.tile, s.keys);
         SCOPED_TRACE(s.tile);
-        EXPECT_EQ(Selected(), s.selected);
-        EXPECT_EQ(gallery->GetAnchor(), &Tile(s.anchor));
-        EXPECT_EQ(gallery->GetToolButton(1).get_counter(), s.selected.size());
+        EXPECT_EQ(std::tuple(Selected(), gallery->GetAnchor(), gallery->GetToolButton(1).get_counter()),
+                  std::tuple(s.selected, &Tile(s.anchor), s.selected.size()));
         std::vector<file_path> shown;
         for (size_t i = 0; i < s.selected.size() && i < 4; ++i)
             shown.push_back(Tile(s.selected[i]).GetPath());

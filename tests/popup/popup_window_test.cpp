@@ -245,10 +245,9 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
     EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
 
     std::vector<EffectData> many;
-    for (int i = 0; i < 30; ++i)
-        many.push_back(MakeEffect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
-    for (int i = 0; i < 5; ++i)
-        many.push_back(MakePreset(-(i + 1), "Blur Preset " + std::to_string(i)));
+    for (int i = 0; i < 35; ++i) // 30 effects, then 5 presets
+        many.push_back(i < 30 ? MakeEffect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen")
+                              : MakePreset(29 - i, "Blur Preset " + std::to_string(i)));
     popup->SetEffectData(many);
     Search("blur");
     ASSERT_EQ(popup->GetRows().size(), 35u);
