@@ -6,25 +6,14 @@
 #include "nimbit/filesystem/file_stats.h"
 #include "nimbit/graphics/png_encoder.h"
 #include "nimbit/graphics/rgba_image.h"
-#include "nimbit/ui/key_codes.h"
-#include "nimbit/ui/offscreen/offscreen_clipboard.h"
-#include "nimbit/ui/offscreen/offscreen_clock.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
 #include "nimbit/ui/offscreen/offscreen_file_shell.h"
-#include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
-#include "nimbit/ui/theme_keys.h"
 #include "popup/effects_popup_window.h"
 #include "popup/preferences_data.h"
 #include "popup/ui_colors.h"
 #include "tests/support/data_folders.h"
 #include "tests/support/draw_snapshot.h"
-#include "tests/support/offscreen_test.h"
-
-#include <tuple>
-
-using namespace nimbit;
-using namespace nimbit::ui;
+#include "tests/support/widget_fixture.h"
 
 namespace {
 
@@ -76,7 +65,7 @@ protected:
         if (tile)
             offscreen::click(*gallery, Centre(Tile(*tile)), key);
         else
-            offscreen::events_of(*gallery).process_event(event_type::key_down, key);
+            send(*gallery, event_type::key_down, key);
         for (int k : keys)
             offscreen::set_key_down(k, false);
     }
@@ -105,7 +94,7 @@ protected:
     std::vector<UIColors> themes = BuildColorThemes();
     PreferencesData prefs;
     std::unique_ptr<GalleryPopupWindow> gallery;
-    std::vector<std::string> asked;
+    lines asked;
     offscreen_file_browser& dialogs = offscreen_file_browser::instance();
 };
 
@@ -128,9 +117,8 @@ TEST_F(GalleryWindowTest, ClicksSelectByModifierThePreviewShowsTheFirstFourAndKe
     for (const auto& s : steps) {
         Click(s.tile, s.keys);
         SCOPED_TRACE(s.tile);
-        EXPECT_EQ(Selected(), s.selected);
-        EXPECT_EQ(gallery->GetAnchor(), &Tile(s.anchor));
-        EXPECT_EQ(gallery->GetToolButton(1).get_counter(), s.selected.size());
+        EXPECT_EQ(std::tuple(Selected(), gallery->GetAnchor(), gallery->GetToolButton(1).get_counter()),
+                  std::tuple(s.selected, &Tile(s.anchor), s.selected.size()));
         std::vector<file_path> shown;
         for (size_t i = 0; i < s.selected.size() && i < 4; ++i)
             shown.push_back(Tile(s.selected[i]).GetPath());
@@ -173,7 +161,6 @@ TEST_F(GalleryWindowTest, ClicksSelectByModifierThePreviewShowsTheFirstFourAndKe
     Key('Z');
     EXPECT_EQ(preview.GetPanel(0).get_zoom(), preview.GetFitZoom(0));
 
-    EXPECT_TRUE(gallery->is_shown());
     Key(event_key::escape);
     EXPECT_FALSE(gallery->is_shown());
 }
@@ -190,8 +177,7 @@ TEST_F(GalleryWindowTest, DeleteAsksTheExactQuestionAndRemovesOnlyOnConfirmation
         asked.clear();
         AnswerPopups(answer);
         Key(event_key::forward_delete);
-        EXPECT_EQ(asked, std::vector<std::string>{"Delete?|Are you sure you want to delete " +
-                                                  std::string(question) + "?"});
+        EXPECT_EQ(asked, lines{"Delete?|Are you sure you want to delete " + std::string(question) + "?"});
         for (const file_path& p : chosen)
             EXPECT_EQ(file_stats(p).exists, answer == 0);
         EXPECT_EQ(std::pair(gallery->GetTiles().size(), gallery->GetSelection().size()),
@@ -262,7 +248,7 @@ TEST_F(GalleryWindowTest, SeveralTilesAreDraggedToThePlatformAndSavedWhileTheInf
     offscreen::move_mouse(*gallery, from + ivec2{30, 0});
     ASSERT_EQ(offscreen::file_drags().size(), 1u);
     EXPECT_EQ(offscreen::file_drags()[0].paths,
-              (std::vector<std::string>{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
+              (lines{Tile(0).GetPath().to_string(), Tile(1).GetPath().to_string()}));
     offscreen::release_mouse(*gallery, from + ivec2{30, 0});
     EXPECT_EQ(Selected(), (std::vector<size_t>{0, 1})) << "a drag keeps the selection";
     Click(1);
@@ -277,7 +263,7 @@ TEST_F(GalleryWindowTest, SeveralTilesAreDraggedToThePlatformAndSavedWhileTheInf
     dialogs.answer({root / "out"});
     gallery->GetToolButton(1).press();
     EXPECT_EQ(dialogs.requests().back().title, "Select Folder");
-    EXPECT_EQ(tree(root / "out"), (std::vector<std::string>{"c0.png", "c1.png", "c2.png"}));
+    EXPECT_EQ(tree(root / "out"), (lines{"c0.png", "c1.png", "c2.png"}));
     ASSERT_NE(gallery->GetInfoPopup(), nullptr);
     EXPECT_EQ(offscreen::native_of(*gallery->GetInfoPopup()).get_canvas().calls_named("draw_text").at(0).text,
               "Saving images...");
@@ -404,12 +390,10 @@ TEST_F(GalleryWindowTest, ThePopupMakesTheGalleryOnceAndRefreshesItWhileShown) {
 // The gallery's preview grid, its titles and zoom buttons, the gallery's tool buttons and the info
 // popup, on the offscreen backend.
 
+// A blank w x h picture; none (not decoded) when a side is 0.
 bitmap Picture(int w, int h) {
-    graphics::rgba_image pixels;
-    pixels.size = {w, h};
-    pixels.pixels.assign(static_cast<size_t>(w) * h * 4, 200);
     bitmap b;
-    b.load_pixels(pixels);
+    b.create({w, h}, image_alpha::alpha);
     return b;
 }
 
@@ -421,8 +405,8 @@ std::vector<file_path> Paths(size_t n) {
 }
 
 // The texts among the calls.
-std::vector<std::string> Texts(const std::vector<draw_call>& calls) {
-    std::vector<std::string> out;
+lines Texts(const std::vector<draw_call>& calls) {
+    lines out;
     for (const draw_call& c : calls)
         if (c.op == "draw_text" || c.op == "draw_clipped_text")
             out.push_back(c.text);
@@ -573,17 +557,14 @@ TEST_F(PreviewTest, ZoomButtonsToggleTheirOwnPictureAndToggleZoomMovesAllTogethe
 TEST_F(PreviewTest, TitlesNameTheCaptureWithItsSizeAndDropTheSizeWhenNarrow) {
     const std::vector<file_path> paths{"/captures/Comp 1 2026-11-23 at 10.15.00.png", "/captures/b.jpg"};
     preview.SetImages(paths);
-    EXPECT_EQ(Texts(painted(host)),
-              (std::vector<std::string>{"Comp 1 2026-11-23 at 10.15.00", "b"})); // not decoded
+    EXPECT_EQ(Texts(painted(host)), (lines{"Comp 1 2026-11-23 at 10.15.00", "b"})); // not decoded
     preview.SetImage(paths[0], Picture(384, 216));
     preview.SetImage(paths[1], Picture(38, 21));
-    EXPECT_EQ(Texts(painted(host)),
-              (std::vector<std::string>{"Comp 1 2026-11-23 at 10.15.00", "384 x 216", "b", "38 x 21"}));
+    EXPECT_EQ(Texts(painted(host)), (lines{"Comp 1 2026-11-23 at 10.15.00", "384 x 216", "b", "38 x 21"}));
 
     // A 240-pixel cell has room for the name only.
     preview.set_rect({0, 0, 240, 600});
-    EXPECT_EQ(Texts(painted(host)),
-              (std::vector<std::string>{"Comp 1 2026-11-23 at 10.15.00", "b", "38 x 21"}));
+    EXPECT_EQ(Texts(painted(host)), (lines{"Comp 1 2026-11-23 at 10.15.00", "b", "38 x 21"}));
 
     preview.ToggleTitleVisibility();
     EXPECT_TRUE(Texts(painted(host)).empty());
@@ -602,16 +583,15 @@ TEST_F(PreviewTest, TwoByTwoPicture) {
 }
 
 TEST_F(PreviewTest, GalleryButtonWritesItsCountBesideItsIconAndTheInfoPopupPaintsAtOnce) {
-    window bar;
-    bar.create("bar", {0, 0, 200, 40}, window_style_borderless);
+    TestWindow bar({0, 0, 200, 40});
     GalleryButton save(&themes[0], &UIColors::gallerySaveIcon),
         png(&themes[0], &UIColors::gallerySaveIcon, "PNG");
     save.create(bar.get_root(), {0, 0, 60, 28});
     png.create(bar.get_root(), {100, 0, 90, 28});
     // Nothing to act on: the caption alone.
-    EXPECT_EQ(Texts(painted(bar)), std::vector<std::string>{"PNG"});
+    EXPECT_EQ(Texts(painted(bar)), lines{"PNG"});
     png.set_counter(3);
-    EXPECT_EQ(Texts(painted(bar)), std::vector<std::string>{"PNG 3"});
+    EXPECT_EQ(Texts(painted(bar)), lines{"PNG 3"});
     png.show(false);
     save.set_counter(12);
     // The count follows the icon; a theme switch repaints the plate.
@@ -634,7 +614,7 @@ TEST_F(PreviewTest, GalleryButtonWritesItsCountBesideItsIconAndTheInfoPopupPaint
     EXPECT_EQ((ivec2{at.x + at.w / 2, at.y + at.h / 2}), (ivec2{500, 300}));
     offscreen::offscreen_window& native = offscreen::native_of(info);
     EXPECT_EQ(native.get_dirty(), ivec4{});
-    EXPECT_EQ(Texts(native.get_canvas().calls()), std::vector<std::string>{"Saving images..."});
+    EXPECT_EQ(Texts(native.get_canvas().calls()), lines{"Saving images..."});
     EXPECT_TRUE(info.is_shown() && host.has_focus());
     info.HideText();
     EXPECT_FALSE(info.is_shown());

@@ -115,8 +115,7 @@ TEST_F(ThumbnailLoaderTest, TheCacheServesMatchingStampsAndRebuildsStaleOnes) {
 }
 
 TEST_F(ThumbnailLoaderTest, UnreadableCapturesComeBackEmptyAndStayUncached) {
-    std::vector<unsigned char> png = Encoded(Format::Png, 64, 64), jpg = Encoded(Format::Jpg, 64, 64);
-    std::vector<unsigned char> damaged = png;
+    std::vector<unsigned char> damaged = Encoded(Format::Png, 64, 64), jpg = Encoded(Format::Jpg, 64, 64);
     damaged[damaged.size() / 2] ^= 0xFF;
     ASSERT_TRUE(write_bytes(tmp / "empty.png", {}) && write_text(tmp / "text.png", "not a picture at all") &&
                 write_bytes(tmp / "cut.jpg", {jpg.begin(), jpg.begin() + long(jpg.size() / 2)}) &&

@@ -1,52 +1,113 @@
 // The popup window: opening layouts, placement, keys, applying, the list, resizing and themes.
+#include "host/effect_data.h"
 #include "nimbit/filesystem/file_stats.h"
-#include "nimbit/ui/key_codes.h"
-#include "nimbit/ui/offscreen/offscreen_clock.h"
-#include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
-#include "nimbit/ui/theme_keys.h"
+#include "nimbit/ui/event_payload.h"
+#include "nimbit/ui/offscreen/offscreen_drawer.h"
 #include "nimbit/ui/widget_themes.h"
+#include "popup/effect_alias.h"
+#include "popup/effects_popup_window.h"
 #include "popup/parts/effect_slot.h"
 #include "popup/parts/effects_message_popup.h"
 #include "popup/parts/effects_popup_interface.h"
+#include "popup/preferences_data.h"
 #include "popup/preferences_file.h"
 #include "popup/ui_colors.h"
 #include "popup/user_lists.h"
-#include "tests/popup/popup_fixture.h"
+#include "tests/search/fixture_catalogue.h"
+#include "tests/support/data_folders.h"
 #include "tests/support/draw_snapshot.h"
+#include "tests/support/widget_fixture.h"
 
 #include <algorithm>
+#include <functional>
+#include <memory>
 #include <optional>
-#include <tuple>
-
-using namespace nimbit;
-using namespace nimbit::ui;
 
 namespace {
 
-using W = EffectsPopupWindow;
+// The popup over a small catalogue, in a private settings folder, on the offscreen backend; `applied`
+// records the entries it hands out with its apply event.
+class PopupTest : public OffscreenTest, protected private_data_folders {
+protected:
+    // Counts calls of the seams that later pieces fill in.
+    struct Window : EffectsPopupWindow {
+        using EffectsPopupWindow::EffectsPopupWindow;
+        std::vector<int> calls; // 0 gallery, 1 screenshot, 2 export, 3 preferences
+        void OpenGallery() override { calls.push_back(0); }
+        void TakeScreenshot(bool) override { calls.push_back(1); }
+        void ExportScreenshot() override { calls.push_back(2); }
+        void OpenPreferences() override { calls.push_back(3); }
+    };
 
-TEST_F(PopupTest, OpeningLayoutsInEachMode) {
-    const struct {
-        const char *comp, *layer;
-        bool search, capture;
-    } cases[] = {{"Comp 1", "Layer 1", true, true},
-                 {"", "", false, false},
-                 {"Comp 1", "", false, true}}; // capture works, search does not
-    for (const auto& c : cases) {
-        SCOPED_TRACE(std::string(c.comp) + "/" + c.layer);
-        Open(c.comp, c.layer);
-        // The modes, the search field, the shortcuts bar (no slots), then the tool buttons enabled:
-        // screenshot, gallery, export, ...
-        std::vector<int> shown{popup->IsSearchMode(), popup->IsScreenshotMode(),
-                               popup->GetSearchField().is_visible(false),
-                               popup->GetShortcutsBar().is_visible(false)};
-        for (int b = 0; b < 5; ++b)
-            shown.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
-        EXPECT_EQ(shown, (std::vector<int>{c.search, c.capture, c.search, 0, c.capture, 1, c.capture, 1, 1}));
-        popup->hide();
+    void SetUp() override {
+        OffscreenTest::SetUp();
+        // The first as a catalogue made elsewhere arrives: without its search names.
+        // clang-format off
+        catalogue = {EffectData{1, "Gaussian Blur", "gaussian blur", "Blur & Sharpen", false},
+                     MakeEffect(2, "Fast Box Blur", "Blur & Sharpen"), MakeEffect(3, "Directional Blur", "Blur & Sharpen"),
+                     MakeEffect(4, "Glow"), MakeEffect(5, "Curves", "Color Correction"),
+                     MakePreset(-1, "Blur In"), MakePreset(-2, "Glow Pulse")};
+        // clang-format on
+        popup = std::make_unique<Window>(prefs);
+        popup->SetEffectData(catalogue);
+        applied.watch(*popup, "", {event_type::pressed});
     }
-}
+    void TearDown() override {
+        popup.reset();
+        OffscreenTest::TearDown();
+    }
+
+    // The entry of the popup's catalogue with this display name.
+    const EffectData* Named(std::string_view name) const {
+        for (const EffectData& e : popup->GetCatalogue())
+            if (e.name == name)
+                return &e;
+        return nullptr;
+    }
+    void SetSlot(size_t slot, std::string_view name, std::string label) {
+        popup->GetShortcuts()[slot] = EffectAlias{std::move(label), Named(name), nullptr};
+    }
+    // The names of the entries applied since the last call.
+    lines Applied() {
+        lines names;
+        for (uint64_t data : applied.data())
+            names.push_back(pointer_payload<const EffectData>(data)->name);
+        applied.entries.clear();
+        return names;
+    }
+
+    // Opens the popup the way the idle hook does; a composition name turns screenshot mode on and a
+    // layer name search mode.
+    void Open(std::string_view comp = "Comp 1", std::string_view layer = "Layer 1") {
+        popup->Show("Project", comp, layer, PopupCommand{PopupCommand::Show});
+    }
+    static uint32_t Command(EffectsPopupWindow& w, uint32_t kind) {
+        return w.Show(std::string_view(), std::string_view(), std::string_view(), PopupCommand{kind});
+    }
+    void Event(event_type type, uint64_t data) { send(*popup, type, data); }
+    void Search(std::string_view text) { popup->GetSearchField().set_text(text, true); }
+    // A key as the platform delivers it to the search field (key_down to the focused widget).
+    void InputKey(unsigned long long code) {
+        popup->GetSearchField().focus(focus_cause::keyboard);
+        Event(event_type::key_down, code);
+    }
+    lines RowNames() const {
+        lines names;
+        for (const auto& row : popup->GetRows())
+            names.push_back(row->GetEffect()->name);
+        return names;
+    }
+    std::string SelectedName() const {
+        return popup->GetSelected() != nullptr ? popup->GetSelected()->GetEffect()->name : std::string();
+    }
+
+    PreferencesData prefs;
+    std::vector<EffectData> catalogue;
+    std::unique_ptr<Window> popup;
+    event_recorder applied;
+};
+
+using W = EffectsPopupWindow;
 
 TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrItsOverride) {
     Open();
@@ -71,18 +132,18 @@ TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrIt
     Event(event_type::key_char, '7'); // slot 7 is empty: nothing, and still shown
     EXPECT_TRUE(popup->is_shown());
     Event(event_type::key_char, '2');
-    EXPECT_TRUE(Applied() == Names{"Glow"} && !popup->is_shown());
+    EXPECT_TRUE(Applied() == lines{"Glow"} && !popup->is_shown());
 
     Open(); // inside a search a digit is text
     offscreen::advance_ms(250);
     Search("cc");
     Event(event_type::key_char, '2');
-    EXPECT_EQ(Applied(), Names{});
+    EXPECT_EQ(Applied(), lines{});
 
     Open(); // the shortcut buttons apply their slot
     const ivec2 at = popup->GetShortcutsBar().GetButtons()[0]->calc_absolute_pos();
     offscreen::click(*popup, {at.x + 10, at.y + 10});
-    EXPECT_EQ(Applied(), (Names{"Glow"}));
+    EXPECT_EQ(Applied(), (lines{"Glow"}));
 
     Open("", ""); // outside search mode any other character hides
     Event(event_type::key_char, 'x');
@@ -97,7 +158,7 @@ TEST_F(PopupTest, ShortcutsShowInSearchModeAndDigitsAndButtonsApplyTheirSlotOrIt
     SetSlot(0, "Gaussian Blur", "Gau");
     Open("", "");
     Event(event_type::key_char, '1');
-    EXPECT_EQ(Applied(), (Names{"Fast Box Blur", "Fast Box Blur"}));
+    EXPECT_EQ(Applied(), (lines{"Fast Box Blur", "Fast Box Blur"}));
 }
 
 TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
@@ -119,7 +180,6 @@ TEST_F(PopupTest, FocusCentresOnThePointerStaysOnScreenAndLosingItHides) {
 
     // Losing the focus hides; reopening empties the search.
     Search("blur");
-    EXPECT_FALSE(popup->GetRows().empty());
     Event(event_type::focus_lost, 0);
     EXPECT_FALSE(popup->is_shown());
     Open();
@@ -130,7 +190,7 @@ TEST_F(PopupTest, SearchBuildsRowsUnderTheirHeadersHighlightsThemAndKeysMoveTheS
     Open();
     Search("blur");
     // Names containing the text, in catalogue order, effects before presets.
-    EXPECT_EQ(RowNames(), (Names{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
+    EXPECT_EQ(RowNames(), (lines{"Gaussian Blur", "Fast Box Blur", "Directional Blur", "Blur In"}));
     ASSERT_TRUE(popup->GetEffectsHeader() && popup->GetPresetsHeader());
     EXPECT_EQ(SelectedName(), "Gaussian Blur");
 
@@ -185,10 +245,9 @@ TEST_F(PopupTest, TheListGrowsToTheMaximumThenScrollsTheSelectionIntoViewAndFoll
     EXPECT_FALSE(popup->GetScrollBar().is_visible(false));
 
     std::vector<EffectData> many;
-    for (int i = 0; i < 30; ++i)
-        many.push_back(MakeEffect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen"));
-    for (int i = 0; i < 5; ++i)
-        many.push_back(MakePreset(-(i + 1), "Blur Preset " + std::to_string(i)));
+    for (int i = 0; i < 35; ++i) // 30 effects, then 5 presets
+        many.push_back(i < 30 ? MakeEffect(i + 1, "Blur " + std::to_string(100 + i), "Blur & Sharpen")
+                              : MakePreset(29 - i, "Blur Preset " + std::to_string(i)));
     popup->SetEffectData(many);
     Search("blur");
     ASSERT_EQ(popup->GetRows().size(), 35u);
@@ -223,15 +282,15 @@ TEST_F(PopupTest, ReturnAndClicksApplyTheRowsEntryAndHideEscapeDoesNot) {
     Search("gauss");
     InputKey(event_key::return_key);
     Event(event_type::key_char, 13);
-    EXPECT_TRUE(Applied() == Names{"Gaussian Blur"} && !popup->is_shown());
+    EXPECT_TRUE(Applied() == lines{"Gaussian Blur"} && !popup->is_shown());
 
     Open();
     Search("blur");
     const ivec2 at = popup->GetRows()[3]->calc_absolute_pos() + ivec2{60, 10};
     offscreen::click(*popup, at, 2); // the right button opens the menu instead
-    EXPECT_EQ(Applied(), Names{});
+    EXPECT_EQ(Applied(), lines{});
     offscreen::click(*popup, at);
-    EXPECT_EQ(Applied(), (Names{"Blur In"}));
+    EXPECT_EQ(Applied(), (lines{"Blur In"}));
 
     // With no selection Return only hides.
     Open();
@@ -352,8 +411,7 @@ TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused
     popup->ReplaceToShortcuts(Named("Curves"), 4);
     EXPECT_FALSE(popup->is_shown());
     EXPECT_FALSE(file_stats(shortcutsFile).exists);
-    for (size_t i = 0; i < ShortcutSlotCount; ++i)
-        popup->GetShortcuts()[i] = EffectAlias{};
+    std::ranges::fill(popup->GetShortcuts(), EffectAlias{});
 
     Open();
     Search("glow");
@@ -361,7 +419,7 @@ TEST_F(PopupTest, ListActionsSaveAndRefreshAndShortcutChoicesHideEvenWhenRefused
     const ivec2 at = popup->GetRows()[0]->calc_absolute_pos();
     offscreen::push_menu_answer(EffectSlot::BlacklistId);
     offscreen::click(*popup, {at.x + 60, at.y + 10}, 2);
-    EXPECT_EQ(RowNames(), (Names{"Glow Pulse"}));
+    EXPECT_EQ(RowNames(), (lines{"Glow Pulse"}));
     popup->AddToShortcuts(Named("Curves"));
     EXPECT_TRUE(!popup->is_shown() && popup->GetShortcuts()[0].alias == "Cur");
     Open();
@@ -403,19 +461,18 @@ TEST_F(PopupTest, AppliedEntriesAreRecordedReadBackAndRiseOnlyWhileTheSettingIsO
 
 // The list's rows and the message popups, built without the popup window; the popup's pictures.
 
+// Writes each call down as "what:value effect".
 struct RecordingPopup : EffectsPopupInterface {
-    struct Call {
-        std::string what;
-        const EffectData* effect;
-        unsigned long value;
-    };
-    std::vector<Call> calls;
-    void AddToList(const EffectData* e, bool blacklist) override { calls.push_back({"list", e, blacklist}); }
-    void AddToShortcuts(const EffectData* e) override { calls.push_back({"create", e, 0}); }
-    void ReplaceToShortcuts(const EffectData* e, unsigned long index) override {
-        calls.push_back({"replace", e, index});
+    lines calls;
+    void Record(std::string what, const EffectData* e, unsigned long value) {
+        calls.push_back(what + ":" + std::to_string(value) + " " + (e != nullptr ? e->name : ""));
     }
-    void SetSelected(EffectSlot*) override { calls.push_back({"select", nullptr, 0}); }
+    void AddToList(const EffectData* e, bool blacklist) override { Record("list", e, blacklist); }
+    void AddToShortcuts(const EffectData* e) override { Record("create", e, 0); }
+    void ReplaceToShortcuts(const EffectData* e, unsigned long index) override {
+        Record("replace", e, index);
+    }
+    void SetSelected(EffectSlot*) override { Record("select", nullptr, 0); }
 };
 
 struct SlotTest : OffscreenTest {
@@ -423,8 +480,6 @@ struct SlotTest : OffscreenTest {
         OffscreenTest::SetUp();
         host.create("rows", {0, 0, 300, 200});
         host.show();
-        effect.name = "Gaussian Blur";
-        effect.search_name = "gaussian blur";
         slot.get_theme().set(theme_keys::default_back_color, vec4{0.1f, 0.1f, 0.1f, 1});
         slot.create(host.get_root(), {0, 0, 300, 30});
         slot.show(true);
@@ -449,8 +504,8 @@ struct SlotTest : OffscreenTest {
     window host;
     RecordingPopup popup;
     EffectSlot slot{popup, true};
-    EffectData effect;
-    std::vector<std::string> labels;
+    EffectData effect = MakeEffect(0, "Gaussian Blur");
+    lines labels;
 };
 
 TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
@@ -470,10 +525,8 @@ TEST_F(SlotTest, ContextMenuOffersWhatTheRowAndSlotsAllowAndPassesTheChoiceOn) {
     // Choices reach the popup.
     for (uint32_t answer : {62u, 3u, 4u, 5u, 1u}) // the second submenu item ... the title, which is inert
         Menu(false, 2, answer);
-    std::vector<std::string> calls;
-    for (const auto& c : popup.calls)
-        calls.push_back(c.what + ":" + std::to_string(c.value) + (c.effect == &effect ? "" : "?"));
-    EXPECT_EQ(calls, (std::vector<std::string>{"replace:1", "list:0", "list:1", "create:0"}));
+    EXPECT_EQ(popup.calls, (lines{"replace:1 Gaussian Blur", "list:0 Gaussian Blur", "list:1 Gaussian Blur",
+                                  "create:0 Gaussian Blur"}));
 }
 
 TEST_F(SlotTest, PointerSelectsUnlessSelectedAndRightClickOpensTheMenuOnlyWhenAllowed) {
@@ -503,15 +556,14 @@ TEST_F(SlotTest, MatchedRunsOfAWideNameLineUpAndStayWithinIt) {
     effect.name = "Gaußscher Weichzeichner"; // "ß" takes two bytes
     slot.SetEffect(&effect, false, &labels);
     slot.SetHighlights(std::vector<ByteRange>{{0, 3}, {11, 40}});
-    std::vector<std::string> runs;
+    lines runs;
     for (const draw_call& c : painted(host))
         if (c.op == "draw_text" && c.value == 14)
             runs.push_back(std::to_string(c.rect.x) + " " + c.text);
     const int w = offscreen_drawer::char_width(14);
-    EXPECT_EQ(runs,
-              (std::vector<std::string>{std::to_string(EffectSlot::TextLeft) + " Gau",
-                                        std::to_string(EffectSlot::TextLeft + 3 * w) + " ßscher ",
-                                        std::to_string(EffectSlot::TextLeft + 10 * w) + " Weichzeichner"}));
+    EXPECT_EQ(runs, (lines{std::to_string(EffectSlot::TextLeft) + " Gau",
+                           std::to_string(EffectSlot::TextLeft + 3 * w) + " ßscher ",
+                           std::to_string(EffectSlot::TextLeft + 10 * w) + " Weichzeichner"}));
 }
 
 struct MessageTest : OffscreenTest {
@@ -523,11 +575,12 @@ struct MessageTest : OffscreenTest {
         p.calls(painted(popup));
         EXPECT_TRUE(p.matches(name));
     }
-    template <typename Popup> static void ExpectEscapeEndsWithZero(Popup& popup) {
-        offscreen::offscreen_window::set_modal_driver(
-            [&](window&) { Deliver(popup, event_type::key_down, 27); });
-        EXPECT_EQ(popup.Run(), 0);
+    // What the popup's modal loop ends with when each of its turns does `turn` (0 when none ends it).
+    template <typename Popup> static int Ends(Popup& popup, std::function<void(window&)> turn) {
+        offscreen::offscreen_window::set_modal_driver(std::move(turn));
+        return popup.Run();
     }
+    static void Escape(window& w) { send(w, event_type::key_down, 27); }
     UIColors colours = BuildColorThemes()[0];
 };
 
@@ -540,42 +593,46 @@ TEST_F(MessageTest, QuestionAndNoticeShowTheirTextsAndEndWithOneForConfirmAndZer
                              .confirm = "Delete"});
     EXPECT_EQ(ask.get_rect().position(), (ivec2{40, 50}));
     ExpectPicture(ask, "Delete?", "question");
-
-    int turn = 0;
-    offscreen::offscreen_window::set_modal_driver([&](window& w) {
-        if (++turn == 1)
-            ask.GetConfirmButton().press();
-        else
-            w.end_modal(-5);
-    });
-    EXPECT_EQ(ask.Run(), 1);
-    offscreen::offscreen_window::set_modal_driver([&](window&) { ask.GetCancelButton().press(); });
-    EXPECT_EQ(ask.Run(), 0);
-    ExpectEscapeEndsWithZero(ask);
+    EXPECT_EQ(std::tuple(Ends(ask, [&](window&) { ask.GetConfirmButton().press(); }),
+                         Ends(ask, [&](window&) { ask.GetCancelButton().press(); }), Ends(ask, Escape)),
+              std::tuple(1, 0, 0));
 
     // The notice: one for its button, zero for Escape.
     EffectsWarningPopup warn(
         nullptr, {0, 0}, &colours,
         {.title = "Failed to Load", .message = "Unable to import settings from the file."});
     ExpectPicture(warn, "Failed to Load", "notice");
-
-    offscreen::offscreen_window::set_modal_driver([&](window&) { warn.GetButton().press(); });
-    EXPECT_EQ(warn.Run(), 1);
-    ExpectEscapeEndsWithZero(warn);
+    EXPECT_EQ(std::pair(Ends(warn, [&](window&) { warn.GetButton().press(); }), Ends(warn, Escape)),
+              std::pair(1, 0));
 }
 
-// The popup as it paints, checked against approved pictures (see tests/support/draw_snapshot.h): layout,
-// colours and texts in the states an artist sees.
-TEST_F(PopupTest, PictureInEachModeWithRowsHoverAndShortcuts) {
+// Opening in each mode; then the popup as it paints, checked against approved pictures (see
+// tests/support/draw_snapshot.h): layout, colours and texts in the states an artist sees.
+TEST_F(PopupTest, OpeningLayoutsInEachModeAndPictures) {
     snapshot::picture p;
     const struct {
-        const char *title, *comp, *layer;
-    } modes[] = {{"no composition", "", ""}, {"composition, no layer", "Comp 1", ""}};
-    for (const auto& m : modes) {
-        p.section(m.title);
-        Open(m.comp, m.layer);
-        p.place("window", popup->get_rect());
-        p.calls(painted(*popup));
+        const char *comp, *layer;
+        bool search, capture;
+        const char* picture;
+    } cases[] = {{"Comp 1", "Layer 1", true, true, nullptr},
+                 {"", "", false, false, "no composition"},
+                 {"Comp 1", "", false, true, "composition, no layer"}}; // capture works, search does not
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.comp) + "/" + c.layer);
+        Open(c.comp, c.layer);
+        // The modes, the search field, the shortcuts bar (no slots), then the tool buttons enabled:
+        // screenshot, gallery, export, ...
+        std::vector<int> shown{popup->IsSearchMode(), popup->IsScreenshotMode(),
+                               popup->GetSearchField().is_visible(false),
+                               popup->GetShortcutsBar().is_visible(false)};
+        for (int b = 0; b < 5; ++b)
+            shown.push_back(popup->GetToolButton(static_cast<W::ToolButton>(b)).is_enabled());
+        EXPECT_EQ(shown, (std::vector<int>{c.search, c.capture, c.search, 0, c.capture, 1, c.capture, 1, 1}));
+        if (c.picture != nullptr) {
+            p.section(c.picture);
+            p.place("window", popup->get_rect());
+            p.calls(painted(*popup));
+        }
         popup->hide();
     }
 
@@ -589,9 +646,8 @@ TEST_F(PopupTest, PictureInEachModeWithRowsHoverAndShortcuts) {
     p.section("rows for \"blur\", the second hovered");
     Search("blur");
     p.place("window", popup->get_rect());
-    const ivec4 second = popup->GetRows()[1]->get_rect();
-    const _vec2<int> at = popup->GetRows()[1]->calc_absolute_pos();
-    offscreen::move_mouse(*popup, {at.x, at.y + second.h / 2}); // its left edge
+    const ivec2 at = popup->GetRows()[1]->calc_absolute_pos();
+    offscreen::move_mouse(*popup, {at.x, at.y + popup->GetRows()[1]->get_rect().h / 2}); // its left edge
     p.calls(painted(*popup));
     p.lines.push_back("selected " + SelectedName());
 

@@ -2,10 +2,7 @@
 
 #include "host/effect_data.h"
 #include "nimbit/ui/event_payload.h"
-#include "nimbit/ui/key_codes.h"
 #include "nimbit/ui/offscreen/offscreen_file_browser.h"
-#include "nimbit/ui/offscreen/offscreen_input.h"
-#include "nimbit/ui/offscreen/offscreen_popup_menu.h"
 #include "popup/effect_alias.h"
 #include "popup/effects_popup_window.h"
 #include "popup/parts/effects_message_popup.h"
@@ -20,16 +17,13 @@
 #include "preferences/preferences_shortcut_popup.h"
 #include "tests/search/fixture_catalogue.h"
 #include "tests/support/data_folders.h"
-#include "tests/support/offscreen_test.h"
+#include "tests/support/widget_fixture.h"
 
 #include <algorithm>
 #include <functional>
 #include <set>
 
-using namespace nimbit;
-using namespace nimbit::ui;
 using Items = std::vector<std::pair<uint32_t, std::string>>;
-using Strings = std::vector<std::string>;
 using K = PreferencesListKind;
 using W = PreferencesWindow;
 
@@ -47,7 +41,7 @@ struct PreferencesWindowTest : OffscreenTest, private_data_folders {
     std::unique_ptr<PreferencesWindow> window;
     offscreen_file_browser& dialogs = offscreen_file_browser::instance();
     std::vector<std::function<void(nimbit::ui::window&)>> answers;
-    Strings modalTitles;
+    lines modalTitles;
 
     void SetUp() override {
         OffscreenTest::SetUp();
@@ -102,7 +96,7 @@ struct PreferencesWindowTest : OffscreenTest, private_data_folders {
     void Pick(std::string text) {
         Answer([text](nimbit::ui::window& w) {
             dynamic_cast<PreferencesEditEffectPopup&>(w).GetSearchField().set_text(text, true);
-            offscreen::events_of(w).process_event(event_type::key_down, event_key::return_key);
+            send(w, event_type::key_down, event_key::return_key);
         });
     }
     // The next alias popup, which must start with `was`, is confirmed with text.
@@ -116,11 +110,11 @@ struct PreferencesWindowTest : OffscreenTest, private_data_folders {
     }
     // A list as "alias/effect/override" entries.
     static std::string Lines(const std::vector<EffectAlias>& list) {
-        std::string lines;
+        std::string text;
         for (const EffectAlias& e : list)
-            lines += (lines.empty() ? "" : ", ") + e.alias + "/" + (e.effect ? e.effect->name : "") + "/" +
-                     (e.override ? e.override->name : "");
-        return lines;
+            text += (text.empty() ? "" : ", ") + e.alias + "/" + (e.effect ? e.effect->name : "") + "/" +
+                    (e.override ? e.override->name : "");
+        return text;
     }
 };
 
@@ -162,8 +156,8 @@ TEST_F(PreferencesWindowTest, RowActionsEditTheListsThroughThePickersAndTheAlias
     Answer([](nimbit::ui::window& w) { dynamic_cast<PreferencesAliasPopup&>(w).GetCancelButton().press(); });
     Menu(K::Favorites, 1, W::EditAliasItem);
     EXPECT_EQ(modalTitles,
-              (Strings{"Set Shortcut", "Set Shortcut", "Set Override", "Add New Effect", "Add New Effect",
-                       "Add New Effect", "Edit Label", "Add Alias", "Edit Alias"}));
+              (lines{"Set Shortcut", "Set Shortcut", "Set Override", "Add New Effect", "Add New Effect",
+                     "Add New Effect", "Edit Label", "Add Alias", "Edit Alias"}));
     EXPECT_EQ(Lines(popup->GetShortcuts()), "Glo/Tint/, Gx/Tint/, //, //, Glo/Glow/, //, //, //, //");
     EXPECT_EQ(Lines(popup->GetAliases()), "glow/Glow/Blur In, gb/Gaussian Blur/Blur In, shine/Tint/");
     EXPECT_EQ(Lines(popup->GetBlacklist()), "tint/Tint/"); // there already
@@ -254,7 +248,7 @@ TEST_F(PreferencesWindowTest, ImportReplacesTheRecordAndTheListsAndTheControlsFo
     window->GetPanel(K::Favorites).Refresh();
     dialogs.answer({root / "mine.kvs"});
     window->GetImportButton().press();
-    EXPECT_EQ(modalTitles, (Strings{"Export Successful", "Import Successful"}));
+    EXPECT_EQ(modalTitles, (lines{"Export Successful", "Import Successful"}));
     EXPECT_TRUE(EncodePreferences(prefs) == record && Controls() == shown);
     EXPECT_EQ(Lines(popup->GetAliases()) + Lines(popup->GetBlacklist()), lists);
 }
@@ -271,10 +265,10 @@ TEST_F(PreferencesWindowTest, PopupRunsTheWindowThenAppliesWhatChangedAndSaves) 
         EXPECT_TRUE(prefs.theme == UIColorTheme::Light && shown.GetColors() == &popup->GetThemes()[1]);
         offscreen::push_menu_answer(W::ClearSlotItem);
         shown.ShowShortcutsActions(shown.GetPanel(K::Shortcuts).GetSlots()[0].get(), event_type::mouse_up, 0);
-        offscreen::events_of(w).process_event(event_type::key_down, event_key::escape);
+        send(w, event_type::key_down, event_key::escape);
     });
     popup->Show(std::string_view("P"), {}, std::string_view("L"), PopupCommand{PopupCommand::Preferences});
-    EXPECT_EQ(modalTitles, Strings{"Preferences"}); // Escape ended the loop
+    EXPECT_EQ(modalTitles, lines{"Preferences"}); // Escape ended the loop
     EXPECT_EQ(popup->GetColors(), &popup->GetThemes()[1]);
     EXPECT_FALSE(popup->GetShortcutsBar().is_visible(false)); // its only shortcut was cleared
     PreferencesData saved;
@@ -331,7 +325,7 @@ struct ListsTest : OffscreenTest {
     EffectData blur = MakeEffect(0, "Gaussian Blur"), glow = MakeEffect(0, "Glow");
     std::vector<EffectAlias> list;
     std::unique_ptr<PreferencesEffectsScrollPanel> panel;
-    std::vector<std::string> events;
+    lines events;
 };
 
 TEST_F(ListsTest, RowsShowTheColumnsOfTheirListUnderItsTitles) {
@@ -390,7 +384,7 @@ TEST_F(ListsTest, DraggingARowMovesItsEntryToTheGapUnderThePointer) {
                 imageTop = c.origin.y;
         EXPECT_EQ(imageTop, y - Row / 2);
         if (k.finish == Escape)
-            offscreen::events_of(host).process_event(event_type::key_down, 27);
+            send(host, event_type::key_down, 27);
         offscreen::release_mouse(host, k.finish == Outside ? ivec2{x, 380} : ivec2{x, y});
         EXPECT_EQ(Order(), k.order);
         EXPECT_FALSE(panel->IsDragging());
@@ -418,7 +412,7 @@ TEST_F(ListsTest, ClicksReachTheWindowWithTheirClientPoint) {
     offscreen::release_mouse(host, {43, FirstRow + 6});
     offscreen::click(host, {60, FirstRow + 5}, 2);
     offscreen::click(host, {70, FirstRow + 5}); // the New row, now first
-    EXPECT_EQ(events, (std::vector<std::string>{"0:38:43,40", "0:1:60,39", "new:38:70,39"}));
+    EXPECT_EQ(events, (lines{"0:38:43,40", "0:1:60,39", "new:38:70,39"}));
     EXPECT_EQ(Painted(), "Name|New Alias +"); // both rows gone from the list
 }
 
@@ -455,12 +449,7 @@ struct EditorsTest : OffscreenTest {
     // Keys without one (arrows), which only go down.
     static Step Pressing(uint64_t key) {
         return [key](window& w) {
-            offscreen::events_of(w).process_event(event_type::key_down, key);
-        };
-    }
-    static Step Clicking(generic_button& button) {
-        return [&button](window&) {
-            button.press();
+            send(w, event_type::key_down, key);
         };
     }
 
@@ -468,21 +457,19 @@ struct EditorsTest : OffscreenTest {
 };
 
 struct PickerTest : EditorsTest {
-    void SetUp() override {
-        EditorsTest::SetUp();
-        catalogue = {{1, "Gaussian Blur", "gaussian blur", "Blur"},
-                     {-1, "Blur Sweep", "blur sweep", "Preset", true},
-                     {2, "Fast Box Blur", "fast box blur", "Blur"},
-                     {3, "Glow", "glow", "Stylize"}};
+    PickerTest() {
         for (int i = 0; i < 3000; ++i)
             catalogue.push_back({10 + i, "Filler " + std::to_string(i), "filler " + std::to_string(i), {}});
     }
-    std::vector<EffectData> catalogue;
+    std::vector<EffectData> catalogue{{1, "Gaussian Blur", "gaussian blur", "Blur"},
+                                      {-1, "Blur Sweep", "blur sweep", "Preset", true},
+                                      {2, "Fast Box Blur", "fast box blur", "Blur"},
+                                      {3, "Glow", "glow", "Stylize"}};
 };
 
 TEST_F(PickerTest, TypingNarrowsTheListAndReturnChoosesTheSelectedRow) {
     PreferencesEditEffectPopup picker(nullptr, {40, 40}, &colours, "Set Override", catalogue);
-    std::vector<std::string> names;
+    lines names;
     size_t movedTo = 0;
     auto afterKeystroke = [&](window&) {
         movedTo = picker.GetSelection();
@@ -494,7 +481,7 @@ TEST_F(PickerTest, TypingNarrowsTheListAndReturnChoosesTheSelectedRow) {
     ASSERT_TRUE(picker.Run());
     EXPECT_EQ(movedTo, 0u); // a keystroke selects the first row again
     // Effects before presets, as the popup lists them.
-    EXPECT_EQ(names, (std::vector<std::string>{"Gaussian Blur", "Fast Box Blur", "Blur Sweep"}));
+    EXPECT_EQ(names, (lines{"Gaussian Blur", "Fast Box Blur", "Blur Sweep"}));
     EXPECT_EQ(picker.GetResult().effect, &catalogue[2]);
 
     Script({Typing("glow"), Typing("\x1b")});
@@ -505,14 +492,11 @@ TEST_F(PickerTest, TypingNarrowsTheListAndReturnChoosesTheSelectedRow) {
 TEST_F(PickerTest, OnlyTheRowsInViewPaintAndTheViewFollowsTheSelectionAndTheWheel) {
     PreferencesEditEffectPopup picker(nullptr, {0, 0}, &colours, "Add New Effect", catalogue);
     picker.show();
-    auto paintedRows = [&] {
-        return std::ranges::count_if(painted(picker), [](const draw_call& c) {
-            return c.op == "draw_text" && c.text.starts_with("Filler");
-        });
-    };
     const size_t last = picker.RowsInView().second;
     EXPECT_LT(last, 20u);
-    EXPECT_EQ(paintedRows(), static_cast<ptrdiff_t>(last - 3)); // three named effects lead the list
+    EXPECT_EQ(std::ranges::count_if(painted(picker),
+                                    [](const draw_call& c) { return c.text.starts_with("Filler"); }),
+              static_cast<ptrdiff_t>(last - 3)); // three named effects lead the list
 
     // Up from the first row wraps to the last (every entry is listed) and Down back to the first,
     // each scrolled into view.
@@ -548,8 +532,6 @@ TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedTextAndTheShortcutPopupAppliesThe
 
     Script({Typing("x"), Typing("\x1b")});
     EXPECT_FALSE(popup.Run());
-    Script({Clicking(popup.GetConfirmButton())});
-    EXPECT_TRUE(popup.Run());
 
     // The shortcut popup starts from the record and applies the choice.
     PreferencesData prefs;
@@ -561,11 +543,11 @@ TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedTextAndTheShortcutPopupAppliesThe
     EXPECT_EQ(keys.GetKeys().get_selected_text(), "K");
 
     Script({[&](window&) {
-                keys.GetCtrl().toggle();
-                keys.GetOpt().toggle();
-                keys.GetKeys().select_item(keys.GetKeys().find_item(122)); // F1
-            },
-            Clicking(keys.GetConfirmButton())});
+        keys.GetCtrl().toggle();
+        keys.GetOpt().toggle();
+        keys.GetKeys().select_item(keys.GetKeys().find_item(122)); // F1
+        keys.GetConfirmButton().press();
+    }});
     ASSERT_TRUE(keys.Run());
     keys.Apply(prefs);
     EXPECT_EQ(std::tuple(prefs.customCtrl, prefs.customOpt, prefs.customShift, prefs.customCmd,
@@ -581,7 +563,7 @@ TEST_F(EditorsTest, AliasPopupReturnsTheTrimmedTextAndTheShortcutPopupAppliesThe
 
     // Without a key OK does not confirm.
     PreferencesShortcutPopup unset(nullptr, {0, 0}, &colours, PreferencesData{});
-    Script({Clicking(unset.GetConfirmButton()), Pressing(event_key::escape)});
+    Script({[&](window&) { unset.GetConfirmButton().press(); }, Pressing(event_key::escape)});
     EXPECT_FALSE(unset.Run());
 }
 
