@@ -3,6 +3,7 @@
 // the desktop opener.
 
 #include "display_session.h"
+#include "tests/foundation/temp_folder.h"
 #include "tests/support/backend_conformance.h"
 
 #include "nimbit/ui/cocoa/file_filters.h"
@@ -17,8 +18,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 using namespace backend_test;
 using namespace cocoa_test;
@@ -83,27 +82,19 @@ TEST(CocoaPlatform, FontsFiltersAndTheDesktopOpener) {
     EXPECT_EQ(types, (std::vector<std::string>{"png", "PNG", "jpg", "JPG"}));
 
     // Links and folders go to the desktop opener: a stand-in on the PATH logs what it is handed.
-    const std::filesystem::path dir =
-        std::filesystem::temp_directory_path() / ("opener" + std::to_string(getpid()));
-    const std::string log = (dir / "opened.txt").string();
-    std::filesystem::create_directories(dir);
-    std::ofstream(dir / "xdg-open") << "#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" << log << "'\n";
-    std::filesystem::permissions(dir / "xdg-open", std::filesystem::perms::owner_all);
+    temp_folder dir;
+    const nimbit::file_path log = dir / "opened.txt", opener = dir / "xdg-open";
+    ASSERT_TRUE(write_text(opener, "#!/bin/sh\nprintf '%s\\n' \"$1\" >> '" + log.to_string() + "'\n"));
+    std::filesystem::permissions(native_path(opener), std::filesystem::perms::owner_all);
     const std::string old_path = std::getenv("PATH") ? std::getenv("PATH") : "";
-    setenv("PATH", (dir.string() + ":" + old_path).c_str(), 1);
+    set_env("PATH", dir.path().to_string() + ":" + old_path);
     const std::string link = "https://example.com/a b?x=1&y='2'";
     EXPECT_TRUE(nimbit::file_shell::open_link(link));
     EXPECT_TRUE(nimbit::file_shell::show_in_explorer(nimbit::file_path("/tmp/some folder/pic.png"), true));
     EXPECT_FALSE(nimbit::file_shell::open_link(""));
     // Both arrive, in either order, and nothing else.
-    auto text = [&] {
-        std::ostringstream all;
-        all << std::ifstream(log).rdbuf();
-        return all.str();
-    };
-    EXPECT_TRUE(wait_for([&] { return text().size() == link.size() + 18; })) << text();
-    EXPECT_NE(text().find(link + "\n"), std::string::npos) << text();
-    EXPECT_NE(text().find("/tmp/some folder\n"), std::string::npos) << text();
-    setenv("PATH", old_path.c_str(), 1);
-    std::filesystem::remove_all(dir);
+    EXPECT_TRUE(wait_for([&] { return read_text(log).size() == link.size() + 18; })) << read_text(log);
+    EXPECT_NE(read_text(log).find(link + "\n"), std::string::npos) << read_text(log);
+    EXPECT_NE(read_text(log).find("/tmp/some folder\n"), std::string::npos) << read_text(log);
+    set_env("PATH", old_path);
 }
