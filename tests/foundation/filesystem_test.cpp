@@ -129,14 +129,13 @@ TEST(FolderIterator, WalksBreadthFirstAndYieldsUsablePaths) {
 TEST(WriteFileAtomic, CreatesAndReplacesKeepingPermissionsAndFailuresLeaveTheOldFile) {
     temp_folder tmp;
     const file_path target = tmp / "settings";
-    ASSERT_TRUE(nimbit::write_file_atomic(target, "first version", 13));
-    EXPECT_EQ(read_text(target), "first version");
+    ASSERT_TRUE(nimbit::write_file_atomic(target, "first version", 13) &&
+                read_text(target) == "first version");
 
 #if !defined(_WIN32) // no permission bits: files take the folder's access rights
     ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
 #endif
-    ASSERT_TRUE(nimbit::write_file_atomic(target, "second", 6));
-    EXPECT_EQ(read_text(target), "second");
+    ASSERT_TRUE(nimbit::write_file_atomic(target, "second", 6) && read_text(target) == "second");
 #if !defined(_WIN32)
     struct stat st;
     ASSERT_EQ(::stat(target.c_str(), &st), 0);
@@ -172,10 +171,9 @@ TEST(KnownFolders, OverridesModesAndDefaultsChooseTheFolder) {
     temp_folder tmp;
     ASSERT_TRUE(nimbit::make_dir(tmp / "user") && nimbit::make_dir(tmp / "common/Tarvelo"));
     unset_env("QUILLO_TEST_ASSETS");
-    set_env("QUILLO_USER_DATA_DIR", (tmp / "user").to_string());
-    set_env("QUILLO_COMMON_DATA_DIR", (tmp / "common").to_string());
-    set_env("QUILLO_DOCS_DIR", (tmp / "docs").to_string());
-    set_env("QUILLO_SHARED_DOCS_DIR", (tmp / "shared").to_string());
+    const char* const leaves[] = {"user", "common", "docs", "shared"};
+    for (size_t i = 0; i < std::size(leaves); ++i)
+        set_env(folder_variables[i], (tmp / leaves[i]).to_string());
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "", 2), tmp / "shared");
     EXPECT_EQ(nimbit::get_docs_data_path("Quillo", "QUILLO_TEST_ASSETS", 0), tmp / "docs");
 
@@ -238,13 +236,8 @@ TEST(Nimpacker, RoundTripKeepsTreeContentsAndDates) {
     ASSERT_EQ(nimpacker::unpack_files(pack, out), nimpacker::success);
     EXPECT_EQ(tree(out), tree(src));
     EXPECT_TRUE(read_text(out.append("top.txt")) == "hello" && read_text(out.append("a/b/big.bin")) == big);
-    EXPECT_EQ(file_stats(out.append("a/b/c/zero")).size, 0u);
-    EXPECT_EQ(file_stats(out.append("a/b/big.bin")).modified, 1650000000);
-
-    // Unpacking again over the same files replaces them.
-    ASSERT_TRUE(write_text(out.append("top.txt"), "changed and longer"));
-    ASSERT_EQ(nimpacker::unpack_files(pack, out), nimpacker::success);
-    EXPECT_EQ(read_text(out.append("top.txt")), "hello");
+    EXPECT_TRUE(file_stats(out.append("a/b/c/zero")).size == 0u &&
+                file_stats(out.append("a/b/big.bin")).modified == 1650000000);
 
     const auto before = tree(tmp.path());
     EXPECT_EQ(nimpacker::pack_files(tmp / "missing", tmp / "p"), nimpacker::source_not_a_folder);
