@@ -330,17 +330,14 @@ rgba_image solid(_vec2<int> size) {
 }
 
 // Decoder input, made by the encoders that saving uses.
-std::vector<unsigned char> png_of(const rgba_image& image) {
-    return encode_png({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
-}
-std::vector<unsigned char> jpg_of(const rgba_image& image) {
-    return encode_jpg({image.pixels.data(), image.size.x, image.size.y, image.pitch()});
+rgba_view view_of(const rgba_image& image) {
+    return {image.pixels.data(), image.size.x, image.size.y, image.pitch()};
 }
 
 // A valid PNG whose header is rewritten to claim another size (with a correct header checksum), as
 // a hostile file would.
 std::vector<unsigned char> png_claiming(uint32_t width, uint32_t height) {
-    std::vector<unsigned char> png = png_of(solid({1, 1}));
+    std::vector<unsigned char> png = encode_png(view_of(solid({1, 1})));
     put_be32(&png[16], width);
     put_be32(&png[20], height);
     put_be32(&png[29], crc32(0, &png[12], 17));
@@ -358,8 +355,8 @@ TEST(ImageCodecs, OversizedImplausibleOrEmptyImagesAreRefused) {
     for (const std::vector<unsigned char>& claim : {png_claiming(20000, 20000), png_claiming(16000, 16000)})
         EXPECT_FALSE(decode_png(claim.data(), claim.size(), max_pixels, out)) << claim.size();
     // A caller's smaller cap applies to both formats.
-    const std::vector<unsigned char> png = png_of(solid({8, 8}));
-    const std::vector<unsigned char> jpg = jpg_of(solid({8, 8}));
+    const std::vector<unsigned char> png = encode_png(view_of(solid({8, 8})));
+    const std::vector<unsigned char> jpg = encode_jpg(view_of(solid({8, 8})));
     EXPECT_FALSE(decode_image(png.data(), png.size(), 63, out) ||
                  decode_image(jpg.data(), jpg.size(), 63, out));
     EXPECT_TRUE(decode_image(png.data(), png.size(), 64, out) &&
@@ -386,13 +383,13 @@ TEST(ImageCodecs, AReducedJpgIsTheSmallestEighthStillWideEnough) {
     };
     // clang-format on
     for (const Case& c : cases) {
-        const std::vector<unsigned char> jpg = jpg_of(solid(c.size));
+        const std::vector<unsigned char> jpg = encode_jpg(view_of(solid(c.size)));
         rgba_image out;
         _vec2<int> full;
         ASSERT_TRUE(decode_image(jpg.data(), jpg.size(), max_pixels, out, c.min_width, &full));
-        EXPECT_EQ(std::tuple(out.size, full), std::tuple(c.decoded, c.size))
+        EXPECT_EQ(std::tuple(out.size, full, out.pixels.size()),
+                  std::tuple(c.decoded, c.size, size_t(c.decoded.x) * size_t(c.decoded.y) * 4))
             << c.size.x << " for " << c.min_width;
-        EXPECT_EQ(out.pixels.size(), size_t(out.size.x) * size_t(out.size.y) * 4);
     }
 }
 #endif

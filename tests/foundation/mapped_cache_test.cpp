@@ -132,11 +132,10 @@ TEST_F(MappedCacheTest, ReadOnlyCachesNeverWriteAndDamagedHeadersAreRebuiltOrLea
     {
         mapped_cache cache;
         open(cache, true);
-        EXPECT_EQ(get(cache, "a"), pattern(100, 1));
         EXPECT_FALSE(set(cache, "c", pattern(10, 3)) || cache.remove_data("b"));
         cache.remove_oldest_entry();
         cache.defrag(3);
-        EXPECT_EQ(get(cache, "b"), pattern(100, 2));
+        EXPECT_TRUE(get(cache, "a") == pattern(100, 1) && get(cache, "b") == pattern(100, 2));
         cache.clear(false);
         EXPECT_TRUE(read_bytes(header_path) == good && read_bytes(data_path) == data_before);
     }
