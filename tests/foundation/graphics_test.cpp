@@ -195,16 +195,14 @@ TEST(ImageEncoders, PngKeepsEveryPixelOfPaddedRowsAndJpgKeepsFullColourResolutio
             bytes[y * pitch + x] = static_cast<unsigned char>(x * 7 + y * 31);
     const rgba_view view{bytes.data(), width, height, pitch};
 
-    const std::vector<unsigned char> png = encode_png(view);
-    const std::vector<unsigned char> jpg = encode_jpg(view);
+    const std::vector<unsigned char> png = encode_png(view), jpg = encode_jpg(view);
     // The decoder's direct path is held to libpng's reading of every filter below.
     rgba_image image;
-    ASSERT_TRUE(decode_png(png.data(), png.size(), 1 << 20, image));
-    ASSERT_EQ(image.size, (_vec2<int>{width, height}));
-    const std::vector<unsigned char>& decoded = image.pixels;
+    ASSERT_TRUE(decode_png(png.data(), png.size(), 1 << 20, image) &&
+                image.size == (_vec2<int>{width, height}));
     for (int y = 0; y < height; ++y)
-        EXPECT_TRUE(std::equal(decoded.begin() + y * width * 4, decoded.begin() + (y + 1) * width * 4,
-                               bytes.begin() + y * pitch))
+        EXPECT_TRUE(std::equal(image.pixels.begin() + y * width * 4,
+                               image.pixels.begin() + (y + 1) * width * 4, bytes.begin() + y * pitch))
             << "row " << y;
 
     // The frame header: every component sampled 1x1 (byte 0x11) means no chroma subsampling.
