@@ -9,13 +9,11 @@
 // While it lives, a write past `bytes` in any file fails with EFBIG: a disk that runs out of room
 // half-way, for tests of what a failed write leaves behind. SIGXFSZ stays ignored afterwards, which
 // only turns what would kill the test into a failed write.
-class file_size_limit {
-public:
+struct file_size_limit {
     explicit file_size_limit(rlim_t bytes) {
         std::signal(SIGXFSZ, SIG_IGN);
-        rlimit small{};
         if (::getrlimit(RLIMIT_FSIZE, &saved) == 0) {
-            small = saved;
+            rlimit small = saved;
             small.rlim_cur = bytes;
             applied = ::setrlimit(RLIMIT_FSIZE, &small) == 0;
         }
@@ -27,7 +25,6 @@ public:
             ::setrlimit(RLIMIT_FSIZE, &saved);
     }
 
-private:
     rlimit saved{};
     bool applied = false;
 };

@@ -46,9 +46,8 @@ TEST(FlatMap, NullPointerIsAnOrdinaryKeyAndClearKeepsTheMapUsable) {
     flat_map<void*, small_vector<uint32_t, 2>> map;
     int a = 0;
     map[nullptr].push_back(1);
-    map[&a].push_back(2);
-    map[&a].push_back(3);
-    map[&a].push_back(4); // past the inline capacity
+    for (const uint32_t id : {2, 3, 4}) // the last past the inline capacity
+        map[&a].push_back(id);
     ASSERT_TRUE(map.find(nullptr) && map.find(&a));
     EXPECT_TRUE(map.find(nullptr)->size() == 1 && map.find(&a)->size() == 3);
     size_t seen = 0;
