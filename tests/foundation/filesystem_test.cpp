@@ -323,14 +323,11 @@ TEST(Nimpacker, StreamAndWriteFaults) {
         {{"not a stream", noise(3000, 11)}, nimpacker::corrupt_stream},
     };
     // clang-format on
-    pack_builder fault;
-    for (const auto& [entry, code] : faults) {
-        fault.files = {entry};
-        EXPECT_EQ(unpack(fault.build(), tmp.path()), code) << entry.name;
-    }
+    for (const auto& [entry, code] : faults)
+        EXPECT_EQ(unpack(pack_builder{{}, {entry}}.build(), tmp.path()), code) << entry.name;
 
     // The file form bounds its reads by the file's size in the same way.
-    fault.files = {faults[1].first};
+    const pack_builder fault{{}, {faults[1].first}};
     ASSERT_TRUE(write_text(tmp / "p.kvs", fault.build()));
     EXPECT_EQ(nimpacker::unpack_files(tmp / "p.kvs", tmp.path()), nimpacker::stream_truncated);
 

@@ -92,8 +92,7 @@ TEST(ArgbToRgba8, EqualsTheBufferRoundTripReordered) {
     // clang-format on
     for (const Case& c : cases) {
         SCOPED_TRACE(testing::Message() << unsigned(c.type) << ": " << c.width << "x" << c.height);
-        const unsigned pixelBytes = bytes_per_pixel(c.type);
-        const unsigned sourcePitch = c.width * pixelBytes + c.sourcePad,
+        const unsigned sourcePitch = c.width * bytes_per_pixel(c.type) + c.sourcePad,
                        pitch = c.width * 4 + c.destinationPad;
         std::vector<uint8_t> source(size_t(sourcePitch) * c.height);
         for (size_t i = 0; i < source.size(); ++i) // every byte pattern, padding included
