@@ -55,3 +55,13 @@ inline nimbit::file_path scratch(const char* leaf) {
 inline bool write_file(const nimbit::file_path& path, std::string_view bytes) {
     return static_cast<bool>(std::ofstream(path.c_str(), std::ios::binary).write(bytes.data(), bytes.size()));
 }
+
+// A target's body, run once per input (seen whole or byte by byte through `in`); it may return early.
+#define FUZZ_TARGET()                                                                                        \
+    static void fuzz_one(fuzz_input& in);                                                                    \
+    extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {                                \
+        fuzz_input in{data, size};                                                                           \
+        fuzz_one(in);                                                                                        \
+        return 0;                                                                                            \
+    }                                                                                                        \
+    static void fuzz_one(fuzz_input& in)

@@ -42,10 +42,10 @@ template <typename... Source> std::vector<chunk_copy> read_both_ways(const Sourc
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::vector<chunk_copy> chunks = read_both_ways(data, size);
+FUZZ_TARGET() {
+    const std::vector<chunk_copy> chunks = read_both_ways(in.data, in.size);
     const nimbit::file_path path = scratch("settings");
-    if (write_file(path, fuzz_input{data, size}.text()))
+    if (write_file(path, in.text()))
         check(read_both_ways(path, nimbit::chunk_file_access::read) == chunks);
 
     const auto write_all = [&](nimbit::chunk_file& file) {
@@ -60,5 +60,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         write_all(writer);
     }
     check(read_both_ways(buffer.data(), buffer.size()) == chunks);
-    return 0;
 }

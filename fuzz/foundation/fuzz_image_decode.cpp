@@ -9,18 +9,18 @@
 using namespace nimbit;
 using namespace nimbit::graphics;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     // A smaller cap than the bitmap's keeps each run fast; the cap logic itself is the same.
     constexpr unsigned long long cap = 1u << 20;
     rgba_image image;
-    if (!decode_image(data, size, cap, image))
-        return 0;
+    if (!decode_image(in.data, in.size, cap, image))
+        return;
     check(image.size.x > 0 && image.size.y > 0 &&
           image.pixels.size() == size_t(image.size.x) * size_t(image.size.y) * 4);
     if (size_t(image.size.x) * size_t(image.size.y) > 256 * 256)
-        return 0;
+        return;
     rgba_image reduced;
-    if (decode_image(data, size, cap, reduced, image.size.x / 3 + 1))
+    if (decode_image(in.data, in.size, cap, reduced, image.size.x / 3 + 1))
         check(reduced.size.x >= image.size.x / 3 + 1 && reduced.size.x <= image.size.x);
     const rgba_image smaller = resample(image, {image.size.x / 2 + 1, image.size.y / 3 + 1});
     const rgba_image larger = resample(smaller, {smaller.size.x + 3, smaller.size.y * 2});
@@ -33,5 +33,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
           again.pixels == larger.pixels);
     const auto jpg = graphics::encode_jpg(view_of(image));
     check(decode_jpeg(jpg.data(), jpg.size(), cap, again) && again.size == image.size);
-    return 0;
 }

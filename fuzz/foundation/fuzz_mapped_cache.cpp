@@ -7,8 +7,7 @@
 #include <cstring>
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz_input in{data, size};
+FUZZ_TARGET() {
     const uint8_t flags = in.byte();
     const size_t header_length = in.take(4), data_length = in.take(4);
     const nimbit::file_path path = scratch("effects_cache");
@@ -51,5 +50,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
         check(cache.check_consistency());
     }
-    return 0;
 }

@@ -34,7 +34,7 @@ bool outside_untouched(const nimbit::file_path& outside) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     const nimbit::file_path destination = scratch("out");
     const nimbit::file_path outside = scratch("outside");
     static const bool outside_made =
@@ -44,10 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     check(::symlink(outside.c_str(), destination.append("link").c_str()) == 0);
     check(::symlink(outside.append("keep").c_str(), destination.append("file_link").c_str()) == 0);
 
-    nimbit::nimpacker::unpack_files(data, static_cast<unsigned long>(size), destination, size_limit);
+    nimbit::nimpacker::unpack_files(in.data, static_cast<unsigned long>(in.size), destination, size_limit);
     check(bytes_below(destination.c_str()) <= size_limit);
     check(outside_untouched(outside));
     check(nimbit::remove_dir(destination));
     check(outside_untouched(outside));
-    return 0;
 }

@@ -35,8 +35,8 @@ bool valid_utf8(std::string_view text) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string_view text = fuzz_input{data, size}.text();
+FUZZ_TARGET() {
+    const std::string_view text = in.text();
     std::vector<uint32_t> origins;
     for (const bool plain : {false, true}) {
         const std::string folded = nimbit::utf8_fold(text, plain, &origins);
@@ -48,5 +48,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         // Stripping accents sees through case: lowering first changes nothing.
         check(!plain || nimbit::utf8_fold(nimbit::utf8_fold(text), true) == folded);
     }
-    return 0;
 }

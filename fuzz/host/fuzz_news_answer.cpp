@@ -5,11 +5,10 @@
 #include "host/news_check.h"
 #include "nimbit/utils/assert.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     NewsAnswer answer;
     answer.Clear();
     // The first byte chooses the piece size, as a transfer splits the body.
-    fuzz_input in{data, size};
     const size_t piece = in.byte() % 8 + 1u;
     for (std::string_view part; !(part = in.bytes(piece)).empty();)
         answer.Append(part.data(), part.size());
@@ -18,5 +17,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         NIMBIT_ASSERT(answer.buffer[answer.length] == '\0');
     const int32_t count = answer.Count();
     NIMBIT_ASSERT(count >= -9 && count <= 99);
-    return 0;
 }

@@ -4,8 +4,8 @@
 #include "fuzz/fuzz_support.h"
 #include "hostsim/plugin_bundle.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string_view fork(reinterpret_cast<const char*>(data), size);
+FUZZ_TARGET() {
+    const std::string_view fork = in.text();
     std::vector<std::string_view> resources;
     std::string error;
     const bool read = hostsim::ReadResources(fork, "PiPL", resources, error);
@@ -23,5 +23,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     // Windows DLL carries it (the form starting with a 16-bit 1; seed quillo_win.pipl).
     hostsim::Pipl pipl;
     hostsim::ParsePipl(fork, pipl, error);
-    return 0;
 }

@@ -33,10 +33,10 @@ bool SameEntries(const std::vector<EffectAlias>& a, const std::vector<EffectAlia
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     static const std::vector<EffectData> catalogue = MakeCatalogue();
     static const CatalogueIndex index(catalogue);
-    const std::string_view text = fuzz_input{data, size}.text();
+    const std::string_view text = in.text();
 
     std::vector<EffectAlias> blacklist, aliases, blacklist2, aliases2;
     ParseSearchData(text, index, blacklist, aliases);
@@ -55,5 +55,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             occupied.push_back(slot);
     slots2.resize(occupied.size());
     check(SameEntries(occupied, slots2, true));
-    return 0;
 }

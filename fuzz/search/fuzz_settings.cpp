@@ -6,14 +6,13 @@
 
 #include <vector>
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     PreferencesData prefs;
-    DecodePreferences(data, size, prefs);
+    DecodePreferences(in.data, in.size, prefs);
     prefs.GenerateShortcutText();
     // Every field is written, so a field lost on the way back changes the second encoding.
     const std::vector<unsigned char> bytes = EncodePreferences(prefs);
     PreferencesData again;
     check(DecodePreferences(bytes.data(), bytes.size(), again));
     check(EncodePreferences(again) == bytes);
-    return 0;
 }

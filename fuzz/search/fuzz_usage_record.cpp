@@ -3,8 +3,7 @@
 #include "fuzz/fuzz_support.h"
 #include "popup/usage_record.h"
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    fuzz_input in{data, size};
+FUZZ_TARGET() {
     const auto now = static_cast<int64_t>(in.take(8));
     UsageRecord record;
     record.Parse(in.text().substr(in.at), now);
@@ -13,5 +12,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     UsageRecord again;
     again.Parse(text, now);
     check(again.Format() == text);
-    return 0;
 }

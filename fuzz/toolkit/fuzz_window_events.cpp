@@ -103,15 +103,13 @@ struct scene {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     offscreen::reset_input();
-    fuzz_input r{data, size};
     scene s;
-    s.in = &r;
-    for (int steps = 0; r.more() && steps < 400; ++steps)
-        s.step(r);
+    s.in = &in;
+    for (int steps = 0; in.more() && steps < 400; ++steps)
+        s.step(in);
     // Widgets go before the window, as members of a window class would.
     while (!s.widgets.empty())
         s.destroy(0);
-    return 0;
 }

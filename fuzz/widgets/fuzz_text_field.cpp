@@ -20,7 +20,7 @@ constexpr uint32_t keys[] = {27,    'A',   'C',   'V',   'X',   'Z', 63234, 6323
 constexpr int modifiers[] = {55, 56, 59};
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+FUZZ_TARGET() {
     offscreen::reset_input();
     offscreen::clear_menu_answers();
     window win;
@@ -32,7 +32,6 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     input_inside_panel& field = box.get_inside();
     auto& events = offscreen::events_of(win);
 
-    fuzz_input in{data, size};
     while (in.more()) {
         const uint8_t op = in.byte(), arg = in.byte();
         // clang-format off
@@ -65,5 +64,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     }
     offscreen::native_of(win).paint_pending();
     offscreen::reset_input();
-    return 0;
 }

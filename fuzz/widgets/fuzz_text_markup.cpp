@@ -6,8 +6,8 @@
 
 using namespace nimbit::ui;
 
-extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-    const std::string_view input = fuzz_input{data, size}.text();
+FUZZ_TARGET() {
+    const std::string_view input = in.text();
     const std::u32string wide = utf8_to_wide(input);
     check(utf8_to_wide(wide_to_utf8(wide)) == wide);
 
@@ -21,5 +21,4 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         next = run.end;
     }
     check(next == characters);
-    return 0;
 }

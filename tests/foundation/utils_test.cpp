@@ -46,9 +46,8 @@ TEST(FlatMap, NullPointerIsAnOrdinaryKeyAndClearKeepsTheMapUsable) {
     flat_map<void*, small_vector<uint32_t, 2>> map;
     int a = 0;
     map[nullptr].push_back(1);
-    map[&a].push_back(2);
-    map[&a].push_back(3);
-    map[&a].push_back(4); // past the inline capacity
+    for (const uint32_t id : {2, 3, 4}) // the last past the inline capacity
+        map[&a].push_back(id);
     ASSERT_TRUE(map.find(nullptr) && map.find(&a));
     EXPECT_TRUE(map.find(nullptr)->size() == 1 && map.find(&a)->size() == 3);
     size_t seen = 0;
@@ -65,7 +64,6 @@ TEST(SmallVector, GrowsPastItsInlineValuesAndKeepsThemThroughCopiesAndMoves) {
         v.push_back(i);
     v.erase_if([](int x) { return x % 3 == 0; });
     const std::vector<int> expected{1, 2, 4, 5, 7, 8};
-    EXPECT_EQ(std::vector<int>(v.begin(), v.end()), expected);
     small_vector<int, 2> copy = v, moved = std::move(v);
     EXPECT_TRUE(v.empty() && std::vector<int>(moved.begin(), moved.end()) == expected);
     copy.erase(copy.begin() + 1);
@@ -74,7 +72,6 @@ TEST(SmallVector, GrowsPastItsInlineValuesAndKeepsThemThroughCopiesAndMoves) {
     small_vector<int, 2> small;
     small.push_back(9);
     small_vector<int, 2> small_moved = std::move(small);
-    ASSERT_TRUE(small_moved.size() == 1 && small_moved[0] == 9);
     small = small_moved; // a moved-from vector takes values again
     EXPECT_TRUE(small.size() == 1 && small[0] == 9);
 }
@@ -83,9 +80,9 @@ TEST(SmallVector, GrowsPastItsInlineValuesAndKeepsThemThroughCopiesAndMoves) {
 // are. MacRoman text converts every high byte.
 TEST(StringUtils, LowerAndTrimTouchOnlyAsciiAndMacRomanConvertsEveryHighByte) {
     EXPECT_EQ(nimbit::string_lower("Gaussian BLUR 2 @AZ[`{\xC3\x84"), "gaussian blur 2 @az[`{\xC3\x84");
-    EXPECT_EQ(nimbit::trim(" \t\r\n a b \v\f"), "a b");
-    EXPECT_EQ(nimbit::trim("   "), "");
-    EXPECT_EQ(nimbit::trim("\xC2\xA0x"), "\xC2\xA0x") << "non-ASCII spaces are text";
+    // Non-ASCII spaces are text.
+    EXPECT_EQ((std::vector{nimbit::trim(" \t\r\n a b \v\f"), nimbit::trim("   "), nimbit::trim("\xC2\xA0x")}),
+              (std::vector<std::string>{"a b", "", "\xC2\xA0x"}));
 
     const std::pair<const char*, const char*> samples[] = {
         {"caf\x8E", "caf\xC3\xA9"}, {"\x80", "\xC3\x84"} /* first */, {"\xFF", "\xCB\x87"} /* last */};
@@ -170,8 +167,6 @@ TEST(ThreadPool, RunsFromTwoThreadsOrFromInsideAJobCoverEveryItemExactlyOnce) {
     std::thread a(caller), b(caller);
     a.join();
     b.join();
-    for (auto& h : hits)
-        ASSERT_EQ(h.load(), 200);
 
     std::atomic<int> inner{0};
     pool.enqueue(3, [&](const thread_worker_data& outer) {
@@ -182,7 +177,7 @@ TEST(ThreadPool, RunsFromTwoThreadsOrFromInsideAJobCoverEveryItemExactlyOnce) {
     EXPECT_EQ(inner.load(), 24);
 
     // Stopped (as before the module unloads) while another thread runs: that thread's runs all end
-    // whole, and later runs happen on the caller.
+    // whole, and later runs happen on the caller. Every run of all three threads counts each item once.
     std::thread c(caller);
     pool.stop_workers();
     c.join();
