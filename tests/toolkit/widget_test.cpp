@@ -15,7 +15,7 @@ namespace {
 using enum event_type;
 
 TEST_F(WidgetTest, CreateRaisesItsEventsAndDisablingAndHidingReachEveryDescendant) {
-    widget parent, child;
+    widget parent, child, a, b, c, d;
     parent.create(win.get_root(), {10, 10, 200, 100});
     event_recorder r;
     r.watch(child, "child", {create, shown, parent_changed});
@@ -29,7 +29,6 @@ TEST_F(WidgetTest, CreateRaisesItsEventsAndDisablingAndHidingReachEveryDescendan
               std::tuple(true, true, &win, std::vector<widget*>{&child}, &child));
 
     // Disabling and hiding reach every descendant without touching their own flags.
-    widget a, b, c, d;
     a.create(win.get_root(), {0, 0, 100, 100});
     b.create(a, {0, 0, 50, 50});
     c.create(b, {0, 0, 10, 10});
@@ -138,9 +137,8 @@ TEST_F(WidgetTest, RectangleChangesRaiseOldValuesAndAnchorsFollowThroughEveryLev
     pinned.set_anchor(anchor_type::right, 5);
     event_recorder r;
     r.watch(panel, "panel", {resize, move});
-    const auto all = {resize, move, parent_resize, parent_move};
     for (auto [w, name] : {std::pair{&stretch, "stretch"}, {&pinned, "pinned"}, {&content, "content"}})
-        r.watch(*w, name, all);
+        r.watch(*w, name, {resize, move, parent_resize, parent_move});
     panel.set_rect({11, 22, 300, 150});
     EXPECT_EQ(
         r.take(true),

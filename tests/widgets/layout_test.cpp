@@ -123,8 +123,7 @@ TEST_F(ScrollBarTest, WheelArrowsTrackAndThumbDragging) {
     EXPECT_EQ(std::tuple(thumb.h, thumb.y), std::tuple(20, 14 + 52 * 40 / 300));
     offscreen::click(win, {105, thumb.y + thumb.h + 5}); // below the thumb: one page
     EXPECT_EQ(bar.get_value(), 140);
-    const ivec4 t = bar.thumb_rect();
-    offscreen::press_mouse(win, {105, t.y + 2});
+    offscreen::press_mouse(win, {105, bar.thumb_rect().y + 2});
     offscreen::move_mouse(win, {300, 14 + 54 + 2}); // thumb to the end of its room, far off the bar
     EXPECT_EQ(bar.get_value(), 300);
     offscreen::release_mouse(win, {300, 200});
@@ -164,9 +163,8 @@ TEST_F(ScrollBarTest, AWheelAreaScrollsTheBarFromAnywhereInsideAndOutlivesItOrIt
     EXPECT_EQ(bar.get_scroll_panel(), nullptr);
     bar.scroll(-50, false);
     EXPECT_EQ(bar.get_value(), 0);
-    generic_panel area;
+    generic_panel area, inner;
     area.create(win.get_root(), {200, 0, 100, 100});
-    generic_panel inner;
     inner.create(area, {0, 0, 50, 300});
     {
         scroll_bar temporary{scroll_type::vertical, false};
