@@ -35,9 +35,8 @@ protected:
     file_path Capture(const std::string& name, int64_t time, int w = 32, int h = 18) {
         std::vector<unsigned char> pixels(static_cast<size_t>(w * h * 4), 200);
         const file_path path = root / ("captures/" + name).c_str();
-        EXPECT_TRUE(
-            write_bytes(path, graphics::encode_png({pixels.data(), w, h, static_cast<size_t>(w) * 4})));
-        EXPECT_TRUE(set_file_dates(path, time, time));
+        const auto png = graphics::encode_png({pixels.data(), w, h, static_cast<size_t>(w) * 4});
+        EXPECT_TRUE(write_bytes(path, png) && set_file_dates(path, time, time));
         return path;
     }
     void Captures(int count) {
@@ -300,8 +299,7 @@ TEST_F(GalleryWindowTest, AChangedCaptureGetsANewThumbnailAndOthersKeepTheirs) {
     gallery->GetLoader().Wait(); // pictures of the old a.png are made but not taken yet
     Capture("a.png", 400, 40, 40);
     gallery->RefreshList();
-    GalleryThumbnail* a = &Tile(0);
-    GalleryThumbnail* b = &Tile(1);
+    GalleryThumbnail *a = &Tile(0), *b = &Tile(1);
     Settle();
     EXPECT_EQ(std::pair(a->GetImage().get_size(), b->GetImage().get_size()),
               std::pair(ivec2{512, 512}, ivec2{512, 256})); // the stale picture is not shown
@@ -532,8 +530,7 @@ TEST_F(PreviewTest, ZoomButtonsToggleTheirOwnPictureAndToggleZoomMovesAllTogethe
     EXPECT_EQ(View(0), std::tuple(1.0f, ivec2{0, 0}));
     EXPECT_TRUE(!ShowsFullFace(0) && View(2) == Fit(2));
     offscreen::click(host, {499 - 10, 10});
-    EXPECT_EQ(View(0), Fit(0));
-    EXPECT_TRUE(ShowsFullFace(0));
+    EXPECT_TRUE(View(0) == Fit(0) && ShowsFullFace(0));
 
     // A picture fitting at 1.0 stays as it is whichever way it is toggled.
     preview.GetZoomButton(1).press();

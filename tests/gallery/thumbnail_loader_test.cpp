@@ -156,9 +156,7 @@ TEST_F(ThumbnailLoaderTest, OneWorkerDeliversInOrderFullRequestsWholeAndANewRequ
     loader.Request(wanted);
     // Time for the worker to pick "big" up; it takes far longer than this to make.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    loader.Request({{later, 1}, {big, 1}});
-    loader.Wait();
-    std::vector<std::string> leaves = Leaves(loader.TakeReady());
+    std::vector<std::string> leaves = Leaves(LoadAll(loader, {{later, 1}, {big, 1}}));
     std::sort(leaves.begin(), leaves.end());
     // "big" comes once, whether it was under way or not yet; the rest of the first queue never runs.
     EXPECT_EQ(leaves, (std::vector<std::string>{"big", "later"}));

@@ -34,7 +34,9 @@ constexpr uint64_t Moment = 1700000000123456;
 struct SettingsTransferTest : OffscreenTest, private_data_folders {
     offscreen_file_browser& dialogs = offscreen_file_browser::instance();
     Messages messages;
-    TransferContext context;
+    TransferContext context{
+        .report = [this](const std::string& t, const std::string& m) { messages.emplace_back(t, m); },
+        .clock = Now};
     std::vector<EffectData> catalogue{{1, "Glow", "glow", "Stylize", false},
                                       {2, "Gaussian Blur", "gaussian blur", "Blur", false},
                                       {3, "Tint", "tint", "Color", false},
@@ -43,12 +45,6 @@ struct SettingsTransferTest : OffscreenTest, private_data_folders {
 
     void SetUp() override {
         OffscreenTest::SetUp();
-        context.report = [this](const std::string& t, const std::string& m) {
-            messages.emplace_back(t, m);
-        };
-        context.clock = [] {
-            return Moment;
-        };
         ASSERT_TRUE(nimbit::make_dir(root / "shots"));
         PreferencesData& p = current.prefs;
         p.theme = UIColorTheme::Light;
@@ -63,6 +59,7 @@ struct SettingsTransferTest : OffscreenTest, private_data_folders {
         ASSERT_TRUE(SavePreferences(current.prefs, current.blacklist, current.aliases, current.shortcuts,
                                     UserSettingsFolder(), true));
     }
+    static uint64_t Now() { return Moment; }
     void UseDataFolder(const char* name) { set_env("QUILLO_USER_DATA_DIR", (root / name).to_string()); }
     // Everything below folder, files with their bytes.
     static std::map<std::string, std::string> Snapshot(const file_path& folder) {
@@ -100,7 +97,7 @@ std::string Text(const std::vector<unsigned char>& bytes) {
     return {bytes.begin(), bytes.end()};
 }
 
-TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFiles) {
+TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFilesAndFailuresChangeNothing) {
     ASSERT_TRUE(Export(root / "settings.kvs"));
     EXPECT_EQ(messages, Messages{Exported});
     const nimbit::ui::dialog_request& save = dialogs.requests().back();
@@ -118,13 +115,10 @@ TEST_F(SettingsTransferTest, ExportThenImportOnAFreshMachineWritesTheSameFiles) 
     ASSERT_TRUE(
         SavePreferences(in.prefs, in.blacklist, in.aliases, in.shortcuts, UserSettingsFolder(), true));
     EXPECT_EQ(Snapshot(root / "fresh"), mine);
-}
 
-// Failures before the settings are read, each with its message: the user's own files stay byte for
-// byte, and no pack or temporary folder is left.
-TEST_F(SettingsTransferTest, FailuresBeforeReadingAreReportedAndLeaveTheSettingsAsTheyWere) {
-    ASSERT_TRUE(Export(root / "good.kvs"));
-    const std::string good = read_text(root / "good.kvs");
+    // Failures before the settings are read, each with its message: the user's own files stay byte for
+    // byte, and no pack or temporary folder is left.
+    const std::string good = read_text(root / "settings.kvs");
     ASSERT_TRUE(write_text(root / "cut.kvs", good.substr(0, good.size() / 2)));
     Pack({{"effects_settings", Text(EncodePreferences(current.prefs))},
           {"big", std::string((16 << 20) + 1, 'x')}},
@@ -148,12 +142,13 @@ TEST_F(SettingsTransferTest, FailuresBeforeReadingAreReportedAndLeaveTheSettings
         {"export, no temp folder", false, root / "out.kvs",         "blocked", {notSaved}},
         {"unwritable destination", false, root / "missing/out.kvs", "user",    {noPack}},
         {"import cancelled",       true,  {},                       "user",    {}},
-        {"import, no temp folder", true,  root / "good.kvs",        "blocked", {noFolder}},
+        {"import, no temp folder", true,  root / "settings.kvs",    "blocked", {noFolder}},
         {"cut pack",               true,  root / "cut.kvs",         "user",    {Unreadable}},
         {"over the limit",         true,  root / "big.kvs",         "user",    {Unreadable}},
         {"leaves its folder",      true,  root / "hostile.kvs",     "user",    {Unreadable}},
     };
     // clang-format on
+    UseDataFolder("user"); // where the other export runs
     const file_path theirs = TransferFolder(Moment).append("theirs");
     for (const auto& c : cases) {
         SCOPED_TRACE(c.what);
